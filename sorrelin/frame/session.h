@@ -1,0 +1,392 @@
+// CCreatePDF, the session: one output or input channel, the object table of the document in hand,
+// its page list, and the facts of a document that was read. All writer and reader code is methods
+// of this class; each family is defined in the folder named above it.
+//
+// Results: non-zero for success, 0 for failure after PDF_SetLastError; methods that make objects
+// return the object number, those that make blocks a handle (0 or -1 is failure). Error codes and
+// compression values have names in pdf.h. Handles that come back are the caller's (GlobalFree);
+// handles that are passed in stay the caller's. A session serves one document in its life, and one
+// thread at a time.
+#ifndef SORRELIN_FRAME_SESSION_H_
+#define SORRELIN_FRAME_SESSION_H_
+
+#include <sorrelin/frame/pdf.h>
+#include <sorrelin/platform/types.h>
+
+#if defined(__GNUC__) && !defined(_WIN32)
+#define SORRELIN_LOCAL __attribute__((visibility("hidden")))
+#else
+#define SORRELIN_LOCAL
+#endif
+
+namespace sorrelin {
+struct FileChannel;
+struct ReaderState;
+struct EncodedPage;
+}  // namespace sorrelin
+
+// One row of the object table. In a document that was read, bInUse holds the entry type.
+struct ObjectEntry {
+  DWORD nOffset;      // bytes from the start of the target; 0: the row is free
+  DWORD nGeneration;
+  DWORD bInUse;
+};
+
+// The value of /K: -1 is Group 4. Any value is accepted and written as it is.
+enum _CCITT_ENCODE_TYPE : int32_t {};
+
+struct _CCITT_FILTER_PARAMS {
+  int32_t FilterType;  // 6, or the record is refused
+  _CCITT_ENCODE_TYPE K;
+  int32_t EndOfLine;
+  int32_t EncodedByteAlign;
+  int32_t Columns;  // pixels
+  int32_t Rows;     // stored, never written: /Rows comes from the image's height
+  int32_t EndOfBlock;
+  int32_t BlackIs1;
+  int32_t DamagedRowsBeforeError;
+};
+
+struct _FILTER {
+  DWORD Compression;                 // PDF_COMPRESSION_*
+  _CCITT_FILTER_PARAMS CcittParams;  // read for CCITT coding only
+};
+
+struct _IMAGE_PARAMETERS {
+  int32_t Width;         // pixels
+  int32_t Height;        // rows
+  int32_t BitsPerPixel;  // 1, 8 or 24, of the bitmap and not of a component
+  int32_t DecodeNormal;  // 1 bit only: not 0 for /Decode [0 1], 0 for /Decode [1 0]
+  int32_t ImageMask;     // 1 bit only: the value of /ImageMask
+};
+
+class SORRELIN_EXPORT CCreatePDF {
+ public:
+  // Session (frame/)
+  CCreatePDF();
+  // Does not close the channel: ClosePDFFile does.
+  ~CCreatePDF();
+  // Copies the whole object, the pointers of the channel and the side record included, which then
+  // have two owners.
+  CCreatePDF& operator=(CCreatePDF const&) = default;
+  CCreatePDF(CCreatePDF const&) = delete;
+
+  // Errors (frame/)
+  void PDF_SetLastError(DWORD nError);
+  DWORD PDF_GetLastError();
+  // See pdf_GetLastPDFErrorText. 1, or 0 for a null buffer.
+  int GetLastPDFErrorText(char* szBuffer);
+
+  // Writer primitives (writer/)
+
+  // Takes the next object number and writes "N 0 obj", then "<<" if bDict. bEol ends the first
+  // line. Error 40 when the object table is full.
+  DWORD ObjectStart(int bDict, int bEol);
+  // The same under a given number; error 11 if its row is taken.
+  DWORD ObjectStart(DWORD nObject, int bDict, int bEol);
+  // Rewrites an object whose row is taken (else error 11), one generation up if bNewGeneration.
+  DWORD ObjectStartNewGen(DWORD nObject, int bDict, int bEol, int bNewGeneration);
+  // Writes ">>" if bDict, then "endobj".
+  int ObjectEnd(int bDict);
+  int ObjectExistsAlready(DWORD nObject);
+  // The highest object number handed out.
+  DWORD GetCurrentObject();
+  void SetCurrentObject(DWORD nObject);
+  // The number that the next object gets.
+  DWORD GetNextObject();
+  // Takes a number and writes nothing. Error 40 when the object table is full.
+  DWORD ReserveOneObject();
+  DWORD ReservePagesRootObject();
+  // Opens a stream object whose only key is /Length, in an object that must come next.
+  DWORD BeginStream();
+  int EndStream();
+  void MarkStreamBegining();
+  void MarkStreamEnd();
+  // Bytes between the two marks.
+  DWORD GetStreamLength();
+  // Writes the length object of the stream last marked; error 14 if it is empty.
+  DWORD WriteStreamLengthObject();
+  // Writes a stream object from a memory block: nBytes of it, or all with 0. Error 14 for no data.
+  DWORD WriteDataStreamObject(void* hData, DWORD nBytes);
+  // Writes a text, and an end of line if bEol. 2 with CR LF line ends, else 1; 0 with error 7 for
+  // null, 8 for an empty text, 2 without a channel, 1 for a failed write.
+  int WriteToPDFFile(char const* szText, int bEol);
+  // Writes bytes and returns their number; 0 with error 7, 8, 2 or 1 as above.
+  DWORD WriteRawDataToPDFFile(BYTE const* pData, DWORD nBytes);
+  DWORD WriteEolToPDFFile();
+  // Not 0: lines end with CR LF. 0, as after construction: with LF.
+  void SetChar13(int bUseChar13);
+  int UseChar13();
+  void InitObjectList();
+  void InitPageObjectsList();
+  // The object number of page nPage: from 1 when writing, from 0 when reading; 0 past the list.
+  DWORD GetPageObjectNumber(DWORD nPage);
+  DWORD GetCurrentPageNumber();
+  DWORD GetNumberOfPages();
+  DWORD GetTotalPageNumber();
+  DWORD GetCatalogObjectNr();
+  DWORD GetOutlinesObjectNr();
+  DWORD GetPagesRootObjectNr();
+
+  // Document skeleton (writer/)
+
+  // Header lines and object 1, the Info dictionary. A null title takes the session's, or the
+  // default; a null creator takes the first byte of the banner.
+  int WritePDFHeader(char const* szTitle, char const* szCreator);
+  DWORD CreateOutlinesObject(DWORD nCount);
+  DWORD CreatePagesRootObject();
+  // nResourceType 1 is a font, 2 an XObject named szResourceName; ptSize is in points. The page's
+  // contents must be the next object. Errors 12 past 30,000 pages, 13 for another type.
+  DWORD CreatePageObject(DWORD nParent, int nResourceType, DWORD nResourceObject,
+                         DWORD nProcSetObject, char const* szResourceName, POINT ptSize);
+  // nImageType 0: ImageB, 1: ImageC, 2: ImageI.
+  DWORD CreateProcSetObject(int nImageType, int bText);
+  DWORD CreateFontObject();
+  DWORD CreateCatalogObject(DWORD nPagesRoot, DWORD nOutlines);
+
+  // Create and finish (writer/)
+
+  int CreatePDF(char const* szFileName);
+  int CreatePDFW(WCHAR const* szFileName);
+  int CreatePDFFile(char const* szFileName);
+  int CreatePDFFileW(WCHAR const* szFileName);
+  // pAppendTo is the address of a document of nSize bytes, which is copied, or 0 for a new document
+  // with nSize as the first capacity.
+  int CreatePDFInMemory(int64_t pAppendTo, DWORD nSize);
+  int CreatePDFFileInMemory(int64_t pAppendTo, DWORD nSize);
+  int WriteXref();
+  int FinishPDF();
+  // Hands the document over: *ppData receives its address, to be freed with pdf_FreePDFInMemory.
+  int FinishPDFInMemory(int64_t* ppData, DWORD* pSize);
+  // Closes what is open; a document in memory is freed.
+  void ClosePDFFile();
+  // Closes what is open and hands a document in memory over; both pointers may be null.
+  void ClosePDFFileInMemory(int64_t* ppData, DWORD* pSize);
+
+  // Pages (writer/)
+
+  // See pdf_SaveDIBAsPDFPage and pdf_SaveDIBAsColorPDFPage. A null narrow library name is taken as
+  // empty by the colour form only.
+  int SaveDIBAsPDFPage(void* hDIB, char const* szCodecLibrary);
+  int SaveDIBAsPDFPageW(void* hDIB, WCHAR const* szCodecLibrary);
+  int SaveDIBAsColorPDFPage(void* hDIB, char const* szCodecLibrary, DWORD nCompression,
+                            int nQuality);
+  int SaveDIBAsColorPDFPageW(void* hDIB, WCHAR const* szCodecLibrary, DWORD nCompression,
+                             int nQuality);
+  // Whole points for a picture of pixels at dots per inch.
+  POINT CalculatePageSizeFromPixelsAndDPI(LONG nWidth, LONG nHeight, DWORD nDpiX, DWORD nDpiY);
+  // 1 bit: nOrder is 1 if the first colour is black, else 0. Errors 2 and 10.
+  int CheckDIBPaletteOrder(void* hDIB, int& nOrder);
+
+  // Image objects (writer/)
+
+  // Writes an image XObject and its length object; pData holds nSize encoded bytes. Error 15 for a
+  // compression without a filter.
+  DWORD CreateImageXObject(_IMAGE_PARAMETERS Params, BYTE const* pData, DWORD nSize,
+                           _FILTER Filter);
+  // Fills the record. Errors 7 for null, 16 for negative columns, rows or damaged rows.
+  int SetCCITTFilterParams(_CCITT_FILTER_PARAMS* pParams, int nColumns, int nRows,
+                           _CCITT_ENCODE_TYPE K, int bBlackIs1, int bEndOfLine,
+                           int bEncodedByteAlign, int bEndOfBlock, int nDamagedRowsBeforeError);
+  // 1 if the value is the identifier or has the flag's bit, else 0.
+  int IsCompession_NOT_SPECIFIED(DWORD nCompression);
+  int IsCompession_NO_COMPRESSION(DWORD nCompression);
+  int IsCompession_ASCII_HEX_DECODE(DWORD nCompression);
+  int IsCompession_ASCII_85_DECODE(DWORD nCompression);
+  int IsCompession_LZW_DECODE(DWORD nCompression);
+  int IsCompession_FLAT_DECODE(DWORD nCompression);
+  int IsCompession_RUNLENGTH_DECODE(DWORD nCompression);
+  int IsCompession_CCITT_FAX_DECODE(DWORD nCompression);
+  int IsCompession_DCT_JPEG_DECODE(DWORD nCompression);
+
+  // Encoders (image/): a new, unlocked block with nSize stream bytes, rows from the top without
+  // padding; the block may be larger. 0 or -1 on failure.
+
+  void* ConvertDIB2PDFImage(void* hDIB, DWORD& nSize, DWORD nCompression,
+                            char const* szCodecLibrary, int nQuality);
+  void* ConvertDIB2PDFImageW(void* hDIB, DWORD& nSize, DWORD nCompression,
+                             WCHAR const* szCodecLibrary, int nQuality);
+  void* ConvertDIB2UncompressedPDFImage(void* hDIB, DWORD& nSize);
+  void* ConvertDIB2FlatePDFImage(void* hDIB, DWORD& nSize, DWORD nCompression, int nLevel);
+  void* ConvertDIB2RLEPDFImage(void* hDIB, DWORD& nSize, DWORD nCompression);
+  // Codes one row of nLength bytes; pOut has room for twice as many, at least 2.
+  void RLEEncriptLine(BYTE* pLine, DWORD nLength, BYTE* pOut, DWORD& nOutSize);
+  void* ConvertDIB2CcittPDFImage(void* hDIB, DWORD& nSize, char const* szCodecLibrary);
+  void* ConvertDIB2CcittPDFImageW(void* hDIB, DWORD& nSize, WCHAR const* szCodecLibrary);
+  void* ConvertDIB2CcittPDFImageFileW(void* hDIB, DWORD& nSize, WCHAR const* szCodecLibrary);
+  void* ConvertDIB2DctJpegPDFImage(void* hDIB, DWORD& nSize, char const* szCodecLibrary,
+                                   int nQuality, DWORD nCompression);
+  void* ConvertDIB2DctJpegPDFImageW(void* hDIB, DWORD& nSize, WCHAR const* szCodecLibrary,
+                                    int nQuality, DWORD nCompression);
+  void* ConvertDIB2DctJpegPDFImageFileW(void* hDIB, DWORD& nSize, WCHAR const* szCodecLibrary,
+                                        int nQuality, DWORD nCompression);
+
+  // Bitmap access (image/)
+
+  int GetDIBBitsPerPixel(void* hDIB);
+  // Dots per inch in x and y; 96 by 96 if the bitmap has none, (0, 0) if it cannot be read.
+  POINT GetDIBDPI(void* hDIB);
+  // Width and height in pixels; (0, 0) if the bitmap cannot be read.
+  POINT GetDIBImageSize(void* hDIB);
+  // A new block of *pSize bytes: red, green, blue for each colour table entry. -1 on failure.
+  void* ExtractPaletteFromDIB(void* hDIB, DWORD* pSize);
+
+  // Information strings (writer/): see pdf_SetTitleA and pdf_GetTitleA. 1 or 0.
+
+  int SetTitleA(char const* szText);
+  int SetTitleW(WCHAR const* szText);
+  int GetTitleA(char* szBuffer, DWORD* pnSize);
+  int GetTitleW(WCHAR* szBuffer, DWORD* pnSize);
+  int SetAuthorA(char const* szText);
+  int SetAuthorW(WCHAR const* szText);
+  int GetAuthorA(char* szBuffer, DWORD* pnSize);
+  int GetAuthorW(WCHAR* szBuffer, DWORD* pnSize);
+  int SetSubjectA(char const* szText);
+  int SetSubjectW(WCHAR const* szText);
+  int GetSubjectA(char* szBuffer, DWORD* pnSize);
+  int GetSubjectW(WCHAR* szBuffer, DWORD* pnSize);
+  int SetKeywordsA(char const* szText);
+  int SetKeywordsW(WCHAR const* szText);
+  int GetKeywordsA(char* szBuffer, DWORD* pnSize);
+  int GetKeywordsW(WCHAR* szBuffer, DWORD* pnSize);
+
+  // Information strings of a dictionary (writer/)
+
+  // The text string value of szKey ("/Title") as UTF-16 in a new array (free()); 1 or 0, no error.
+  int GetStringValue2W(BYTE* pData, uint64_t nSize, char const* szKey, WCHAR** ppValue,
+                       uint64_t* pnLength);
+  // The same operation in its narrow form, which always delivers an empty string (free()).
+  int GetStringValue2A(BYTE* pData, uint64_t nSize, char const* szKey, char** ppValue,
+                       uint64_t* pnLength);
+
+  // Decoders (image/): a new, unlocked bitmap from the bytes of an image stream, or 0. nKind is 1
+  // (1 bit), 2 (8 bits with hPalette) or 4 (24 bits); a negative height keeps the row order.
+
+  void* CreateDIBFromUncompressedData(void* hData, DWORD nWidth, DWORD nHeight, int nKind,
+                                      void* hPalette);
+  void* CreateDIBFromFLATEData(void* hData, DWORD nWidth, DWORD nHeight, DWORD nKind,
+                               void* hPalette);
+  void* CreateDIBFromRLEData(void* hData, DWORD nWidth, DWORD nHeight, DWORD nKind,
+                             void* hPalette);
+  // Decodes run-length data into the rows of a bitmap. 1 or 0.
+  int DecriptRLEData(BYTE* pData, uint64_t nSize, void* hDIB);
+  void* CreateDIBFromCCITTData(void* hData, DWORD nWidth, DWORD nHeight);
+  void* CreateDIBFromCCITTDataFile(void* hData, DWORD nWidth, DWORD nHeight);
+  void* CreateDIBFromJPEGData(void* hData);
+  void* CreateDIBFromJPEGDataFile(void* hData);
+  // The colour table of nHighValue + 1 entries that object nObject holds, as a new block, or 0.
+  void* LoadPalette(DWORD nBitsPerComponent, DWORD nHighValue, DWORD nObject);
+
+  // Cross-reference reading (xref/)
+
+  // Reads the open document's index, catalog, page list and strings: the number of object rows,
+  // or 0.
+  DWORD BuildObjectListFromFile();
+  DWORD BuildObjectListFromTrailer(DWORD* pPrev);
+  int BuildObjectListFromXrefTable(DWORD nOffset, int bOlder);
+  int ReadPrevFlag(DWORD* pPrev);
+  // The number that the object at an offset declares, or 0.
+  DWORD GetRealObjectNumber(DWORD nOffset);
+
+  // Document reading (reader/)
+
+  // See pdf_OpenPDFFile and pdf_OpenPDFInMemory. 1 or 0 with error 22, 23, 24, 25 or 1.
+  int OpenPDFFile(char const* szFileName);
+  int OpenPDFFileW(WCHAR const* szFileName);
+  int OpenPDFFileInMemory(int64_t pData, DWORD nSize);
+  // An object's text in a new block, or 0.
+  void* LoadObject(DWORD nObject);
+  DWORD GetObjectSize(DWORD nObject);
+  DWORD GetObjectType(BYTE* pData, DWORD nSize);
+  // 1 if the object looks like a page; 0 with error 34.
+  int LoadPageObject(DWORD nObject);
+  // The image of page nPage, counted from 0, as a new bitmap, or 0 (or -1 when memory is short).
+  void* LoadImageFromPDF(DWORD nPage);
+  // The same; the compression flags and the kind (1, 2, 4) go behind the pointers, if given.
+  void* LoadImageAndInfoFromPDF(DWORD nPage, DWORD* pnCompression, DWORD* pnKind);
+  // Opens a document and loads one page's image; the document stays open.
+  void* LoadPDFIntoDIB(char const* szFileName, DWORD nPage);
+  void* LoadPDFIntoDIBW(WCHAR const* szFileName, DWORD nPage);
+  // Walks the page tree from a node's text into the page list. 1 or 0.
+  int ParseKids(BYTE* pData, DWORD nSize);
+  int GetProcSetData(BYTE* pData, DWORD nSize);
+
+  // Scanner (reader/): values behind a key text in an object's bytes. The buffer's last byte is
+  // written while a search runs, and never part of a match.
+
+  DWORD IsDelimiter(char c);
+  DWORD IsNumber(char c);
+  DWORD IsValidChar(char c);
+  BYTE* GetKeyBeginning(BYTE* pData, DWORD nSize, char const* szKey);
+  // 0 for a key at the start, and for none.
+  DWORD GetKeyBeginningByteOffset(BYTE* pData, DWORD nSize, char const* szKey);
+  int IsFlagSet(BYTE* pData, DWORD nSize, char const* szKey);
+  int GetValue(BYTE* pData, DWORD nSize, char const* szKey, DWORD* pFirst, DWORD* pSecond);
+  int GetValue(BYTE* pData, DWORD nSize, char const* szKey, DWORD* pValue);
+  int GetFirstValue(BYTE* pData, DWORD nSize, DWORD* pFirst, DWORD* pSecond);
+  int GetValueFromArray(BYTE* pData, DWORD nSize, char const* szKey, DWORD* pFirst,
+                        DWORD* pSecond);
+  int GetValueFromReference(DWORD nObject, DWORD* pValue);
+  // One alphanumeric token; the buffer needs one byte more than *pnSize says.
+  int GetStringValue(BYTE* pData, DWORD nSize, char const* szKey, char* szValue, uint64_t* pnSize);
+  int GetKeyWithValue(BYTE* pData, DWORD nSize, char const* szKey, BYTE* pValue, DWORD* pnSize);
+  int IsDictionary(BYTE* pData, DWORD nSize, int& bDictionary, char const* szKey);
+  int IsReference(BYTE* pData, DWORD nSize, char const* szKey);
+
+  // Update (writer/)
+
+  int CreatePagesRootObjectForAppend();
+  int WriteXrefForAppend();
+  void InitAppendedPageObjectsList();
+
+ private:
+  friend struct SessionProbe;
+
+  static constexpr DWORD kObjectRows = 90050;
+  static constexpr DWORD kPageSlots = 30000;
+  static constexpr DWORD kCreatorUnits = 260;
+  static constexpr DWORD kTrailerTextBytes = 128;
+
+  // Defaults of the page layout, which no operation reads.
+  DWORD m_nLayoutDefault0 = 10;
+  DWORD m_nDefaultPageHeight = 792;  // points
+  DWORD m_nDefaultPageWidth = 612;   // points
+  DWORD m_nLayoutDefault1 = 12;
+  DWORD m_nLayoutDefault2 = 1;
+  DWORD m_nLayoutDefault3 = 40;
+  sorrelin::FileChannel* m_hFile;  // -1: none is open; 0: a document was rejected
+  DWORD m_nFilePos = 0;            // offset of the next byte to be written
+  DWORD m_nStreamBegin = 0;
+  DWORD m_nStreamEnd = 0;
+  WCHAR m_szCreator[kCreatorUnits] = {};
+  DWORD m_nCurrentObject = 0;  // the highest object number handed out
+  DWORD m_nMaxSectionOffset = 0;
+  ObjectEntry m_Objects[kObjectRows];
+  DWORD m_PageObjects[kPageSlots] = {};  // through PageSlot and SetPageSlot only
+  DWORD m_nTotalPages = 0;
+  DWORD m_nCurrentPage = 0;  // pages added by this session
+  int32_t m_bUseChar13 = 0;
+  DWORD m_nLastError = PDF_ERROR_NOT_INITIALIZED;
+  DWORD m_nCatalogObject = 0;
+  DWORD m_nCatalogGeneration = 0;
+  DWORD m_nInfoObject = 0;
+  DWORD m_nInfoGeneration = 0;
+  DWORD m_nTrailerSize = 0;
+  char m_szTrailerID[kTrailerTextBytes] = {};       // the key /ID with its value
+  char m_szTrailerEncrypt[kTrailerTextBytes] = {};  // the key /Encrypt with its value
+  DWORD m_nOutlinesObject = 0;
+  DWORD m_nPagesRootObject = 0;
+  DWORD m_bBlackIs1 = 0;
+  DWORD m_bDecodeNormal = 1;
+  DWORD m_nObjectsInFile = 0;
+  DWORD m_nProcSetFlags = 0;  // 1: ImageB, 2: ImageI, 4: ImageC
+  DWORD m_bAppendMode = 0;
+  DWORD m_bFirstAppendedPage = 0;
+  DWORD m_nOldCatalogObject = 0;
+  DWORD m_nOldPagesRootObject = 0;
+  DWORD m_AppendedPageObjects[kPageSlots] = {};
+  DWORD m_nAppendedPages = 0;
+  sorrelin::ReaderState* m_pReader;  // owned
+};
+
+#endif  // SORRELIN_FRAME_SESSION_H_

@@ -1,0 +1,82 @@
+/* Files: Windows operations on descriptors. Names are UTF-16 and become UTF-8 on disk.
+ *
+ * Sharing: write access takes an exclusive lock on the file, read access a shared one; a conflict
+ * fails with system error 32. Offsets are 64 bits inside; results give the low 32 bits.
+ * Valid C11 and C++. */
+#ifndef SORRELIN_PLATFORM_FILE_H_
+#define SORRELIN_PLATFORM_FILE_H_
+
+#include <sorrelin/platform/types.h>
+
+#if !defined(_WIN32)
+
+#define GENERIC_READ 0x80000000u
+#define GENERIC_WRITE 0x40000000u
+#define FILE_SHARE_READ 0x00000001u
+#define CREATE_NEW 1u
+#define CREATE_ALWAYS 2u
+#define OPEN_EXISTING 3u
+#define OPEN_ALWAYS 4u
+#define TRUNCATE_EXISTING 5u
+#define FILE_ATTRIBUTE_DIRECTORY 0x00000010u
+#define FILE_ATTRIBUTE_NORMAL 0x00000080u
+#define FILE_ATTRIBUTE_TEMPORARY 0x00000100u
+#define FILE_FLAG_SEQUENTIAL_SCAN 0x08000000u
+#define FILE_BEGIN 0u
+#define FILE_CURRENT 1u
+#define FILE_END 2u
+#define INVALID_SET_FILE_POINTER 0xFFFFFFFFu
+#define INVALID_FILE_SIZE 0xFFFFFFFFu
+#define INVALID_FILE_ATTRIBUTES 0xFFFFFFFFu
+
+/* Opens or makes a file. INVALID_HANDLE_VALUE with the system error on failure (2 no such file,
+ * 3 no such directory, 5 access denied, 32 held by another session, 80 exists already).
+ * `security` and `template_file` must be null. CREATE_ALWAYS locks first and truncates after, so a
+ * file that another session holds keeps its content. Close with CloseHandle. */
+SORRELIN_PLATFORM_API HANDLE CreateFileW(WCHAR const* name, DWORD access, DWORD share,
+                                         void* security, DWORD disposition, DWORD flags,
+                                         HANDLE template_file);
+
+/* Reads up to `bytes` bytes. Non-zero for success, at the end of the file too, with a count of 0.
+ * `count` may be null. `overlapped` must be null. */
+SORRELIN_PLATFORM_API BOOL ReadFile(HANDLE file, void* buffer, DWORD bytes, DWORD* count,
+                                    void* overlapped);
+
+/* Writes all of `bytes` bytes or fails (112 disk full, 5 not open for writing); `count` then holds
+ * what was written. */
+SORRELIN_PLATFORM_API BOOL WriteFile(HANDLE file, void const* buffer, DWORD bytes, DWORD* count,
+                                     void* overlapped);
+
+/* Moves the position to `offset` from FILE_BEGIN, FILE_CURRENT or FILE_END and returns the low 32
+ * bits of the new one, the high 32 bits behind `high` if given. INVALID_SET_FILE_POINTER on
+ * failure; as that is a position too, GetLastError is then not 0 (a success with that value sets
+ * it to 0). */
+SORRELIN_PLATFORM_API DWORD SetFilePointer(HANDLE file, LONG offset, LONG* high, DWORD origin);
+
+/* Low 32 bits of the size in bytes, the high 32 bits behind `high` if given. */
+SORRELIN_PLATFORM_API DWORD GetFileSize(HANDLE file, DWORD* high);
+
+/* Writes what the system still holds of the file to the disk. */
+SORRELIN_PLATFORM_API BOOL FlushFileBuffers(HANDLE file);
+
+/* Closes a file handle; 0 with error 6 for any other value. */
+SORRELIN_PLATFORM_API BOOL CloseHandle(HANDLE file);
+
+SORRELIN_PLATFORM_API BOOL DeleteFileW(WCHAR const* name);
+
+/* Attributes of a name, or INVALID_FILE_ATTRIBUTES with the system error when there is none. */
+SORRELIN_PLATFORM_API DWORD GetFileAttributesW(WCHAR const* name);
+
+/* The directory for temporary files with its final separator (TMPDIR, or /tmp): the length without
+ * the terminator; the size needed with it if `capacity` units are too few; 0 on failure. */
+SORRELIN_PLATFORM_API DWORD GetTempPathW(DWORD capacity, WCHAR* buffer);
+
+/* Makes a new, empty file in `directory`, readable by its owner only (mode 0600), and stores its
+ * path in `name`, which has room for MAX_PATH units: the first three units of `prefix`, a
+ * hexadecimal number and ".tmp". With `unique` not 0 the name uses that number and no file is
+ * made. The number, or 0 with the system error. */
+SORRELIN_PLATFORM_API UINT GetTempFileNameW(WCHAR const* directory, WCHAR const* prefix, UINT unique,
+                                            WCHAR* name);
+
+#endif /* !_WIN32 */
+#endif /* SORRELIN_PLATFORM_FILE_H_ */

@@ -1,0 +1,39 @@
+/* Shared libraries loaded at run time. Valid C11 and C++. */
+#ifndef SORRELIN_PLATFORM_MODULE_H_
+#define SORRELIN_PLATFORM_MODULE_H_
+
+#include <sorrelin/platform/types.h>
+
+#if defined(_WIN32)
+
+#define SORRELIN_PATH_SEPARATOR L'\\'
+
+#else
+
+#define SORRELIN_PATH_SEPARATOR u'/'
+
+/* Address of an entry point; cast it to the function's type. */
+typedef void (*FARPROC)(void);
+
+/* Handle of a library that is loaded already, by its name; a null name means the host program.
+ * Null with error 126 otherwise. The handle needs no FreeLibrary. */
+SORRELIN_PLATFORM_API HMODULE GetModuleHandleW(WCHAR const* name);
+
+/* Path of a module's file, a null module being the host program: the length in units, cut to
+ * `capacity` - 1 with the terminator (error 122 then); 0 on failure. */
+SORRELIN_PLATFORM_API DWORD GetModuleFileNameW(HMODULE module, WCHAR* buffer, DWORD capacity);
+
+/* Loads a library: the name as given, then, for a last component that ends in ".dll" in any letter
+ * case, "lib" + the stem in lower case + ".so" in the same place. A name without a separator is
+ * searched by the loader, beside the platform library first. Null with error 126 if nothing loads
+ * and for an empty name. Release it with FreeLibrary. */
+SORRELIN_PLATFORM_API HMODULE LoadLibraryW(WCHAR const* name);
+
+/* Entry point by name, or null with error 127. */
+SORRELIN_PLATFORM_API FARPROC GetProcAddress(HMODULE module, char const* name);
+
+/* Releases one LoadLibraryW. */
+SORRELIN_PLATFORM_API BOOL FreeLibrary(HMODULE module);
+
+#endif /* _WIN32 */
+#endif /* SORRELIN_PLATFORM_MODULE_H_ */

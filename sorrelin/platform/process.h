@@ -1,0 +1,43 @@
+/* What the library needs of the process and its clock. Valid C11 and C++. */
+#ifndef SORRELIN_PLATFORM_PROCESS_H_
+#define SORRELIN_PLATFORM_PROCESS_H_
+
+#include <sorrelin/platform/types.h>
+
+#if defined(_WIN32)
+
+#ifdef __cplusplus
+#define SORRELIN_PLATFORM_API extern "C"
+#else
+#define SORRELIN_PLATFORM_API
+#endif
+
+#else
+
+typedef struct tagSYSTEMTIME {
+  WORD wYear;
+  WORD wMonth; /* from 1 */
+  WORD wDayOfWeek;
+  WORD wDay; /* from 1 */
+  WORD wHour;
+  WORD wMinute;
+  WORD wSecond;
+  WORD wMilliseconds;
+} SYSTEMTIME;
+
+/* The local time of now. */
+SORRELIN_PLATFORM_API void GetLocalTime(SYSTEMTIME* time);
+
+#endif /* _WIN32 */
+
+#if defined(__GNUC__)
+#define SORRELIN_NORETURN __attribute__((noreturn))
+#else
+#define SORRELIN_NORETURN __declspec(noreturn)
+#endif
+
+/* Writes `reason` as one line to standard error and aborts. The only way in which the library ends
+ * a process, kept for conditions that have no error code. */
+SORRELIN_PLATFORM_API SORRELIN_NORETURN void EndProcess(char const* reason);
+
+#endif /* SORRELIN_PLATFORM_PROCESS_H_ */

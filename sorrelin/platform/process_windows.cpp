@@ -1,0 +1,9 @@
+#include <sorrelin/platform/process.h>
+
+#include <cstdio>
+#include <cstdlib>
+
+void EndProcess(char const* reason) {
+  std::fprintf(stderr, "%s\n", reason);
+  std::abort();
+}
