@@ -160,9 +160,7 @@ void* CCreatePDF::CreateDIBFromRLEData(void* hData, DWORD nWidth, DWORD nHeight,
   }
 
   sorrelin::RebuiltDib dib;
-  if (!dib.Create(nKind, nWidth, nHeight)) {
-    return FailBitmap(PDF_ERROR_MEMORY);
-  }
+  if (!dib.Create(nKind, nWidth, nHeight)) return FailBitmap(PDF_ERROR_MEMORY);
   if (nKind == sorrelin::kKindBilevel) {
     dib.SetColours({0, 255});
   } else if (nKind == sorrelin::kKindIndexed && !dib.CopyPalette(hPalette)) {
