@@ -51,7 +51,7 @@ struct DibSpec {
   WORD bits = 1;
   LONG x_per_metre = 0;
   LONG y_per_metre = 0;
-  std::vector<RGBQUAD> palette;  // empty: 2 entries black, white for 1 bit; 256 greys for 8 bits
+  std::vector<RGBQUAD> palette = {};  // empty: 2 entries black, white for 1 bit; 256 greys for 8 bits
   DWORD colors_used = 0;         // biClrUsed
 };
 
