@@ -1,0 +1,53 @@
+// Decoded pictures on their way into a page: from Leptonica's form to the packed bitmap that the
+// library takes.
+#ifndef TOOLS_PICTURE_H_
+#define TOOLS_PICTURE_H_
+
+#include <leptonica/allheaders.h>
+#include <sorrelin/platform/types.h>
+
+#include <memory>
+
+#include "tools/global_block.h"
+
+namespace sorrelin::tool {
+
+struct PixDeleter {
+  void operator()(Pix* pix) const { pixDestroy(&pix); }
+};
+using PixPtr = std::unique_ptr<Pix, PixDeleter>;
+
+// Dots per inch; 0 where a file tells none.
+struct Resolution {
+  int x = 0;
+  int y = 0;
+};
+
+// A picture as its file shows it, upright and without transparency: 1, 2, 4, 8 or 16 bits of grey
+// or palette index, or 32 bits of red, green and blue.
+struct Picture {
+  PixPtr pix;
+  Resolution dpi;
+  bool from_jpeg = false;  // it was stored with loss, so storing it so again is no surprise
+};
+
+// Lays a 32-bit picture with an alpha channel on white and drops the channel. `premultiplied` tells
+// that the colours are scaled by their alpha already. Other pictures are left as they are.
+void BlendOnWhite(Pix* pix, bool premultiplied);
+
+// Bits of the bitmap that PackedDib makes: 1 for black and white, 8 for a palette or grey, 24 for
+// colour.
+int PackedDepth(Pix* pix);
+
+// The picture with each pixel's value being its tone: 8 bits of grey or 32 bits of colour. Lossy
+// coders need it, because a palette's neighbours are not alike. Null when memory is short.
+PixPtr WithoutPalette(Pix* pix);
+
+// A packed bitmap of PackedDepth bits, rows from the lowest up. 1 bit has the palette black, white;
+// 8 bits has 256 entries, with transparent ones laid on white. An unknown resolution is stored as
+// 0. Empty when memory is short.
+GlobalBlock PackedDib(Pix* pix, Resolution dpi);
+
+}  // namespace sorrelin::tool
+
+#endif  // TOOLS_PICTURE_H_
