@@ -9,6 +9,7 @@
 #include <memory>
 
 #include "tools/global_block.h"
+#include "tools/resolution.h"
 
 namespace sorrelin::tool {
 
@@ -16,12 +17,6 @@ struct PixDeleter {
   void operator()(Pix* pix) const { pixDestroy(&pix); }
 };
 using PixPtr = std::unique_ptr<Pix, PixDeleter>;
-
-// Dots per inch; 0 where a file tells none.
-struct Resolution {
-  int x = 0;
-  int y = 0;
-};
 
 // A picture as its file shows it, upright and without transparency: 1, 2, 4, 8 or 16 bits of grey
 // or palette index, or 32 bits of red, green and blue.
