@@ -85,6 +85,10 @@ struct OpenRequest {
   DWORD flags;
 };
 
+bool Truncates(OpenRequest const& request) {
+  return request.disposition == CREATE_ALWAYS || request.disposition == TRUNCATE_EXISTING;
+}
+
 int OpenFlags(OpenRequest const& request) {
   int flags = O_CLOEXEC | O_NOCTTY;
   flags |= request.writable ? (request.readable ? O_RDWR : O_WRONLY) : O_RDONLY;
@@ -111,11 +115,9 @@ bool Prepare(int descriptor, OpenRequest const& request) {
   if (fstat(descriptor, &status) == -1) return Fail(ErrorOfErrno(errno), false);
   if (S_ISDIR(status.st_mode)) return Fail(ERROR_ACCESS_DENIED, false);
   if (!TakeLock(descriptor, request.writable)) return false;
-  bool const truncates =
-      request.disposition == CREATE_ALWAYS || request.disposition == TRUNCATE_EXISTING;
-  if (truncates && S_ISREG(status.st_mode)) {
-    bool const done = Retry([&] { return ftruncate(descriptor, 0); }) == 0;
-    if (!done) return Fail(ErrorOfErrno(errno), false);
+  if (Truncates(request) && S_ISREG(status.st_mode)) {
+    bool const failed = Retry([&] { return ftruncate(descriptor, 0); }) == -1;
+    if (failed) return Fail(ErrorOfErrno(errno), false);
   }
 #if defined(POSIX_FADV_SEQUENTIAL)
   if ((request.flags & FILE_FLAG_SEQUENTIAL_SCAN) != 0) {
@@ -137,9 +139,7 @@ HANDLE Open(std::string const& path, OpenRequest const& request) {
 }
 
 bool IsServed(OpenRequest const& request) {
-  bool const truncates =
-      request.disposition == CREATE_ALWAYS || request.disposition == TRUNCATE_EXISTING;
-  if (truncates && !request.writable) return false;
+  if (Truncates(request) && !request.writable) return false;
   return (request.readable || request.writable) && request.disposition >= CREATE_NEW &&
          request.disposition <= TRUNCATE_EXISTING;
 }

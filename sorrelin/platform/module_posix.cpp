@@ -8,8 +8,10 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <filesystem>
+#include <climits>
+#include <cstdlib>
 #include <map>
+#include <memory>
 #include <mutex>
 #include <vector>
 
@@ -102,16 +104,37 @@ HMODULE OpenFirst(WCHAR const* name, int flags) {
   });
 }
 
-std::string HostPath() { return std::filesystem::read_symlink("/proc/self/exe").string(); }
+// Whole path behind a symbolic link, or "" with the system error.
+std::string ReadLink(char const* link) {
+  std::string path(PATH_MAX, '\0');
+  ssize_t const length = readlink(link, path.data(), path.size());
+  if (length == -1) return Fail(ErrorOfErrno(errno), std::string());
+  path.resize(static_cast<size_t>(length));
+  return path;
+}
 
-// The path of a module's file; "" if it cannot be told.
+// The path of a module's file, or "" with the system error.
 std::string PathOf(HMODULE module) {
-  if (module == nullptr) return HostPath();
   link_map* map = nullptr;
-  if (dlinfo(module, RTLD_DI_LINKMAP, &map) != 0) return "";
+  bool const host = module == nullptr;
+  if (!host && dlinfo(module, RTLD_DI_LINKMAP, &map) != 0) {
+    return Fail(ERROR_MOD_NOT_FOUND, std::string());
+  }
   // The host program has no name in the loader's list.
-  if (map->l_name == nullptr || *map->l_name == 0) return HostPath();
-  return std::filesystem::absolute(map->l_name).string();
+  if (host || *map->l_name == 0) return ReadLink("/proc/self/exe");
+  if (*map->l_name == '/') return map->l_name;
+  std::unique_ptr<char, decltype(&std::free)> const path(realpath(map->l_name, nullptr),
+                                                         &std::free);
+  return path ? path.get() : Fail(ErrorOfErrno(errno), std::string());
+}
+
+// Stores a path with its terminator, cut to the capacity, which is not 0; returns the length.
+DWORD StorePath(std::u16string const& path, WCHAR* buffer, DWORD capacity) {
+  size_t const length = std::min<size_t>(path.size(), capacity - 1);
+  std::copy_n(path.data(), length, buffer);
+  buffer[length] = 0;
+  auto const stored = static_cast<DWORD>(length);
+  return length == path.size() ? stored : Fail(ERROR_INSUFFICIENT_BUFFER, stored);
 }
 
 }  // namespace
@@ -133,17 +156,13 @@ DWORD GetModuleFileNameW(HMODULE module, WCHAR* buffer, DWORD capacity) {
     return sorrelin::Fail(ERROR_MOD_NOT_FOUND, 0u);
   }
   if (buffer == nullptr || capacity == 0) return sorrelin::Fail(ERROR_INSUFFICIENT_BUFFER, 0u);
-  try {
-    auto const path = sorrelin::WidePath(sorrelin::PathOf(module));
-    if (!path || path->empty()) return sorrelin::Fail(ERROR_MOD_NOT_FOUND, 0u);
-    size_t const length = std::min<size_t>(path->size(), capacity - 1);
-    std::copy_n(path->data(), length, buffer);
-    buffer[length] = 0;
-    auto const result = static_cast<DWORD>(length);
-    return length == path->size() ? result : sorrelin::Fail(ERROR_INSUFFICIENT_BUFFER, result);
-  } catch (std::filesystem::filesystem_error const& error) {
-    return sorrelin::Fail(sorrelin::ErrorOfErrno(error.code().value()), 0u);
-  }
+  return sorrelin::Guarded(0u, [&] {
+    std::string const path = sorrelin::PathOf(module);
+    if (path.empty()) return 0u;
+    auto const name = sorrelin::WidePath(path);
+    if (!name) return sorrelin::Fail(ERROR_INVALID_NAME, 0u);
+    return sorrelin::StorePath(*name, buffer, capacity);
+  });
 }
 
 HMODULE LoadLibraryW(WCHAR const* name) {

@@ -66,7 +66,7 @@ DWORD GetTempPathW(DWORD capacity, WCHAR* buffer) {
     auto const name = sorrelin::WidePath(path);
     if (!name) return sorrelin::Fail(ERROR_INVALID_NAME, 0u);
     auto const length = static_cast<DWORD>(name->size());
-    if (capacity <= length) return length + 1;
+    if (buffer == nullptr || capacity <= length) return length + 1;
     std::copy_n(name->c_str(), name->size() + 1, buffer);
     return length;
   });

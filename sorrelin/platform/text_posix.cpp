@@ -92,16 +92,19 @@ bool IsLoneSurrogate(uint32_t character) {
   return character < 0x10000 && IsSurrogate(static_cast<char16_t>(character));
 }
 
-// The text that a conversion reads; empty, with error 87, if the arguments are refused.
+// The text that a conversion reads, never empty; nothing, with error 87, if its arguments are
+// refused.
 template <typename Unit, typename Target>
-std::basic_string_view<Unit> Source(UINT code_page, Unit const* text, int length,
-                                    Target const* buffer, int capacity) {
+std::optional<std::basic_string_view<Unit>> Source(UINT code_page, Unit const* text, int length,
+                                                   Target const* buffer, int capacity) {
+  using View = std::basic_string_view<Unit>;
   bool const known = code_page == CP_ACP || code_page == CP_UTF8;
   bool const room = capacity == 0 || (capacity > 0 && buffer != nullptr);
-  if (!known || !room || text == nullptr || length == 0) SetLastError(ERROR_INVALID_PARAMETER);
-  if (!known || !room || text == nullptr) return {};
-  if (length >= 0) return {text, static_cast<size_t>(length)};
-  return {text, std::char_traits<Unit>::length(text) + 1};
+  if (!known || !room || text == nullptr || length == 0) {
+    return Fail(ERROR_INVALID_PARAMETER, std::optional<View>());
+  }
+  if (length > 0) return View(text, static_cast<size_t>(length));
+  return View(text, std::char_traits<Unit>::length(text) + 1);
 }
 
 }  // namespace
@@ -127,11 +130,11 @@ std::optional<std::u16string> WidePath(std::string_view path) {
 
 int MultiByteToWideChar(UINT code_page, DWORD, char const* text, int length, WCHAR* buffer,
                         int capacity) {
-  std::string_view const source = sorrelin::Source(code_page, text, length, buffer, capacity);
-  if (source.empty()) return 0;
+  auto const source = sorrelin::Source(code_page, text, length, buffer, capacity);
+  if (!source) return 0;
   sorrelin::Output<WCHAR> output(buffer, capacity);
-  char const* at = source.data();
-  char const* const end = at + source.size();
+  char const* at = source->data();
+  char const* const end = at + source->size();
   while (at != end) {
     char const* const valid_end = utf8::find_invalid(at, end);
     while (at != valid_end) sorrelin::AddWide(utf8::unchecked::next(at), output);
@@ -145,10 +148,10 @@ int WideCharToMultiByte(UINT code_page, DWORD, WCHAR const* text, int length, ch
   if (default_char != nullptr || used_default != nullptr) {
     return sorrelin::Fail(ERROR_INVALID_PARAMETER, 0);
   }
-  std::u16string_view const source = sorrelin::Source(code_page, text, length, buffer, capacity);
-  if (source.empty()) return 0;
+  auto const source = sorrelin::Source(code_page, text, length, buffer, capacity);
+  if (!source) return 0;
   sorrelin::Output<char> output(buffer, capacity);
-  sorrelin::ForEachCharacter(source, [&](uint32_t character) {
+  sorrelin::ForEachCharacter(*source, [&](uint32_t character) {
     bool const lone = sorrelin::IsLoneSurrogate(character);
     sorrelin::AddNarrow(lone ? uint32_t{sorrelin::kReplacement} : character, output);
   });
