@@ -14,8 +14,8 @@
 
 namespace sorrelin {
 
-// Bits 63..52 of a handle. Both values leave the highest bits mixed, which no address does.
-enum class HandleKind : uint64_t { kBlock = 0xB5A, kFile = 0xD25 };
+// Bits 63..52 of a handle. All values leave the highest bits mixed, which no address does.
+enum class HandleKind : uint64_t { kBlock = 0xB5A, kFile = 0xD25, kMemoryFile = 0xCA9 };
 
 // Below the kind: 28 bits generation, 23 bits slot, and a 1, which no aligned address has. A slot
 // counts a generation per record and is retired after the last, so a handle is never given twice.

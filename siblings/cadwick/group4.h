@@ -1,0 +1,65 @@
+// Group 4 coding (ITU-T T.6) of rows: the boundary to the coder behind it.
+//
+// A row is (width + 7) / 8 bytes, the leftmost pixel in the highest bit; a set bit is black. Rows
+// are numbered from 0, the top one.
+#ifndef SIBLINGS_CADWICK_GROUP4_H_
+#define SIBLINGS_CADWICK_GROUP4_H_
+
+#include <sorrelin/image/codecs/sibling.h>
+#include <sorrelin/platform/types.h>
+
+#include <cstdint>
+#include <span>
+
+namespace sorrelin::cadwick {
+
+enum class Outcome {
+  kDone,
+  kDataEnded,  // the data, or an end mark in them, came before the last row
+  kDamaged,    // a code that T.6 does not have, or runs that do not fill a row exactly
+  kStopped,    // the row callback's result was not 0
+  kSinkFailed,
+  kNoMemory,
+};
+
+// Size in pixels; both are at least 1, and ValidPicture holds.
+struct Picture {
+  uint32_t width;
+  uint32_t height;
+};
+
+bool ValidPicture(int64_t width, int64_t height);
+
+// No data that fill the rows of a picture are longer: a row has at most one run per pixel, rounded
+// up to 32, and one empty run for each; a pair of runs takes at most 21 bits when one is empty.
+uint64_t MaxCodedBytes(Picture picture);
+
+struct RowCallback {
+  CcittRowCallback function;
+  void* user;
+};
+
+// Takes coded bytes in order; false ends the coding.
+class ByteSink {
+ public:
+  virtual bool Write(std::span<BYTE const> bytes) = 0;
+
+ protected:
+  ~ByteSink() = default;
+};
+
+// Codes the rows that `rows` fills in and ends them with EOFB. Holds one row and 64 KiB.
+Outcome EncodeGroup4(Picture picture, RowCallback rows, ByteSink& sink);
+
+struct DecodeResult {
+  Outcome outcome;
+  uint32_t rows;  // that `rows` was given
+};
+
+// Decodes row by row until the picture is full, the data end (bits behind them read as 0), the data
+// are damaged or `rows` stops. Work is bounded by the rows that are in the data.
+DecodeResult DecodeGroup4(std::span<BYTE const> data, Picture picture, RowCallback rows);
+
+}  // namespace sorrelin::cadwick
+
+#endif  // SIBLINGS_CADWICK_GROUP4_H_
