@@ -51,7 +51,8 @@ ExifFacts ReadExif(std::span<BYTE const> block) {
     if (entry >= block.size()) break;
     unsigned const tag = numbers.Short(entry);
     unsigned const value = numbers.Short(entry + 8);
-    if (tag == kOrientation && value >= 1 && value <= 8) facts.orientation = static_cast<int>(value);
+    if (tag == kOrientation && value >= 1 && value <= 8)
+      facts.orientation = static_cast<int>(value);
     if (tag == kXResolution) x = numbers.Rational(numbers.Long(entry + 8));
     if (tag == kYResolution) y = numbers.Rational(numbers.Long(entry + 8));
     if (tag == kResolutionUnit) unit = value;

@@ -139,7 +139,8 @@ std::unique_ptr<ImageSource> SourceOfBytes(std::vector<BYTE> bytes, std::string&
   if (bytes.size() >= kFormatBytes) findFileFormatBuffer(bytes.data(), &format);
   if (format == IFF_JFIF_JPEG) {
     auto const facts = ReadJpegFacts(bytes);
-    if (!facts) return problem = "is a damaged JPEG file, or one of a kind that is not read", nullptr;
+    if (!facts)
+      return problem = "is a damaged JPEG file, or one of a kind that is not read", nullptr;
     return std::make_unique<JpegSource>(std::move(bytes), *facts);
   }
   if (format == IFF_UNKNOWN) return problem = kUnknownFormat, nullptr;

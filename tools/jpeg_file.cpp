@@ -2,13 +2,13 @@
 #include "tools/jpeg_file.h"
 
 // jpeglib.h needs size_t and FILE declared before it.
+#include <jerror.h>
+#include <jpeglib.h>
+
 #include <csetjmp>
 #include <cstdio>
 #include <cstring>
 #include <vector>
-
-#include <jerror.h>
-#include <jpeglib.h>
 
 #include "tools/exif.h"
 
@@ -30,8 +30,8 @@ void CountWarning(j_common_ptr info, int level) {
   if (level < 0 && !harmless) ++info->err->num_warnings;
 }
 
-// One decompressor. libjpeg leaves it by a jump when it gives up, so whatever runs inside Try has no
-// destructors of its own.
+// One decompressor. libjpeg leaves it by a jump when it gives up, so whatever runs inside Try has
+// no destructors of its own.
 class Decompressor {
  public:
   explicit Decompressor(std::span<BYTE const> file) {

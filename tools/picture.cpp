@@ -194,14 +194,14 @@ PixPtr WithoutPalette(Pix* pix) {
   return pixGetDepth(plain.get()) == 1 ? PixPtr(pixConvertTo8(plain.get(), 0)) : std::move(plain);
 }
 
-GlobalBlock PackedDib(Pix* pix, Resolution dpi) {
+OwnedBlock PackedDib(Pix* pix, Resolution dpi) {
   int const depth = PackedDepth(pix);
   size_t const width = static_cast<size_t>(pixGetWidth(pix));
   size_t const height = static_cast<size_t>(pixGetHeight(pix));
   size_t const stride = (width * static_cast<size_t>(depth) + 31) / 32 * 4;
   size_t const rows_at = sizeof(BITMAPINFOHEADER) + TableBytes(depth);
-  GlobalBlock block(GlobalAlloc(GHND, rows_at + stride * height));
-  if (!block) return block;
+  OwnedBlock block(GlobalAlloc(GHND, rows_at + stride * height));
+  if (!block.IsValid()) return block;
   BYTE* const bytes = static_cast<BYTE*>(GlobalLock(block.get()));
   BITMAPINFOHEADER const header = HeaderOf(pix, depth, dpi);
   std::memcpy(bytes, &header, sizeof header);

@@ -4,11 +4,10 @@
 #define TOOLS_PICTURE_H_
 
 #include <leptonica/allheaders.h>
-#include <sorrelin/platform/types.h>
+#include <sorrelin/image/owned_block.h>
 
 #include <memory>
 
-#include "tools/global_block.h"
 #include "tools/resolution.h"
 
 namespace sorrelin::tool {
@@ -41,7 +40,7 @@ PixPtr WithoutPalette(Pix* pix);
 // A packed bitmap of PackedDepth bits, rows from the lowest up. 1 bit has the palette black, white;
 // 8 bits has 256 entries, with transparent ones laid on white. An unknown resolution is stored as
 // 0. Empty when memory is short.
-GlobalBlock PackedDib(Pix* pix, Resolution dpi);
+OwnedBlock PackedDib(Pix* pix, Resolution dpi);
 
 }  // namespace sorrelin::tool
 

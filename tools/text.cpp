@@ -28,8 +28,8 @@ std::string Utf8(std::u16string const& text) {
 
 std::string LastSystemError() {
   char* text = nullptr;
-  DWORD const flags = FORMAT_MESSAGE_ALLOCATE_BUFFER | FORMAT_MESSAGE_FROM_SYSTEM |
-                      FORMAT_MESSAGE_IGNORE_INSERTS;
+  DWORD const flags =
+      FORMAT_MESSAGE_ALLOCATE_BUFFER | FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS;
   DWORD const error = GetLastError();
   if (FormatMessageA(flags, nullptr, error, 0, reinterpret_cast<char*>(&text), 0, nullptr) == 0) {
     return "system error " + std::to_string(error);

@@ -44,7 +44,7 @@ void EndBySignal(int number) {
   sigset_t set;
   sigemptyset(&set);
   sigaddset(&set, number);
-  std::signal(number, SIG_DFL);
+  signal(number, SIG_DFL);
   pthread_sigmask(SIG_UNBLOCK, &set, nullptr);
   raise(number);
 }
@@ -108,4 +108,4 @@ void RestoreStandardError(int muted) {
   close(muted);
 }
 
-void FailPastFileSizeLimit(void) { std::signal(SIGXFSZ, SIG_IGN); }
+void FailPastFileSizeLimit(void) { signal(SIGXFSZ, SIG_IGN); }
