@@ -178,6 +178,13 @@ void BlendOnWhite(Pix* pix, bool premultiplied) {
   pixSetSpp(pix, 3);
 }
 
+PixPtr Reindexed(PixPtr pix) {
+  if (pixGetDepth(pix.get()) != 32) return pix;
+  PixPtr indexed(pixConvertRGBToCmapLossless(pix.get()));
+  if (indexed != nullptr) pixCopyResolution(indexed.get(), pix.get());
+  return indexed;
+}
+
 int PackedDepth(Pix* pix) {
   int const depth = pixGetDepth(pix);
   if (depth == 1) return BlackBit(pix) >= 0 ? 1 : 8;

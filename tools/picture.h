@@ -29,6 +29,10 @@ struct Picture {
 // that the colours are scaled by their alpha already. Other pictures are left as they are.
 void BlendOnWhite(Pix* pix, bool premultiplied);
 
+// A palette picture that its decoder has spread to 32 bits, with a palette again. Any other picture
+// comes back as it is. Null when memory is short.
+PixPtr Reindexed(PixPtr pix);
+
 // Bits of the bitmap that PackedDib makes: 1 for black and white, 8 for a palette or grey, 24 for
 // colour.
 int PackedDepth(Pix* pix);

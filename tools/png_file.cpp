@@ -93,11 +93,7 @@ PngFacts TakePngFacts(std::vector<BYTE>& file) {
 
 PixPtr ApplyPngFacts(PixPtr pix, PngFacts const& facts) {
   BlendOnWhite(pix.get(), false);
-  if (facts.palette && pixGetDepth(pix.get()) == 32) {
-    PixPtr indexed(pixConvertRGBToCmapLossless(pix.get()));
-    if (indexed != nullptr) pixCopyResolution(indexed.get(), pix.get());
-    return indexed;
-  }
+  if (facts.palette) return Reindexed(std::move(pix));
   if (facts.key && pixGetColormap(pix.get()) == nullptr) WhitenKey(pix.get(), *facts.key);
   return pix;
 }

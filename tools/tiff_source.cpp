@@ -152,8 +152,8 @@ class TiffSource : public ImageSource {
   std::optional<Picture> Decode(int page) override {
     if (!GoTo(page)) return std::nullopt;
     PixPtr pix = Read(offsets_[static_cast<size_t>(page)]);
+    if (pix != nullptr) pix = Repaired(std::move(pix));
     if (pix == nullptr) return std::nullopt;
-    Repair(pix.get());
     Resolution dpi = ResolutionOf(tiff_.get());
     uint16_t const orientation = FieldOf<uint16_t>(tiff_.get(), TIFFTAG_ORIENTATION, 1);
     if (orientation >= ORIENTATION_LEFTTOP) std::swap(dpi.x, dpi.y);
@@ -185,14 +185,15 @@ class TiffSource : public ImageSource {
     return PixPtr(pixReadMemFromMultipageTiff(memory_.bytes.data(), memory_.bytes.size(), &at));
   }
 
-  // Leptonica leaves the greys of these depths as they are where 0 is white, and alpha unblended.
-  void Repair(Pix* pix) const {
-    int const depth = pixGetDepth(pix);
-    bool const white_first =
-        FieldOf<uint16_t>(tiff_.get(), TIFFTAG_PHOTOMETRIC, 0) == PHOTOMETRIC_MINISWHITE;
+  // Leptonica leaves the greys of these depths as they are where 0 is white, spreads bilevel
+  // palettes to colours, and does not blend alpha.
+  PixPtr Repaired(PixPtr pix) const {
+    int const depth = pixGetDepth(pix.get());
+    uint16_t const photometric = FieldOf<uint16_t>(tiff_.get(), TIFFTAG_PHOTOMETRIC, 0);
     bool const untouched = depth == 2 || depth == 4 || depth == 16;
-    if (white_first && untouched && pixGetColormap(pix) == nullptr) pixInvert(pix, pix);
-    BlendOnWhite(pix, IsPremultiplied(tiff_.get()));
+    if (photometric == PHOTOMETRIC_MINISWHITE && untouched) pixInvert(pix.get(), pix.get());
+    BlendOnWhite(pix.get(), IsPremultiplied(tiff_.get()));
+    return photometric == PHOTOMETRIC_PALETTE ? Reindexed(std::move(pix)) : std::move(pix);
   }
 
   std::string name_;
