@@ -414,6 +414,16 @@ class SORRELIN_EXPORT CCreatePDF {
   SORRELIN_LOCAL void* EncodedBlock(DWORD nError, sorrelin::OwnedBlock& block, DWORD& nSize);
   SORRELIN_LOCAL void* EncodeRunLengthRows(sorrelin::DibView const& dib, DWORD& nSize);
 
+  // Decoders
+  // Sets the code and returns 0.
+  SORRELIN_LOCAL void* FailBitmap(DWORD nError);
+  SORRELIN_LOCAL void* DecodedBitmap(DWORD nError, sorrelin::OwnedBlock& bitmap);
+  SORRELIN_LOCAL sorrelin::OwnedBlock BuildCcittBitmap(DWORD nWidth, DWORD nHeight);
+
+  // Document reading
+  SORRELIN_LOCAL int ReadDocument(sorrelin::FileChannel* pChannel);
+  SORRELIN_LOCAL int RejectDocument(DWORD nError);
+
   // Information strings
   SORRELIN_LOCAL int SetInfoString(sorrelin::InfoString pString, WCHAR const* szText);
   SORRELIN_LOCAL int GetInfoStringA(sorrelin::InfoString pString, char* szBuffer, DWORD* pnSize);

@@ -23,4 +23,16 @@ DWORD ReadIntoBlock(HANDLE file, DWORD size, OwnedBlock& block) {
   return read != 0 && count == size ? DWORD{PDF_ERROR_NONE} : DWORD{PDF_ERROR_TEMP_FILE};
 }
 
+bool WriteTempFile(WCHAR const* path, std::span<BYTE const> bytes) {
+  if (bytes.size() > UINT32_MAX) return false;
+  HANDLE const file = CreateFileW(path, GENERIC_WRITE, FILE_SHARE_READ, nullptr, CREATE_ALWAYS,
+                                  FILE_ATTRIBUTE_NORMAL, nullptr);
+  if (file == INVALID_HANDLE_VALUE) return false;
+  DWORD const size = static_cast<DWORD>(bytes.size());
+  DWORD count = 0;
+  BOOL const written = WriteFile(file, bytes.data(), size, &count, nullptr);
+  CloseHandle(file);
+  return written != 0 && count == size;
+}
+
 }  // namespace sorrelin

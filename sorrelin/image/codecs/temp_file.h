@@ -5,6 +5,8 @@
 #include <sorrelin/image/owned_block.h>
 #include <sorrelin/platform/types.h>
 
+#include <span>
+
 namespace sorrelin {
 
 // Makes an empty file in the directory for temporary files and stores its path, MAX_PATH units.
@@ -14,6 +16,9 @@ DWORD MakeTempFile(WCHAR const* prefix, WCHAR* path);
 // Reads a file of `size` bytes from the position into `block`, a new one. 0, or the error code:
 // PDF_ERROR_MEMORY (which a size of 0 is too), PDF_ERROR_TEMP_FILE.
 DWORD ReadIntoBlock(HANDLE file, DWORD size, OwnedBlock& block);
+
+// Replaces the content of the file `path`. False if not all of the bytes could be written.
+bool WriteTempFile(WCHAR const* path, std::span<BYTE const> bytes);
 
 }  // namespace sorrelin
 
