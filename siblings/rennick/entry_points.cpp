@@ -84,13 +84,15 @@ EncodedJpeg EncodeBitmap(HDIB dib, void const* record) {
   }
 }
 
-bool WriteFileOf(WCHAR const* path, std::span<BYTE const> bytes) {
+// The system error, or ERROR_SUCCESS.
+DWORD WriteFileOf(WCHAR const* path, std::span<BYTE const> bytes) {
   OpenFile file(
       CreateFileW(path, GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
+  if (!file) return GetLastError();
   DWORD const size = static_cast<DWORD>(bytes.size());
   DWORD written = 0;
-  return file && WriteFile(file.get(), bytes.data(), size, &written, nullptr) != FALSE &&
-         written == size && file.Close();
+  bool const done = WriteFile(file.get(), bytes.data(), size, &written, nullptr) != FALSE;
+  return done && file.Close() ? ERROR_SUCCESS : GetLastError();
 }
 
 HDIB DecodeFile(HANDLE file) {
@@ -118,11 +120,11 @@ int SaveDIBInJPEGFileExW(WCHAR const* szPath, HDIB hDib, void const* pRecord) {
   if (szPath == nullptr) return RENNICK_BAD_ARGUMENT;
   rennick::EncodedJpeg const result = rennick::EncodeBitmap(hDib, pRecord);
   if (result.block == nullptr) return result.status;
-  bool const written = rennick::WriteFileOf(szPath, rennick::LockedBlock(result.block).bytes());
-  DWORD const error = GetLastError();
+  DWORD const error = rennick::WriteFileOf(szPath, rennick::LockedBlock(result.block).bytes());
   GlobalFree(result.block);
-  if (!written) SetLastError(error);
-  return written ? RENNICK_OK : RENNICK_FILE_FAILED;
+  if (error == ERROR_SUCCESS) return RENNICK_OK;
+  SetLastError(error);
+  return RENNICK_FILE_FAILED;
 }
 
 HDIB LoadJPEGIntoDIBFromMemory(void const* pData, DWORD nSize) {
