@@ -148,6 +148,24 @@ TEST_F(MakeFailures, PictureTooLongForJpegIsNamed) {
   EXPECT_THAT(result.err, HasSubstr("is 65501 pixels long, and JPEG ends at 65500"));
 }
 
+// Objects 1 to 3 open a document and each page takes six; the catalog and the table's own row are
+// the last of the 90,049 rows' numbers: 3 + 6 * 15007 + 2 = 90047.
+TEST_F(MakeFailures, FullDocumentIsFinishedAndTheRestNamed) {
+  JpegForm form;
+  form.width = form.height = 8;
+  WriteAll(Path("a.jpg"), MakeJpeg(form, [](int, int, int) { return 0u; }));
+  std::vector<std::string> arguments(15010, Path("a.jpg"));
+  arguments[0] = Out();
+  ProgramResult const result = Make(arguments);
+  EXPECT_EQ(result.exit_code, 1);
+  EXPECT_EQ(result.err, Line(Path("a.jpg")) +
+                            "does not fit: the document is full at 15007 pages (put the rest into "
+                            "another one)\n" +
+                            Line(Out()) + "1 further file is left out\n");
+  EXPECT_EQ(PageCount(), 15007);
+  EXPECT_EQ(RunProgram({"qpdf", "--check", Out()}).exit_code, 0);
+}
+
 TEST_F(MakeFailures, ExistingDocumentIsLeftAlone) {
   WriteGood("a.png");
   WriteAll(Out(), BytesOf("precious"));

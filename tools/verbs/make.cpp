@@ -112,7 +112,8 @@ class Make {
 
   void ReportRest() {
     size_t const rest = options_.images.size() - done_ - 1;
-    if (rest > 0) Report(options_.output, std::to_string(rest) + " further files are left out");
+    std::string const files = rest == 1 ? " further file is" : " further files are";
+    if (rest > 0) Report(options_.output, std::to_string(rest) + files + " left out");
   }
 
   // `share` is what is done of the current image.
