@@ -48,6 +48,7 @@ TEST(FormatMessage, MissingFileReadsAsTheSystemSays) {
 }
 
 TEST(FormatMessage, NumbersReadAsTheErrnoTheyStandFor) {
+  EXPECT_EQ(TextOf(3).text, std::strerror(ENOENT));
   EXPECT_EQ(TextOf(4).text, std::strerror(EMFILE));
   EXPECT_EQ(TextOf(5).text, std::strerror(EACCES));
   EXPECT_EQ(TextOf(8).text, std::strerror(ENOMEM));
