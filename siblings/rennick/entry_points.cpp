@@ -12,6 +12,7 @@
 #include <memory>
 #include <new>
 #include <span>
+#include <type_traits>
 #include <utility>
 
 namespace sorrelin::rennick {
@@ -109,6 +110,13 @@ HDIB DecodeFile(HANDLE file) {
 }  // namespace sorrelin::rennick
 
 namespace rennick = sorrelin::rennick;
+
+// Callers cast what they find by name to these types.
+static_assert(std::is_same_v<decltype(&SaveDIBAsJPEGToMemoryEx), SaveDIBAsJPEGToMemoryExFunction>);
+static_assert(std::is_same_v<decltype(&SaveDIBInJPEGFileExW), SaveDIBInJPEGFileExWFunction>);
+static_assert(
+    std::is_same_v<decltype(&LoadJPEGIntoDIBFromMemory), LoadJPEGIntoDIBFromMemoryFunction>);
+static_assert(std::is_same_v<decltype(&LoadJPEGIntoDIBW), LoadJPEGIntoDIBWFunction>);
 
 HGLOBAL SaveDIBAsJPEGToMemoryEx(HDIB hDib, void const* pRecord, int* pStatus) {
   rennick::EncodedJpeg const result = rennick::EncodeBitmap(hDib, pRecord);

@@ -92,9 +92,9 @@ struct Giver {
     self.asked.push_back(index);
     if (index == self.fail_at) return 9;
     if (index >= self.picture->height()) return CCITT_ROW_PAST_END;
-    Bytes padded = self.picture->rows[static_cast<size_t>(index)];
-    padded.resize((padded.size() + 3) / 4 * 4, self.padding);
-    std::memcpy(row, padded.data(), padded.size());
+    Bytes const& given = self.picture->rows[static_cast<size_t>(index)];
+    std::memset(row, self.padding, (given.size() + 3) / 4 * 4);
+    std::copy(given.begin(), given.end(), row);
     return CCITT_ROW_DONE;
   }
 };

@@ -143,5 +143,5 @@ TEST(SiblingLoading, RennickReadsTheFileItWrote) {
   auto const save = rennick.Entry<SaveDIBInJPEGFileExWFunction>("SaveDIBInJPEGFileExW");
   EXPECT_EQ(save(path.c_str(), dib, record), 0);
   Block const back(rennick.Entry<LoadJPEGIntoDIBWFunction>("LoadJPEGIntoDIBW")(path.c_str()));
-  EXPECT_EQ(back.Content(1064 + 9).back(), 77);
+  EXPECT_EQ(back.Content().at(1064 + 8), 77);
 }

@@ -51,8 +51,9 @@ struct DibSpec {
   WORD bits = 1;
   LONG x_per_metre = 0;
   LONG y_per_metre = 0;
-  std::vector<RGBQUAD> palette = {};  // empty: 2 entries black, white for 1 bit; 256 greys for 8 bits
-  DWORD colors_used = 0;         // biClrUsed
+  std::vector<RGBQUAD> palette =
+      {};                 // empty: 2 entries black, white for 1 bit; 256 greys for 8 bits
+  DWORD colors_used = 0;  // biClrUsed
 };
 
 inline constexpr RGBQUAD kBlack{0, 0, 0, 0};
@@ -75,7 +76,8 @@ inline std::vector<RGBQUAD> DefaultPalette(int bits) {
 // `pixel(x, y)` gives the pixel at column x of row y, row 0 on top: the bit, the index, or
 // 0xRRGGBB.
 inline Block MakeDib(DibSpec const& spec, std::function<DWORD(LONG, LONG)> const& pixel) {
-  std::vector<RGBQUAD> const palette = spec.palette.empty() ? DefaultPalette(spec.bits) : spec.palette;
+  std::vector<RGBQUAD> const palette =
+      spec.palette.empty() ? DefaultPalette(spec.bits) : spec.palette;
   size_t const stride = StrideOf(spec.width, spec.bits);
   size_t const rows_at = sizeof(BITMAPINFOHEADER) + palette.size() * sizeof(RGBQUAD);
   HGLOBAL const handle = GlobalAlloc(GHND, rows_at + stride * static_cast<size_t>(spec.height));

@@ -1,0 +1,165 @@
+// CCITT Group 4 image data back into a bitmap, decoded by the sibling library from memory or from a
+// temporary file.
+#include <sorrelin/frame/session.h>
+#include <sorrelin/image/codecs/sibling_library.h>
+#include <sorrelin/image/codecs/temp_file.h>
+#include <sorrelin/image/locked_block.h>
+#include <sorrelin/image/owned_block.h>
+#include <sorrelin/image/rebuilt_dib.h>
+#include <sorrelin/platform/file.h>
+#include <sorrelin/platform/memory.h>
+
+#include <algorithm>
+#include <cstring>
+
+using sorrelin::OwnedBlock;
+using sorrelin::SiblingLibrary;
+
+namespace {
+
+constexpr WCHAR const* kLibraryName = SORRELIN_TEXT("Cadwick.dll");
+constexpr uint64_t kTableBytes = 2 * sizeof(RGBQUAD);
+
+struct Decoder {
+  explicit Decoder(SiblingLibrary const& library)
+      : decode(library.Entry<DecodeCcittImageFunction>("DecodeCcittImage")),
+        error(library.Entry<TiffErrorFunction>("TiffError")),
+        rows_decoded(library.Entry<CcittRowsDecodedFunction>("CcittRowsDecoded")) {}
+  bool IsComplete() const { return decode != nullptr && error != nullptr; }
+
+  DecodeCcittImageFunction decode;
+  TiffErrorFunction error;
+  CcittRowsDecodedFunction rows_decoded;  // may be missing
+};
+
+struct MemoryFile {
+  explicit MemoryFile(SiblingLibrary const& library)
+      : open(library.Entry<mOpenFunction>("mOpen")),
+        close(library.Entry<mCloseFunction>("mClose")),
+        seek(library.Entry<mSeekFunction>("mSeek")) {}
+  bool IsComplete() const { return open != nullptr && close != nullptr && seek != nullptr; }
+
+  mOpenFunction open;
+  mCloseFunction close;
+  mSeekFunction seek;
+};
+
+struct Size {
+  int32_t width;
+  int32_t height;
+};
+
+// Puts row `index`, the top one being 0, in its place; the colour table tells that a set bit is
+// black. A row that the block has no place for is dropped.
+int TakeRow(BYTE* row, int32_t index, void* bitmap) {
+  if (row == nullptr || bitmap == nullptr) return CCITT_ROW_STOP;
+  sorrelin::LockedBlock const dib(bitmap);
+  if (!dib) return CCITT_ROW_STOP;
+  std::span<BYTE> const block = dib.bytes();
+  BITMAPINFOHEADER header{};
+  std::memcpy(&header, block.data(), std::min(block.size(), sizeof header));
+  if (index < 0 || index >= header.biHeight) return CCITT_ROW_DONE;
+  uint64_t const width = static_cast<uint64_t>(std::max(header.biWidth, LONG{0}));
+  uint64_t const from_bottom = static_cast<uint64_t>(header.biHeight - index - 1);
+  uint64_t const at = header.biSize + kTableBytes + from_bottom * ((width + 31) / 32 * 4);
+  uint64_t const payload = (width + 7) / 8;
+  if (at + payload <= block.size()) std::memcpy(block.data() + at, row, payload);
+  return CCITT_ROW_DONE;
+}
+
+// The height to try after data that ended early at `height`. The sibling may know how many rows the
+// data hold; every height down to there would fail the same way.
+int32_t LowerHeight(Decoder const& sibling, int32_t height) {
+  if (sibling.rows_decoded == nullptr) return height - 1;
+  return std::clamp(sibling.rows_decoded(), 1, height - 1);
+}
+
+// Decodes from the start of `file`, again with fewer rows while the data end before the last one.
+template <typename Rewind>
+bool DecodeRows(Decoder const& sibling, void* file, Size size, HDIB bitmap, Rewind const& rewind) {
+  while (sibling.decode(file, size.width, size.height, CCITT_GROUP4, bitmap, TakeRow) == 0) {
+    if (sibling.error() != CCITT_ERROR_DATA_ENDED || size.height <= 1) return false;
+    size.height = LowerHeight(sibling, size.height);
+    rewind();
+  }
+  return true;
+}
+
+DWORD DecodeFromMemory(Decoder const& sibling, MemoryFile const& memory, HGLOBAL data, Size size,
+                       HDIB bitmap) {
+  void* const file = memory.open(data, static_cast<DWORD>(GlobalSize(data)));
+  if (file == nullptr || file == INVALID_HANDLE_VALUE) return PDF_ERROR_CCITT_LIBRARY;
+  bool const decoded =
+      DecodeRows(sibling, file, size, bitmap, [&] { memory.seek(file, 0, FILE_BEGIN); });
+  memory.close(file);
+  return decoded ? PDF_ERROR_NONE : PDF_ERROR_CCITT_CODING;
+}
+
+// Kept: after a failure the temporary file stays.
+DWORD DecodeFromFile(Decoder const& sibling, HGLOBAL data, Size size, HDIB bitmap) {
+  WCHAR path[MAX_PATH];
+  DWORD const made = sorrelin::MakeTempFile(SORRELIN_TEXT("~tm"), path);
+  if (made != PDF_ERROR_NONE) return made;
+  sorrelin::LockedBlock const block(data);
+  if (!block || !sorrelin::WriteTempFile(path, block.bytes())) return PDF_ERROR_TEMP_FILE;
+  HANDLE const file = CreateFileW(path, GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
+                                  FILE_ATTRIBUTE_NORMAL, nullptr);
+  if (file == INVALID_HANDLE_VALUE) return PDF_ERROR_TEMP_FILE;
+  bool const decoded = DecodeRows(sibling, file, size, bitmap,
+                                  [&] { SetFilePointer(file, 0, nullptr, FILE_BEGIN); });
+  CloseHandle(file);
+  if (!decoded) return PDF_ERROR_CCITT_CODING;
+  DeleteFileW(path);
+  return PDF_ERROR_NONE;
+}
+
+}  // namespace
+
+void* CCreatePDF::CreateDIBFromCCITTData(void* hData, DWORD nWidth, DWORD nHeight) {
+  if (hData == nullptr) return nullptr;
+  {
+    OwnedBlock bitmap = BuildCcittBitmap(nWidth, nHeight);
+    if (!bitmap.IsValid()) return FailBitmap(PDF_ERROR_MEMORY);
+    SiblingLibrary const library(kLibraryName);
+    if (!library.IsLoaded()) return FailBitmap(PDF_ERROR_CCITT_LIBRARY);
+    MemoryFile const memory(library);
+    if (memory.open != nullptr) {
+      Decoder const sibling(library);
+      if (!memory.IsComplete() || !sibling.IsComplete()) {
+        return FailBitmap(PDF_ERROR_CCITT_LIBRARY);
+      }
+      Size const size{static_cast<int32_t>(nWidth), static_cast<int32_t>(nHeight)};
+      return DecodedBitmap(DecodeFromMemory(sibling, memory, hData, size, bitmap.get()), bitmap);
+    }
+  }
+  // The missing mOpen is the only thing that chooses the file route.
+  return CreateDIBFromCCITTDataFile(hData, nWidth, nHeight);
+}
+
+void* CCreatePDF::CreateDIBFromCCITTDataFile(void* hData, DWORD nWidth, DWORD nHeight) {
+  if (hData == nullptr) return nullptr;
+  OwnedBlock bitmap = BuildCcittBitmap(nWidth, nHeight);
+  if (!bitmap.IsValid()) return FailBitmap(PDF_ERROR_MEMORY);
+  SiblingLibrary const library(kLibraryName);
+  if (!library.IsLoaded()) return FailBitmap(PDF_ERROR_CCITT_LIBRARY);
+  Decoder const sibling(library);
+  if (!sibling.IsComplete()) return FailBitmap(PDF_ERROR_CCITT_LIBRARY);
+  Size const size{static_cast<int32_t>(nWidth), static_cast<int32_t>(nHeight)};
+  return DecodedBitmap(DecodeFromFile(sibling, hData, size, bitmap.get()), bitmap);
+}
+
+OwnedBlock CCreatePDF::BuildCcittBitmap(DWORD nWidth, DWORD nHeight) {
+  sorrelin::RebuiltDib dib;
+  if (!dib.Create(sorrelin::kKindBilevel, nWidth, nHeight)) return OwnedBlock();
+  dib.SetColours(sorrelin::ColoursOfCcittData(m_bBlackIs1 != 0, m_bDecodeNormal != 0));
+  return OwnedBlock(dib.Release());
+}
+
+void* CCreatePDF::FailBitmap(DWORD nError) {
+  Fail(nError);
+  return nullptr;
+}
+
+void* CCreatePDF::DecodedBitmap(DWORD nError, OwnedBlock& bitmap) {
+  return nError == PDF_ERROR_NONE ? bitmap.Release() : FailBitmap(nError);
+}
