@@ -6,12 +6,6 @@
 #include <cstdlib>
 #include <new>
 
-#if defined(__GNUC__)
-#define SORRELIN_NOINLINE __attribute__((noinline))
-#else
-#define SORRELIN_NOINLINE
-#endif
-
 namespace sorrelin {
 
 namespace {

@@ -12,8 +12,7 @@ namespace sorrelin {
 
 namespace {
 
-// Kept: a block of 0 bytes is valid; a document may start with no capacity.
-size_t AllocationSize(uint64_t bytes) { return std::max<size_t>(static_cast<size_t>(bytes), 1); }
+constexpr uint64_t kLargestAllocation = PTRDIFF_MAX;
 
 }  // namespace
 
@@ -21,8 +20,9 @@ bool MemoryBuffer::Allocate(DWORD capacity) {
   nPos = 0;
   nSize = 0;
   bReadOnly = 0;
-  pData = static_cast<BYTE*>(std::calloc(AllocationSize(capacity), 1));
-  nCapacity = pData != nullptr ? capacity : 0;
+  // A block of 0 bytes is valid: a document may start with no capacity.
+  pData = static_cast<BYTE*>(std::calloc(std::max<size_t>(capacity, 1), 1));
+  nCapacity = nAllocated = pData != nullptr ? capacity : 0;
   if (pData == nullptr) SetLastError(ERROR_NOT_ENOUGH_MEMORY);
   return pData != nullptr;
 }
@@ -61,23 +61,31 @@ DWORD MemoryBuffer::Write(void const* buffer, DWORD bytes) {
     SetLastError(ERROR_FILE_READ_ONLY);
     return 0;
   }
-  if (nPos > nCapacity || nCapacity - nPos < bytes) {
-    uint64_t const needed = nPos + bytes;
-    void* const grown = nPos <= PTRDIFF_MAX && needed <= PTRDIFF_MAX
-                            ? std::realloc(pData, AllocationSize(needed))
-                            : nullptr;
-    if (grown == nullptr) {
-      SetLastError(ERROR_NOT_ENOUGH_MEMORY);
-      return 0;
-    }
-    pData = static_cast<BYTE*>(grown);
-    if (nPos > nCapacity) std::memset(pData + nCapacity, 0, static_cast<size_t>(nPos - nCapacity));
-    nCapacity = needed;
+  if ((nPos > nCapacity || nCapacity - nPos < bytes) && !Grow(bytes)) {
+    SetLastError(ERROR_NOT_ENOUGH_MEMORY);
+    return 0;
   }
   if (bytes != 0) std::memcpy(pData + nPos, buffer, bytes);
   nPos += bytes;
   nSize = std::max(nSize, nPos);
   return bytes;
+}
+
+// The capacity becomes exactly what the write needs; the allocation behind it grows by halves, so
+// that many small writes stay cheap. A gap before the position is zeroed.
+bool MemoryBuffer::Grow(DWORD bytes) {
+  if (nPos > kLargestAllocation - bytes) return false;
+  uint64_t const needed = nPos + bytes;
+  if (needed > nAllocated) {
+    uint64_t const wanted = std::min(needed + needed / 2, kLargestAllocation);
+    void* const grown = std::realloc(pData, static_cast<size_t>(wanted));
+    if (grown == nullptr) return false;
+    pData = static_cast<BYTE*>(grown);
+    nAllocated = wanted;
+  }
+  if (nPos > nCapacity) std::memset(pData + nCapacity, 0, static_cast<size_t>(nPos - nCapacity));
+  nCapacity = needed;
+  return true;
 }
 
 uint64_t MemoryBuffer::Seek(int64_t offset, DWORD origin) {
@@ -92,7 +100,7 @@ uint64_t MemoryBuffer::Seek(int64_t offset, DWORD origin) {
 BYTE* MemoryBuffer::Take() {
   nSize = 0;
   nPos = 0;
-  nCapacity = 0;
+  nCapacity = nAllocated = 0;
   bReadOnly = 1;
   return std::exchange(pData, nullptr);
 }

@@ -12,10 +12,11 @@ namespace sorrelin {
 // Each operation sets the system error named there and returns 0 or false on failure.
 struct MemoryBuffer {
   BYTE* pData = nullptr;
-  uint64_t nCapacity = 0;  // bytes allocated
-  uint64_t nSize = 0;      // bytes of content
-  uint64_t nPos = 0;       // may lie past nSize
-  BYTE bReadOnly = 1;      // not 0: writes are refused, and the block is someone else's
+  uint64_t nCapacity = 0;   // bytes that the content may use; grows to the exact fit of a write
+  uint64_t nSize = 0;       // bytes of content
+  uint64_t nPos = 0;        // may lie past nSize
+  BYTE bReadOnly = 1;       // not 0: writes are refused, and the block is someone else's
+  uint64_t nAllocated = 0;  // bytes of an owned block, never less than nCapacity
 
   // An owned, zero-filled block; 0 bytes make a valid empty one. Error 8.
   bool Allocate(DWORD capacity);
@@ -29,6 +30,9 @@ struct MemoryBuffer {
   uint64_t Seek(int64_t offset, DWORD origin);
   // Gives the block up and returns it; the buffer is then empty and read-only.
   BYTE* Take();
+
+ private:
+  bool Grow(DWORD bytes);
 };
 
 }  // namespace sorrelin

@@ -2,10 +2,22 @@
 #include <sorrelin/frame/flat.h>
 #include <sorrelin/platform/wide_string.h>
 
+#include <memory>
+
 using sorrelin::ResultOf;
 using sorrelin::ToWide;
 
 namespace {
+
+SORRELIN_NOINLINE std::unique_ptr<CCreatePDF> NewPrivateSession() {
+  return std::make_unique<CCreatePDF>();
+}
+
+// Kept: the guards leave the private session behind, which has been constructed before them.
+DWORD Abandon(std::unique_ptr<CCreatePDF>& session, DWORD error) {
+  static_cast<void>(session.release());
+  return error;
+}
 
 struct Page {
   HDIB bitmap;
@@ -52,25 +64,18 @@ DWORD pdf_SaveDIBToPDF(char const* szFileName, HDIB hDib, char const* szCodecLib
                            nCompression, nQuality);
 }
 
-// Kept: the guards leave the private session behind, which has been constructed before them.
 DWORD pdf_SaveDIBToPDFW(WCHAR const* szFileName, HDIB hDib, WCHAR const* szCodecLibrary,
                         DWORD nCompression, int nQuality) {
-  CCreatePDF* const session = new CCreatePDF;
-  if (hDib == nullptr) return PDF_ERROR_INVALID_HANDLE;
-  if (szFileName == nullptr || *szFileName == 0) return PDF_ERROR_NULL_POINTER;
-  DWORD const result =
-      SaveToFile(*session, szFileName, {hDib, szCodecLibrary, nCompression, nQuality});
-  delete session;
-  return result;
+  std::unique_ptr<CCreatePDF> session = NewPrivateSession();
+  if (hDib == nullptr) return Abandon(session, PDF_ERROR_INVALID_HANDLE);
+  if (szFileName == nullptr || *szFileName == 0) return Abandon(session, PDF_ERROR_NULL_POINTER);
+  return SaveToFile(*session, szFileName, {hDib, szCodecLibrary, nCompression, nQuality});
 }
 
 DWORD pdf_SaveDIBToPDFInMemory(void** ppData, DWORD* pnSize, HDIB hDib, WCHAR const* szCodecLibrary,
                                DWORD nCompression, int nQuality) {
-  CCreatePDF* const session = new CCreatePDF;
-  if (hDib == nullptr) return PDF_ERROR_INVALID_HANDLE;
-  if (ppData == nullptr || pnSize == nullptr) return PDF_ERROR_NULL_POINTER;
-  DWORD const result =
-      SaveToMemory(*session, ppData, pnSize, {hDib, szCodecLibrary, nCompression, nQuality});
-  delete session;
-  return result;
+  std::unique_ptr<CCreatePDF> session = NewPrivateSession();
+  if (hDib == nullptr) return Abandon(session, PDF_ERROR_INVALID_HANDLE);
+  if (ppData == nullptr || pnSize == nullptr) return Abandon(session, PDF_ERROR_NULL_POINTER);
+  return SaveToMemory(*session, ppData, pnSize, {hDib, szCodecLibrary, nCompression, nQuality});
 }

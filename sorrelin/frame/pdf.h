@@ -7,12 +7,11 @@
  *   Strings   zero-terminated. WCHAR is one UTF-16 code unit; char strings are in the system's code
  *             page (UTF-8 outside Windows). A narrow string must not be null.
  *   Bitmaps   a HDIB is a block from GlobalAlloc that holds a packed bitmap: BITMAPINFOHEADER (40
- *             bytes), RGBQUAD colour table, rows from the lowest up, each padded to 4 bytes, 1, 8 or
- *             24 bits a pixel (blue, green, red). What is handed in stays the caller's and is not
- *             changed; what is handed out the caller frees with GlobalFree.
- *   Pages     are counted from 0 where a page index is an argument.
- *   Sizes     are in bytes, unless units of 16 bits are named.
- *   Threads   sessions share nothing; one session is for one thread at a time. */
+ *             bytes), RGBQUAD colour table, rows from the lowest up, each padded to 4 bytes, 1, 8
+ * or 24 bits a pixel (blue, green, red). What is handed in stays the caller's and is not changed;
+ * what is handed out the caller frees with GlobalFree. Pages     are counted from 0 where a page
+ * index is an argument. Sizes     are in bytes, unless units of 16 bits are named. Threads sessions
+ * share nothing; one session is for one thread at a time. */
 #ifndef SORRELIN_FRAME_PDF_H_
 #define SORRELIN_FRAME_PDF_H_
 

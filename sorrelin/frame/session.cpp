@@ -7,8 +7,14 @@
 #include <algorithm>
 #include <iterator>
 
-CCreatePDF::CCreatePDF()
-    : m_hFile(sorrelin::InvalidChannel()), m_pReader(new sorrelin::ReaderState) {
+namespace {
+
+// Of its own, because pdf_Release_PDF leaves the record behind.
+SORRELIN_NOINLINE sorrelin::ReaderState* NewSideRecord() { return new sorrelin::ReaderState; }
+
+}  // namespace
+
+CCreatePDF::CCreatePDF() : m_hFile(sorrelin::InvalidChannel()), m_pReader(NewSideRecord()) {
   static_assert(std::size(sorrelin::kWideCreator) <= kCreatorUnits);
   std::copy(std::begin(sorrelin::kWideCreator), std::end(sorrelin::kWideCreator), m_szCreator);
   InitObjectList();

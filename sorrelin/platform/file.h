@@ -75,8 +75,8 @@ SORRELIN_PLATFORM_API DWORD GetTempPathW(DWORD capacity, WCHAR* buffer);
  * path in `name`, which has room for MAX_PATH units: the first three units of `prefix`, a
  * hexadecimal number and ".tmp". With `unique` not 0 the name uses that number and no file is
  * made. The number, or 0 with the system error. */
-SORRELIN_PLATFORM_API UINT GetTempFileNameW(WCHAR const* directory, WCHAR const* prefix, UINT unique,
-                                            WCHAR* name);
+SORRELIN_PLATFORM_API UINT GetTempFileNameW(WCHAR const* directory, WCHAR const* prefix,
+                                            UINT unique, WCHAR* name);
 
 #endif /* !_WIN32 */
 #endif /* SORRELIN_PLATFORM_FILE_H_ */

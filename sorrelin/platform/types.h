@@ -79,6 +79,13 @@ typedef struct tagBITMAPINFOHEADER {
 
 #endif /* _WIN32 */
 
+/* Keeps a function's frame, so that what it allocates can be told from other allocations. */
+#if defined(__GNUC__)
+#define SORRELIN_NOINLINE __attribute__((noinline))
+#else
+#define SORRELIN_NOINLINE __declspec(noinline)
+#endif
+
 /* A literal of WCHAR. */
 #define SORRELIN_TEXT(text) SORRELIN_TEXT_JOIN(text)
 

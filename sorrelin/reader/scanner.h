@@ -11,9 +11,9 @@
 
 namespace sorrelin {
 
-bool IsWhiteSpace(BYTE c);      // LF, CR, space
+bool IsWhiteSpace(BYTE c);  // LF, CR, space
 bool IsDigitChar(BYTE c);
-bool IsDelimiterChar(BYTE c);   // white space, one of /[]()<>, or NUL
+bool IsDelimiterChar(BYTE c);  // white space, one of /[]()<>, or NUL
 
 // Whether the key text occurs; the search ends at the first NUL.
 bool BufferContains(BYTE const* data, uint64_t size, char const* key);

@@ -37,7 +37,8 @@ inline std::vector<BYTE> ReadAll(std::filesystem::path const& path) {
 
 inline void WriteAll(std::filesystem::path const& path, std::vector<BYTE> const& bytes) {
   std::ofstream(path, std::ios::binary)
-      .write(reinterpret_cast<char const*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+      .write(reinterpret_cast<char const*>(bytes.data()),
+             static_cast<std::streamsize>(bytes.size()));
 }
 
 }  // namespace test

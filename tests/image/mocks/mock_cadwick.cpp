@@ -22,6 +22,7 @@ ENTRY MockCadwick* Mock() { return &mock; }
 #ifndef WITHOUT_MOPEN
 ENTRY void* mOpen(HGLOBAL hBlock, DWORD nSize) {
   if (mock.open_fails != 0) return INVALID_HANDLE_VALUE;
+  if (mock.open_null != 0) return nullptr;
   ++mock.opened;
   mock.opened_bytes = nSize;
   memory_file = {hBlock, nSize, 0};
@@ -69,6 +70,39 @@ ENTRY int DecodeCcittImage(void* hFile, int32_t nWidth, int32_t nHeight, int32_t
     if (mock.last_callback != CCITT_ROW_DONE) return 0;
     ++mock.last_rows;
   }
+  return 1;
+}
+#endif
+
+#ifndef WITHOUT_ENCODE
+static void WriteRow(void* file, BYTE const* row, DWORD bytes) {
+  if (file != &memory_file) {
+    WriteFile(file, row, bytes, nullptr, nullptr);
+    return;
+  }
+  GlobalReAlloc(memory_file.block, memory_file.position + bytes, GMEM_MOVEABLE);
+  memcpy(static_cast<BYTE*>(GlobalLock(memory_file.block)) + memory_file.position, row, bytes);
+  GlobalUnlock(memory_file.block);
+  memory_file.position += bytes;
+}
+
+ENTRY int EncodeCcittImage(void* hFile, int32_t nWidth, int32_t nHeight, int32_t nCompression,
+                           void* pUser, CcittRowCallback pRow) {
+  ++mock.encodes;
+  mock.width = nWidth;
+  mock.height = nHeight;
+  mock.last_compression = nCompression;
+  if (mock.writes_nothing != 0) {
+    if (hFile == &memory_file) GlobalReAlloc(memory_file.block, 0, GMEM_MOVEABLE);
+    return 1;
+  }
+  BYTE row[8192];
+  for (int32_t y = 0; y < nHeight; ++y) {
+    mock.last_callback = pRow(row, y, pUser);
+    WriteRow(hFile, row, static_cast<DWORD>((nWidth + 7) / 8));
+    if (mock.encode_fails != 0) return 0;
+  }
+  mock.past_end = pRow(row, nHeight, pUser);
   return 1;
 }
 #endif

@@ -33,6 +33,41 @@ ENTRY MockRennick* Mock() { return &mock; }
   return dib;
 }
 
+// The coded data are "JFIF" and the bitmap's width.
+[[maybe_unused]] static HGLOBAL Coded(HDIB bitmap, void const* record) {
+  mock.bitmap = bitmap;
+  memcpy(mock.record, record, sizeof mock.record);
+  HGLOBAL const block = GlobalAlloc(GMEM_MOVEABLE, mock.encode_empty != 0 ? 0 : 5);
+  if (mock.encode_empty != 0) return block;
+  BYTE* const bytes = static_cast<BYTE*>(GlobalLock(block));
+  memcpy(bytes, "JFIF", 4);
+  bytes[4] = mock.record[JPEG_RECORD_WIDTH];
+  GlobalUnlock(block);
+  return block;
+}
+
+#ifndef WITHOUT_MEMORY_SAVE
+ENTRY HGLOBAL SaveDIBAsJPEGToMemoryEx(HDIB hDib, void const* pRecord, int* pStatus) {
+  if (*pStatus != 0) return nullptr;
+  *pStatus = mock.status;
+  return mock.encode_null != 0 ? nullptr : Coded(hDib, pRecord);
+}
+#endif
+
+#ifndef WITHOUT_FILE_SAVE
+ENTRY int SaveDIBInJPEGFileExW(WCHAR const* szPath, HDIB hDib, void const* pRecord) {
+  if (mock.save_fails != 0) return 1;
+  HGLOBAL const block = Coded(hDib, pRecord);
+  HANDLE const file = CreateFileW(szPath, GENERIC_WRITE, FILE_SHARE_READ, nullptr, CREATE_ALWAYS,
+                                  FILE_ATTRIBUTE_NORMAL, nullptr);
+  DWORD const bytes = static_cast<DWORD>(GlobalSize(block));
+  if (bytes != 0) WriteFile(file, GlobalLock(block), bytes, nullptr, nullptr);
+  CloseHandle(file);
+  GlobalFree(block);
+  return 0;
+}
+#endif
+
 #ifndef WITHOUT_MEMORY
 ENTRY HDIB LoadJPEGIntoDIBFromMemory(void const* pData, DWORD nSize) {
   return OnePixel(static_cast<BYTE const*>(pData), nSize);

@@ -8,11 +8,14 @@
 
 struct MockCadwick {
   // Set by the test.
-  int32_t open_fails;    // mOpen gives -1
-  int32_t error;         // TiffError after data that are too short; else CCITT_ERROR_DATA_ENDED
-  int32_t fails_at_all;  // every decode fails
-  int32_t null_rows;     // hands null rows to the callback
-  int32_t first_row;     // index of the first row handed out
+  int32_t open_fails;      // mOpen gives -1
+  int32_t error;           // TiffError after data that are too short; else CCITT_ERROR_DATA_ENDED
+  int32_t fails_at_all;    // every decode fails
+  int32_t null_rows;       // hands null rows to the callback
+  int32_t first_row;       // index of the first row handed out
+  int32_t open_null;       // mOpen gives 0
+  int32_t encode_fails;    // every encode fails, behind its first row
+  int32_t writes_nothing;  // every encode succeeds without data
 
   // Seen by the test.
   int32_t opened;
@@ -25,10 +28,20 @@ struct MockCadwick {
   int32_t last_rows;      // rows delivered
   DWORD opened_bytes;
   void* last_user;
+  int32_t encodes;
+  int32_t width;
+  int32_t height;
+  int32_t past_end;  // the row callback's result for the row behind the last
 };
 
 struct MockRennick {
-  int32_t fails;  // decoding gives null
+  int32_t fails;         // decoding gives null
+  int32_t status;        // what encoding reports
+  int32_t encode_null;   // encoding gives no block
+  int32_t encode_empty;  // encoding gives a block of no bytes
+  int32_t save_fails;    // encoding to a file fails
+  BYTE record[56];       // the last parameter record
+  HDIB bitmap;           // the last bitmap to encode
   int32_t loads;
   DWORD bytes;  // of the last file
   BYTE first_byte;

@@ -1,0 +1,147 @@
+// The JPEG encoders against mock siblings.
+#include <gtest/gtest.h>
+#include <sorrelin/image/codecs/sibling.h>
+#include <sorrelin/platform/error.h>
+#include <sorrelin/platform/wide_string.h>
+
+#include <filesystem>
+#include <memory>
+#include <thread>
+
+#include "tests/image/mocks/mock_siblings.h"
+#include "tests/support/dib.h"
+#include "tests/support/environment.h"
+#include "tests/support/preloaded_sibling.h"
+#include "tests/support/session_probe.h"
+#include "tests/support/temp_dir.h"
+
+namespace {
+
+using test::Block;
+using test::Bytes;
+using test::MakeDib;
+
+std::string PathOf(std::string const& variant) {
+  return std::string(MOCKS_DIR) + "/" + variant + "/librennick.so";
+}
+
+Block Picture(WORD bits = 24) {
+  return MakeDib(
+      {.width = 0x1234, .height = 2, .bits = bits, .x_per_metre = 0x01020304, .y_per_metre = 11811},
+      [](LONG, LONG) { return 0u; });
+}
+
+class EncodeJpeg : public testing::Test {
+ protected:
+  std::unique_ptr<CCreatePDF> session_ = std::make_unique<CCreatePDF>();
+  DWORD size_ = 0;
+  test::TempDir temp_;
+  test::EnvironmentValue temp_value_{"TMPDIR", temp_.path().string()};
+
+  void* Encode(HDIB dib, std::string const& path, int quality = 0) {
+    return session_->ConvertDIB2DctJpegPDFImage(dib, size_, path.c_str(), quality, 7);
+  }
+  void* EncodeInFile(HDIB dib, std::string const& path) {
+    return session_->ConvertDIB2DctJpegPDFImageFileW(dib, size_,
+                                                     sorrelin::ToWide(path.c_str()).c_str(), 75, 7);
+  }
+  DWORD Code() { return session_->PDF_GetLastError(); }
+};
+
+TEST_F(EncodeJpeg, SiblingGetsTheBitmapAndItsRecord) {
+  test::PreloadedSibling<MockRennick> const mock(PathOf("full"));
+  Block const dib = Picture();
+  Block const jpeg(Encode(dib, PathOf("full"), 0x1FFFE));
+  EXPECT_EQ(jpeg.Content(), (Bytes{'J', 'F', 'I', 'F', 0x34}));
+  EXPECT_EQ(size_, 5u);
+  EXPECT_EQ(mock->bitmap, dib.get());
+  Bytes expected = {0x34, 0x12, 2, 0, 4, 3, 2, 1, 0x23, 0x2E, 0, 0, 0xFE, 0xFF,
+                    3,    0,    0, 0, 0, 0, 2, 0, 2,    0,    0, 0, 0,    0};
+  expected.resize(JPEG_RECORD_BYTES, 0);
+  EXPECT_EQ(Bytes(mock->record, mock->record + JPEG_RECORD_BYTES), expected);
+}
+
+TEST_F(EncodeJpeg, FileRouteGivesTheSameBytesAndDeletesItsFile) {
+  Block const jpeg(EncodeInFile(Picture(8), PathOf("full")));
+  EXPECT_EQ(jpeg.Content(), (Bytes{'J', 'F', 'I', 'F', 0x34}));
+  EXPECT_TRUE(test::NamesIn(temp_.path()).empty());
+}
+
+TEST_F(EncodeJpeg, BilevelBitmapIs5) {
+  EXPECT_EQ(Encode(Picture(1), PathOf("full")), INVALID_HANDLE_VALUE);
+  EXPECT_EQ(Code(), 5u);
+  EXPECT_EQ(EncodeInFile(Picture(1), PathOf("full")), INVALID_HANDLE_VALUE);
+  EXPECT_EQ(Code(), 5u);
+}
+
+TEST_F(EncodeJpeg, LibraryThatCannotBeLoadedIs21) {
+  EXPECT_EQ(session_->ConvertDIB2DctJpegPDFImageW(Picture(), size_, nullptr, 0, 7),
+            INVALID_HANDLE_VALUE);
+  EXPECT_EQ(Code(), 21u);
+  for (char const* const name : {"", "nowhere.dll"}) {
+    session_->PDF_SetLastError(0);
+    EXPECT_EQ(Encode(Picture(), name), INVALID_HANDLE_VALUE);
+    EXPECT_EQ(Code(), 21u);
+    session_->PDF_SetLastError(0);
+    EXPECT_EQ(EncodeInFile(Picture(), name), INVALID_HANDLE_VALUE);
+    EXPECT_EQ(Code(), 21u);
+  }
+}
+
+TEST_F(EncodeJpeg, MissingFileEntryPointIs19) {
+  EXPECT_EQ(EncodeInFile(Picture(), PathOf("no_file_save")), INVALID_HANDLE_VALUE);
+  EXPECT_EQ(Code(), 19u);
+}
+
+TEST_F(EncodeJpeg, StatusNullOrNoBytesAre20) {
+  test::PreloadedSibling<MockRennick> const mock(PathOf("full"));
+  for (int32_t MockRennick::*const failure :
+       {&MockRennick::status, &MockRennick::encode_null, &MockRennick::encode_empty}) {
+    session_->PDF_SetLastError(0);
+    (*mock.operator->()).*failure = 1;
+    EXPECT_EQ(Encode(Picture(), PathOf("full")), INVALID_HANDLE_VALUE);
+    EXPECT_EQ(Code(), 20u);
+    (*mock.operator->()).*failure = 0;
+  }
+}
+
+TEST_F(EncodeJpeg, FailedSaveIs18AndLeavesItsFile) {
+  test::PreloadedSibling<MockRennick> const mock(PathOf("full"));
+  mock->save_fails = 1;
+  EXPECT_EQ(EncodeInFile(Picture(), PathOf("full")), INVALID_HANDLE_VALUE);
+  EXPECT_EQ(Code(), 18u);
+  ASSERT_EQ(test::NamesIn(temp_.path()).size(), 1u);
+  EXPECT_EQ(test::NamesIn(temp_.path())[0].substr(0, 3), "~tm");
+}
+
+TEST_F(EncodeJpeg, EmptyFileIs10) {
+  test::PreloadedSibling<MockRennick> const mock(PathOf("full"));
+  mock->encode_empty = 1;
+  EXPECT_EQ(EncodeInFile(Picture(), PathOf("full")), INVALID_HANDLE_VALUE);
+  EXPECT_EQ(Code(), 10u);
+}
+
+TEST_F(EncodeJpeg, MissingTempDirectoryIs18) {
+  test::EnvironmentValue const missing("TMPDIR", (temp_ / "none").string());
+  EXPECT_EQ(EncodeInFile(Picture(), PathOf("full")), INVALID_HANDLE_VALUE);
+  EXPECT_EQ(Code(), 18u);
+}
+
+// The call begins again while the entry point is missing, and comes back once it is there.
+TEST_F(EncodeJpeg, WithoutTheMemoryEntryPointTheCallWaitsForIt) {
+  std::filesystem::path const path = temp_ / "librennick.so";
+  std::filesystem::copy_file(PathOf("no_memory_save"), path);
+  std::thread replace([&] {
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    std::filesystem::copy_file(PathOf("full"), temp_ / "new");
+    std::filesystem::rename(temp_ / "new", path);
+  });
+  Block const dib = Picture();
+  Block const jpeg(Encode(dib, path.string()));
+  replace.join();
+  EXPECT_EQ(jpeg.Content(), (Bytes{'J', 'F', 'I', 'F', 0x34}));
+  EXPECT_EQ(GlobalUnlock(dib), 0);
+  EXPECT_EQ(GetLastError(), ERROR_NOT_LOCKED);
+}
+
+}  // namespace

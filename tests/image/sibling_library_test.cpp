@@ -1,0 +1,71 @@
+// Where a sibling library is looked for.
+#include <gtest/gtest.h>
+#include <sorrelin/image/codecs/sibling_library.h>
+#include <sorrelin/platform/wide_string.h>
+
+#include <filesystem>
+#include <string>
+
+#include "tests/support/temp_dir.h"
+
+namespace sorrelin {
+namespace {
+
+std::filesystem::path BesideTheProgram() {
+  return std::filesystem::read_symlink("/proc/self/exe").parent_path();
+}
+
+std::string ModulePath(HMODULE module) {
+  WCHAR path[MAX_PATH] = {};
+  GetModuleFileNameW(module, path, MAX_PATH);
+  std::string narrow;
+  for (WCHAR const* unit = path; *unit != 0; ++unit) narrow += static_cast<char>(*unit);
+  return narrow;
+}
+
+// A copy of a mock beside the host program, removed afterwards.
+class CopyBesideTheProgram {
+ public:
+  explicit CopyBesideTheProgram(std::string const& name) : path_(BesideTheProgram() / name) {
+    std::filesystem::copy_file(std::string(MOCKS_DIR) + "/full/libcadwick.so", path_,
+                               std::filesystem::copy_options::overwrite_existing);
+  }
+  ~CopyBesideTheProgram() { std::filesystem::remove(path_); }
+
+ private:
+  std::filesystem::path path_;
+};
+
+TEST(SiblingLibrary, IsFoundBesideTheHostProgramByItsWindowsName) {
+  CopyBesideTheProgram const copy("libsibling-beside.so");
+  HMODULE const module = LoadSibling(SORRELIN_TEXT("Sibling-Beside.dll"));
+  ASSERT_NE(module, nullptr);
+  EXPECT_EQ(ModulePath(module), (BesideTheProgram() / "libsibling-beside.so").string());
+  FreeLibrary(module);
+}
+
+TEST(SiblingLibrary, IsElseFoundOnTheSystemsSearchPath) {
+  HMODULE const module = LoadSibling(SORRELIN_TEXT("libz.so.1"));
+  ASSERT_NE(module, nullptr);
+  EXPECT_NE(GetProcAddress(module, "zlibVersion"), nullptr);
+  FreeLibrary(module);
+}
+
+TEST(SiblingLibrary, EmptyAndUnknownNamesFail) {
+  EXPECT_EQ(LoadSibling(SORRELIN_TEXT("")), nullptr);
+  EXPECT_EQ(LoadSibling(SORRELIN_TEXT("nowhere.dll")), nullptr);
+  EXPECT_FALSE(SiblingLibrary(nullptr).IsLoaded());
+}
+
+TEST(SiblingLibrary, EndlessNameFailsWithoutHarm) {
+  WideString const endless(100000, WCHAR{'x'});
+  EXPECT_EQ(LoadSibling(endless.c_str()), nullptr);
+}
+
+TEST(SiblingLibrary, MissingEntryPointIsNull) {
+  SiblingLibrary const library(SORRELIN_TEXT("libz.so.1"));
+  EXPECT_EQ(library.Entry<mOpenFunction>("mOpen"), nullptr);
+}
+
+}  // namespace
+}  // namespace sorrelin

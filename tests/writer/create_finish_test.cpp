@@ -1,0 +1,207 @@
+// Opening and ending targets: states, codes, and what stays.
+#include <gtest/gtest.h>
+#include <sorrelin/platform/error.h>
+#include <sorrelin/platform/wide_string.h>
+
+#include <filesystem>
+
+#include "tests/support/dib.h"
+#include "tests/support/document.h"
+#include "tests/support/temp_dir.h"
+
+namespace {
+
+using test::MemoryDocument;
+using test::TempDir;
+
+std::string TextOf(std::filesystem::path const& path) {
+  std::vector<BYTE> const bytes = test::ReadAll(path);
+  return {bytes.begin(), bytes.end()};
+}
+
+test::Block SmallPage() {
+  return test::MakeDib({.width = 8, .height = 8, .bits = 1, .x_per_metre = 2835},
+                       [](LONG, LONG) { return 1u; });
+}
+
+TEST(CreateFinish, DocumentWithoutPagesHasFourRowsInUse) {
+  MemoryDocument document;
+  document.Create();
+  std::string const text = document.Finish();
+  EXPECT_NE(text.find("/Size 5\n"), std::string::npos);
+  for (DWORD object = 1; object <= 4; ++object) {
+    EXPECT_EQ(SessionProbe::Row(document.session(), object).bInUse, 1u) << object;
+  }
+  EXPECT_EQ(document->GetCatalogObjectNr(), 4u);
+  EXPECT_EQ(document->GetPagesRootObjectNr(), 3u);
+}
+
+TEST(CreateFinish, StartxrefIsTheOffsetOfXrefWithBothLineEnds) {
+  for (int const char13 : {0, 1}) {
+    MemoryDocument document;
+    document->SetChar13(char13);
+    document.Create();
+    std::string const text = document.Finish();
+    size_t const digits = text.find_first_of("0123456789", text.find("startxref"));
+    EXPECT_EQ(text.compare(std::stoul(text.substr(digits)), 5, char13 != 0 ? "xref\r" : "xref\n"),
+              0);
+  }
+}
+
+TEST(CreateFinish, EntriesAre20BytesWithLfAnd21WithCrLf) {
+  for (int const char13 : {0, 1}) {
+    MemoryDocument document;
+    document->SetChar13(char13);
+    document.Create();
+    std::string const text = document.Finish();
+    size_t const first = text.find("0000000000 65535 f ");
+    EXPECT_EQ(text.find("trailer") - first, 5u * (char13 != 0 ? 21 : 20));
+  }
+}
+
+TEST(CreateFinish, SubsectionCountEqualsSize) {
+  MemoryDocument document;
+  document.Create();
+  document->SaveDIBAsColorPDFPageW(SmallPage(), test::kNoLibrary, PDF_COMPRESSION_NONE, 0);
+  std::string const text = document.Finish();
+  EXPECT_NE(text.find("xref\n0 11\n"), std::string::npos);
+  EXPECT_NE(text.find("/Size 11\n"), std::string::npos);
+}
+
+TEST(CreateFinish, InfoIsObject1WhateverItHolds) {
+  MemoryDocument document;
+  document.OpenBare();
+  document->WriteToPDFFile("no header", 1);
+  document->CreateOutlinesObject(0);
+  document->ReservePagesRootObject();
+  EXPECT_NE(document.Finish().find("/Info 1 0 R\n"), std::string::npos);
+}
+
+TEST(CreateFinish, ReservedNumberThatStaysUnwrittenIsAFreeEntry) {
+  MemoryDocument document;
+  document.Create();
+  EXPECT_EQ(document->ReserveOneObject(), 4u);
+  EXPECT_NE(document.Finish().find(" 00000 n \n0000000000 00000 f \n"), std::string::npos);
+}
+
+TEST(CreateFinish, OffsetsOf2GiBPrintAsSignedNumbers) {
+  MemoryDocument document;
+  document.Create();
+  SessionProbe::Row(document.session(), 2).nOffset = 0x80000000u;
+  EXPECT_NE(document.Finish().find("\n-2147483648 00000 n \n"), std::string::npos);
+}
+
+TEST(CreateFinish, FileHoldsTheSameBytesAsMemory) {
+  TempDir const dir;
+  std::string const name = dir / "a.pdf";
+  auto const session = std::make_unique<CCreatePDF>();
+  ASSERT_EQ(session->CreatePDF(name.c_str()), 1);
+  EXPECT_EQ(session->SaveDIBAsColorPDFPageW(SmallPage(), test::kNoLibrary, 0, 0), 1);
+  EXPECT_EQ(session->FinishPDF(), 1);
+  MemoryDocument document;
+  document.Create();
+  document->SaveDIBAsColorPDFPageW(SmallPage(), test::kNoLibrary, 0, 0);
+  EXPECT_EQ(test::WithoutDate(TextOf(name)), test::WithoutDate(document.Finish()));
+}
+
+TEST(CreateFinish, MissingDirectoryIsError1WithTheSystemsText) {
+  TempDir const dir;
+  auto const session = std::make_unique<CCreatePDF>();
+  EXPECT_EQ(session->CreatePDF((dir / "none/a.pdf").c_str()), 0);
+  EXPECT_EQ(session->PDF_GetLastError(), 1u);
+  char text[512] = {};
+  EXPECT_EQ(session->GetLastPDFErrorText(text), 1);
+  EXPECT_STREQ(text, "No such file or directory");
+}
+
+TEST(CreateFinish, TargetHeldByAnotherSessionIsError1AndStaysAsItIs) {
+  TempDir const dir;
+  std::string const name = dir / "a.pdf";
+  auto const first = std::make_unique<CCreatePDF>();
+  auto const second = std::make_unique<CCreatePDF>();
+  ASSERT_EQ(first->CreatePDF(name.c_str()), 1);
+  EXPECT_EQ(second->CreatePDF(name.c_str()), 0);
+  EXPECT_EQ(second->PDF_GetLastError(), 1u);
+  EXPECT_EQ(first->FinishPDF(), 1);
+  EXPECT_NE(TextOf(name).find("%%EOF\n"), std::string::npos);
+}
+
+TEST(CreateFinish, MemoryDocumentOfNoCapacityGrowsAsNeeded) {
+  MemoryDocument document;
+  EXPECT_EQ(document->CreatePDFInMemory(0, 0), 1);
+  EXPECT_EQ(document.Finish().substr(0, 8), "%PDF-1.7");
+}
+
+TEST(CreateFinish, CapacityDoesNotShowInTheDocument) {
+  MemoryDocument document;
+  EXPECT_EQ(document->CreatePDFInMemory(0, 100000), 1);
+  std::string const text = document.Finish();
+  EXPECT_LT(text.size(), 1000u);
+  EXPECT_EQ(text.substr(text.size() - 6), "%%EOF\n");
+}
+
+TEST(CreateFinish, FinishWithoutAChannelIsError2) {
+  auto const session = std::make_unique<CCreatePDF>();
+  EXPECT_EQ(session->FinishPDF(), 0);
+  EXPECT_EQ(session->PDF_GetLastError(), 2u);
+}
+
+TEST(CreateFinish, SecondFinishIsError11) {
+  MemoryDocument document;
+  document.Create();
+  document.Finish();
+  EXPECT_EQ(document->FinishPDF(), 0);
+  EXPECT_EQ(document->PDF_GetLastError(), 11u);
+}
+
+TEST(CreateFinish, CloseTwiceDoesNoHarm) {
+  MemoryDocument document;
+  document.Create();
+  document->ClosePDFFile();
+  document->ClosePDFFile();
+  document->ClosePDFFileInMemory(nullptr, nullptr);
+  EXPECT_EQ(SessionProbe::Channel(document.session()), sorrelin::InvalidChannel());
+  EXPECT_EQ(SessionProbe::Reader(document.session()).m_pChannel, sorrelin::InvalidChannel());
+}
+
+TEST(CreateFinish, CreateOnAnOpenSessionClosesTheFirstTarget) {
+  TempDir const dir;
+  auto const session = std::make_unique<CCreatePDF>();
+  ASSERT_EQ(session->CreatePDF((dir / "a.pdf").c_str()), 1);
+  ASSERT_EQ(session->CreatePDF((dir / "b.pdf").c_str()), 1);
+  std::filesystem::rename(dir / "a.pdf", dir / "c.pdf");
+  sorrelin::WideString const moved = sorrelin::ToWide((dir / "c.pdf").c_str());
+  sorrelin::FileChannel* const channel =
+      sorrelin::ChannelOpenFile(moved.c_str(), 0x40000000u, 1, nullptr, 3, 0, nullptr);
+  EXPECT_NE(channel, sorrelin::InvalidChannel());
+  sorrelin::ChannelClose(channel);
+  session->ClosePDFFile();
+}
+
+TEST(CreateFinish, FinishOnAFileStoresNoMemoryDocument) {
+  TempDir const dir;
+  auto const session = std::make_unique<CCreatePDF>();
+  session->CreatePDF((dir / "a.pdf").c_str());
+  int64_t data = 99;
+  DWORD size = 99;
+  EXPECT_EQ(session->FinishPDFInMemory(&data, &size), 1);
+  EXPECT_EQ(data, 0);
+  EXPECT_EQ(size, 0u);
+}
+
+TEST(CreateFinish, ClearsAnOlderError) {
+  MemoryDocument document;
+  document->PDF_SetLastError(20);
+  document.Create();
+  EXPECT_EQ(document->PDF_GetLastError(), 0u);
+}
+
+TEST(CreateFinish, NamesBeyondAsciiReachTheDisk) {
+  TempDir const dir;
+  auto const session = std::make_unique<CCreatePDF>();
+  ASSERT_EQ(session->CreatePDF((dir / "\xC3\xA4\xE2\x82\xAC\xF0\x9F\x98\x80.pdf").c_str()), 1);
+  session->FinishPDF();
+  EXPECT_TRUE(std::filesystem::exists(dir / "\xC3\xA4\xE2\x82\xAC\xF0\x9F\x98\x80.pdf"));
+}
+
+}  // namespace

@@ -1,0 +1,240 @@
+// Numbers, offsets, marks and codes of the object writer.
+#include <gtest/gtest.h>
+
+#include <cstring>
+
+#include "tests/support/dib.h"
+#include "tests/support/document.h"
+
+namespace {
+
+using test::MemoryDocument;
+
+DWORD ErrorOf(CCreatePDF& session) { return session.PDF_GetLastError(); }
+
+TEST(ObjectWriter, FreshSessionHasHandedOutNoNumber) {
+  MemoryDocument document;
+  EXPECT_EQ(document->GetCurrentObject(), 0u);
+  EXPECT_EQ(document->GetNextObject(), 1u);
+  EXPECT_EQ(document->ObjectExistsAlready(0), 0);
+}
+
+TEST(ObjectWriter, FirstObjectAfterTheHeaderIsNumber2) {
+  MemoryDocument document;
+  document.OpenBare();
+  document->WritePDFHeader(nullptr, "x");
+  EXPECT_EQ(document->ObjectStart(1, 1), 2u);
+}
+
+TEST(ObjectWriter, ObjectIsHeaderBracketsAndEnd) {
+  MemoryDocument document;
+  document.OpenBare();
+  document->SetCurrentObject(6);
+  EXPECT_EQ(document->ObjectStart(1, 1), 7u);
+  EXPECT_EQ(document->ObjectEnd(1), 1);
+  EXPECT_EQ(document.Text(), "7 0 obj\n<<\n>>\nendobj\n");
+}
+
+TEST(ObjectWriter, RowHoldsOffsetGenerationAndUse) {
+  MemoryDocument document;
+  document.OpenBare();
+  document->WriteToPDFFile("abc", 1);
+  DWORD const object = document->ObjectStart(0, 1);
+  ObjectEntry const& row = SessionProbe::Row(document.session(), object);
+  EXPECT_EQ(row.nOffset, 4u);
+  EXPECT_EQ(row.nGeneration, 0u);
+  EXPECT_EQ(row.bInUse, 1u);
+}
+
+TEST(ObjectWriter, TakenNumberIsRefusedAndTheAutomaticFormStillConsumesOne) {
+  MemoryDocument document;
+  document.OpenBare();
+  SessionProbe::Row(document.session(), 1).nOffset = 99;
+  EXPECT_EQ(document->ObjectStart(1, 1), 0u);
+  EXPECT_EQ(ErrorOf(document.session()), 11u);
+  EXPECT_EQ(document.Text(), "");
+  EXPECT_EQ(document->GetCurrentObject(), 1u);
+}
+
+TEST(ObjectWriter, ReservedNumberOpensExactlyOnce) {
+  MemoryDocument document;
+  document.OpenBare();
+  document->WriteToPDFFile("x", 1);
+  DWORD const object = document->ReserveOneObject();
+  EXPECT_EQ(document->ObjectStart(object, 0, 1), object);
+  EXPECT_EQ(document->ObjectStart(object, 0, 1), 0u);
+  EXPECT_EQ(ErrorOf(document.session()), 11u);
+}
+
+TEST(ObjectWriter, NewGenerationRewritesAnObject) {
+  MemoryDocument document;
+  document.OpenBare();
+  document->WriteToPDFFile("x", 1);
+  document->ObjectStart(0, 1);
+  EXPECT_EQ(document.Added([](CCreatePDF& s) { s.ObjectStartNewGen(1, 0, 1, 1); }), "1 1 obj\n");
+  EXPECT_EQ(document.Added([](CCreatePDF& s) { s.ObjectStartNewGen(1, 0, 0, 0); }), "1 1 obj");
+  EXPECT_EQ(SessionProbe::Row(document.session(), 1).nOffset, 18u);
+}
+
+TEST(ObjectWriter, NewGenerationOfAMissingObjectIsError11) {
+  MemoryDocument document;
+  document.OpenBare();
+  EXPECT_EQ(document->ObjectStartNewGen(5, 0, 1, 1), 0u);
+  EXPECT_EQ(ErrorOf(document.session()), 11u);
+  EXPECT_EQ(document->ObjectStartNewGen(SessionProbe::kObjectRows, 0, 1, 1), 0u);
+}
+
+TEST(ObjectWriter, EmptyTextIsError8AndNullIsError7) {
+  MemoryDocument document;
+  document.OpenBare();
+  EXPECT_EQ(document->WriteToPDFFile("", 1), 0);
+  EXPECT_EQ(ErrorOf(document.session()), 8u);
+  EXPECT_EQ(document->WriteToPDFFile(nullptr, 1), 0);
+  EXPECT_EQ(ErrorOf(document.session()), 7u);
+  EXPECT_EQ(document->WriteRawDataToPDFFile(nullptr, 4), 0u);
+  EXPECT_EQ(ErrorOf(document.session()), 7u);
+}
+
+TEST(ObjectWriter, WithoutAChannelWritesAreError2AndMoveNothing) {
+  MemoryDocument document;
+  EXPECT_EQ(document->WriteToPDFFile("x", 1), 0);
+  EXPECT_EQ(ErrorOf(document.session()), 2u);
+  EXPECT_EQ(document->WriteEolToPDFFile(), 0u);
+  SessionProbe::Channel(document.session()) = nullptr;
+  EXPECT_EQ(document->WriteToPDFFile("x", 0), 0);
+  EXPECT_EQ(ErrorOf(document.session()), 2u);
+  EXPECT_EQ(SessionProbe::FilePos(document.session()), 0u);
+  SessionProbe::Channel(document.session()) = sorrelin::InvalidChannel();
+}
+
+TEST(ObjectWriter, FailedWriteIsError1AndTheOffsetStaysAdvanced) {
+  MemoryDocument document;
+  document.OpenBare();
+  SessionProbe::Channel(document.session())->buffer.bReadOnly = 1;
+  EXPECT_EQ(document->WriteToPDFFile("abc", 1), 0);
+  EXPECT_EQ(ErrorOf(document.session()), 1u);
+  EXPECT_EQ(SessionProbe::FilePos(document.session()), 3u);
+  SessionProbe::Channel(document.session())->buffer.bReadOnly = 0;
+}
+
+TEST(ObjectWriter, ResultsTellTheLineEndAndTheLastWrite) {
+  MemoryDocument document;
+  document.OpenBare();
+  EXPECT_EQ(document->WriteToPDFFile("abc", 0), 1);
+  EXPECT_EQ(document->WriteEolToPDFFile(), 1u);
+  document->SetChar13(1);
+  EXPECT_EQ(document->UseChar13(), 1);
+  EXPECT_EQ(document->WriteToPDFFile("abc", 1), 2);
+  EXPECT_EQ(document->WriteEolToPDFFile(), 1u);
+  EXPECT_EQ(document.Text(), "abc\nabc\r\n\r\n");
+  EXPECT_EQ(SessionProbe::FilePos(document.session()), document.Text().size());
+}
+
+TEST(ObjectWriter, StreamIsFramedWithAnIndirectLength) {
+  MemoryDocument document;
+  document.OpenBare();
+  EXPECT_EQ(document->BeginStream(), 1u);
+  document->WriteToPDFFile("12345", 1);
+  EXPECT_EQ(document->EndStream(), 1);
+  EXPECT_EQ(document->WriteStreamLengthObject(), 2u);
+  EXPECT_EQ(document.Text(),
+            "1 0 obj\n<< /Length 2 0 R >>\nstream\n12345\nendstream\nendobj\n"
+            "2 0 obj\n6\nendobj\n");
+}
+
+TEST(ObjectWriter, StreamLengthCountsTheLineEndAsWritten) {
+  for (int const char13 : {0, 1}) {
+    MemoryDocument document;
+    document.OpenBare();
+    document->SetChar13(char13);
+    document->BeginStream();
+    document->WriteToPDFFile("12345", 1);
+    document->EndStream();
+    EXPECT_EQ(document->GetStreamLength(), char13 != 0 ? 7u : 6u);
+  }
+}
+
+TEST(ObjectWriter, EqualMarksLeaveAnOpenLengthObjectAndError14) {
+  MemoryDocument document;
+  document.OpenBare();
+  EXPECT_EQ(document->WriteStreamLengthObject(), 0u);
+  EXPECT_EQ(ErrorOf(document.session()), 14u);
+  EXPECT_EQ(document.Text(), "1 0 obj\n");
+}
+
+test::Block BlockOf(char const* text) {
+  test::Block block(GlobalAlloc(GHND, std::strlen(text)));
+  std::memcpy(GlobalLock(block), text, std::strlen(text));
+  GlobalUnlock(block);
+  return block;
+}
+
+TEST(ObjectWriter, DataStreamEndsWithABracketThatCounts) {
+  MemoryDocument document;
+  document.OpenBare();
+  test::Block const block = BlockOf("RGB");
+  EXPECT_EQ(document->WriteDataStreamObject(block, 0), 1u);
+  EXPECT_EQ(document.Text(),
+            "1 0 obj\n<<\n/Length 2 0 R \n>>\nstream\nRGB>\nendstream\nendobj\n"
+            "2 0 obj\n5\nendobj\n");
+}
+
+TEST(ObjectWriter, DataStreamTakesTheGivenSizeAndZeroesWhatTheBlockLacks) {
+  MemoryDocument document;
+  document.OpenBare();
+  test::Block const block = BlockOf("RGB");
+  document->WriteDataStreamObject(block, 2);
+  EXPECT_NE(document.Text().find("stream\nRG>\n"), std::string::npos);
+  std::string const longer =
+      document.Added([&](CCreatePDF& s) { s.WriteDataStreamObject(block, 5); });
+  EXPECT_NE(longer.find(std::string("stream\nRGB\0\0>\n", 14)), std::string::npos);
+}
+
+TEST(ObjectWriter, DataStreamWithoutAHandleFailsWithoutACode) {
+  MemoryDocument document;
+  document.OpenBare();
+  EXPECT_EQ(document->WriteDataStreamObject(nullptr, 0), 0u);
+  EXPECT_EQ(document->WriteDataStreamObject(INVALID_HANDLE_VALUE, 0), 0u);
+  EXPECT_EQ(ErrorOf(document.session()), 0u);
+  EXPECT_EQ(document.Text(), "");
+}
+
+TEST(ObjectWriter, DataStreamOfAnEmptyBlockIsError14) {
+  MemoryDocument document;
+  document.OpenBare();
+  test::Block const empty(GlobalAlloc(GHND, 0));
+  EXPECT_EQ(document->WriteDataStreamObject(empty, 0), 0u);
+  EXPECT_EQ(ErrorOf(document.session()), 14u);
+}
+
+TEST(ObjectWriter, NumbersPastTheTableAreError40) {
+  MemoryDocument document;
+  document.OpenBare();
+  document->WriteToPDFFile("x", 1);
+  document->SetCurrentObject(SessionProbe::kObjectRows - 2);
+  EXPECT_EQ(document->ObjectStart(0, 1), SessionProbe::kObjectRows - 1);
+  EXPECT_EQ(document->ObjectStart(0, 1), 0u);
+  EXPECT_EQ(ErrorOf(document.session()), 40u);
+  document->PDF_SetLastError(0);
+  EXPECT_EQ(document->ReserveOneObject(), 0u);
+  EXPECT_EQ(ErrorOf(document.session()), 40u);
+}
+
+TEST(ObjectWriter, PageListOfSlot30000IsThePageCount) {
+  MemoryDocument document;
+  SessionProbe::TotalPages(document.session()) = 77;
+  EXPECT_EQ(document->GetPageObjectNumber(SessionProbe::kPageSlots), 77u);
+  EXPECT_EQ(document->GetPageObjectNumber(SessionProbe::kPageSlots + 1), 0u);
+  EXPECT_EQ(document->GetPageObjectNumber(0xFFFFFFFFu), 0u);
+}
+
+TEST(ObjectWriterDeathTest, LineOf1024BytesEndsTheProcess) {
+  MemoryDocument document;
+  document.OpenBare();
+  std::string const fits(1023 - std::strlen("/Title ()"), 'x');
+  document->WritePDFHeader(fits.c_str(), "c");
+  EXPECT_NE(document.Text().find("/Title (" + fits + ")\n"), std::string::npos);
+  EXPECT_DEATH(document->WritePDFHeader((fits + "x").c_str(), "c"), "1024 bytes");
+}
+
+}  // namespace

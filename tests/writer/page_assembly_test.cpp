@@ -1,0 +1,233 @@
+// The pipeline from a bitmap to a page: checks, codes, and what a failure leaves.
+#include <gtest/gtest.h>
+#include <sorrelin/platform/error.h>
+
+#include <cstring>
+
+#include "tests/support/dib.h"
+#include "tests/support/document.h"
+
+namespace {
+
+using test::DibSpec;
+using test::MakeDib;
+using test::MemoryDocument;
+
+constexpr LONG k200Dpi = 7874;
+
+test::Block Dib(WORD bits, LONG width = 100, LONG height = 100) {
+  return MakeDib({.width = width, .height = height, .bits = bits, .x_per_metre = k200Dpi},
+                 [](LONG x, LONG y) { return static_cast<DWORD>(x * y) & 1; });
+}
+
+template <typename Change>
+test::Block Changed(test::Block block, Change change) {
+  change(*static_cast<BITMAPINFOHEADER*>(GlobalLock(block)));
+  GlobalUnlock(block);
+  return block;
+}
+
+// The code of a page, which must leave the document as it was unless it is 0.
+DWORD SaveCode(HDIB dib, DWORD compression, bool* wrote = nullptr) {
+  MemoryDocument document;
+  document.Create();
+  size_t const before = document.Text().size();
+  int const result = document->SaveDIBAsColorPDFPageW(dib, test::kNoLibrary, compression, 0);
+  DWORD const code = document->PDF_GetLastError();
+  EXPECT_EQ(result, code == 0 ? 1 : 0);
+  if (wrote != nullptr) *wrote = document.Text().size() != before;
+  return code;
+}
+
+TEST(PageAssembly, NullBitmapIs2) { EXPECT_EQ(SaveCode(nullptr, 0), 2u); }
+
+TEST(PageAssembly, GarbageHandlesHaveNoSize) {
+  int variable = 0;
+  EXPECT_EQ(SaveCode(INVALID_HANDLE_VALUE, 0), 4u);
+  EXPECT_EQ(SaveCode(&variable, 0), 4u);
+  HGLOBAL const stale = GlobalAlloc(GHND, 100);
+  GlobalFree(stale);
+  EXPECT_EQ(SaveCode(stale, 0), 4u);
+}
+
+TEST(PageAssembly, ZeroWidthOrHeightIs4) {
+  EXPECT_EQ(SaveCode(Changed(Dib(24), [](auto& h) { h.biWidth = 0; }), 0), 4u);
+  EXPECT_EQ(SaveCode(Changed(Dib(24), [](auto& h) { h.biHeight = 0; }), 0), 4u);
+}
+
+TEST(PageAssembly, OtherDepthsAre5BeforeAnythingIsWritten) {
+  for (WORD const bits : std::initializer_list<WORD>{0, 2, 4, 15, 16, 32}) {
+    bool wrote = true;
+    EXPECT_EQ(SaveCode(Changed(Dib(24), [&](auto& h) { h.biBitCount = bits; }), 0, &wrote), 5u);
+    EXPECT_FALSE(wrote) << bits;
+  }
+}
+
+TEST(PageAssembly, NegativeSizesAre10) {
+  for (WORD const bits : std::initializer_list<WORD>{1, 8, 24}) {
+    EXPECT_EQ(SaveCode(Changed(Dib(bits), [](auto& h) { h.biHeight = -100; }), 0), 10u) << bits;
+    EXPECT_EQ(SaveCode(Changed(Dib(bits), [](auto& h) { h.biWidth = -100; }), 4), 10u) << bits;
+  }
+}
+
+TEST(PageAssembly, SizesPast4GiBAre10) {
+  test::Block const huge = Changed(Dib(24), [](auto& h) { h.biWidth = h.biHeight = 0x7FFFFFFF; });
+  EXPECT_EQ(SaveCode(huge, PDF_COMPRESSION_NONE), 10u);
+  EXPECT_EQ(SaveCode(huge, PDF_COMPRESSION_FLATE), 10u);
+}
+
+TEST(PageAssembly, TruncatedBlockReadsAsZeros) {
+  test::Block dib = Dib(24, 4, 2);
+  GlobalReAlloc(dib, sizeof(BITMAPINFOHEADER) + 5, GMEM_MOVEABLE);
+  MemoryDocument document;
+  document.Create();
+  EXPECT_EQ(document->SaveDIBAsColorPDFPageW(dib, test::kNoLibrary, 0, 0), 1);
+  // The block ends within the second pixel of the lowest row, which the document has last.
+  size_t const data = document.Text().find("stream\n") + 7;
+  EXPECT_EQ(document.Text().substr(data, 12), std::string(12, '\0'));
+  EXPECT_EQ(document.Text()[data + 24], '>');
+}
+
+TEST(PageAssembly, BlockShorterThanAHeaderHasNoDepth) {
+  test::Block const stub(GlobalAlloc(GHND, 12));
+  static_cast<BITMAPINFOHEADER*>(GlobalLock(stub))->biWidth = 5;
+  GlobalUnlock(stub);
+  EXPECT_EQ(SaveCode(stub, 0), 4u);
+}
+
+struct Cell {
+  WORD bits;
+  DWORD compression;
+  DWORD code;
+  char const* filter;
+  char const* color_space;
+};
+
+// What each depth and compression gives. The siblings are missing here: 19 and 21 tell that the
+// pair is accepted and its coder was looked for.
+TEST(PageAssembly, DepthAndCompressionDecideTheResult) {
+  for (Cell const& cell : {
+           Cell{1, 0, 0, nullptr, "/DeviceGray"},
+           Cell{1, 4, 0, "/FlateDecode", "/DeviceGray"},
+           Cell{1, 5, 5, nullptr, nullptr},
+           Cell{1, 6, 19, nullptr, nullptr},
+           Cell{1, 7, 15, nullptr, nullptr},
+           Cell{1, 4096, 15, nullptr, nullptr},
+           Cell{8, 32, 0, nullptr, "[/Indexed"},
+           Cell{8, 512, 0, "/FlateDecode", "[/Indexed"},
+           Cell{8, 1024, 0, "/RunLengthDecode", "[/Indexed"},
+           Cell{8, 6, 15, nullptr, nullptr},
+           Cell{8, 2049, 15, nullptr, nullptr},
+           Cell{8, 7, 21, nullptr, nullptr},
+           Cell{24, 0, 0, nullptr, "/DeviceRGB"},
+           Cell{24, 4, 0, "/FlateDecode", "/DeviceRGB"},
+           Cell{24, 5, 5, nullptr, nullptr},
+           Cell{24, 2048, 15, nullptr, nullptr},
+           Cell{24, 4096, 21, nullptr, nullptr},
+       }) {
+    MemoryDocument document;
+    document.Create();
+    document->SaveDIBAsColorPDFPageW(Dib(cell.bits), test::kNoLibrary, cell.compression, 0);
+    EXPECT_EQ(document->PDF_GetLastError(), cell.code) << cell.bits << " " << cell.compression;
+    std::string const text = document.Text();
+    EXPECT_EQ(text.find("/Filter") != std::string::npos, cell.filter != nullptr);
+    if (cell.filter != nullptr) {
+      EXPECT_NE(text.find(std::string("/Filter ") + cell.filter + "\n"), std::string::npos);
+    }
+    EXPECT_EQ(text.find("/XObject") != std::string::npos, cell.color_space != nullptr);
+    if (cell.color_space != nullptr) {
+      EXPECT_NE(text.find(std::string("/ColorSpace ") + cell.color_space), std::string::npos);
+    }
+  }
+}
+
+TEST(PageAssembly, UnknownCompressionIs15BeforeAnythingIsWritten) {
+  for (DWORD const compression : {1u, 2u, 3u, 8u, 16u, 64u, 128u, 256u, 513u}) {
+    bool wrote = true;
+    EXPECT_EQ(SaveCode(Dib(24), compression, &wrote), 15u) << compression;
+    EXPECT_FALSE(wrote);
+  }
+}
+
+TEST(PageAssembly, BilevelEntryRefusesColorAndIndexedBitmaps) {
+  for (WORD const bits : std::initializer_list<WORD>{8, 24}) {
+    MemoryDocument document;
+    document.Create();
+    EXPECT_EQ(document->SaveDIBAsPDFPageW(Dib(bits), test::kNoLibrary), 0);
+    EXPECT_EQ(document->PDF_GetLastError(), 15u);
+    EXPECT_EQ(document->SaveDIBAsPDFPage(Dib(bits), ""), 0);
+    EXPECT_EQ(document->PDF_GetLastError(), 15u);
+  }
+}
+
+TEST(PageAssembly, NullNarrowLibraryIsTakenAsEmptyByTheColorForm) {
+  MemoryDocument document;
+  document.Create();
+  EXPECT_EQ(document->SaveDIBAsColorPDFPage(Dib(24), nullptr, PDF_COMPRESSION_NONE, 0), 1);
+  EXPECT_EQ(document->SaveDIBAsColorPDFPage(Dib(24), nullptr, PDF_COMPRESSION_JPEG, 0), 0);
+  EXPECT_EQ(document->PDF_GetLastError(), 21u);
+}
+
+TEST(PageAssembly, OnePixelAt200DpiHasAnImageNoPageAndNoError) {
+  MemoryDocument document;
+  document.Create();
+  EXPECT_EQ(document->SaveDIBAsColorPDFPageW(Dib(1, 1, 1), test::kNoLibrary, 0, 0), 1);
+  EXPECT_EQ(document->PDF_GetLastError(), 0u);
+  EXPECT_NE(document.Text().find("[/PDF /ImageB ] "), std::string::npos);
+  EXPECT_NE(document.Text().find("/Subtype /Image"), std::string::npos);
+  EXPECT_EQ(document.Text().find("/Type /Page\n"), std::string::npos);
+}
+
+TEST(PageAssembly, FailedPageLeavesTheSessionUsable) {
+  MemoryDocument document;
+  document.Create();
+  EXPECT_EQ(document->SaveDIBAsColorPDFPageW(Dib(24), test::kNoLibrary, 6, 0), 0);
+  EXPECT_EQ(document->SaveDIBAsColorPDFPageW(Dib(24), test::kNoLibrary, 0, 0), 1);
+  EXPECT_NE(document.Finish().find("/Count 1\n"), std::string::npos);
+}
+
+TEST(PageAssembly, WithoutATargetTheFirstWriteIs2) {
+  auto const session = std::make_unique<CCreatePDF>();
+  EXPECT_EQ(session->SaveDIBAsColorPDFPageW(Dib(24), test::kNoLibrary, 0, 0), 0);
+  EXPECT_EQ(session->PDF_GetLastError(), 2u);
+}
+
+TEST(PageAssembly, BitmapIsUnlockedAndUnchanged) {
+  test::Block const dib = Dib(24);
+  test::Bytes const before = dib.Content();
+  MemoryDocument document;
+  document.Create();
+  document->SaveDIBAsColorPDFPageW(dib, test::kNoLibrary, 4, 9);
+  EXPECT_EQ(dib.Content(), before);
+  EXPECT_EQ(GlobalUnlock(dib), 0);
+  EXPECT_EQ(GetLastError(), ERROR_NOT_LOCKED);
+}
+
+TEST(PageAssembly, FirstPageOfAnUpdateGoesBehindTheEndAndAnEmptyLine) {
+  MemoryDocument document;
+  document.OpenBare();
+  document->WriteToPDFFile("old", 1);
+  SessionProbe::AppendMode(document.session()) = 1;
+  SessionProbe::FirstAppendedPage(document.session()) = 1;
+  std::string const first = document.Added(
+      [](CCreatePDF& s) { s.SaveDIBAsColorPDFPageW(Dib(24), test::kNoLibrary, 0, 0); });
+  EXPECT_EQ(first.substr(0, 9), "\n\n1 0 obj");
+  EXPECT_EQ(SessionProbe::FirstAppendedPage(document.session()), 0u);
+  std::string const second = document.Added(
+      [](CCreatePDF& s) { s.SaveDIBAsColorPDFPageW(Dib(24), test::kNoLibrary, 0, 0); });
+  EXPECT_EQ(second.substr(0, 7), "7 0 obj");
+  EXPECT_EQ(SessionProbe::AppendedPages(document.session()), 2u);
+}
+
+TEST(PageAssembly, FailedFirstPageOfAnUpdateCountsAsBegun) {
+  MemoryDocument document;
+  document.OpenBare();
+  SessionProbe::AppendMode(document.session()) = 1;
+  SessionProbe::FirstAppendedPage(document.session()) = 1;
+  document->SaveDIBAsColorPDFPageW(nullptr, test::kNoLibrary, 0, 0);
+  EXPECT_EQ(document->PDF_GetLastError(), 2u);
+  EXPECT_EQ(SessionProbe::FirstAppendedPage(document.session()), 0u);
+  EXPECT_EQ(document.Text(), "\n\n");
+}
+
+}  // namespace
