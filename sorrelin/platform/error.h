@@ -45,9 +45,10 @@
 SORRELIN_PLATFORM_API void SetLastError(DWORD error);
 SORRELIN_PLATFORM_API DWORD GetLastError(void);
 
-/* The system's text for error number `id`, without a line end. Serves the flags 0x1300 only: a new
- * buffer goes into the pointer that `buffer` addresses (cast to char*), and the caller frees it
- * with LocalFree. The length without the terminator; 0 on failure. */
+/* The system's text for error number `id`, without a line end; an unknown number has one too.
+ * Serves the flags 0x1300 only: a new buffer goes into the pointer that `buffer` addresses (cast to
+ * char*), and the caller frees it with LocalFree. The length without the terminator; 0 on failure.
+ */
 SORRELIN_PLATFORM_API DWORD FormatMessageA(DWORD flags, void const* source, DWORD id,
                                            DWORD language, char* buffer, DWORD size,
                                            void* arguments);

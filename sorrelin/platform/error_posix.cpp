@@ -16,10 +16,12 @@ struct ErrnoRow {
   DWORD error;
 };
 
-// The first row of an error number is the errno that it stands for.
+// The first row of an errno gives its number; the first row of a number is the errno that it stands
+// for, which for a missing directory is the one of a missing file.
 constexpr ErrnoRow kErrnoRows[] = {
     {0, ERROR_SUCCESS},
     {ENOENT, ERROR_FILE_NOT_FOUND},
+    {ENOENT, ERROR_PATH_NOT_FOUND},
     {ENOTDIR, ERROR_PATH_NOT_FOUND},
     {EMFILE, ERROR_TOO_MANY_OPEN_FILES},
     {ENFILE, ERROR_TOO_MANY_OPEN_FILES},
@@ -57,7 +59,6 @@ struct TextRow {
 
 // Numbers that stand for no errno, or for one whose text would mislead.
 constexpr TextRow kTextRows[] = {
-    {ERROR_PATH_NOT_FOUND, "No such directory"},
     {ERROR_INVALID_HANDLE, "Invalid handle"},
     {ERROR_GEN_FAILURE, "General system failure"},
     {ERROR_SHARING_VIOLATION, "The file is in use"},

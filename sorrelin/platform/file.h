@@ -30,9 +30,11 @@
 #define INVALID_FILE_ATTRIBUTES 0xFFFFFFFFu
 
 /* Opens or makes a file. INVALID_HANDLE_VALUE with the system error on failure (2 no such file,
- * 3 no such directory, 5 access denied, 32 held by another session, 80 exists already).
- * `security` and `template_file` must be null. CREATE_ALWAYS locks first and truncates after, so a
- * file that another session holds keeps its content. Close with CloseHandle. */
+ * 3 no such directory or an empty name, 4 too many open files, 5 access denied or a directory, 32
+ * held by another session, 80 exists already, 87 refused arguments, 123 a name with a lone
+ * surrogate). `security` and `template_file` must be null. CREATE_ALWAYS locks first and truncates
+ * after, so a file that another session holds keeps its content. A new file with
+ * FILE_ATTRIBUTE_TEMPORARY is for its owner only (mode 0600). Close with CloseHandle. */
 SORRELIN_PLATFORM_API HANDLE CreateFileW(WCHAR const* name, DWORD access, DWORD share,
                                          void* security, DWORD disposition, DWORD flags,
                                          HANDLE template_file);
@@ -42,8 +44,8 @@ SORRELIN_PLATFORM_API HANDLE CreateFileW(WCHAR const* name, DWORD access, DWORD 
 SORRELIN_PLATFORM_API BOOL ReadFile(HANDLE file, void* buffer, DWORD bytes, DWORD* count,
                                     void* overlapped);
 
-/* Writes all of `bytes` bytes or fails (112 disk full, 5 not open for writing); `count` then holds
- * what was written. */
+/* Writes all of `bytes` bytes or fails (112 disk full, 223 file too large, 5 not open for writing);
+ * `count` then holds what was written. */
 SORRELIN_PLATFORM_API BOOL WriteFile(HANDLE file, void const* buffer, DWORD bytes, DWORD* count,
                                      void* overlapped);
 
@@ -68,13 +70,15 @@ SORRELIN_PLATFORM_API BOOL DeleteFileW(WCHAR const* name);
 SORRELIN_PLATFORM_API DWORD GetFileAttributesW(WCHAR const* name);
 
 /* The directory for temporary files with its final separator (TMPDIR, or /tmp): the length without
- * the terminator; the size needed with it if `capacity` units are too few; 0 on failure. */
+ * the terminator; the size needed with it if `capacity` units are too few; 0 with error 123 for a
+ * TMPDIR that is not UTF-8. The directory need not exist. */
 SORRELIN_PLATFORM_API DWORD GetTempPathW(DWORD capacity, WCHAR* buffer);
 
 /* Makes a new, empty file in `directory`, readable by its owner only (mode 0600), and stores its
  * path in `name`, which has room for MAX_PATH units: the first three units of `prefix`, a
  * hexadecimal number and ".tmp". With `unique` not 0 the name uses that number and no file is
- * made. The number, or 0 with the system error. */
+ * made. The number, or 0 with the system error (206 for a path beyond MAX_PATH) and `name` left
+ * alone. */
 SORRELIN_PLATFORM_API UINT GetTempFileNameW(WCHAR const* directory, WCHAR const* prefix,
                                             UINT unique, WCHAR* name);
 

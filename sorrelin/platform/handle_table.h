@@ -19,7 +19,7 @@ enum class HandleKind : uint64_t { kBlock = 0xB5A, kFile = 0xD25, kMemoryFile = 
 
 // Below the kind: 28 bits generation, 23 bits slot, and a 1, which no aligned address has. A slot
 // counts a generation per record and is retired after the last, so a handle is never given twice.
-template <typename Record, HandleKind kKind>
+template <typename Record, HandleKind kKind, uint64_t kLastGeneration = (1 << 28) - 1>
 class HandleTable {
  public:
   // Throws std::bad_alloc when the table cannot grow.
@@ -66,8 +66,8 @@ class HandleTable {
   static_assert(sizeof(HANDLE) == 8, "handles need 64 bits");
   static constexpr int kSlotBits = 23;
   static constexpr int kGenerationBits = 28;
+  static_assert(kLastGeneration < uint64_t{1} << kGenerationBits);
   static constexpr uint64_t kLastSlot = (uint64_t{1} << kSlotBits) - 1;
-  static constexpr uint64_t kLastGeneration = (uint64_t{1} << kGenerationBits) - 1;
 
   struct Slot {
     uint64_t generation = 1;

@@ -15,7 +15,8 @@
 /* Address of an entry point; cast it to the function's type. */
 typedef void (*FARPROC)(void);
 
-/* Handle of a library that is loaded already, by its name; a null name means the host program.
+/* Handle of a library that is loaded already, by the names that LoadLibraryW would try; a null name
+ * means the host program.
  * Null with error 126 otherwise. The handle needs no FreeLibrary. */
 SORRELIN_PLATFORM_API HMODULE GetModuleHandleW(WCHAR const* name);
 
@@ -29,10 +30,10 @@ SORRELIN_PLATFORM_API DWORD GetModuleFileNameW(HMODULE module, WCHAR* buffer, DW
  * and for an empty name. Release it with FreeLibrary. */
 SORRELIN_PLATFORM_API HMODULE LoadLibraryW(WCHAR const* name);
 
-/* Entry point by name, or null with error 127. */
+/* Entry point by name, or null with error 127, also for a value that is no module's handle. */
 SORRELIN_PLATFORM_API FARPROC GetProcAddress(HMODULE module, char const* name);
 
-/* Releases one LoadLibraryW. */
+/* Releases one LoadLibraryW; 0 with error 6 if none is left. */
 SORRELIN_PLATFORM_API BOOL FreeLibrary(HMODULE module);
 
 #endif /* _WIN32 */

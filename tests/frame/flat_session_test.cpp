@@ -1,0 +1,101 @@
+// The flat functions of the session itself, and the session's start values.
+#include <gtest/gtest.h>
+#include <sorrelin/frame/dll_main.h>
+
+#include <cstring>
+#include <memory>
+#include <new>
+#include <string>
+#include <vector>
+
+#include "tests/support/session_probe.h"
+
+namespace {
+
+TEST(FlatSession, InitWithNullIs2) { EXPECT_EQ(pdf_Init_PDF(nullptr), 2u); }
+
+TEST(FlatSession, FreshSessionReports32) {
+  hPDF pdf = 0;
+  ASSERT_EQ(pdf_Init_PDF(&pdf), 0u);
+  EXPECT_NE(pdf, 0);
+  EXPECT_EQ(pdf_PDF_GetLastError(pdf), 32u);
+  char text[64];
+  EXPECT_EQ(pdf_GetLastPDFErrorText(pdf, text), 1u);
+  EXPECT_STREQ(text, "PDF Object not initialized");
+  EXPECT_EQ(pdf_GetLastPDFErrorText(pdf, nullptr), 0u);
+  EXPECT_EQ(pdf_Release_PDF(pdf), 0u);
+}
+
+TEST(FlatSession, BadHandlesAre2AndWriteNothing) {
+  for (hPDF const bad : {hPDF{0}, hPDF{-1}}) {
+    char text[4] = "abc";
+    EXPECT_EQ(pdf_GetLastPDFErrorText(bad, text), 2u);
+    EXPECT_STREQ(text, "abc");
+    EXPECT_EQ(pdf_PDF_GetLastError(bad), 2u);
+    EXPECT_EQ(pdf_Release_PDF(bad), 2u);
+  }
+}
+
+TEST(FlatSession, ReleaseClosesWhatIsOpen) {
+  hPDF pdf = 0;
+  pdf_Init_PDF(&pdf);
+  EXPECT_EQ(pdf_CreatePDFInMemory(pdf, nullptr, 1000), 0u);
+  EXPECT_EQ(pdf_Release_PDF(pdf), 0u);  // the block would show as a leak
+}
+
+TEST(FlatSession, ExportTableKeepsItsTwoFixedParts) {
+  EXPECT_EQ(fnCreatePDF(), 42);
+  EXPECT_EQ(nCreatePDF, 0);
+}
+
+TEST(Session, StartsWithItsLayoutDefaultsAndNoChannel) {
+  auto const session = std::make_unique<CCreatePDF>();
+  DWORD defaults[6];
+  SessionProbe::LayoutDefaults(*session, defaults);
+  EXPECT_EQ(std::vector<DWORD>(defaults, defaults + 6),
+            (std::vector<DWORD>{10, 792, 612, 12, 1, 40}));
+  EXPECT_EQ(SessionProbe::Channel(*session), sorrelin::InvalidChannel());
+  EXPECT_EQ(session->GetNumberOfPages(), 0u);
+  EXPECT_EQ(session->UseChar13(), 0);
+  EXPECT_EQ(SessionProbe::DecodeNormal(*session), 1u);
+}
+
+TEST(Session, MembersWithoutAStartValueAreZero) {
+  void* const memory = ::operator new(sizeof(CCreatePDF));
+  std::memset(memory, 0xCD, sizeof(CCreatePDF));
+  CCreatePDF* const session = new (memory) CCreatePDF;
+  EXPECT_EQ(session->GetPageObjectNumber(0), 0u);
+  EXPECT_EQ(session->GetPageObjectNumber(29999), 0u);
+  EXPECT_EQ(SessionProbe::ObjectsInFile(*session), 0u);
+  EXPECT_EQ(SessionProbe::TrailerId(*session)[127], 0);
+  EXPECT_EQ(SessionProbe::Row(*session, SessionProbe::kObjectRows - 1).nOffset, 0u);
+  session->~CCreatePDF();
+  ::operator delete(memory);
+}
+
+TEST(Session, AssignmentCopiesTheSideRecordsPointerToo) {
+  auto const first = std::make_unique<CCreatePDF>();
+  void* const memory = ::operator new(sizeof(CCreatePDF));
+  CCreatePDF* const second = new (memory) CCreatePDF;
+  sorrelin::ReaderState* const own = &SessionProbe::Reader(*second);
+  first->SetTitleW(SORRELIN_TEXT("shared"));
+  first->SetCurrentObject(7);
+  *second = *first;
+  EXPECT_EQ(second->GetCurrentObject(), 7u);
+  EXPECT_EQ(&SessionProbe::Reader(*second), &SessionProbe::Reader(*first));
+  delete own;
+  ::operator delete(memory);
+}
+
+TEST(DllMain, StoresTheInstanceAtAttachOnlyAndReturns1) {
+  int instance = 0;
+  int other = 0;
+  testing::internal::CaptureStdout();
+  EXPECT_EQ(DllMain(&instance, DLL_PROCESS_ATTACH, nullptr), 1);
+  EXPECT_EQ(DllMain(&other, DLL_PROCESS_DETACH, nullptr), 1);
+  std::string const printed = testing::internal::GetCapturedStdout();
+  EXPECT_EQ(sorrelin::ModuleInstance(), &instance);
+  EXPECT_TRUE(printed.empty() || printed == "Sorrelin DLLMain endSorrelin DLLMain end");
+}
+
+}  // namespace
