@@ -11,7 +11,9 @@
 #define SORRELIN_FRAME_SESSION_H_
 
 #include <sorrelin/frame/pdf.h>
-#include <sorrelin/platform/types.h>
+#include <sorrelin/platform/wide_string.h>
+
+#include <initializer_list>
 
 #if defined(__GNUC__) && !defined(_WIN32)
 #define SORRELIN_LOCAL __attribute__((visibility("hidden")))
@@ -19,15 +21,21 @@
 #define SORRELIN_LOCAL
 #endif
 
+class CCreatePDF;
+
 namespace sorrelin {
 struct FileChannel;
 struct ReaderState;
 struct EncodedPage;
+class DibView;
+class OwnedBlock;
+using InfoString = WideString ReaderState::*;  // one of the four information strings
+bool WriteEncodedPage(CCreatePDF& session, EncodedPage const& page);
 }  // namespace sorrelin
 
 // One row of the object table. In a document that was read, bInUse holds the entry type.
 struct ObjectEntry {
-  DWORD nOffset;      // bytes from the start of the target; 0: the row is free
+  DWORD nOffset;  // bytes from the start of the target; 0: the row is free
   DWORD nGeneration;
   DWORD bInUse;
 };
@@ -266,8 +274,7 @@ class SORRELIN_EXPORT CCreatePDF {
                                       void* hPalette);
   void* CreateDIBFromFLATEData(void* hData, DWORD nWidth, DWORD nHeight, DWORD nKind,
                                void* hPalette);
-  void* CreateDIBFromRLEData(void* hData, DWORD nWidth, DWORD nHeight, DWORD nKind,
-                             void* hPalette);
+  void* CreateDIBFromRLEData(void* hData, DWORD nWidth, DWORD nHeight, DWORD nKind, void* hPalette);
   // Decodes run-length data into the rows of a bitmap. 1 or 0.
   int DecriptRLEData(BYTE* pData, uint64_t nSize, void* hDIB);
   void* CreateDIBFromCCITTData(void* hData, DWORD nWidth, DWORD nHeight);
@@ -324,8 +331,7 @@ class SORRELIN_EXPORT CCreatePDF {
   int GetValue(BYTE* pData, DWORD nSize, char const* szKey, DWORD* pFirst, DWORD* pSecond);
   int GetValue(BYTE* pData, DWORD nSize, char const* szKey, DWORD* pValue);
   int GetFirstValue(BYTE* pData, DWORD nSize, DWORD* pFirst, DWORD* pSecond);
-  int GetValueFromArray(BYTE* pData, DWORD nSize, char const* szKey, DWORD* pFirst,
-                        DWORD* pSecond);
+  int GetValueFromArray(BYTE* pData, DWORD nSize, char const* szKey, DWORD* pFirst, DWORD* pSecond);
   int GetValueFromReference(DWORD nObject, DWORD* pValue);
   // One alphanumeric token; the buffer needs one byte more than *pnSize says.
   int GetStringValue(BYTE* pData, DWORD nSize, char const* szKey, char* szValue, uint64_t* pnSize);
@@ -341,11 +347,77 @@ class SORRELIN_EXPORT CCreatePDF {
 
  private:
   friend struct SessionProbe;
+  friend bool sorrelin::WriteEncodedPage(CCreatePDF& session, sorrelin::EncodedPage const& page);
 
   static constexpr DWORD kObjectRows = 90050;
   static constexpr DWORD kPageSlots = 30000;
   static constexpr DWORD kCreatorUnits = 260;
   static constexpr DWORD kTrailerTextBytes = 128;
+
+  // Sets the code and returns 0.
+  SORRELIN_LOCAL DWORD Fail(DWORD nError);
+
+  // Writer primitives
+  SORRELIN_LOCAL DWORD WriteToChannel(BYTE const* pData, DWORD nBytes);
+  SORRELIN_LOCAL bool WriteLines(std::initializer_list<char const*> lines);
+  // One line by printf's rules. A line of 1,024 bytes or more ends the process.
+#if defined(__GNUC__)
+  __attribute__((format(printf, 3, 4)))
+#endif
+  SORRELIN_LOCAL bool
+  WriteFormatted(int bEol, char const* szFormat, ...);
+  SORRELIN_LOCAL bool WriteObjectHeader(DWORD nObject, int bDict, int bEol);
+  SORRELIN_LOCAL bool WriteBlock(void* hData, DWORD nBytes);
+  SORRELIN_LOCAL bool WriteZeros(DWORD nBytes);
+  SORRELIN_LOCAL bool FinishDataStream();
+  SORRELIN_LOCAL void SetPageObjectNumber(DWORD nPage, DWORD nObject);
+
+  // Document skeleton
+  SORRELIN_LOCAL bool WriteTitle(char const* szTitle);
+  SORRELIN_LOCAL bool WriteInfoString(char const* szFormat, sorrelin::WideString const& text);
+  SORRELIN_LOCAL bool WritePageResource(int nType, DWORD nObject, char const* szName);
+
+  // Create and finish
+  SORRELIN_LOCAL void CloseOpenDocument();
+  SORRELIN_LOCAL int RefuseUpdate();
+  SORRELIN_LOCAL int TakeChannel(sorrelin::FileChannel* pChannel);
+  SORRELIN_LOCAL bool StartDocument();
+  SORRELIN_LOCAL bool FinishObjects();
+  SORRELIN_LOCAL void ForgetChannel();
+  SORRELIN_LOCAL bool WriteXrefEntries(DWORD nTable);
+  SORRELIN_LOCAL bool WriteXrefEntry(DWORD nOffset, DWORD nGeneration, bool in_use);
+  SORRELIN_LOCAL bool WriteNewTrailer(DWORD nTable);
+  SORRELIN_LOCAL bool WriteXrefOffset(DWORD nTable);
+
+  // Pages
+  SORRELIN_LOCAL bool BeginPage();
+  SORRELIN_LOCAL bool EndPage();
+  SORRELIN_LOCAL bool DescribeBitmap(void* hDIB, sorrelin::EncodedPage& page);
+  SORRELIN_LOCAL bool IsPairRefused(int32_t nBitsPerPixel, DWORD nCompression);
+  SORRELIN_LOCAL void EncodeAndWrite(void* hDIB, WCHAR const* szCodecLibrary, int nQuality,
+                                     sorrelin::EncodedPage& page);
+  SORRELIN_LOCAL void WritePageObjects(sorrelin::EncodedPage const& page);
+  SORRELIN_LOCAL bool HasRoomForPage(int32_t nBitsPerPixel);
+  SORRELIN_LOCAL DWORD WriteImageObjects(sorrelin::EncodedPage const& page);
+  SORRELIN_LOCAL void NoteAppendedPage();
+  SORRELIN_LOCAL void WritePageContents(char const* szImage, POINT size);
+
+  // Image objects
+  SORRELIN_LOCAL bool WriteImageDictionary(_IMAGE_PARAMETERS const& params, _FILTER const& filter);
+  SORRELIN_LOCAL bool WriteColorSpace(_IMAGE_PARAMETERS const& params);
+  SORRELIN_LOCAL bool WriteFilter(_IMAGE_PARAMETERS const& params, _FILTER const& filter);
+  SORRELIN_LOCAL bool WriteCcittFilter(_IMAGE_PARAMETERS const& params,
+                                       _CCITT_FILTER_PARAMS const& ccitt);
+
+  // Encoders
+  SORRELIN_LOCAL void* FailBlock(DWORD nError);
+  SORRELIN_LOCAL void* EncodedBlock(DWORD nError, sorrelin::OwnedBlock& block, DWORD& nSize);
+  SORRELIN_LOCAL void* EncodeRunLengthRows(sorrelin::DibView const& dib, DWORD& nSize);
+
+  // Information strings
+  SORRELIN_LOCAL int SetInfoString(sorrelin::InfoString pString, WCHAR const* szText);
+  SORRELIN_LOCAL int GetInfoStringA(sorrelin::InfoString pString, char* szBuffer, DWORD* pnSize);
+  SORRELIN_LOCAL int GetInfoStringW(sorrelin::InfoString pString, WCHAR* szBuffer, DWORD* pnSize);
 
   // Defaults of the page layout, which no operation reads.
   DWORD m_nLayoutDefault0 = 10;

@@ -6,11 +6,11 @@
 
 #if defined(_WIN32)
 
-#define SORRELIN_PATH_SEPARATOR L'\\'
+#define SORRELIN_PATH_SEPARATOR SORRELIN_TEXT('\\')
 
 #else
 
-#define SORRELIN_PATH_SEPARATOR u'/'
+#define SORRELIN_PATH_SEPARATOR SORRELIN_TEXT('/')
 
 /* Address of an entry point; cast it to the function's type. */
 typedef void (*FARPROC)(void);

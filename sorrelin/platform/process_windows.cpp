@@ -1,3 +1,4 @@
+// The end of the process on Windows; the rest of the platform layer is the system there.
 #include <sorrelin/platform/process.h>
 
 #include <cstdio>

@@ -7,6 +7,8 @@
 
 #include <windows.h>
 
+#define SORRELIN_TEXT_JOIN(text) L##text
+
 #else
 
 #include <stddef.h>
@@ -26,6 +28,8 @@ typedef char16_t WCHAR; /* one UTF-16 code unit */
 typedef void* HANDLE;
 typedef void* HGLOBAL;
 typedef void* HMODULE;
+typedef void* LPSECURITY_ATTRIBUTES; /* always null */
+typedef void* LPOVERLAPPED;          /* always null */
 
 typedef struct tagPOINT {
   LONG x;
@@ -58,6 +62,7 @@ typedef struct tagBITMAPINFOHEADER {
 #define FALSE 0
 #define TRUE 1
 #define MAX_PATH 260
+#define SORRELIN_TEXT_JOIN(text) u##text
 #define INVALID_HANDLE_VALUE ((HANDLE)(intptr_t)-1)
 
 #if defined(__GNUC__)
@@ -73,6 +78,9 @@ typedef struct tagBITMAPINFOHEADER {
 #endif
 
 #endif /* _WIN32 */
+
+/* A literal of WCHAR. */
+#define SORRELIN_TEXT(text) SORRELIN_TEXT_JOIN(text)
 
 /* Handle of a movable global block that holds a packed bitmap; 0 and -1 are never valid. */
 typedef void* HDIB;

@@ -1,0 +1,76 @@
+// The one-call helpers: one page to a file or to memory, on a private session.
+#include <sorrelin/frame/flat.h>
+#include <sorrelin/platform/wide_string.h>
+
+using sorrelin::ResultOf;
+using sorrelin::ToWide;
+
+namespace {
+
+struct Page {
+  HDIB bitmap;
+  WCHAR const* codec_library;
+  DWORD compression;
+  int quality;
+};
+
+int SavePage(CCreatePDF& session, Page const& page) {
+  return session.SaveDIBAsColorPDFPageW(page.bitmap, page.codec_library, page.compression,
+                                        page.quality);
+}
+
+// Kept: a failed page's document is finished all the same, so that it ends well-formed with the
+// pages that it had; the page's error is what the caller sees.
+DWORD FinishAfterFailedPage(CCreatePDF& session) {
+  DWORD const error = session.PDF_GetLastError();
+  session.FinishPDF();
+  return error;
+}
+
+DWORD SaveToFile(CCreatePDF& session, WCHAR const* file_name, Page const& page) {
+  if (session.CreatePDFW(file_name) == 0) return session.PDF_GetLastError();
+  if (SavePage(session, page) == 0) return FinishAfterFailedPage(session);
+  return ResultOf(session, session.FinishPDF());
+}
+
+DWORD SaveToMemory(CCreatePDF& session, void** data, DWORD* size, Page const& page) {
+  if (session.CreatePDFInMemory(reinterpret_cast<int64_t>(*data), *size) == 0) {
+    return session.PDF_GetLastError();
+  }
+  if (SavePage(session, page) == 0) return FinishAfterFailedPage(session);
+  int64_t document = 0;
+  if (session.FinishPDFInMemory(&document, size) == 0) return session.PDF_GetLastError();
+  *data = reinterpret_cast<void*>(document);
+  return PDF_ERROR_NONE;
+}
+
+}  // namespace
+
+DWORD pdf_SaveDIBToPDF(char const* szFileName, HDIB hDib, char const* szCodecLibrary,
+                       DWORD nCompression, int nQuality) {
+  return pdf_SaveDIBToPDFW(ToWide(szFileName).c_str(), hDib, ToWide(szCodecLibrary).c_str(),
+                           nCompression, nQuality);
+}
+
+// Kept: the guards leave the private session behind, which has been constructed before them.
+DWORD pdf_SaveDIBToPDFW(WCHAR const* szFileName, HDIB hDib, WCHAR const* szCodecLibrary,
+                        DWORD nCompression, int nQuality) {
+  CCreatePDF* const session = new CCreatePDF;
+  if (hDib == nullptr) return PDF_ERROR_INVALID_HANDLE;
+  if (szFileName == nullptr || *szFileName == 0) return PDF_ERROR_NULL_POINTER;
+  DWORD const result =
+      SaveToFile(*session, szFileName, {hDib, szCodecLibrary, nCompression, nQuality});
+  delete session;
+  return result;
+}
+
+DWORD pdf_SaveDIBToPDFInMemory(void** ppData, DWORD* pnSize, HDIB hDib, WCHAR const* szCodecLibrary,
+                               DWORD nCompression, int nQuality) {
+  CCreatePDF* const session = new CCreatePDF;
+  if (hDib == nullptr) return PDF_ERROR_INVALID_HANDLE;
+  if (ppData == nullptr || pnSize == nullptr) return PDF_ERROR_NULL_POINTER;
+  DWORD const result =
+      SaveToMemory(*session, ppData, pnSize, {hDib, szCodecLibrary, nCompression, nQuality});
+  delete session;
+  return result;
+}

@@ -1,0 +1,26 @@
+// The temporary files of the siblings' file routes.
+#include <sorrelin/frame/pdf.h>
+#include <sorrelin/image/codecs/temp_file.h>
+#include <sorrelin/platform/file.h>
+
+namespace sorrelin {
+
+DWORD MakeTempFile(WCHAR const* prefix, WCHAR* path) {
+  WCHAR directory[MAX_PATH];
+  DWORD const length = GetTempPathW(MAX_PATH, directory);
+  if (length == 0 || length >= MAX_PATH) return PDF_ERROR_TEMP_DIRECTORY;
+  return GetTempFileNameW(directory, prefix, 0, path) != 0 ? DWORD{PDF_ERROR_NONE}
+                                                           : DWORD{PDF_ERROR_TEMP_FILE};
+}
+
+DWORD ReadIntoBlock(HANDLE file, DWORD size, OwnedBlock& block) {
+  block = OwnedBlock(GlobalAlloc(GMEM_MOVEABLE, size));
+  void* const data = GlobalLock(block.get());
+  if (data == nullptr) return PDF_ERROR_MEMORY;
+  DWORD count = 0;
+  BOOL const read = ReadFile(file, data, size, &count, nullptr);
+  GlobalUnlock(block.get());
+  return read != 0 && count == size ? DWORD{PDF_ERROR_NONE} : DWORD{PDF_ERROR_TEMP_FILE};
+}
+
+}  // namespace sorrelin

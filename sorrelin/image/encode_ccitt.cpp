@@ -1,0 +1,149 @@
+// CCITT Group 4 image data, coded by the sibling library in memory or through a temporary file.
+#include <sorrelin/frame/session.h>
+#include <sorrelin/image/codecs/sibling_library.h>
+#include <sorrelin/image/codecs/temp_file.h>
+#include <sorrelin/image/dib_view.h>
+#include <sorrelin/platform/error.h>
+#include <sorrelin/platform/file.h>
+#include <sorrelin/platform/memory.h>
+#include <sorrelin/platform/wide_string.h>
+
+#include <algorithm>
+
+using sorrelin::DibView;
+using sorrelin::OwnedBlock;
+using sorrelin::SiblingLibrary;
+
+namespace {
+
+// What the row callback is given back.
+struct RowSource {
+  HDIB hDIB;
+  BITMAPINFOHEADER Header;
+  std::span<BYTE const> Bits;  // from the first row on
+};
+
+uint64_t PaddedRowBytes(BITMAPINFOHEADER const& header) {
+  int64_t const bits = int64_t{header.biWidth} * header.biBitCount + 31;
+  return bits > 0 ? static_cast<uint64_t>(bits) / 8 & ~uint64_t{3} : 0;
+}
+
+// Delivers row `index`, the top one being 0, inverted: a set bit is black to the coder.
+int SupplyRow(BYTE* row, int32_t index, void* user) {
+  RowSource const& source = *static_cast<RowSource const*>(user);
+  if (index < 0 || index >= source.Header.biHeight) return CCITT_ROW_PAST_END;
+  std::span<BYTE> const out(row, static_cast<size_t>(PaddedRowBytes(source.Header)));
+  uint64_t const from_bottom = static_cast<uint64_t>(source.Header.biHeight - index - 1);
+  sorrelin::ReadOrZero(source.Bits, from_bottom * out.size(), out);
+  std::transform(out.begin(), out.end(), out.begin(),
+                 [](BYTE bits) { return static_cast<BYTE>(~bits); });
+  return CCITT_ROW_DONE;
+}
+
+// Kept: the rows are always sought behind two colours, whatever biClrUsed says.
+RowSource SourceOf(HDIB bitmap, DibView const& dib) {
+  return {bitmap, dib.header(), dib.Part(sorrelin::kBilevelRows, dib.bytes().size())};
+}
+
+struct MemoryEntries {
+  explicit MemoryEntries(SiblingLibrary const& library)
+      : open(library.Entry<mOpenFunction>("mOpen")),
+        close(library.Entry<mCloseFunction>("mClose")),
+        encode(library.Entry<EncodeCcittImageFunction>("EncodeCcittImage")) {}
+  mOpenFunction open;
+  mCloseFunction close;
+  EncodeCcittImageFunction encode;
+};
+
+// The coded data in `block`; 0 or the error code.
+DWORD EncodeInMemory(MemoryEntries const& sibling, RowSource& source, OwnedBlock& block) {
+  block = OwnedBlock(GlobalAlloc(GHND, 1));
+  if (!block.IsValid()) return PDF_ERROR_MEMORY;
+  void* const file = sibling.open(block.get(), 1);
+  if (file == nullptr) return PDF_ERROR_MEMORY;
+  int const encoded = sibling.encode(file, source.Header.biWidth, source.Header.biHeight,
+                                     CCITT_GROUP4, &source, SupplyRow);
+  sibling.close(file);
+  if (encoded == 0 || GlobalSize(block.get()) == 0) return PDF_ERROR_ENCODING;
+  if (GlobalLock(block.get()) == nullptr) return PDF_ERROR_MEMORY;
+  GlobalUnlock(block.get());
+  return PDF_ERROR_NONE;
+}
+
+bool Rewind(HANDLE file) {
+  return SetFilePointer(file, 0, nullptr, FILE_BEGIN) != INVALID_SET_FILE_POINTER ||
+         GetLastError() == ERROR_SUCCESS;
+}
+
+// Kept: after a failure the temporary file stays, and stays open.
+DWORD EncodeInFile(EncodeCcittImageFunction encode, RowSource& source, OwnedBlock& block) {
+  WCHAR path[MAX_PATH];
+  DWORD const made = sorrelin::MakeTempFile(SORRELIN_TEXT("raw"), path);
+  if (made != PDF_ERROR_NONE) return made;
+  HANDLE const file = CreateFileW(path, GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ, nullptr,
+                                  CREATE_ALWAYS, FILE_ATTRIBUTE_TEMPORARY, nullptr);
+  if (file == INVALID_HANDLE_VALUE) return PDF_ERROR_TEMP_FILE;
+  if (encode(file, source.Header.biWidth, source.Header.biHeight, CCITT_GROUP4, &source,
+             SupplyRow) == 0) {
+    return PDF_ERROR_ENCODING;
+  }
+  DWORD const size = Rewind(file) ? GetFileSize(file, nullptr) : INVALID_FILE_SIZE;
+  if (size == INVALID_FILE_SIZE) return PDF_ERROR_TEMP_FILE;
+  DWORD const read = sorrelin::ReadIntoBlock(file, size, block);
+  if (read != PDF_ERROR_NONE) return read;
+  CloseHandle(file);
+  DeleteFileW(path);
+  return PDF_ERROR_NONE;
+}
+
+}  // namespace
+
+void* CCreatePDF::ConvertDIB2CcittPDFImage(void* hDIB, DWORD& nSize, char const* szCodecLibrary) {
+  return ConvertDIB2CcittPDFImageW(hDIB, nSize, sorrelin::ToWide(szCodecLibrary).c_str());
+}
+
+void* CCreatePDF::ConvertDIB2CcittPDFImageW(void* hDIB, DWORD& nSize, WCHAR const* szCodecLibrary) {
+  {
+    DibView const dib(hDIB);
+    if (!dib.IsLocked()) return INVALID_HANDLE_VALUE;
+    if (dib.header().biBitCount != 1) return FailBlock(PDF_ERROR_INVALID_BITS_PER_PIXEL);
+    SiblingLibrary const library(szCodecLibrary);
+    if (!library.IsLoaded()) return FailBlock(PDF_ERROR_CCITT_LIBRARY);
+    MemoryEntries const sibling(library);
+    if (sibling.open != nullptr) {
+      if (sibling.close == nullptr || sibling.encode == nullptr) {
+        return FailBlock(PDF_ERROR_CCITT_LIBRARY);
+      }
+      RowSource source = SourceOf(hDIB, dib);
+      OwnedBlock block;
+      return EncodedBlock(EncodeInMemory(sibling, source, block), block, nSize);
+    }
+  }
+  // The missing mOpen is the only thing that chooses the file route.
+  return ConvertDIB2CcittPDFImageFileW(hDIB, nSize, szCodecLibrary);
+}
+
+void* CCreatePDF::ConvertDIB2CcittPDFImageFileW(void* hDIB, DWORD& nSize,
+                                                WCHAR const* szCodecLibrary) {
+  DibView const dib(hDIB);
+  if (!dib.IsLocked()) return INVALID_HANDLE_VALUE;
+  if (dib.header().biBitCount != 1) return FailBlock(PDF_ERROR_INVALID_BITS_PER_PIXEL);
+  SiblingLibrary const library(szCodecLibrary);
+  if (!library.IsLoaded()) return FailBlock(PDF_ERROR_CCITT_LIBRARY);
+  auto const encode = library.Entry<EncodeCcittImageFunction>("EncodeCcittImage");
+  if (encode == nullptr) return FailBlock(PDF_ERROR_CCITT_LIBRARY);
+  RowSource source = SourceOf(hDIB, dib);
+  OwnedBlock block;
+  return EncodedBlock(EncodeInFile(encode, source, block), block, nSize);
+}
+
+void* CCreatePDF::FailBlock(DWORD nError) {
+  Fail(nError);
+  return INVALID_HANDLE_VALUE;
+}
+
+void* CCreatePDF::EncodedBlock(DWORD nError, OwnedBlock& block, DWORD& nSize) {
+  if (nError != PDF_ERROR_NONE) return FailBlock(nError);
+  nSize = static_cast<DWORD>(GlobalSize(block.get()));
+  return block.Release();
+}

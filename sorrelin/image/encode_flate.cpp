@@ -1,0 +1,69 @@
+// Flate image data: zlib over the raw image.
+#include <sorrelin/frame/session.h>
+#include <sorrelin/image/flate.h>
+#include <sorrelin/image/raw_image.h>
+#include <sorrelin/platform/memory.h>
+#include <zlib.h>
+
+#include <algorithm>
+
+using sorrelin::DibView;
+using sorrelin::OwnedBlock;
+
+namespace sorrelin {
+
+namespace {
+
+constexpr int kHighestLevel = 9;
+constexpr uint64_t kFirstCapacityDivisor = 100;
+
+uint64_t DoubledCapacity(uint64_t raw_bytes, uint64_t compressed_bytes) {
+  uint64_t capacity = std::max<uint64_t>(raw_bytes / kFirstCapacityDivisor, 1);
+  while (capacity < compressed_bytes) capacity *= 2;
+  return capacity;
+}
+
+}  // namespace
+
+int FlateLevel(int quality) {
+  return quality >= 0 && quality <= kHighestLevel ? quality : Z_DEFAULT_COMPRESSION;
+}
+
+// Compresses once into a block that holds any result, then gives it the size that doubling would
+// have reached; untouched pages of the first block cost nothing.
+OwnedBlock CompressFlate(std::span<BYTE const> raw, int level, DWORD& size) {
+  uLongf compressed = compressBound(static_cast<uLong>(raw.size()));
+  OwnedBlock block(GlobalAlloc(GPTR, compressed));
+  BYTE* const out = static_cast<BYTE*>(GlobalLock(block.get()));
+  if (out == nullptr) return OwnedBlock();
+  compress2(out, &compressed, raw.data(), static_cast<uLong>(raw.size()), level);
+  GlobalUnlock(block.get());
+  uint64_t const capacity = DoubledCapacity(raw.size(), compressed);
+  if (capacity > UINT32_MAX) return OwnedBlock();
+  HGLOBAL const resized =
+      GlobalReAlloc(block.get(), static_cast<SIZE_T>(capacity), GMEM_MOVEABLE | GMEM_ZEROINIT);
+  if (resized == nullptr) return OwnedBlock();
+  size = static_cast<DWORD>(compressed);
+  return block;
+}
+
+}  // namespace sorrelin
+
+void* CCreatePDF::ConvertDIB2FlatePDFImage(void* hDIB, DWORD& nSize, DWORD /*nCompression*/,
+                                           int nLevel) {
+  DibView dib(hDIB);
+  if (!dib.IsLocked()) return INVALID_HANDLE_VALUE;
+  DWORD raw_bytes = 0;
+  OwnedBlock const raw = sorrelin::BuildRawImage(dib, raw_bytes);
+  if (!raw.IsValid()) {
+    // Kept: the bitmap stays locked after code 10.
+    dib.KeepLocked();
+    Fail(PDF_ERROR_MEMORY);
+    return INVALID_HANDLE_VALUE;
+  }
+  BYTE const* const data = static_cast<BYTE const*>(GlobalLock(raw.get()));
+  // Kept: a block that cannot be had gives 0 and no code.
+  void* const flate = sorrelin::CompressFlate({data, raw_bytes}, nLevel, nSize).Release();
+  GlobalUnlock(raw.get());
+  return flate;
+}

@@ -1,0 +1,98 @@
+// The encoders' dispatch, and raw image data.
+#include <sorrelin/frame/session.h>
+#include <sorrelin/image/flate.h>
+#include <sorrelin/image/raw_image.h>
+#include <sorrelin/platform/memory.h>
+#include <sorrelin/platform/wide_string.h>
+
+#include <algorithm>
+
+using sorrelin::DibView;
+using sorrelin::OwnedBlock;
+
+namespace sorrelin {
+
+namespace {
+
+constexpr uint64_t kComponents = 3;
+
+// Blue, green, red become red, green, blue; a row that ends within a pixel keeps what it has.
+void CopySwapped(std::span<BYTE const> row, BYTE* out) {
+  size_t at = 0;
+  for (; at + kComponents <= row.size(); at += kComponents) {
+    out[at] = row[at + 2];
+    out[at + 1] = row[at + 1];
+    out[at + 2] = row[at];
+  }
+  for (size_t component = 0; at + component < row.size(); ++component) {
+    out[at + 2 - component] = row[at + component];
+  }
+}
+
+}  // namespace
+
+OwnedBlock BuildRawImage(DibView const& dib, DWORD& size) {
+  BITMAPINFOHEADER const& header = dib.header();
+  uint64_t const payload = DibPayload(header.biWidth, header.biBitCount);
+  uint64_t const stride = DibStride(header.biWidth, header.biBitCount);
+  uint64_t const rows = header.biHeight > 0 ? static_cast<uint64_t>(header.biHeight) : 0;
+  if (payload == 0 || rows == 0 || rows > UINT32_MAX / payload) return OwnedBlock();
+  OwnedBlock block(GlobalAlloc(GHND, static_cast<SIZE_T>(rows * payload)));
+  BYTE* out = static_cast<BYTE*>(GlobalLock(block.get()));
+  if (out == nullptr) return OwnedBlock();
+  uint64_t const first_row = FirstRowOffset(header);
+  for (uint64_t row = rows; row-- > 0; out += payload) {
+    std::span<BYTE const> const source = dib.Part(first_row + row * stride, payload);
+    if (header.biBitCount == 24) {
+      CopySwapped(source, out);
+    } else {
+      std::copy(source.begin(), source.end(), out);
+    }
+  }
+  GlobalUnlock(block.get());
+  size = static_cast<DWORD>(rows * payload);
+  return block;
+}
+
+}  // namespace sorrelin
+
+void* CCreatePDF::ConvertDIB2PDFImage(void* hDIB, DWORD& nSize, DWORD nCompression,
+                                      char const* szCodecLibrary, int nQuality) {
+  return ConvertDIB2PDFImageW(hDIB, nSize, nCompression, sorrelin::ToWide(szCodecLibrary).c_str(),
+                              nQuality);
+}
+
+void* CCreatePDF::ConvertDIB2PDFImageW(void* hDIB, DWORD& nSize, DWORD nCompression,
+                                       WCHAR const* szCodecLibrary, int nQuality) {
+  switch (nCompression) {
+    case PDF_COMPRESSION_NONE:
+    case PDF_COMPRESSION_FLAG_NONE:
+      return ConvertDIB2UncompressedPDFImage(hDIB, nSize);
+    case PDF_COMPRESSION_FLATE:
+    case PDF_COMPRESSION_FLAG_FLATE:
+      return ConvertDIB2FlatePDFImage(hDIB, nSize, nCompression, sorrelin::FlateLevel(nQuality));
+    case PDF_COMPRESSION_RUN_LENGTH:
+    case PDF_COMPRESSION_FLAG_RUN_LENGTH:
+      return ConvertDIB2RLEPDFImage(hDIB, nSize, nCompression);
+    case PDF_COMPRESSION_CCITT:
+    case PDF_COMPRESSION_FLAG_CCITT:
+      return ConvertDIB2CcittPDFImageW(hDIB, nSize, szCodecLibrary);
+    case PDF_COMPRESSION_JPEG:
+    case PDF_COMPRESSION_FLAG_JPEG:
+      return ConvertDIB2DctJpegPDFImageW(hDIB, nSize, szCodecLibrary, nQuality, nCompression);
+    default:
+      Fail(PDF_ERROR_COMPRESSION);
+      return INVALID_HANDLE_VALUE;
+  }
+}
+
+void* CCreatePDF::ConvertDIB2UncompressedPDFImage(void* hDIB, DWORD& nSize) {
+  DibView dib(hDIB);
+  if (!dib.IsLocked()) return INVALID_HANDLE_VALUE;
+  OwnedBlock raw = sorrelin::BuildRawImage(dib, nSize);
+  if (raw.IsValid()) return raw.Release();
+  // Kept: the bitmap stays locked after code 10.
+  dib.KeepLocked();
+  Fail(PDF_ERROR_MEMORY);
+  return INVALID_HANDLE_VALUE;
+}

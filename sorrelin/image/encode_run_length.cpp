@@ -1,0 +1,121 @@
+// Run-length image data (ISO 32000-1, 7.4.5): pairs of a control byte and a value.
+#include <sorrelin/frame/session.h>
+#include <sorrelin/image/dib_view.h>
+#include <sorrelin/image/owned_block.h>
+#include <sorrelin/platform/memory.h>
+
+#include <algorithm>
+#include <cstring>
+#include <vector>
+
+using sorrelin::DibView;
+using sorrelin::OwnedBlock;
+
+namespace {
+
+constexpr DWORD kLongestRun = 128;
+
+class RunWriter {
+ public:
+  explicit RunWriter(BYTE* out) : out_(out) {}
+  // Control 1 - count modulo 256: a single byte is a literal run of one.
+  void Emit(DWORD count, BYTE value) {
+    out_[size_++] = static_cast<BYTE>(1 - count);
+    out_[size_++] = value;
+  }
+  DWORD size() const { return size_; }
+
+ private:
+  BYTE* out_;
+  DWORD size_ = 0;
+};
+
+// A growing block whose size is, at the end, exactly what was appended.
+class OutputBlock {
+ public:
+  bool Append(std::span<BYTE const> bytes) {
+    if (used_ + bytes.size() > UINT32_MAX || !Reserve(used_ + bytes.size())) return false;
+    BYTE* const data = static_cast<BYTE*>(GlobalLock(block_.get()));
+    std::copy(bytes.begin(), bytes.end(), data + used_);
+    GlobalUnlock(block_.get());
+    used_ += bytes.size();
+    return true;
+  }
+  HGLOBAL Finish(DWORD& size) {
+    if (GlobalReAlloc(block_.get(), used_, GMEM_MOVEABLE) == nullptr) return nullptr;
+    size = static_cast<DWORD>(used_);
+    return block_.Release();
+  }
+
+ private:
+  bool Reserve(size_t bytes) {
+    if (bytes <= capacity_) return true;
+    size_t const wanted = std::max(bytes, 2 * capacity_);
+    if (capacity_ == 0) {
+      block_ = OwnedBlock(GlobalAlloc(GHND, wanted));
+    } else if (GlobalReAlloc(block_.get(), wanted, GMEM_MOVEABLE) == nullptr) {
+      return false;
+    }
+    capacity_ = block_.IsValid() ? wanted : 0;
+    return block_.IsValid();
+  }
+
+  OwnedBlock block_;
+  size_t capacity_ = 0;
+  size_t used_ = 0;
+};
+
+}  // namespace
+
+void CCreatePDF::RLEEncriptLine(BYTE* pLine, DWORD nLength, BYTE* pOut, DWORD& nOutSize) {
+  RunWriter runs(pOut);
+  BYTE value = pLine[0];
+  DWORD count = 1;
+  for (DWORD at = 1; at < nLength; ++at) {
+    if (pLine[at] != value) {
+      if (count != 0) runs.Emit(count, value);
+      value = pLine[at];
+      count = 1;
+    } else if (++count == kLongestRun) {
+      runs.Emit(count, value);
+      count = 0;
+    }
+  }
+  if (count != 0) runs.Emit(count, value);
+  nOutSize = runs.size();
+}
+
+void* CCreatePDF::ConvertDIB2RLEPDFImage(void* hDIB, DWORD& nSize, DWORD /*nCompression*/) {
+  DibView const dib(hDIB);
+  if (!dib.IsLocked()) return INVALID_HANDLE_VALUE;
+  if (dib.header().biBitCount != 8) {
+    Fail(PDF_ERROR_INVALID_BITS_PER_PIXEL);
+    return INVALID_HANDLE_VALUE;
+  }
+  void* const encoded = EncodeRunLengthRows(dib, nSize);
+  if (encoded != nullptr) return encoded;
+  Fail(PDF_ERROR_MEMORY);
+  return INVALID_HANDLE_VALUE;
+}
+
+// Kept: the rows are always sought behind 256 colours, whatever biClrUsed says. Kept: the size
+// counts an unset byte, 0 here, behind the last pair; the end marker 128 has no place in the block,
+// and decoders stop on their row count.
+void* CCreatePDF::EncodeRunLengthRows(DibView const& dib, DWORD& nSize) {
+  BITMAPINFOHEADER const& header = dib.header();
+  if (header.biWidth < 0) return nullptr;
+  size_t const width = static_cast<size_t>(header.biWidth);
+  uint64_t const stride = sorrelin::DibStride(header.biWidth, 8);
+  std::vector<BYTE> row(std::max<size_t>(width, 1));
+  std::vector<BYTE> pairs(2 * row.size());
+  OutputBlock output;
+  for (int64_t y = int64_t{header.biHeight} - 1; y >= 0; --y) {
+    sorrelin::ReadOrZero(dib.bytes(), sorrelin::kPaletteRows + static_cast<uint64_t>(y) * stride,
+                         row);
+    DWORD size = 0;
+    RLEEncriptLine(row.data(), static_cast<DWORD>(width), pairs.data(), size);
+    if (!output.Append({pairs.data(), size})) return nullptr;
+  }
+  static constexpr BYTE kUnsetByte = 0;
+  return output.Append({&kUnsetByte, 1}) ? output.Finish(nSize) : nullptr;
+}

@@ -1,0 +1,114 @@
+// Opens the target of a write session and ends it with the pages root, the catalog and the
+// cross-reference section.
+#include <sorrelin/channel/file_channel.h>
+#include <sorrelin/frame/banner.h>
+#include <sorrelin/frame/reader_state.h>
+#include <sorrelin/frame/session.h>
+#include <sorrelin/frame/trace.h>
+#include <sorrelin/platform/error.h>
+#include <sorrelin/platform/file.h>
+#include <sorrelin/platform/wide_string.h>
+
+#include <string>
+
+using sorrelin::ToWide;
+
+namespace {
+
+constexpr DWORD kTargetFlags = FILE_ATTRIBUTE_NORMAL | FILE_FLAG_SEQUENTIAL_SCAN;
+
+bool NameExists(WCHAR const* name) { return GetFileAttributesW(name) != INVALID_FILE_ATTRIBUTES; }
+
+}  // namespace
+
+int CCreatePDF::CreatePDF(char const* szFileName) { return CreatePDFW(ToWide(szFileName).c_str()); }
+
+int CCreatePDF::CreatePDFW(WCHAR const* szFileName) {
+  sorrelin::Trace(SORRELIN_TEXT("CreatePDF start, szFileName = %s"));
+  PDF_SetLastError(PDF_ERROR_NONE);
+  if (CreatePDFFileW(szFileName) == 0 || !StartDocument()) return 0;
+  ReservePagesRootObject();
+  return 1;
+}
+
+int CCreatePDF::CreatePDFFile(char const* szFileName) {
+  return CreatePDFFileW(ToWide(szFileName).c_str());
+}
+
+int CCreatePDF::CreatePDFFileW(WCHAR const* szFileName) {
+  CloseOpenDocument();
+  if (NameExists(szFileName)) return RefuseUpdate();
+  m_bAppendMode = 0;
+  return TakeChannel(sorrelin::ChannelOpenFile(szFileName, GENERIC_WRITE, FILE_SHARE_READ, nullptr,
+                                               CREATE_ALWAYS, kTargetFlags, nullptr));
+}
+
+int CCreatePDF::CreatePDFInMemory(int64_t pAppendTo, DWORD nSize) {
+  PDF_SetLastError(PDF_ERROR_NONE);
+  if (CreatePDFFileInMemory(pAppendTo, nSize) == 0 || !StartDocument()) return 0;
+  ReservePagesRootObject();
+  return 1;
+}
+
+int CCreatePDF::CreatePDFFileInMemory(int64_t pAppendTo, DWORD nSize) {
+  CloseOpenDocument();
+  if (pAppendTo != 0) return RefuseUpdate();
+  m_bAppendMode = 0;
+  return TakeChannel(sorrelin::ChannelOpenMemory(nSize));
+}
+
+void CCreatePDF::CloseOpenDocument() {
+  if (sorrelin::IsUsableChannel(m_hFile)) ClosePDFFile();
+}
+
+// Documents that exist are not updated yet; they stay as they are.
+int CCreatePDF::RefuseUpdate() {
+  SetLastError(ERROR_ALREADY_EXISTS);
+  return static_cast<int>(Fail(PDF_ERROR_SYSTEM));
+}
+
+int CCreatePDF::TakeChannel(sorrelin::FileChannel* pChannel) {
+  m_hFile = pChannel;
+  m_pReader->m_pChannel = pChannel;
+  return pChannel != sorrelin::InvalidChannel() ? 1 : static_cast<int>(Fail(PDF_ERROR_SYSTEM));
+}
+
+bool CCreatePDF::StartDocument() {
+  std::string const creator = std::string("PDF Printer Driver, ") + sorrelin::kNarrowBanner;
+  return WritePDFHeader(nullptr, creator.c_str()) != 0 && CreateOutlinesObject(0) != 0;
+}
+
+int CCreatePDF::FinishPDF() {
+  if (!FinishObjects()) return 0;
+  ClosePDFFile();
+  return 1;
+}
+
+int CCreatePDF::FinishPDFInMemory(int64_t* ppData, DWORD* pSize) {
+  if (!FinishObjects()) return 0;
+  ClosePDFFileInMemory(ppData, pSize);
+  return 1;
+}
+
+bool CCreatePDF::FinishObjects() {
+  return CreatePagesRootObject() != 0 &&
+         CreateCatalogObject(GetPagesRootObjectNr(), GetOutlinesObjectNr()) != 0 &&
+         WriteXref() != 0;
+}
+
+void CCreatePDF::ClosePDFFile() {
+  if (m_hFile == sorrelin::InvalidChannel()) return;
+  sorrelin::ChannelClose(m_hFile);
+  ForgetChannel();
+}
+
+void CCreatePDF::ClosePDFFileInMemory(int64_t* ppData, DWORD* pSize) {
+  if (m_hFile == sorrelin::InvalidChannel()) return;
+  sorrelin::ChannelCloseTake(m_hFile, ppData, pSize);
+  ForgetChannel();
+}
+
+void CCreatePDF::ForgetChannel() {
+  m_hFile = sorrelin::InvalidChannel();
+  m_pReader->m_pChannel = m_hFile;
+}

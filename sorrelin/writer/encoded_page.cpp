@@ -1,0 +1,113 @@
+// The objects of one page, in their fixed order: ProcSet, image, its length, for 8 bits the palette
+// and its length, page, contents, their length.
+#include <sorrelin/channel/file_channel.h>
+#include <sorrelin/frame/session.h>
+#include <sorrelin/platform/file.h>
+#include <sorrelin/writer/encoded_page.h>
+
+#include <cmath>
+#include <cstdio>
+
+namespace {
+
+constexpr _CCITT_ENCODE_TYPE kGroup4{-1};
+constexpr int kImageResource = 2;
+constexpr double kPointsPerInch = 72.0;
+constexpr DWORD kPageObjects = 6;
+constexpr DWORD kPaletteObjects = 2;
+constexpr DWORD kFinishingRows = 2;  // the catalog and the table's own row
+
+int ProcSetKind(int32_t bits_per_pixel) {
+  if (bits_per_pixel == 1) return 0;
+  return bits_per_pixel == 8 ? 2 : 1;
+}
+
+// Whole points, modulo 2^32; 0 where the quotient has no finite value.
+LONG Points(LONG pixels, DWORD dpi) {
+  double const points = pixels * kPointsPerInch / dpi + 0.5;
+  return std::isfinite(points) ? static_cast<LONG>(static_cast<int64_t>(points)) : 0;
+}
+
+}  // namespace
+
+POINT CCreatePDF::CalculatePageSizeFromPixelsAndDPI(LONG nWidth, LONG nHeight, DWORD nDpiX,
+                                                    DWORD nDpiY) {
+  return {Points(nWidth, nDpiX), Points(nHeight, nDpiY)};
+}
+
+bool sorrelin::WriteEncodedPage(CCreatePDF& session, EncodedPage const& page) {
+  if (!session.BeginPage()) return false;
+  session.WritePageObjects(page);
+  return session.EndPage();
+}
+
+// The first page of an update goes behind the old document's last byte, after an empty line.
+bool CCreatePDF::BeginPage() {
+  if (m_bAppendMode != 0 && m_bFirstAppendedPage != 0) {
+    m_nFilePos = sorrelin::ChannelSeek(m_hFile, 0, nullptr, FILE_END);
+    if (m_nFilePos == INVALID_SET_FILE_POINTER) return Fail(PDF_ERROR_SYSTEM) != 0;
+    WriteToPDFFile("\n", 1);
+  }
+  PDF_SetLastError(PDF_ERROR_NONE);
+  return true;
+}
+
+// Kept: a failed first page counts as begun, so the seek is not repeated for the next one.
+bool CCreatePDF::EndPage() {
+  if (m_bAppendMode != 0) m_bFirstAppendedPage = 0;
+  return m_nLastError == PDF_ERROR_NONE;
+}
+
+void CCreatePDF::WritePageObjects(sorrelin::EncodedPage const& page) {
+  if (!HasRoomForPage(page.bits_per_pixel)) return;
+  DWORD const proc_set = CreateProcSetObject(ProcSetKind(page.bits_per_pixel), 0);
+  if (proc_set == 0) return;
+  DWORD const image = WriteImageObjects(page);
+  if (image == 0) return;
+  POINT const size = CalculatePageSizeFromPixelsAndDPI(
+      page.width, page.height, static_cast<DWORD>(page.dpi.x), static_cast<DWORD>(page.dpi.y));
+  // Kept: a picture of less than half a point gets no page, and sets no error.
+  if (size.x == 0 || size.y == 0) return;
+  char name[16];
+  std::snprintf(name, sizeof name, "Im%d", static_cast<int>(image));
+  if (CreatePageObject(GetPagesRootObjectNr(), kImageResource, image, proc_set, name, size) == 0) {
+    return;
+  }
+  if (m_bAppendMode != 0) NoteAppendedPage();
+  WritePageContents(name, size);
+}
+
+// A page that no longer fits is refused before its first byte, so that the document can always be
+// finished.
+bool CCreatePDF::HasRoomForPage(int32_t nBitsPerPixel) {
+  DWORD const objects = nBitsPerPixel == 8 ? kPageObjects + kPaletteObjects : kPageObjects;
+  if (m_nCurrentObject < kObjectRows - objects - kFinishingRows) return true;
+  return Fail(PDF_ERROR_NEW_PAGE_OBJECT) != 0;
+}
+
+DWORD CCreatePDF::WriteImageObjects(sorrelin::EncodedPage const& page) {
+  _FILTER filter{page.compression, {}};
+  // Kept: the record of a negative size stays unfilled; code 16 stands until a step sets another.
+  if (page.bits_per_pixel == 1) {
+    SetCCITTFilterParams(&filter.CcittParams, page.width, page.height, kGroup4, 0, 0, 0, 1, 0);
+  }
+  _IMAGE_PARAMETERS const params{page.width, page.height, page.bits_per_pixel,
+                                 page.decode_normal ? 1 : 0, 0};
+  DWORD const image = CreateImageXObject(params, page.data, page.size, filter);
+  if (image == 0 || page.bits_per_pixel != 8) return image;
+  return WriteDataStreamObject(page.palette, 0) != 0 ? image : 0;
+}
+
+void CCreatePDF::NoteAppendedPage() {
+  if (m_nAppendedPages < kPageSlots) m_AppendedPageObjects[m_nAppendedPages] = m_nCurrentObject;
+  ++m_nAppendedPages;
+}
+
+void CCreatePDF::WritePageContents(char const* szImage, POINT size) {
+  if (BeginStream() == 0) return;
+  WriteToPDFFile("1.0000 0.0000 0.0000 1.0000 0.0000 0.0000 cm", 1);
+  WriteFormatted(1, "%d.0000 0.0000 0.0000  %d.0000 0.0000 0.0000 cm", static_cast<int>(size.x),
+                 static_cast<int>(size.y));
+  WriteFormatted(1, "/%s Do", szImage);
+  if (EndStream() != 0) WriteStreamLengthObject();
+}

@@ -1,0 +1,34 @@
+// A page from a picture that is coded already: what the bitmap pipeline ends in, and how a coded
+// image goes into a document as it is. Not exported from the shared library.
+#ifndef SORRELIN_WRITER_ENCODED_PAGE_H_
+#define SORRELIN_WRITER_ENCODED_PAGE_H_
+
+#include <sorrelin/platform/types.h>
+
+#include <cstdint>
+
+class CCreatePDF;
+
+namespace sorrelin {
+
+// The coded bytes, and what the image dictionary says of them. Rows run from the top.
+struct EncodedPage {
+  int32_t width = 0;           // pixels
+  int32_t height = 0;          // rows
+  int32_t bits_per_pixel = 0;  // 1, 8 or 24
+  DWORD compression = 0;       // PDF_COMPRESSION_*; CCITT data are Group 4
+  bool decode_normal = true;   // 1 bit: /Decode [0 1], where CCITT data show a black run as black
+  POINT dpi = {0, 0};          // dots per inch, neither of them 0
+  BYTE const* data = nullptr;  // `size` stream bytes, the caller's
+  DWORD size = 0;
+  HGLOBAL palette = nullptr;  // 8 bits: a block of red, green, blue triples, the caller's
+};
+
+// Adds the page to the session's document: false after a failure, with the session's error code.
+// A picture that would be less than half a point wide or high is written without a page, and that
+// is no failure.
+bool WriteEncodedPage(CCreatePDF& session, EncodedPage const& page);
+
+}  // namespace sorrelin
+
+#endif  // SORRELIN_WRITER_ENCODED_PAGE_H_

@@ -1,0 +1,42 @@
+// The classic cross-reference section and trailer of a new document (ISO 32000-1, 7.5.4, 7.5.5):
+// entries of 19 characters and a line end, which is 20 bytes with LF.
+#include <sorrelin/frame/session.h>
+
+int CCreatePDF::WriteXref() {
+  DWORD const table = ReserveOneObject();
+  if (table == 0) return 0;
+  // The table's own row holds its offset and gets no entry.
+  m_Objects[table].nOffset = m_nFilePos;
+  bool const written = WriteToPDFFile("xref", 1) != 0 &&
+                       WriteFormatted(1, "0 %d", static_cast<int>(table)) &&
+                       WriteXrefEntries(table) && WriteNewTrailer(table) && WriteXrefOffset(table);
+  return written ? 1 : 0;
+}
+
+bool CCreatePDF::WriteXrefEntries(DWORD nTable) {
+  if (WriteToPDFFile("0000000000 65535 f ", 1) == 0) return false;
+  for (DWORD object = 1; object < nTable; ++object) {
+    ObjectEntry const& row = m_Objects[object];
+    if (!WriteXrefEntry(row.nOffset, row.nGeneration, row.bInUse != 0)) return false;
+  }
+  return true;
+}
+
+// Kept: numbers are written as signed 32-bit values, so an offset of 2 GiB or more is negative.
+bool CCreatePDF::WriteXrefEntry(DWORD nOffset, DWORD nGeneration, bool in_use) {
+  return WriteFormatted(1, "%.10d %.5d %c ", static_cast<int>(nOffset),
+                        static_cast<int>(nGeneration), in_use ? 'n' : 'f');
+}
+
+// Kept: the Info object is object 1 of every new document.
+bool CCreatePDF::WriteNewTrailer(DWORD nTable) {
+  return WriteLines({"trailer", "<<"}) && WriteFormatted(1, "/Size %d", static_cast<int>(nTable)) &&
+         WriteFormatted(1, "/Root %d 0 R", static_cast<int>(GetCatalogObjectNr())) &&
+         WriteFormatted(1, "/Info %d 0 R", 1) && WriteToPDFFile(">>", 1) != 0;
+}
+
+bool CCreatePDF::WriteXrefOffset(DWORD nTable) {
+  return WriteToPDFFile("startxref", 1) != 0 &&
+         WriteFormatted(1, "%d", static_cast<int>(m_Objects[nTable].nOffset)) &&
+         WriteToPDFFile("%%EOF", 1) != 0;
+}
