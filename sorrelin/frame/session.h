@@ -419,6 +419,9 @@ class SORRELIN_EXPORT CCreatePDF {
   SORRELIN_LOCAL int GetInfoStringA(sorrelin::InfoString pString, char* szBuffer, DWORD* pnSize);
   SORRELIN_LOCAL int GetInfoStringW(sorrelin::InfoString pString, WCHAR* szBuffer, DWORD* pnSize);
 
+  // Scanner
+  SORRELIN_LOCAL int ReadProcSetObject(BYTE* pData, DWORD nSize);
+
   // Defaults of the page layout, which no operation reads.
   DWORD m_nLayoutDefault0 = 10;
   DWORD m_nDefaultPageHeight = 792;  // points

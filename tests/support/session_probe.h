@@ -12,6 +12,7 @@ struct SessionProbe {
 
   static sorrelin::FileChannel*& Channel(CCreatePDF& s) { return s.m_hFile; }
   static sorrelin::ReaderState& Reader(CCreatePDF& s) { return *s.m_pReader; }
+  static sorrelin::ReaderState*& ReaderPointer(CCreatePDF& s) { return s.m_pReader; }
   static ObjectEntry& Row(CCreatePDF& s, DWORD object) { return s.m_Objects[object]; }
   static DWORD& FilePos(CCreatePDF& s) { return s.m_nFilePos; }
   static DWORD& TotalPages(CCreatePDF& s) { return s.m_nTotalPages; }
