@@ -6,6 +6,7 @@
 #include <sorrelin/reader/key_search.h>
 #include <sorrelin/reader/scanner.h>
 
+#include <algorithm>
 #include <cstring>
 #include <optional>
 #include <string_view>
@@ -150,8 +151,12 @@ int CCreatePDF::ReadProcSetObject(BYTE* pData, DWORD nSize) {
     return 0;
   }
   if (object >= kObjectRows || m_Objects[object].nOffset == 0) return 0;
-  // The size comes first: looking for it may move the channel.
-  std::vector<BYTE> block(GetObjectSize(object));
+  // The size comes first: looking for it may move the channel. Of an object that ends behind the
+  // document one byte more than there is stands for the rest.
+  uint64_t const object_bytes = GetObjectSize(object);
+  DWORD const document_bytes = sorrelin::ChannelGetSize(m_hFile, nullptr);
+  uint64_t const held = document_bytes - std::min(document_bytes, m_Objects[object].nOffset);
+  std::vector<BYTE> block(static_cast<size_t>(std::min(object_bytes, held + 1)));
   LONG const offset = static_cast<LONG>(m_Objects[object].nOffset);
   if (sorrelin::ChannelSeek(m_hFile, offset, nullptr, 0) == INVALID_SET_FILE_POINTER) {
     Fail(PDF_ERROR_SYSTEM);
