@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <new>
+#include <type_traits>
 #include <vector>
 
 namespace sorrelin::cadwick {
@@ -141,6 +142,15 @@ int DecodeFromMemory(MemoryFile& file, Picture picture, RowCallback rows) {
 }  // namespace sorrelin::cadwick
 
 namespace cadwick = sorrelin::cadwick;
+
+// Callers cast what they find by name to these types.
+static_assert(std::is_same_v<decltype(&EncodeCcittImage), EncodeCcittImageFunction>);
+static_assert(std::is_same_v<decltype(&DecodeCcittImage), DecodeCcittImageFunction>);
+static_assert(std::is_same_v<decltype(&TiffError), TiffErrorFunction>);
+static_assert(std::is_same_v<decltype(&CcittRowsDecoded), CcittRowsDecodedFunction>);
+static_assert(std::is_same_v<decltype(&mOpen), mOpenFunction>);
+static_assert(std::is_same_v<decltype(&mClose), mCloseFunction>);
+static_assert(std::is_same_v<decltype(&mSeek), mSeekFunction>);
 
 int EncodeCcittImage(void* hFile, int32_t nWidth, int32_t nHeight, int32_t nCompression,
                      void* pUser, CcittRowCallback pRow) {

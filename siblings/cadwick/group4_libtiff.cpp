@@ -29,6 +29,18 @@ bool Describe(TIFF* tiff, Picture picture) {
          TIFFWriteBufferSetup(tiff, nullptr, kWriteBufferBytes) != 0;
 }
 
+// Codes every row and the end mark.
+Outcome WriteRows(TIFF* tiff, Picture picture, RowCallback rows) {
+  std::vector<BYTE> row(RowBufferBytes(picture.width));
+  for (uint32_t y = 0; y < picture.height; ++y) {
+    if (rows.function(row.data(), static_cast<int32_t>(y), rows.user) != CCITT_ROW_DONE) {
+      return Outcome::kStopped;
+    }
+    if (TIFFWriteScanline(tiff, row.data(), y, 0) < 1) return Outcome::kNoMemory;
+  }
+  return TIFFFlushData(tiff) != 0 ? Outcome::kDone : Outcome::kNoMemory;
+}
+
 struct Pass {
   DecodeResult result;
   Complaints::Text complaint;  // why the row behind the last one is not good; empty without such
@@ -83,16 +95,9 @@ Outcome EncodeGroup4(Picture picture, RowCallback rows, ByteSink& sink) {
   TiffHandle const tiff = OpenTiff(client, "w8");
   if (tiff == nullptr || !Describe(tiff.get(), picture)) return Outcome::kNoMemory;
   client.Arm();
-  std::vector<BYTE> row(RowBufferBytes(picture.width));
-  for (uint32_t y = 0; y < picture.height; ++y) {
-    if (rows.function(row.data(), static_cast<int32_t>(y), rows.user) != CCITT_ROW_DONE) {
-      return Outcome::kStopped;
-    }
-    if (TIFFWriteScanline(tiff.get(), row.data(), y, 0) < 1) {
-      return client.failed() ? Outcome::kSinkFailed : Outcome::kNoMemory;
-    }
-  }
-  return TIFFFlushData(tiff.get()) != 0 ? Outcome::kDone : Outcome::kSinkFailed;
+  Outcome const outcome = WriteRows(tiff.get(), picture, rows);
+  client.Disarm();
+  return client.failed() ? Outcome::kSinkFailed : outcome;
 }
 
 DecodeResult DecodeGroup4(std::span<BYTE const> data, Picture picture, RowCallback rows) {

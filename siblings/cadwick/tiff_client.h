@@ -71,11 +71,13 @@ class TiffReadClient final : public TiffClient {
   std::span<BYTE const> tail_;
 };
 
-// Writes: what comes before Arm is the file's head and is only counted; the rest is the strip.
+// Writes: what comes between Arm and Disarm is the strip and goes to the sink; before it comes the
+// file's head, behind it the directory that libtiff writes on closing, and both are only counted.
 class TiffWriteClient final : public TiffClient {
  public:
   explicit TiffWriteClient(ByteSink& sink) : sink_(sink) {}
   void Arm() { armed_ = true; }
+  void Disarm() { armed_ = false; }
   bool failed() const { return failed_; }
   tmsize_t Read(void*, tmsize_t) override { return -1; }
   tmsize_t Write(void const* buffer, tmsize_t bytes) override;
@@ -89,7 +91,6 @@ class TiffWriteClient final : public TiffClient {
 };
 
 struct TiffCleaner {
-  // Unlike TIFFClose, does not write the directory of a file that was written.
   void operator()(TIFF* tiff) const { TIFFCleanup(tiff); }
 };
 using TiffHandle = std::unique_ptr<TIFF, TiffCleaner>;

@@ -12,6 +12,7 @@
 #include <memory>
 #include <new>
 #include <span>
+#include <type_traits>
 #include <utility>
 
 namespace sorrelin::rennick {
@@ -84,13 +85,15 @@ EncodedJpeg EncodeBitmap(HDIB dib, void const* record) {
   }
 }
 
-bool WriteFileOf(WCHAR const* path, std::span<BYTE const> bytes) {
+// The system error, or ERROR_SUCCESS.
+DWORD WriteFileOf(WCHAR const* path, std::span<BYTE const> bytes) {
   OpenFile file(
       CreateFileW(path, GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
+  if (!file) return GetLastError();
   DWORD const size = static_cast<DWORD>(bytes.size());
   DWORD written = 0;
-  return file && WriteFile(file.get(), bytes.data(), size, &written, nullptr) != FALSE &&
-         written == size && file.Close();
+  bool const done = WriteFile(file.get(), bytes.data(), size, &written, nullptr) != FALSE;
+  return done && file.Close() ? ERROR_SUCCESS : GetLastError();
 }
 
 HDIB DecodeFile(HANDLE file) {
@@ -108,6 +111,13 @@ HDIB DecodeFile(HANDLE file) {
 
 namespace rennick = sorrelin::rennick;
 
+// Callers cast what they find by name to these types.
+static_assert(std::is_same_v<decltype(&SaveDIBAsJPEGToMemoryEx), SaveDIBAsJPEGToMemoryExFunction>);
+static_assert(std::is_same_v<decltype(&SaveDIBInJPEGFileExW), SaveDIBInJPEGFileExWFunction>);
+static_assert(
+    std::is_same_v<decltype(&LoadJPEGIntoDIBFromMemory), LoadJPEGIntoDIBFromMemoryFunction>);
+static_assert(std::is_same_v<decltype(&LoadJPEGIntoDIBW), LoadJPEGIntoDIBWFunction>);
+
 HGLOBAL SaveDIBAsJPEGToMemoryEx(HDIB hDib, void const* pRecord, int* pStatus) {
   rennick::EncodedJpeg const result = rennick::EncodeBitmap(hDib, pRecord);
   if (pStatus != nullptr) *pStatus = result.status;
@@ -118,11 +128,11 @@ int SaveDIBInJPEGFileExW(WCHAR const* szPath, HDIB hDib, void const* pRecord) {
   if (szPath == nullptr) return RENNICK_BAD_ARGUMENT;
   rennick::EncodedJpeg const result = rennick::EncodeBitmap(hDib, pRecord);
   if (result.block == nullptr) return result.status;
-  bool const written = rennick::WriteFileOf(szPath, rennick::LockedBlock(result.block).bytes());
-  DWORD const error = GetLastError();
+  DWORD const error = rennick::WriteFileOf(szPath, rennick::LockedBlock(result.block).bytes());
   GlobalFree(result.block);
-  if (!written) SetLastError(error);
-  return written ? RENNICK_OK : RENNICK_FILE_FAILED;
+  if (error == ERROR_SUCCESS) return RENNICK_OK;
+  SetLastError(error);
+  return RENNICK_FILE_FAILED;
 }
 
 HDIB LoadJPEGIntoDIBFromMemory(void const* pData, DWORD nSize) {

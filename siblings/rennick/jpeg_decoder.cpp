@@ -15,6 +15,8 @@ namespace {
 // Each scan is work over the whole picture, and a file can hold very many small ones.
 constexpr int kMaxScans = 500;
 constexpr uint64_t kMaxBitmapBytes = UINT32_MAX;
+// Of the coefficients that files with several scans need; more fails.
+constexpr long kMaxWorkBytes = 4L * 1024 * 1024 * 1024;
 constexpr JDIMENSION kRowsAtOnce = 16;
 
 struct DecodeJob {
@@ -146,6 +148,7 @@ void Decode(void* argument) {
   DecodeJob& job = *static_cast<DecodeJob*>(argument);
   jpeg_decompress_struct& coder = job.coder;
   jpeg_create_decompress(&coder);
+  coder.mem->max_memory_to_use = kMaxWorkBytes;
   coder.progress = &job.progress;
   jpeg_mem_src(&coder, job.file.data(), job.file.size());
   jpeg_read_header(&coder, TRUE);

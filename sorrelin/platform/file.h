@@ -28,6 +28,8 @@
 #define INVALID_SET_FILE_POINTER 0xFFFFFFFFu
 #define INVALID_FILE_SIZE 0xFFFFFFFFu
 #define INVALID_FILE_ATTRIBUTES 0xFFFFFFFFu
+#define MOVEFILE_REPLACE_EXISTING 0x00000001u
+#define MOVEFILE_WRITE_THROUGH 0x00000008u
 
 /* Opens or makes a file. INVALID_HANDLE_VALUE with the system error on failure (2 no such file,
  * 3 no such directory or an empty name, 4 too many open files, 5 access denied or a directory, 32
@@ -65,6 +67,11 @@ SORRELIN_PLATFORM_API BOOL FlushFileBuffers(HANDLE file);
 SORRELIN_PLATFORM_API BOOL CloseHandle(HANDLE file);
 
 SORRELIN_PLATFORM_API BOOL DeleteFileW(WCHAR const* name);
+
+/* Gives a file a new name on the same volume, in one step that no other process can see half done.
+ * A name that exists fails with error 183, or is replaced with MOVEFILE_REPLACE_EXISTING. With
+ * MOVEFILE_WRITE_THROUGH the new name is on the disk when the call returns. */
+SORRELIN_PLATFORM_API BOOL MoveFileExW(WCHAR const* from, WCHAR const* to, DWORD flags);
 
 /* Attributes of a name, or INVALID_FILE_ATTRIBUTES with the system error when there is none. */
 SORRELIN_PLATFORM_API DWORD GetFileAttributesW(WCHAR const* name);

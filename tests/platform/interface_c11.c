@@ -1,4 +1,5 @@
 /* A C11 program that names every operation of the platform headers. */
+#include <sorrelin/platform/console.h>
 #include <sorrelin/platform/error.h>
 #include <sorrelin/platform/file.h>
 #include <sorrelin/platform/memory.h>
@@ -16,16 +17,43 @@ _Static_assert(sizeof(DWORD) == 4 && sizeof(LONG) == 4 && sizeof(WORD) == 2, "Wi
 typedef void (*Operation)(void);
 
 static Operation const kOperations[] = {
-    (Operation)CloseHandle,      (Operation)CreateFileW,         (Operation)DeleteFileW,
-    (Operation)EndProcess,       (Operation)FlushFileBuffers,    (Operation)FormatMessageA,
-    (Operation)FreeLibrary,      (Operation)GetFileAttributesW,  (Operation)GetFileSize,
-    (Operation)GetLastError,     (Operation)GetLocalTime,        (Operation)GetModuleFileNameW,
-    (Operation)GetModuleHandleW, (Operation)GetProcAddress,      (Operation)GetTempFileNameW,
-    (Operation)GetTempPathW,     (Operation)GlobalAlloc,         (Operation)GlobalCompact,
-    (Operation)GlobalFree,       (Operation)GlobalLock,          (Operation)GlobalReAlloc,
-    (Operation)GlobalSize,       (Operation)GlobalUnlock,        (Operation)LoadLibraryW,
-    (Operation)LocalFree,        (Operation)MultiByteToWideChar, (Operation)ReadFile,
-    (Operation)SetFilePointer,   (Operation)SetLastError,        (Operation)WideCharToMultiByte,
+    (Operation)CloseHandle,
+    (Operation)CreateFileW,
+    (Operation)DeleteFileW,
+    (Operation)EndProcess,
+    (Operation)FailPastFileSizeLimit,
+    (Operation)FlushFileBuffers,
+    (Operation)FormatMessageA,
+    (Operation)FreeLibrary,
+    (Operation)GetFileAttributesW,
+    (Operation)GetFileSize,
+    (Operation)GetLastError,
+    (Operation)GetLocalTime,
+    (Operation)GetModuleFileNameW,
+    (Operation)GetModuleHandleW,
+    (Operation)GetProcAddress,
+    (Operation)GetTempFileNameW,
+    (Operation)GetTempPathW,
+    (Operation)GlobalAlloc,
+    (Operation)GlobalCompact,
+    (Operation)GlobalFree,
+    (Operation)GlobalLock,
+    (Operation)GlobalReAlloc,
+    (Operation)GlobalSize,
+    (Operation)GlobalUnlock,
+    (Operation)LoadLibraryW,
+    (Operation)LocalFree,
+    (Operation)MoveFileExW,
+    (Operation)MultiByteToWideChar,
+    (Operation)MuteStandardError,
+    (Operation)ReadFile,
+    (Operation)RestoreStandardError,
+    (Operation)SetConsoleCtrlHandler,
+    (Operation)SetFilePointer,
+    (Operation)SetLastError,
+    (Operation)StandardErrorColumns,
+    (Operation)StandardErrorIsTerminal,
+    (Operation)WideCharToMultiByte,
     (Operation)WriteFile,
 };
 

@@ -1,0 +1,35 @@
+#!/usr/bin/env bash
+# Installs what a fresh Debian machine needs and does not have: packages.sh build|demo|test
+# Needs root, or sudo, when something is missing.
+set -euo pipefail
+
+packages=(
+  cmake g++ ninja-build pkg-config
+  zlib1g-dev libtiff-dev libjpeg62-turbo-dev libutfcpp-dev librapidxml-dev
+  libleptonica-dev libtesseract-dev libcli11-dev)
+viewers=(ghostscript graphicsmagick mupdf-tools poppler-utils)
+witnesses=(
+  clang libclang-rt-14-dev libgtest-dev libgmock-dev libbenchmark-dev qpdf tesseract-ocr-eng
+  img2pdf imagemagick libtiff-tools)
+
+case "${1:-}" in
+  build) ;;
+  demo) packages+=("${viewers[@]}") ;;
+  test) packages+=("${viewers[@]}" "${witnesses[@]}") ;;
+  *) echo "usage: packages.sh build|demo|test" >&2; exit 2 ;;
+esac
+
+installed() { dpkg-query -W -f='${Status}' "$1" 2>/dev/null | grep -q 'ok installed'; }
+
+missing=()
+for package in "${packages[@]}"; do
+  installed "$package" || missing+=("$package")
+done
+if [ "${#missing[@]}" -eq 0 ]; then exit 0; fi
+
+as_root=()
+if [ "$(id -u)" -ne 0 ]; then as_root=(sudo); fi
+echo "installing: ${missing[*]}"
+export DEBIAN_FRONTEND=noninteractive
+"${as_root[@]}" apt-get -qq update
+"${as_root[@]}" apt-get -qq install -y --no-install-recommends "${missing[@]}" >/dev/null

@@ -1,0 +1,39 @@
+#!/usr/bin/env bash
+# Everything that must hold, from a bare clone: installs what is needed, builds with and without
+# sanitizers, and runs the tests of both builds. The last line counts them.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+
+scripts/packages.sh test
+if command -v ccache >/dev/null; then
+  export CMAKE_C_COMPILER_LAUNCHER=ccache CMAKE_CXX_COMPILER_LAUNCHER=ccache
+fi
+
+passed=0
+failed=0
+mkdir -p build
+
+# run_tests PRESET: builds it and adds its tests to the counts.
+run_tests() {
+  local preset=$1 log=build/test-$1.log
+  echo "== $preset: building"
+  cmake --preset "$preset" >"$log"
+  cmake --build --preset "$preset" >>"$log" || { tail -n 60 "$log"; exit 1; }
+  echo "== $preset: testing"
+  ctest --preset "$preset" -j "$(nproc)" --output-junit "$PWD/build/test-$preset.xml" >>"$log" || true
+  grep -E '^[0-9]+% tests passed|\*\*\*' "$log" || true
+  local suite
+  suite=$(grep -m1 -o '<testsuite [^>]*' "build/test-$preset.xml" | tr '\n' ' ')
+  count() { sed -n "s/.* $1=\"\([0-9]*\)\".*/\1/p" <<<"$suite"; }
+  passed=$((passed + $(count tests) - $(count failures) - $(count disabled) - $(count skipped)))
+  failed=$((failed + $(count failures) + $(count disabled) + $(count skipped)))
+  if [ "$(count failures)" -ne 0 ]; then
+    sed -n '/tests FAILED:/,$p' "$log"
+  fi
+}
+
+run_tests asan
+run_tests release
+
+echo "$passed passed, $failed failed"
+[ "$failed" -eq 0 ]

@@ -1,0 +1,21 @@
+#include "tools/text.h"
+
+#include <gtest/gtest.h>
+
+namespace sorrelin::tool {
+namespace {
+
+TEST(Text, Utf8BecomesUtf16) {
+  EXPECT_EQ(Utf16(""), u"");
+  EXPECT_EQ(Utf16("a\xC3\xA4\xE2\x82\xAC"), u"a\u00E4\u20AC");
+  EXPECT_EQ(Utf16("\xF0\x9F\x98\x80"), u"\U0001F600");
+}
+
+TEST(Text, WhatIsNotUtf8IsRefused) {
+  EXPECT_EQ(Utf16("\xFF"), std::nullopt);
+  EXPECT_EQ(Utf16("a\xC3"), std::nullopt);
+  EXPECT_EQ(Utf16("\xED\xA0\x80"), std::nullopt);
+}
+
+}  // namespace
+}  // namespace sorrelin::tool

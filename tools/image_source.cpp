@@ -1,0 +1,171 @@
+// Opens picture files: TIFF by page, JPEG by its own decoder, everything else through Leptonica.
+#include "tools/image_source.h"
+
+#include <sorrelin/frame/pdf.h>
+#include <sorrelin/platform/console.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <filesystem>
+#include <system_error>
+#include <utility>
+#include <vector>
+
+#include "tools/jpeg_file.h"
+#include "tools/png_file.h"
+#include "tools/tiff_source.h"
+
+namespace sorrelin::tool {
+namespace {
+
+constexpr size_t kReadBytes = 1 << 16;
+constexpr char kUnknownFormat[] =
+    "is not a picture of a known format (BMP, GIF, JPEG, JPEG 2000, PNG, PNM, TIFF, WebP)";
+
+std::string SystemText(int error) { return std::generic_category().message(error); }
+
+struct FileCloser {
+  void operator()(std::FILE* file) const { std::fclose(file); }
+};
+using FilePtr = std::unique_ptr<std::FILE, FileCloser>;
+
+// Appends at most `limit` bytes. False with the system's reason if reading fails.
+bool ReadSome(std::FILE* file, size_t limit, std::vector<BYTE>& bytes, std::string& problem) {
+  size_t const end = bytes.size() + limit;
+  while (bytes.size() < end) {
+    size_t const old = bytes.size();
+    bytes.resize(old + std::min(kReadBytes, end - old));
+    errno = 0;
+    size_t const count = std::fread(bytes.data() + old, 1, bytes.size() - old, file);
+    bytes.resize(old + count);
+    if (std::ferror(file) != 0) return problem = SystemText(errno), false;
+    if (count == 0) return true;
+  }
+  return true;
+}
+
+// Drops what decoders print: libpng has no other way to be kept quiet behind Leptonica.
+class Silence {
+ public:
+  Silence() : muted_(MuteStandardError()) {}
+  ~Silence() { RestoreStandardError(muted_); }
+  Silence(Silence const&) = delete;
+  Silence& operator=(Silence const&) = delete;
+
+ private:
+  int muted_;
+};
+
+// Turns a picture that EXIF says is stored lying or mirrored.
+PixPtr Upright(PixPtr pix, int orientation) {
+  PixPtr turned;
+  if (orientation == 3 || orientation == 4) turned.reset(pixRotate180(nullptr, pix.get()));
+  if (orientation == 5 || orientation == 6) turned.reset(pixRotate90(pix.get(), 1));
+  if (orientation == 7 || orientation == 8) turned.reset(pixRotate90(pix.get(), -1));
+  if (orientation >= 3 && turned == nullptr) return nullptr;
+  if (orientation >= 3) pix = std::move(turned);
+  bool const mirrored =
+      orientation == 2 || orientation == 4 || orientation == 5 || orientation == 7;
+  if (mirrored) pixFlipLR(pix.get(), pix.get());
+  return pix;
+}
+
+class JpegSource : public ImageSource {
+ public:
+  JpegSource(std::vector<BYTE> bytes, JpegFacts const& facts)
+      : bytes_(std::move(bytes)), facts_(facts) {}
+
+  int PageCount() const override { return 1; }
+
+  std::optional<StoredImage> Stored(int) override {
+    if (!facts_.common || facts_.orientation != 1 || !HasJpegEnd(bytes_)) return std::nullopt;
+    StoredImage image;
+    image.bytes = bytes_;
+    image.width = facts_.width;
+    image.height = facts_.height;
+    image.bits_per_pixel = facts_.components == 1 ? 8 : 24;
+    image.compression = PDF_COMPRESSION_JPEG;
+    image.dpi = facts_.dpi;
+    return image;
+  }
+
+  std::optional<Picture> Decode(int) override {
+    PixPtr pix = DecodeJpeg(bytes_);
+    if (pix != nullptr) pix = Upright(std::move(pix), facts_.orientation);
+    if (pix == nullptr) return std::nullopt;
+    Resolution dpi = facts_.dpi;
+    if (facts_.orientation >= 5) std::swap(dpi.x, dpi.y);
+    return Picture{std::move(pix), dpi, true};
+  }
+
+ private:
+  std::vector<BYTE> bytes_;
+  JpegFacts facts_;
+};
+
+class GeneralSource : public ImageSource {
+ public:
+  GeneralSource(std::vector<BYTE> bytes, bool png) : bytes_(std::move(bytes)), png_(png) {}
+
+  int PageCount() const override { return 1; }
+  std::optional<StoredImage> Stored(int) override { return std::nullopt; }
+
+  std::optional<Picture> Decode(int) override {
+    PngFacts const facts = png_ ? TakePngFacts(bytes_) : PngFacts{};
+    PixPtr pix = Read();
+    if (pix == nullptr) return std::nullopt;
+    Resolution const dpi = {WholeDots(pixGetXRes(pix.get())), WholeDots(pixGetYRes(pix.get()))};
+    pix = ApplyPngFacts(std::move(pix), facts);
+    if (pix == nullptr) return std::nullopt;
+    return Picture{std::move(pix), dpi, false};
+  }
+
+ private:
+  PixPtr Read() const {
+    Silence const silence;
+    return PixPtr(pixReadMem(bytes_.data(), bytes_.size()));
+  }
+
+  std::vector<BYTE> bytes_;
+  bool png_;
+};
+
+std::unique_ptr<ImageSource> SourceOfBytes(std::vector<BYTE> bytes, std::string& problem) {
+  if (bytes.empty()) return problem = "is empty", nullptr;
+  if (IsTiff(bytes)) return OpenTiff(std::move(bytes), problem);
+  int format = IFF_UNKNOWN;
+  // The image library looks at this many bytes whatever there is.
+  constexpr size_t kFormatBytes = 12;
+  if (bytes.size() >= kFormatBytes) findFileFormatBuffer(bytes.data(), &format);
+  if (format == IFF_JFIF_JPEG) {
+    auto const facts = ReadJpegFacts(bytes);
+    if (!facts)
+      return problem = "is a damaged JPEG file, or one of a kind that is not read", nullptr;
+    return std::make_unique<JpegSource>(std::move(bytes), *facts);
+  }
+  if (format == IFF_UNKNOWN) return problem = kUnknownFormat, nullptr;
+  return std::make_unique<GeneralSource>(std::move(bytes), format == IFF_PNG);
+}
+
+}  // namespace
+
+std::unique_ptr<ImageSource> OpenImage(std::string const& name, std::string& problem) {
+  std::vector<BYTE> bytes;
+  if (name == kStandardInput) {
+    if (!ReadSome(stdin, bytes.max_size(), bytes, problem)) return nullptr;
+    return SourceOfBytes(std::move(bytes), problem);
+  }
+  FilePtr const file(std::fopen(name.c_str(), "rb"));
+  if (file == nullptr) return problem = SystemText(errno), nullptr;
+  if (!ReadSome(file.get(), kTiffHeaderBytes, bytes, problem)) return nullptr;
+  std::error_code ignored;
+  if (IsTiff(bytes) && std::filesystem::is_regular_file(name, ignored)) {
+    return OpenTiff(name, problem);
+  }
+  auto const size = std::filesystem::file_size(name, ignored);
+  if (!ignored) bytes.reserve(size + kReadBytes);
+  if (!ReadSome(file.get(), bytes.max_size() - bytes.size(), bytes, problem)) return nullptr;
+  return SourceOfBytes(std::move(bytes), problem);
+}
+
+}  // namespace sorrelin::tool

@@ -1,0 +1,41 @@
+// JPEG files: what their headers tell, and their decoding.
+#ifndef TOOLS_JPEG_FILE_H_
+#define TOOLS_JPEG_FILE_H_
+
+#include <sorrelin/platform/types.h>
+
+#include <optional>
+#include <span>
+
+#include "tools/picture.h"
+#include "tools/resolution.h"
+
+namespace sorrelin::tool {
+
+// The coder's limit on each side of a picture, in pixels.
+inline constexpr int kMaxJpegSide = 65500;
+
+struct JpegFacts {
+  int width = 0;   // pixels, as stored
+  int height = 0;  // rows, as stored
+  int components = 0;
+  int orientation = 1;  // as in EXIF
+  Resolution dpi;       // from JFIF, or else from EXIF; as stored
+  // Every PDF reader decodes it, and to the same colours: Huffman coded, one component of grey or
+  // three of YCbCr, or of RGB where an Adobe marker says so.
+  bool common = false;
+};
+
+// Reads the header of a JPEG file; nothing if it is not one, or one that cannot be decoded.
+std::optional<JpegFacts> ReadJpegFacts(std::span<BYTE const> file);
+
+// Whether the file goes on to its end marker. Not every reader shows a file that was cut short.
+bool HasJpegEnd(std::span<BYTE const> file);
+
+// Decodes a file to 8 bits of grey or 32 of colour, rows as stored. Null if it is damaged or memory
+// is short.
+PixPtr DecodeJpeg(std::span<BYTE const> file);
+
+}  // namespace sorrelin::tool
+
+#endif  // TOOLS_JPEG_FILE_H_

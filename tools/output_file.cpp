@@ -1,0 +1,154 @@
+// Output under a temporary name, and its removal on every way out of the process.
+#include "tools/output_file.h"
+
+#include <sorrelin/platform/console.h>
+#include <sorrelin/platform/error.h>
+#include <sorrelin/platform/file.h>
+
+#include <mutex>
+#include <random>
+#include <system_error>
+
+#include "tools/text.h"
+
+namespace sorrelin::tool {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr char kDocumentName[] = "document.pdf";
+constexpr int kNameTries = 16;
+
+// The temporary directory in use, empty if there is none. The watching thread reads it; the mutex
+// also keeps that thread from acting between the steps of a commit.
+struct ActiveOutput {
+  std::mutex mutex;
+  fs::path directory;
+};
+
+// Never destroyed: the watching thread may outlive static objects.
+ActiveOutput& Active() {
+  static ActiveOutput& active = *new ActiveOutput;
+  return active;
+}
+
+// With the mutex held.
+void RemoveActive(ActiveOutput& active) {
+  if (active.directory.empty()) return;
+  std::error_code ignored;
+  fs::remove(active.directory / kDocumentName, ignored);
+  fs::remove(active.directory, ignored);
+  active.directory.clear();
+}
+
+BOOL OnInterrupt(DWORD) {
+  ActiveOutput& active = Active();
+  // Never unlocked: the process ends now, and nothing may be made or committed any more.
+  active.mutex.lock();
+  RemoveActive(active);
+  return FALSE;
+}
+
+fs::path TemporaryName(fs::path const& target) {
+  std::random_device random;
+  char name[40];
+  std::snprintf(name, sizeof name, ".sorrelin-%08x%08x.tmp", random(), random());
+  return target.parent_path() / name;
+}
+
+// Makes a directory that was not there, readable by its owner only, and has it removed on every way
+// out. Empty with the reason in `problem` if it cannot be made.
+fs::path MakeDirectory(fs::path const& target, std::string& problem) {
+  ActiveOutput& active = Active();
+  std::lock_guard const lock(active.mutex);
+  for (int i = 0; i < kNameTries; ++i) {
+    fs::path const directory = TemporaryName(target);
+    std::error_code error;
+    if (fs::create_directory(directory, error)) {
+      fs::permissions(directory, fs::perms::owner_all, error);
+      return active.directory = directory;
+    }
+    if (error) return problem = "cannot be created: " + error.message(), fs::path{};
+  }
+  return problem = "cannot be created: no temporary name is free", fs::path{};
+}
+
+bool MayWrite(fs::file_status const& status, bool replace, std::string& problem) {
+  if (status.type() == fs::file_type::not_found) return true;
+  if (!replace) return problem = "exists already (--force replaces it)", false;
+  if (status.type() != fs::file_type::regular) return problem = "is not a regular file", false;
+  return true;
+}
+
+// A replaced link stays a link: what it names is replaced.
+fs::path Resolved(fs::path const& target) {
+  std::error_code error;
+  if (!fs::is_symlink(target, error)) return target;
+  fs::path const resolved = fs::canonical(target, error);
+  return error ? target : resolved;
+}
+
+bool Flush(fs::path const& path) {
+  HANDLE const file = CreateFileW(path.u16string().c_str(), GENERIC_WRITE, 0, nullptr,
+                                  OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+  if (file == INVALID_HANDLE_VALUE) return false;
+  bool const flushed = FlushFileBuffers(file) != FALSE;
+  DWORD const error = GetLastError();
+  CloseHandle(file);
+  SetLastError(error);
+  return flushed;
+}
+
+// A replaced file keeps who may read it.
+void KeepPermissions(fs::path const& target, fs::path const& path) {
+  std::error_code error;
+  fs::file_status const status = fs::status(target, error);
+  if (fs::is_regular_file(status)) fs::permissions(path, status.permissions(), error);
+}
+
+}  // namespace
+
+std::unique_ptr<OutputFile> OutputFile::Open(std::string const& target, bool replace,
+                                             std::string& problem) {
+  fs::path const resolved = Resolved(target);
+  std::error_code error;
+  fs::file_status status = fs::symlink_status(resolved, error);
+  if (status.type() == fs::file_type::none) {
+    problem = "cannot be created: " + error.message();
+    return nullptr;
+  }
+  if (!MayWrite(status, replace, problem)) return nullptr;
+  fs::path const directory = MakeDirectory(resolved, problem);
+  if (directory.empty()) return nullptr;
+  return std::unique_ptr<OutputFile>(new OutputFile(resolved, replace, directory));
+}
+
+OutputFile::OutputFile(fs::path target, bool replace, fs::path const& directory)
+    : target_(std::move(target)), path_(directory / kDocumentName), replace_(replace) {}
+
+OutputFile::~OutputFile() {
+  ActiveOutput& active = Active();
+  std::lock_guard const lock(active.mutex);
+  RemoveActive(active);
+}
+
+bool OutputFile::Commit(std::string& problem) {
+  ActiveOutput& active = Active();
+  if (!Flush(path_)) return problem = "cannot be written: " + LastSystemError(), false;
+  std::lock_guard const lock(active.mutex);
+  if (replace_) KeepPermissions(target_, path_);
+  DWORD const flags = MOVEFILE_WRITE_THROUGH | (replace_ ? MOVEFILE_REPLACE_EXISTING : 0);
+  bool const moved = MoveFileExW(path_.u16string().c_str(), target_.u16string().c_str(), flags);
+  bool const exists = !moved && GetLastError() == ERROR_ALREADY_EXISTS;
+  if (exists) {
+    problem = "exists already: it has come into being in the meantime (--force replaces it)";
+  } else if (!moved) {
+    problem = "cannot be written: " + LastSystemError();
+  }
+  RemoveActive(active);
+  return moved;
+}
+
+void RemoveOutputOnInterrupt() { SetConsoleCtrlHandler(OnInterrupt, TRUE); }
+
+}  // namespace sorrelin::tool

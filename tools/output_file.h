@@ -1,0 +1,46 @@
+// The file that a document is written to: it comes into being whole or not at all.
+#ifndef TOOLS_OUTPUT_FILE_H_
+#define TOOLS_OUTPUT_FILE_H_
+
+#include <filesystem>
+#include <memory>
+#include <string>
+
+namespace sorrelin::tool {
+
+// The document is written inside a directory of its own beside the target, which no other process
+// can have a file in, and is renamed when it is complete. One such file may be open at a time.
+class OutputFile {
+ public:
+  // Makes the directory. Null with the reason in `problem`: the target exists and `replace` is not
+  // set, or is no regular file, or its directory cannot be written to.
+  static std::unique_ptr<OutputFile> Open(std::string const& target, bool replace,
+                                          std::string& problem);
+
+  // Removes what was not committed.
+  ~OutputFile();
+  OutputFile(OutputFile const&) = delete;
+  OutputFile& operator=(OutputFile const&) = delete;
+
+  // The name to write to; there is no such file yet.
+  std::filesystem::path const& path() const { return path_; }
+
+  // Brings the file to the disk and gives it the target's name. Without `replace`, a target that
+  // has come into being in the meantime is left alone. False with the reason in `problem`.
+  bool Commit(std::string& problem);
+
+ private:
+  OutputFile(std::filesystem::path target, bool replace, std::filesystem::path const& directory);
+
+  std::filesystem::path target_;
+  std::filesystem::path path_;
+  bool replace_;
+};
+
+// Has uncommitted output removed when the user or the system ends the process. Call it once, before
+// any thread is started.
+void RemoveOutputOnInterrupt();
+
+}  // namespace sorrelin::tool
+
+#endif  // TOOLS_OUTPUT_FILE_H_

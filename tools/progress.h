@@ -1,0 +1,39 @@
+// The bar on standard error that shows how far a long run has come.
+#ifndef TOOLS_PROGRESS_H_
+#define TOOLS_PROGRESS_H_
+
+#include <chrono>
+#include <string>
+
+namespace sorrelin::tool {
+
+// The bar for a share of the work from 0 to 1, at most `columns` wide.
+std::string ProgressBar(double share, int columns);
+
+// Shows the bar where standard error is a terminal, once a second of work has passed and more lies
+// ahead, and takes it away at the end.
+class Progress {
+ public:
+  // Never shows anything unless `wanted`.
+  explicit Progress(bool wanted);
+  ~Progress() { Clear(); }
+  Progress(Progress const&) = delete;
+  Progress& operator=(Progress const&) = delete;
+
+  // The share of the work that is done, from 0 to 1.
+  void Update(double share);
+
+  // Takes the bar away, so that a line may be written; the next update brings it back.
+  void Clear();
+
+ private:
+  using Clock = std::chrono::steady_clock;
+
+  bool wanted_;
+  bool shown_ = false;
+  Clock::time_point next_;
+};
+
+}  // namespace sorrelin::tool
+
+#endif  // TOOLS_PROGRESS_H_
