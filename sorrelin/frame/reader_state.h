@@ -2,8 +2,12 @@
 #ifndef SORRELIN_FRAME_READER_STATE_H_
 #define SORRELIN_FRAME_READER_STATE_H_
 
+#include <sorrelin/channel/read_window.h>
 #include <sorrelin/platform/types.h>
 #include <sorrelin/platform/wide_string.h>
+#include <sorrelin/xref/offset_index.h>
+
+#include <cstdint>
 
 namespace sorrelin {
 
@@ -21,6 +25,21 @@ struct ReaderState {
   WideString m_Author;
   WideString m_Subject;
   WideString m_Keywords;
+
+  // What reading remembers of the open document
+  ReadWindow m_Window;                     // the file around the last look at it
+  OffsetIndex m_Offsets;                   // the object table by offset
+  uint64_t m_nNoEndobjFrom = UINT64_MAX;   // from here on the document has no "endobj"
+  DWORD m_nTableEntriesLeft = UINT32_MAX;  // how many the classic sections may still list
+  DWORD m_nFetchDepth = 0;                 // fetches that run inside one another
+
+  // Forgets what depends on the rows of the object table and on the bytes of the file. Whoever
+  // changes a row calls this.
+  void ForgetTableFacts() {
+    m_Window.Clear();
+    m_Offsets.Clear();
+    m_nNoEndobjFrom = UINT64_MAX;
+  }
 };
 
 }  // namespace sorrelin

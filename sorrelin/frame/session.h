@@ -29,6 +29,8 @@ struct ReaderState;
 struct EncodedPage;
 class DibView;
 class OwnedBlock;
+class CXRefStm;
+struct TableCursor;
 using InfoString = WideString ReaderState::*;  // one of the four information strings
 bool WriteEncodedPage(CCreatePDF& session, EncodedPage const& page);
 }  // namespace sorrelin
@@ -428,6 +430,34 @@ class SORRELIN_EXPORT CCreatePDF {
   SORRELIN_LOCAL int SetInfoString(sorrelin::InfoString pString, WCHAR const* szText);
   SORRELIN_LOCAL int GetInfoStringA(sorrelin::InfoString pString, char* szBuffer, DWORD* pnSize);
   SORRELIN_LOCAL int GetInfoStringW(sorrelin::InfoString pString, WCHAR* szBuffer, DWORD* pnSize);
+
+  // Scanner
+  SORRELIN_LOCAL int ReadProcSetObject(BYTE* pData, DWORD nSize);
+
+  // Cross-reference reading
+  SORRELIN_LOCAL bool FindStartXref(DWORD& nOffset);
+  SORRELIN_LOCAL bool ReadClassicSections(DWORD nStart);
+  SORRELIN_LOCAL bool ReadSubsection(sorrelin::TableCursor& cursor);
+  SORRELIN_LOCAL bool ReadSubsectionHeader(sorrelin::TableCursor& cursor, DWORD& nCount);
+  SORRELIN_LOCAL bool ReadTableEntry(sorrelin::TableCursor& cursor);
+  SORRELIN_LOCAL bool LookForTrailer(sorrelin::TableCursor& cursor);
+  SORRELIN_LOCAL bool TakeTrailerText(BYTE* pText, DWORD nSize, char const* szKey,
+                                      char (&szTarget)[kTrailerTextBytes]);
+  SORRELIN_LOCAL bool ReadStreamSections(sorrelin::CXRefStm& xref);
+  SORRELIN_LOCAL bool ReadStreamChain(sorrelin::CXRefStm& xref);
+  SORRELIN_LOCAL bool ReadStreamSection(sorrelin::CXRefStm& xref);
+  SORRELIN_LOCAL void TakeStreamIndex(sorrelin::CXRefStm& xref);
+  SORRELIN_LOCAL bool ReadCatalog();
+  SORRELIN_LOCAL bool ReadPagesRoot();
+  SORRELIN_LOCAL bool ReadPageCount(BYTE* pData, DWORD nSize);
+  SORRELIN_LOCAL void ReadInfoStrings();
+  SORRELIN_LOCAL void ReadInfoString(BYTE* pData, DWORD nSize, char const* szKey,
+                                     sorrelin::WideString& target);
+
+  // Object fetch
+  SORRELIN_LOCAL DWORD TableOffset(DWORD nObject) const;
+  SORRELIN_LOCAL DWORD TableObjectSize(DWORD nObject);
+  SORRELIN_LOCAL void* LoadTableObject(DWORD nObject);
 
   // Defaults of the page layout, which no operation reads.
   DWORD m_nLayoutDefault0 = 10;

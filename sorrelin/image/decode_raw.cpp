@@ -1,6 +1,7 @@
 // Raw image data back into a bitmap.
 #include <sorrelin/frame/session.h>
 #include <sorrelin/image/locked_block.h>
+#include <sorrelin/image/pixel_order.h>
 #include <sorrelin/image/rebuilt_dib.h>
 
 #include <algorithm>

@@ -1,4 +1,5 @@
 // The bitmap that a decoder rebuilds, and the way of stream bytes into its rows.
+#include <sorrelin/image/pixel_order.h>
 #include <sorrelin/image/rebuilt_dib.h>
 #include <sorrelin/platform/memory.h>
 
@@ -112,19 +113,6 @@ void RowWriter::Write(std::span<BYTE const> bytes) {
       ++row_;
     }
   }
-}
-
-void CopySwapped(BYTE* to, std::span<BYTE const> triples) {
-  size_t const whole = triples.size() / 3 * 3;
-  for (size_t i = 0; i < whole; i += 3) {
-    to[i] = triples[i + 2];
-    to[i + 1] = triples[i + 1];
-    to[i + 2] = triples[i];
-  }
-  if (whole == triples.size()) return;
-  to[whole] = 0;
-  to[whole + 1] = whole + 1 < triples.size() ? triples[whole + 1] : BYTE{0};
-  to[whole + 2] = triples[whole];
 }
 
 }  // namespace sorrelin

@@ -94,10 +94,6 @@ class RowWriter {
   size_t column_ = 0;  // bytes into the row
 };
 
-// Copies RGB triples with their first and third byte exchanged. `to` has room for whole triples;
-// bytes that the last one lacks count as 0.
-void CopySwapped(BYTE* to, std::span<BYTE const> triples);
-
 }  // namespace sorrelin
 
 #endif  // SORRELIN_IMAGE_REBUILT_DIB_H_

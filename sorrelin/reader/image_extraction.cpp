@@ -7,6 +7,7 @@
 #include <sorrelin/image/rebuilt_dib.h>
 #include <sorrelin/platform/memory.h>
 #include <sorrelin/reader/loaded_object.h>
+#include <sorrelin/reader/number_value.h>
 #include <sorrelin/reader/scanner.h>
 
 #include <algorithm>
@@ -49,10 +50,21 @@ constexpr size_t kContentPieceBytes = 16384;
 // the data far before them, and a /Length of gigabytes costs nothing.
 constexpr size_t kMostMissingBytes = size_t{16} << 20;
 
-// "stream" and one byte of its line end.
+constexpr std::string_view kStream = "stream";
+// The keyword and one byte of its line end.
 constexpr size_t kDataBehindKeyword = 7;
 
 constexpr float kPointsPerMetre = 2834.0F;
+
+std::string_view BytesOf(LoadedObject const& object) {
+  return {reinterpret_cast<char const*>(object.data()), object.size()};
+}
+
+// Up to the first NUL.
+std::string_view TextOf(LoadedObject const& object) {
+  std::string_view const bytes = BytesOf(object);
+  return bytes.substr(0, bytes.find('\0'));
+}
 
 // Where the data begin whose keyword ends at `at`: CR LF counts as two bytes, anything else as the
 // run of delimiters.
@@ -77,24 +89,21 @@ int IsInflatedFlipped(std::span<BYTE const> data) {
 }
 
 bool IsFlateContentFlipped(CCreatePDF& session, LoadedObject const& content, DWORD length) {
-  std::string_view const keyword = "stream";
-  std::string_view const text = content.text();
-  size_t const at = text.find(keyword);
-  if (at == text.npos) return false;
-  std::span<BYTE const> const bytes(content.data(), content.size());
-  std::string_view const all(reinterpret_cast<char const*>(bytes.data()), bytes.size());
-  size_t const start = SkipLineEnd(session, all, at + keyword.size());
-  return IsInflatedFlipped(bytes.subspan(start, std::min<size_t>(length, bytes.size() - start)));
+  std::string_view const all = BytesOf(content);
+  size_t const at = TextOf(content).find(kStream);
+  if (at == all.npos) return false;
+  size_t const start = SkipLineEnd(session, all, at + kStream.size());
+  size_t const bytes = std::min<size_t>(length, all.size() - start);
+  return IsInflatedFlipped({content.data() + start, bytes}) != 0;
 }
 
 // Bytes of other filters are tokenized as they are.
 bool IsPlainContentFlipped(CCreatePDF& session, LoadedObject const& content) {
-  std::string_view const keyword = "stream";
-  std::string_view const text = content.text();
-  size_t const at = text.find(keyword);
+  std::string_view const text = TextOf(content);
+  size_t const at = text.find(kStream);
   size_t const end = text.find("endstream");
   if (at == text.npos || end == text.npos) return false;
-  size_t const start = SkipLineEnd(session, text, at + keyword.size());
+  size_t const start = SkipLineEnd(session, text, at + kStream.size());
   if (start >= end) return false;
   sorrelin::PageFlipTest test;
   test.Feed({content.data() + start, end - start});
@@ -108,8 +117,8 @@ bool ReadFlip(CCreatePDF& session, LoadedObject const& object, Page& page) {
   if (session.GetValue(object.data(), object.size(), "Contents", &number, &generation) == 0) {
     return true;
   }
-  LoadedObject const content(session, number);
-  if (!content) return true;
+  LoadedObject const content(session.LoadObject(number));
+  if (content.data() == nullptr) return true;
   if (session.IsFlagSet(content.data(), content.size(), "FlateDecode") == 0) {
     page.flipped = IsPlainContentFlipped(session, content);
     return true;
@@ -136,14 +145,14 @@ bool ReadXObjectNumber(CCreatePDF& session, LoadedObject const& object, DWORD* n
       0) {
     return false;
   }
-  LoadedObject const resources(session, resources_number);
-  return resources &&
+  LoadedObject const resources(session.LoadObject(resources_number));
+  return resources.data() != nullptr &&
          session.GetValue(resources.data(), resources.size(), "XObject", number, &generation) != 0;
 }
 
 bool ReadPage(CCreatePDF& session, DWORD number, Page& page) {
-  LoadedObject const object(session, number);
-  if (!object) return false;
+  LoadedObject const object(session.LoadObject(number));
+  if (object.data() == nullptr) return false;
   DWORD box[4] = {};
   if (sorrelin::GetNumericArray(object.data(), object.size(), "MediaBox", box, 4) != 0) {
     // Kept: the origin is not subtracted; resolutions of such pages have always come out so.
@@ -156,14 +165,13 @@ bool ReadPage(CCreatePDF& session, DWORD number, Page& page) {
 // The object that the page names, or the first one that it names if it is a dictionary of XObjects.
 // Kept: whatever mentions "Image" anywhere is the image, and one indirection is followed; tools
 // that read further choose other images of the same page.
-LoadedObject LoadImageObject(CCreatePDF& session, DWORD number) {
-  LoadedObject object(session, number);
-  if (session.IsFlagSet(object.data(), object.size(), "Image") != 0) return object;
+void LoadImageObject(CCreatePDF& session, DWORD number, std::optional<LoadedObject>& object) {
+  object.emplace(session.LoadObject(number));
+  if (session.IsFlagSet(object->data(), object->size(), "Image") != 0) return;
   DWORD first = 0;
   DWORD generation = 0;
-  if (session.GetFirstValue(object.data(), object.size(), &first, &generation) == 0) first = 0;
-  object = LoadedObject(session, first);
-  return object;
+  if (session.GetFirstValue(object->data(), object->size(), &first, &generation) == 0) first = 0;
+  object.emplace(session.LoadObject(first));
 }
 
 bool ReadShape(CCreatePDF& session, LoadedObject const& object, Image& image) {
@@ -256,11 +264,12 @@ bool CopyData(CCreatePDF& session, LoadedObject const& object, Image& image) {
 }
 
 bool ReadImage(CCreatePDF& session, DWORD number, Image& image) {
-  LoadedObject const object = LoadImageObject(session, number);
-  if (!object || !ReadShape(session, object, image)) return false;
-  ReadKind(session, object, image);
-  ReadCompression(session, object, image);
-  return CopyData(session, object, image);
+  std::optional<LoadedObject> object;
+  LoadImageObject(session, number, object);
+  if (object->data() == nullptr || !ReadShape(session, *object, image)) return false;
+  ReadKind(session, *object, image);
+  ReadCompression(session, *object, image);
+  return CopyData(session, *object, image);
 }
 
 // The order settles what becomes of several filters. False with the code of a filter that no

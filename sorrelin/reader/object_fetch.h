@@ -1,4 +1,5 @@
-// The fetch of an object's text through the index of a document opened by the stream route.
+// The fetch of an object's text through the index of a document opened by the stream route, and the
+// end of what reading a document has built up.
 #ifndef SORRELIN_READER_OBJECT_FETCH_H_
 #define SORRELIN_READER_OBJECT_FETCH_H_
 
@@ -16,7 +17,13 @@ struct ObjectBytes {
 
 // Fills `out` with the object's text from its header through "endobj", a NUL behind; empty and
 // invalid if the index does not know the object, or the document was opened by the classic route.
+// Moves the channel's position. Throws SorrelinStringError when memory for an object out of an
+// object stream is short.
 void LoadObjectBytes(ReaderState* state, ObjectBytes* out, DWORD number, DWORD generation);
+
+// Destroys the cross-reference object and the object stream list and forgets what was remembered of
+// the document. Closing calls this, and opening before it builds anew.
+void DestroyReaderObjects(ReaderState& state);
 
 }  // namespace sorrelin
 

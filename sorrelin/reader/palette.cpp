@@ -3,6 +3,7 @@
 #include <sorrelin/image/owned_block.h>
 #include <sorrelin/platform/memory.h>
 #include <sorrelin/reader/loaded_object.h>
+#include <sorrelin/reader/number_value.h>
 
 #include <algorithm>
 #include <span>
@@ -50,9 +51,9 @@ void* CCreatePDF::LoadPalette(DWORD nBitsPerComponent, DWORD nHighValue, DWORD n
   BYTE* const entries = static_cast<BYTE*>(GlobalLock(palette.get()));
   if (entries == nullptr) return nullptr;
 
-  LoadedObject const object(*this, nObject);
+  LoadedObject const object(LoadObject(nObject));
   std::span<BYTE const> triples;
-  if (!object || !FindLookup(*this, object, triples)) return nullptr;
+  if (object.data() == nullptr || !FindLookup(*this, object, triples)) return nullptr;
   FillEntries(triples, entries, count);
   if (nBitsPerComponent == 1 && nHighValue != 0) m_bBlackIs1 = entries[0] != 0 ? 1 : 0;
   GlobalUnlock(palette.get());

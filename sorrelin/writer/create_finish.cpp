@@ -8,6 +8,7 @@
 #include <sorrelin/platform/error.h>
 #include <sorrelin/platform/file.h>
 #include <sorrelin/platform/wide_string.h>
+#include <sorrelin/reader/object_fetch.h>
 
 #include <string>
 
@@ -97,12 +98,14 @@ bool CCreatePDF::FinishObjects() {
 }
 
 void CCreatePDF::ClosePDFFile() {
+  sorrelin::DestroyReaderObjects(*m_pReader);
   if (m_hFile == sorrelin::InvalidChannel()) return;
   sorrelin::ChannelClose(m_hFile);
   ForgetChannel();
 }
 
 void CCreatePDF::ClosePDFFileInMemory(int64_t* ppData, DWORD* pSize) {
+  sorrelin::DestroyReaderObjects(*m_pReader);
   if (m_hFile == sorrelin::InvalidChannel()) return;
   sorrelin::ChannelCloseTake(m_hFile, ppData, pSize);
   ForgetChannel();

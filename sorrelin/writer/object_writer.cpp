@@ -1,6 +1,7 @@
 // The lowest layer of the writer: numbers objects, records where each begins, and puts bytes into
 // the channel. Strictly sequential: it never seeks, and counts its own offset.
 #include <sorrelin/channel/file_channel.h>
+#include <sorrelin/frame/reader_state.h>
 #include <sorrelin/frame/session.h>
 #include <sorrelin/platform/memory.h>
 #include <sorrelin/platform/process.h>
@@ -87,6 +88,7 @@ DWORD CCreatePDF::ObjectStart(DWORD nObject, int bDict, int bEol) {
   if (nObject >= kObjectRows) return Fail(PDF_ERROR_NEW_PAGE_OBJECT);
   if (ObjectExistsAlready(nObject) != 0) return Fail(PDF_ERROR_OBJECT_EXISTS);
   m_Objects[nObject] = {m_nFilePos, 0, 1};
+  m_pReader->ForgetTableFacts();
   return WriteObjectHeader(nObject, bDict, bEol) ? nObject : 0;
 }
 
@@ -95,6 +97,7 @@ DWORD CCreatePDF::ObjectStartNewGen(DWORD nObject, int bDict, int bEol, int bNew
   ObjectEntry& row = m_Objects[nObject];
   row.nOffset = m_nFilePos;
   row.bInUse = 1;
+  m_pReader->ForgetTableFacts();
   if (bNewGeneration != 0) ++row.nGeneration;
   return WriteObjectHeader(nObject, bDict, bEol) ? nObject : 0;
 }
@@ -207,6 +210,7 @@ bool CCreatePDF::FinishDataStream() {
 
 void CCreatePDF::InitObjectList() {
   std::fill(std::begin(m_Objects), std::end(m_Objects), ObjectEntry{});
+  m_pReader->ForgetTableFacts();
 }
 
 void CCreatePDF::InitPageObjectsList() {

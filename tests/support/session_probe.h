@@ -12,6 +12,7 @@ struct SessionProbe {
 
   static sorrelin::FileChannel*& Channel(CCreatePDF& s) { return s.m_hFile; }
   static sorrelin::ReaderState& Reader(CCreatePDF& s) { return *s.m_pReader; }
+  static sorrelin::ReaderState*& ReaderPointer(CCreatePDF& s) { return s.m_pReader; }
   static ObjectEntry& Row(CCreatePDF& s, DWORD object) { return s.m_Objects[object]; }
   static DWORD& FilePos(CCreatePDF& s) { return s.m_nFilePos; }
   static DWORD& TotalPages(CCreatePDF& s) { return s.m_nTotalPages; }
@@ -24,7 +25,11 @@ struct SessionProbe {
   static DWORD& ProcSetFlags(CCreatePDF& s) { return s.m_nProcSetFlags; }
   static DWORD& PagesRoot(CCreatePDF& s) { return s.m_nPagesRootObject; }
   static DWORD& Catalog(CCreatePDF& s) { return s.m_nCatalogObject; }
+  static DWORD& CatalogGeneration(CCreatePDF& s) { return s.m_nCatalogGeneration; }
   static DWORD& Info(CCreatePDF& s) { return s.m_nInfoObject; }
+  static DWORD& InfoGeneration(CCreatePDF& s) { return s.m_nInfoGeneration; }
+  static DWORD& TrailerSize(CCreatePDF& s) { return s.m_nTrailerSize; }
+  static DWORD& MaxSectionOffset(CCreatePDF& s) { return s.m_nMaxSectionOffset; }
   static WCHAR* Creator(CCreatePDF& s) { return s.m_szCreator; }
   static char* TrailerId(CCreatePDF& s) { return s.m_szTrailerID; }
   static char* TrailerEncrypt(CCreatePDF& s) { return s.m_szTrailerEncrypt; }
