@@ -381,7 +381,7 @@ class SORRELIN_EXPORT CCreatePDF {
 
   // Create and finish
   SORRELIN_LOCAL void CloseOpenDocument();
-  SORRELIN_LOCAL int RefuseUpdate();
+  SORRELIN_LOCAL void EnterMode(bool update);
   SORRELIN_LOCAL int TakeChannel(sorrelin::FileChannel* pChannel);
   SORRELIN_LOCAL bool StartDocument();
   SORRELIN_LOCAL bool FinishObjects();
@@ -390,6 +390,14 @@ class SORRELIN_EXPORT CCreatePDF {
   SORRELIN_LOCAL bool WriteXrefEntry(DWORD nOffset, DWORD nGeneration, bool in_use);
   SORRELIN_LOCAL bool WriteNewTrailer(DWORD nTable);
   SORRELIN_LOCAL bool WriteXrefOffset(DWORD nTable);
+
+  // Update
+  SORRELIN_LOCAL bool StartUpdate();
+  SORRELIN_LOCAL bool RefuseObjectStreams();
+  SORRELIN_LOCAL bool ReadOldPagesRoot(std::string& text);
+  SORRELIN_LOCAL bool ReadOldPageCount(std::string& text, DWORD& nCount);
+  SORRELIN_LOCAL bool WriteUpdatedEntries(DWORD nTable);
+  SORRELIN_LOCAL bool WriteUpdatedTrailer(DWORD nTable);
 
   // Pages
   SORRELIN_LOCAL bool BeginPage();

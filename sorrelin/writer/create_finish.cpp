@@ -5,7 +5,6 @@
 #include <sorrelin/frame/reader_state.h>
 #include <sorrelin/frame/session.h>
 #include <sorrelin/frame/trace.h>
-#include <sorrelin/platform/error.h>
 #include <sorrelin/platform/file.h>
 #include <sorrelin/platform/wide_string.h>
 #include <sorrelin/reader/object_fetch.h>
@@ -28,7 +27,7 @@ int CCreatePDF::CreatePDFW(WCHAR const* szFileName) {
   sorrelin::Trace(SORRELIN_TEXT("CreatePDF start, szFileName = %s"));
   PDF_SetLastError(PDF_ERROR_NONE);
   if (CreatePDFFileW(szFileName) == 0 || !StartDocument()) return 0;
-  ReservePagesRootObject();
+  if (m_bAppendMode == 0) ReservePagesRootObject();
   return 1;
 }
 
@@ -38,34 +37,37 @@ int CCreatePDF::CreatePDFFile(char const* szFileName) {
 
 int CCreatePDF::CreatePDFFileW(WCHAR const* szFileName) {
   CloseOpenDocument();
-  if (NameExists(szFileName)) return RefuseUpdate();
-  m_bAppendMode = 0;
-  return TakeChannel(sorrelin::ChannelOpenFile(szFileName, GENERIC_WRITE, FILE_SHARE_READ, nullptr,
-                                               CREATE_ALWAYS, kTargetFlags, nullptr));
+  // Kept: a name that exists is updated; it is neither refused nor replaced.
+  bool const exists = NameExists(szFileName);
+  EnterMode(exists);
+  return TakeChannel(sorrelin::ChannelOpenFile(
+      szFileName, exists ? GENERIC_READ | GENERIC_WRITE : GENERIC_WRITE, FILE_SHARE_READ, nullptr,
+      exists ? OPEN_EXISTING : CREATE_ALWAYS, kTargetFlags, nullptr));
 }
 
 int CCreatePDF::CreatePDFInMemory(int64_t pAppendTo, DWORD nSize) {
   PDF_SetLastError(PDF_ERROR_NONE);
   if (CreatePDFFileInMemory(pAppendTo, nSize) == 0 || !StartDocument()) return 0;
+  // Kept: an update in memory reserves a new pages root too, unlike an update of a file.
   ReservePagesRootObject();
   return 1;
 }
 
 int CCreatePDF::CreatePDFFileInMemory(int64_t pAppendTo, DWORD nSize) {
   CloseOpenDocument();
-  if (pAppendTo != 0) return RefuseUpdate();
-  m_bAppendMode = 0;
-  return TakeChannel(sorrelin::ChannelOpenMemory(nSize));
+  EnterMode(pAppendTo != 0);
+  void const* const document = reinterpret_cast<void const*>(pAppendTo);
+  return TakeChannel(pAppendTo != 0 ? sorrelin::ChannelAttachMemory(document, nSize, false)
+                                    : sorrelin::ChannelOpenMemory(nSize));
 }
 
 void CCreatePDF::CloseOpenDocument() {
   if (sorrelin::IsUsableChannel(m_hFile)) ClosePDFFile();
 }
 
-// Documents that exist are not updated yet; they stay as they are.
-int CCreatePDF::RefuseUpdate() {
-  SetLastError(ERROR_ALREADY_EXISTS);
-  return static_cast<int>(Fail(PDF_ERROR_SYSTEM));
+void CCreatePDF::EnterMode(bool update) {
+  m_bAppendMode = update ? 1 : 0;
+  if (update) m_bFirstAppendedPage = 1;
 }
 
 int CCreatePDF::TakeChannel(sorrelin::FileChannel* pChannel) {
@@ -75,6 +77,7 @@ int CCreatePDF::TakeChannel(sorrelin::FileChannel* pChannel) {
 }
 
 bool CCreatePDF::StartDocument() {
+  if (m_bAppendMode != 0) return StartUpdate();
   std::string const creator = std::string("PDF Printer Driver, ") + sorrelin::kNarrowBanner;
   return WritePDFHeader(nullptr, creator.c_str()) != 0 && CreateOutlinesObject(0) != 0;
 }
@@ -92,9 +95,13 @@ int CCreatePDF::FinishPDFInMemory(int64_t* ppData, DWORD* pSize) {
 }
 
 bool CCreatePDF::FinishObjects() {
-  return CreatePagesRootObject() != 0 &&
-         CreateCatalogObject(GetPagesRootObjectNr(), GetOutlinesObjectNr()) != 0 &&
-         WriteXref() != 0;
+  bool const update = m_bAppendMode != 0;
+  if ((update ? CreatePagesRootObjectForAppend() : static_cast<int>(CreatePagesRootObject())) ==
+      0) {
+    return false;
+  }
+  return CreateCatalogObject(GetPagesRootObjectNr(), GetOutlinesObjectNr()) != 0 &&
+         (update ? WriteXrefForAppend() : WriteXref()) != 0;
 }
 
 void CCreatePDF::ClosePDFFile() {

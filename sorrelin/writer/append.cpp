@@ -1,0 +1,121 @@
+// Updates of existing documents: new pages go behind the old bytes; a rewritten pages root, a new
+// catalog and a whole new table follow. Nothing of the old bytes changes.
+#include <sorrelin/channel/file_channel.h>
+#include <sorrelin/frame/session.h>
+#include <sorrelin/platform/file.h>
+#include <sorrelin/writer/pages_root_text.h>
+
+#include <algorithm>
+#include <iterator>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace {
+
+constexpr DWORD kTypeInObjectStream = 2;
+
+}  // namespace
+
+// Reads the document, and takes the numbers that the update continues from.
+bool CCreatePDF::StartUpdate() {
+  if (BuildObjectListFromFile() == 0 || !RefuseObjectStreams()) return false;
+  m_nOldCatalogObject = m_nCatalogObject;
+  m_nOldPagesRootObject = m_nPagesRootObject;
+  m_nAppendedPages = 0;
+  InitAppendedPageObjectsList();
+  m_nCurrentObject = m_nObjectsInFile - 1;
+  return true;
+}
+
+// The classic table of an update cannot list objects inside object streams.
+bool CCreatePDF::RefuseObjectStreams() {
+  DWORD const rows = std::min(m_nObjectsInFile, kObjectRows);
+  bool const found = std::any_of(m_Objects, m_Objects + rows, [](ObjectEntry const& row) {
+    return row.bInUse == kTypeInObjectStream;
+  });
+  return !found || Fail(PDF_ERROR_VERSION) != 0;
+}
+
+void CCreatePDF::InitAppendedPageObjectsList() {
+  std::fill(std::begin(m_AppendedPageObjects), std::end(m_AppendedPageObjects), 0);
+}
+
+int CCreatePDF::CreatePagesRootObjectForAppend() {
+  std::string old_text;
+  DWORD old_count = 0;
+  if (!ReadOldPagesRoot(old_text) || !ReadOldPageCount(old_text, old_count)) return 0;
+  DWORD const listed = std::min(m_nAppendedPages, kPageSlots);
+  std::vector<DWORD> const pages(m_AppendedPageObjects, m_AppendedPageObjects + listed);
+  std::optional<std::string> const text =
+      sorrelin::PagesRootWithPages(old_text, old_count + m_nAppendedPages, pages);
+  if (!text && sorrelin::HasPagesKeys(old_text)) return static_cast<int>(Fail(PDF_ERROR_READ));
+  // Kept: in memory the root has a new number without a row, so the header is missing there; file
+  // updates renew the old row.
+  ObjectStartNewGen(m_nPagesRootObject, 0, 0, 0);
+  if (!text) return static_cast<int>(Fail(PDF_ERROR_READ));
+  return WriteToPDFFile(text->c_str(), 1) != 0 ? 1 : 0;
+}
+
+// The object's bytes; its last byte does not count.
+bool CCreatePDF::ReadOldPagesRoot(std::string& text) {
+  DWORD const object = m_nOldPagesRootObject;
+  DWORD const size = ObjectExistsAlready(object) != 0 ? GetObjectSize(object) : 0;
+  if (size == 0) return false;
+  text.resize(size);
+  DWORD count = 0;
+  LONG const offset = static_cast<LONG>(m_Objects[object].nOffset);
+  LONG const end = static_cast<LONG>(m_nFilePos);
+  if (sorrelin::ChannelSeek(m_hFile, offset, nullptr, FILE_BEGIN) == INVALID_SET_FILE_POINTER ||
+      sorrelin::ChannelRead(m_hFile, text.data(), size, &count, nullptr) == 0 || count != size ||
+      sorrelin::ChannelSeek(m_hFile, end, nullptr, FILE_BEGIN) == INVALID_SET_FILE_POINTER) {
+    return Fail(PDF_ERROR_SYSTEM) != 0;
+  }
+  text.back() = '\0';
+  return true;
+}
+
+bool CCreatePDF::ReadOldPageCount(std::string& text, DWORD& nCount) {
+  BYTE* const data = reinterpret_cast<BYTE*>(text.data());
+  DWORD const size = static_cast<DWORD>(text.size());
+  DWORD object = 0;
+  DWORD generation = 0;
+  bool const read = IsReference(data, size, "Count") != 0
+                        ? GetValue(data, size, "Count", &object, &generation) != 0 &&
+                              GetValueFromReference(object, &nCount) != 0
+                        : GetValue(data, size, "Count", &nCount) != 0;
+  return read || Fail(PDF_ERROR_SYSTEM) != 0;
+}
+
+int CCreatePDF::WriteXrefForAppend() {
+  DWORD const table = ReserveOneObject();
+  if (table == 0) return 0;
+  m_Objects[table].nOffset = m_nFilePos;
+  bool const written =
+      WriteToPDFFile("xref", 1) != 0 && WriteFormatted(1, "0 %d", static_cast<int>(table)) &&
+      WriteUpdatedEntries(table) && WriteUpdatedTrailer(table) && WriteXrefOffset(table);
+  return written ? 1 : 0;
+}
+
+bool CCreatePDF::WriteUpdatedEntries(DWORD nTable) {
+  for (DWORD object = 0; object < nTable; ++object) {
+    ObjectEntry const& row = m_Objects[object];
+    bool const old_catalog = object == m_nOldCatalogObject;
+    if (!WriteXrefEntry(row.nOffset, row.nGeneration + (old_catalog ? 1 : 0),
+                        row.bInUse != 0 && !old_catalog)) {
+      return false;
+    }
+  }
+  return true;
+}
+
+// Kept: /ID and /Encrypt go out as the reader cut them from the old trailer.
+bool CCreatePDF::WriteUpdatedTrailer(DWORD nTable) {
+  return WriteLines({"trailer", "<<"}) && WriteFormatted(1, "/Size %d", static_cast<int>(nTable)) &&
+         WriteFormatted(1, "/Root %d 0 R", static_cast<int>(GetCatalogObjectNr())) &&
+         (m_nInfoObject == 0 || WriteFormatted(1, "/Info %d %d R", static_cast<int>(m_nInfoObject),
+                                               static_cast<int>(m_nInfoGeneration))) &&
+         (*m_szTrailerID == 0 || WriteToPDFFile(m_szTrailerID, 1) != 0) &&
+         (*m_szTrailerEncrypt == 0 || WriteToPDFFile(m_szTrailerEncrypt, 1) != 0) &&
+         WriteToPDFFile(">>", 1) != 0;
+}
