@@ -109,7 +109,7 @@ int ParseName(char const* text, char** name) {
   if (text == nullptr || name == nullptr) return 0;
   char const* const slash = std::strchr(text, '/');
   if (slash == nullptr) return 0;
-  std::string const found = "/" + NameBehindSlash(slash + 1);
+  std::string const found = std::string("/") + NameBehindSlash(slash + 1);
   if (found.size() > kNameBytes) return 0;
   *name = HeapCopy(found);
   return *name != nullptr ? 1 : 0;

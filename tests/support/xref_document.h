@@ -16,10 +16,10 @@ namespace test {
 
 class XrefDocument {
  public:
-  explicit XrefDocument(std::string_view content)
-      : bytes_(ToBytes(content)),
-        channel_(
-            sorrelin::ChannelAttachMemory(bytes_.data(), static_cast<DWORD>(bytes_.size()), true)) {
+  explicit XrefDocument(std::string_view content) : bytes_(ToBytes(content)) {
+    bytes_.reserve(1);  // an empty document has an address too
+    channel_ =
+        sorrelin::ChannelAttachMemory(bytes_.data(), static_cast<DWORD>(bytes_.size()), true);
     state_.m_pChannel = channel_;
     xref_ = std::make_unique<sorrelin::CXRefStm>(&state_);
     xref_->SetFile(channel_);
@@ -39,7 +39,7 @@ class XrefDocument {
  private:
   Bytes bytes_;
   sorrelin::ReaderState state_;
-  sorrelin::FileChannel* channel_;
+  sorrelin::FileChannel* channel_ = nullptr;
   std::unique_ptr<sorrelin::CXRefStm> xref_;
 };
 
