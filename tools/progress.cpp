@@ -26,8 +26,9 @@ std::string ProgressBar(double share, int columns) {
   size_t const full = static_cast<size_t>(done * cells);
   char percent[8];
   std::snprintf(percent, sizeof percent, "%3d%%", static_cast<int>(done * 100));
-  return "[" + std::string(full, '#') + std::string(static_cast<size_t>(cells) - full, '.') + "] " +
-         percent;
+  std::string bar(static_cast<size_t>(cells), '.');
+  bar.replace(0, full, full, '#');
+  return std::string("[").append(bar).append("] ").append(percent);
 }
 
 Progress::Progress(bool wanted)

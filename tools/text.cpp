@@ -34,7 +34,7 @@ std::string LastSystemError() {
   if (FormatMessageA(flags, nullptr, error, 0, reinterpret_cast<char*>(&text), 0, nullptr) == 0) {
     return "system error " + std::to_string(error);
   }
-  std::string const message = text;
+  std::string message = text;
   LocalFree(text);
   return message;
 }

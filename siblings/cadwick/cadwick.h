@@ -39,7 +39,8 @@ int EncodeCcittImage(void* hFile, int32_t nWidth, int32_t nHeight, int32_t nComp
                      void* pUser, CcittRowCallback pRow);
 
 /* Decodes bare coded data from the position of hFile on and hands nHeight rows to pRow, the top
- * row first; bits behind the last pixel of a row are 0. Bits behind the end of the data read as 0.
+ * row first; bits behind the last pixel of a row are 0. Only a row whose codes are all in the data
+ * is delivered.
  * 1 if every row was delivered. 0 otherwise; pRow has then been given the rows before the failure,
  * unless it is CADWICK_DATA_ENDED and the same memory file has failed so before with this width at
  * this position: what it lacks is known then, and no row is delivered. The position of a memory

@@ -43,11 +43,9 @@ int Result(Outcome outcome) {
     case Outcome::kStopped:
       return Fail(CADWICK_STOPPED);
     case Outcome::kSinkFailed:
-      return Fail(CADWICK_IO_FAILED);
-    case Outcome::kNoMemory:
       break;
   }
-  return Fail(CADWICK_NO_MEMORY);
+  return Fail(CADWICK_IO_FAILED);
 }
 
 bool ValidRequest(int32_t width, int32_t height, int32_t compression, CcittRowCallback row) {

@@ -1,7 +1,8 @@
-// Group 4 coding (ITU-T T.6) of rows: the boundary to the coder behind it.
+// Group 4 coding (ITU-T T.6) of rows.
 //
 // A row is (width + 7) / 8 bytes, the leftmost pixel in the highest bit; a set bit is black. Rows
-// are numbered from 0, the top one.
+// are numbered from 0, the top one. Beside the coded data and what the callbacks hold, coding in
+// either direction takes less than 64 KiB and eight rows of memory.
 #ifndef SIBLINGS_CADWICK_GROUP4_H_
 #define SIBLINGS_CADWICK_GROUP4_H_
 
@@ -19,7 +20,6 @@ enum class Outcome {
   kDamaged,    // a code that T.6 does not have, or runs that do not fill a row exactly
   kStopped,    // the row callback's result was not 0
   kSinkFailed,
-  kNoMemory,
 };
 
 // Size in pixels; both are at least 1, and ValidPicture holds.
@@ -37,6 +37,10 @@ uint64_t MaxCodedBytes(Picture picture);
 struct RowCallback {
   CcittRowCallback function;
   void* user;
+
+  bool operator()(std::span<uint8_t> row, uint32_t y) const {
+    return function(row.data(), static_cast<int32_t>(y), user) == CCITT_ROW_DONE;
+  }
 };
 
 // Takes coded bytes in order; false ends the coding.
@@ -48,17 +52,19 @@ class ByteSink {
   ~ByteSink() = default;
 };
 
-// Codes the rows that `rows` fills in and ends them with EOFB. Holds one row and 64 KiB.
+// Codes the rows that `rows` fills in and ends them with EOFB. `rows` may write whole units of 8
+// bytes; bits behind the width do not matter.
 Outcome EncodeGroup4(Picture picture, RowCallback rows, ByteSink& sink);
 
 struct DecodeResult {
   Outcome outcome;
-  uint32_t rows;  // that `rows` was given
+  uint32_t rows;  // that `rows` was given and took
 };
 
-// Decodes row by row until the picture is full, the data end (bits behind them read as 0), the data
-// are damaged or `rows` stops. Work is bounded by the rows that are in the data.
-DecodeResult DecodeGroup4(std::span<BYTE const> data, Picture picture, RowCallback rows);
+// Decodes row by row until the picture is full, the data end, the data are damaged or `rows` stops.
+// Only a row whose codes are all in the data is given to `rows`; bits behind its width are 0. What
+// follows the last row is not looked at. Work is bounded by the rows that are in the data.
+DecodeResult DecodeGroup4(std::span<uint8_t const> data, Picture picture, RowCallback rows);
 
 }  // namespace sorrelin::cadwick
 

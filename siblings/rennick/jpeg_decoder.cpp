@@ -12,8 +12,11 @@
 namespace sorrelin::rennick {
 namespace {
 
-// Each scan is work over the whole picture, and a file can hold very many small ones.
-constexpr int kMaxScans = 500;
+// Each scan is work over the whole picture, and a file can hold very many small ones. Small
+// pictures may have the larger number of scans; as many as make kScannedBlocks of work, in between.
+constexpr uint64_t kMaxScans = 500;
+constexpr uint64_t kMaxScansOfLargest = 64;
+constexpr uint64_t kScannedBlocks = uint64_t{1} << 26;
 constexpr uint64_t kMaxBitmapBytes = UINT32_MAX;
 // Of the coefficients that files with several scans need; more fails.
 constexpr long kMaxWorkBytes = 4L * 1024 * 1024 * 1024;
@@ -28,20 +31,28 @@ struct DecodeJob {
   size_t stride;
 };
 
-void LimitScans(j_common_ptr coder) {
-  j_decompress_ptr const decoder = reinterpret_cast<j_decompress_ptr>(coder);
-  if (decoder->input_scan_number > kMaxScans) ERREXIT(coder, JERR_BAD_PROGRESSION);
-}
-
-// A Huffman code takes at least one bit, and a block at least one code: a file that promises more
-// blocks than it has bits ends early, which need not be found out by decoding it.
-bool CanHoldItsBlocks(jpeg_decompress_struct const& coder, size_t file_bytes) {
+uint64_t BlocksOf(jpeg_decompress_struct const& coder) {
   uint64_t blocks = 0;
   for (int i = 0; i < coder.num_components; ++i) {
     jpeg_component_info const& component = coder.comp_info[i];
     blocks += uint64_t{component.width_in_blocks} * component.height_in_blocks;
   }
-  return blocks <= uint64_t{file_bytes} * 8;
+  return blocks;
+}
+
+void LimitScans(j_common_ptr coder) {
+  j_decompress_ptr const decoder = reinterpret_cast<j_decompress_ptr>(coder);
+  uint64_t const blocks = std::max<uint64_t>(BlocksOf(*decoder), 1);
+  uint64_t const most = std::clamp(kScannedBlocks / blocks, kMaxScansOfLargest, kMaxScans);
+  if (static_cast<uint64_t>(decoder->input_scan_number) > most) {
+    ERREXIT(coder, JERR_BAD_PROGRESSION);
+  }
+}
+
+// A Huffman code takes at least one bit, and a block at least one code: a file that promises more
+// blocks than it has bits ends early, which need not be found out by decoding it.
+bool CanHoldItsBlocks(jpeg_decompress_struct const& coder, size_t file_bytes) {
+  return BlocksOf(coder) <= uint64_t{file_bytes} * 8;
 }
 
 // Sets the output form by the number of components.

@@ -44,8 +44,8 @@ int SaveDIBInJPEGFileExW(WCHAR const* szPath, HDIB hDib, void const* pRecord);
 /* Decode a JPEG file into a new bitmap that the caller frees: one component becomes 8 bits with a
  * grey palette, YCbCr and RGB 24 bits, CMYK and YCCK (inverted when the file has an Adobe marker)
  * 24 bits. The JFIF density becomes pixels per metre. Null if the file is no JPEG file, is damaged,
- * ends early (without its end marker too), uses arithmetic coding, has more than 500 scans, or the
- * bitmap would pass 4 GiB. */
+ * ends early (without its end marker too), uses arithmetic coding, has more than 500 scans (down to
+ * 64 for large pictures), or if the bitmap or the work on it would pass 4 GiB. */
 HDIB LoadJPEGIntoDIBFromMemory(void const* pData, DWORD nSize);
 HDIB LoadJPEGIntoDIBW(WCHAR const* szPath);
 

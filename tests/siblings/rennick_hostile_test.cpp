@@ -136,6 +136,14 @@ TEST_F(JpegHostile, MoreThanFiveHundredScansGiveNull) {
   EXPECT_EQ(Load(WithScansRepeated(file, 498)).get(), nullptr);
 }
 
+// 2048 x 2048 pixels are 65536 blocks in each of 3 components; 2^26 blocks of work are 341 scans.
+TEST_F(JpegHostile, LargerPicturesMayHaveFewerScans) {
+  Samples const flat{2048, 2048, 3, Bytes(size_t{2048} * 2048 * 3, 128)};
+  Bytes const file = Write(flat, {JCS_RGB, JCS_YCbCr, UseScanPerComponent});
+  EXPECT_NE(Load(WithScansRepeated(file, 338)).get(), nullptr);
+  EXPECT_EQ(Load(WithScansRepeated(file, 339)).get(), nullptr);
+}
+
 TEST_F(JpegHostile, TwoComponentsGiveNull) {
   Samples const samples = Gradient(16, 16, 2);
   EXPECT_EQ(Load(Write(samples, {JCS_UNKNOWN, JCS_UNKNOWN})).get(), nullptr);

@@ -1,3 +1,4 @@
+// Pages, limits and resolutions of a document.
 #include "tools/document.h"
 
 #include <gmock/gmock.h>

@@ -1,3 +1,4 @@
+// Orientation and resolution from EXIF blocks, whole and damaged.
 #include "tools/exif.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// Headers, ends and decoding of JPEG files.
 #include "tools/jpeg_file.h"
 
 #include <gtest/gtest.h>

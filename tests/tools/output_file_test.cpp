@@ -1,3 +1,4 @@
+// Output that is renamed when it is complete.
 #include "tools/output_file.h"
 
 #include <gmock/gmock.h>

@@ -1,3 +1,4 @@
+// Decoded pictures as packed bitmaps.
 #include "tools/picture.h"
 
 #include <gtest/gtest.h>

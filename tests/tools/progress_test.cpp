@@ -1,3 +1,4 @@
+// The shape of the progress bar.
 #include "tools/progress.h"
 
 #include <gtest/gtest.h>

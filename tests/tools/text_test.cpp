@@ -1,3 +1,4 @@
+// Texts between UTF-8 and UTF-16.
 #include "tools/text.h"
 
 #include <gtest/gtest.h>

@@ -1,0 +1,43 @@
+#!/bin/sh
+# Installs a build into an empty folder and uses what lies there.
+# use_installed.sh BUILD EXAMPLES LIBDIR
+set -eu
+build=$1
+examples=$2
+root=$(mktemp -d)
+trap 'rm -rf "$root"' EXIT
+prefix=$root/usr
+
+cmake --install "$build" --prefix "$prefix" >"$root/install.log"
+
+echo "-- find_package"
+cmake -S "$examples" -B "$root/cmake" -DCMAKE_PREFIX_PATH="$prefix" >"$root/configure.log"
+cmake --build "$root/cmake" >"$root/build.log"
+"$root/cmake/write_document" "$root/c.pdf"
+"$root/cmake/memory_document" "$root/cpp.pdf"
+
+echo "-- pkg-config"
+PKG_CONFIG_PATH=$prefix/$3/pkgconfig
+export PKG_CONFIG_PATH
+flags=$(pkg-config --define-variable=prefix="$prefix" --cflags --libs sorrelin)
+cc -std=c11 -Wall -Wextra -Werror "$examples/write_document.c" -o "$root/with_cc" $flags \
+  -Wl,-rpath,"$prefix/$3"
+c++ -std=c++20 -Wall -Wextra -Werror "$examples/memory_document.cpp" -o "$root/with_cxx" $flags \
+  -Wl,-rpath,"$prefix/$3"
+"$root/with_cc" "$root/c2.pdf"
+"$root/with_cxx" "$root/cpp2.pdf"
+
+echo "-- documents"
+for document in c c2; do
+  [ "$(pdfimages -list "$root/$document.pdf" | awk 'NR > 2 { print $4 "x" $5, $6 }')" = "256x256 index" ]
+done
+for document in cpp cpp2; do
+  [ "$(pdfimages -list "$root/$document.pdf" | awk 'NR > 2 { print $4 "x" $5, $9 }' | sort -u)" = "800x800 ccitt" ]
+  [ "$(pdfinfo "$root/$document.pdf" | awk '/^Pages/ { print $2 }')" = 2 ]
+done
+
+echo "-- program"
+pdftoppm -r 72 -singlefile "$root/c.pdf" "$root/page"
+"$prefix/bin/sorrelin" make "$root/made.pdf" "$root/page.ppm"
+qpdf --check "$root/made.pdf" >/dev/null
+echo "all of the package works"
