@@ -41,6 +41,17 @@ static Function const kFunctions[] = {
     (Function)pdf_GetSubjectW,
     (Function)pdf_GetKeywordsA,
     (Function)pdf_GetKeywordsW,
+    (Function)pdf_OpenPDFFile,
+    (Function)pdf_OpenPDFFileW,
+    (Function)pdf_OpenPDFInMemory,
+    (Function)pdf_GetNumberOfPages,
+    (Function)pdf_LoadImageFromPDF,
+    (Function)pdf_LoadPDFIntoDIB,
+    (Function)pdf_LoadPDFIntoDIBW,
+    (Function)pdf_LoadPDFIntoDIBInMemory,
+    (Function)GetNumberOfPagesInPDFFile,
+    (Function)GetNumberOfPagesInPDFFileW,
+    (Function)GetNumberOfPagesInPDFInMemory,
     (Function)fnCreatePDF,
 };
 
