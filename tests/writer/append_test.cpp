@@ -181,7 +181,9 @@ TEST(PagesRootText, OrderOfTheKeysDecidesThePlaces) {
        }) {
     auto const text = PagesRootWithPages(std::string(row.old_text) + '\0', 3, {8, 9});
     EXPECT_EQ(text.has_value(), row.expected != nullptr) << row.old_text;
-    if (text && row.expected != nullptr) EXPECT_EQ(*text, row.expected);
+    if (text && row.expected != nullptr) {
+      EXPECT_EQ(*text, row.expected);
+    }
   }
 }
 
