@@ -3,6 +3,7 @@
 #include <sorrelin/frame/banner.h>
 #include <sorrelin/frame/reader_state.h>
 #include <sorrelin/frame/session.h>
+#include <sorrelin/reader/object_fetch.h>
 
 #include <algorithm>
 #include <iterator>
@@ -20,8 +21,9 @@ CCreatePDF::CCreatePDF() : m_hFile(sorrelin::InvalidChannel()), m_pReader(NewSid
   InitObjectList();
 }
 
-// Kept: the channel and the reader's objects stay; ClosePDFFile is what ends them.
+// Kept: the channel stays open; ClosePDFFile is what closes it.
 CCreatePDF::~CCreatePDF() {
+  sorrelin::DestroyReaderObjects(*m_pReader);
   delete m_pReader;
   m_pReader = nullptr;
 }
