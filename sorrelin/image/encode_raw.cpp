@@ -1,6 +1,7 @@
 // The encoders' dispatch, and raw image data.
 #include <sorrelin/frame/session.h>
 #include <sorrelin/image/flate.h>
+#include <sorrelin/image/pixel_order.h>
 #include <sorrelin/image/raw_image.h>
 #include <sorrelin/platform/memory.h>
 #include <sorrelin/platform/wide_string.h>
@@ -11,25 +12,6 @@ using sorrelin::DibView;
 using sorrelin::OwnedBlock;
 
 namespace sorrelin {
-
-namespace {
-
-constexpr uint64_t kComponents = 3;
-
-// Blue, green, red become red, green, blue; a row that ends within a pixel keeps what it has.
-void CopySwapped(std::span<BYTE const> row, BYTE* out) {
-  size_t at = 0;
-  for (; at + kComponents <= row.size(); at += kComponents) {
-    out[at] = row[at + 2];
-    out[at + 1] = row[at + 1];
-    out[at + 2] = row[at];
-  }
-  for (size_t component = 0; at + component < row.size(); ++component) {
-    out[at + 2 - component] = row[at + component];
-  }
-}
-
-}  // namespace
 
 OwnedBlock BuildRawImage(DibView const& dib, DWORD& size) {
   BITMAPINFOHEADER const& header = dib.header();
@@ -44,7 +26,7 @@ OwnedBlock BuildRawImage(DibView const& dib, DWORD& size) {
   for (uint64_t row = rows; row-- > 0; out += payload) {
     std::span<BYTE const> const source = dib.Part(first_row + row * stride, payload);
     if (header.biBitCount == 24) {
-      CopySwapped(source, out);
+      CopySwapped(out, source);
     } else {
       std::copy(source.begin(), source.end(), out);
     }
