@@ -5,12 +5,9 @@ set -euo pipefail
 
 packages=(
   cmake g++ ninja-build pkg-config
-  zlib1g-dev libtiff-dev libjpeg62-turbo-dev libutfcpp-dev librapidxml-dev
-  libleptonica-dev libtesseract-dev libcli11-dev)
+  zlib1g-dev libtiff-dev libjpeg62-turbo-dev libutfcpp-dev libleptonica-dev libcli11-dev)
 viewers=(ghostscript graphicsmagick mupdf-tools poppler-utils)
-witnesses=(
-  clang libclang-rt-14-dev libgtest-dev libgmock-dev libbenchmark-dev qpdf tesseract-ocr-eng
-  img2pdf imagemagick libtiff-tools)
+witnesses=(clang libclang-rt-14-dev libgtest-dev libgmock-dev libbenchmark-dev qpdf)
 
 case "${1:-}" in
   build) ;;
