@@ -91,12 +91,25 @@ HMODULE OpenModule(std::string const& name, int flags) {
   return directory.empty() ? nullptr : dlopen((directory + name).c_str(), flags);
 }
 
+// Whether the file of a loaded module is called `name`, or so with a version behind it.
+bool IsFileOfLoadedModule(std::string_view name) {
+  auto const compare = [](dl_phdr_info* info, size_t, void* wanted) {
+    std::string_view const path = info->dlpi_name;
+    std::string_view const file = path.substr(path.rfind('/') + 1);
+    return file.starts_with(*static_cast<std::string_view const*>(wanted)) ? 1 : 0;
+  };
+  return dl_iterate_phdr(compare, &name) != 0;
+}
+
 // The first candidate that opens, or null with error 126.
 HMODULE OpenFirst(WCHAR const* name, int flags) {
   return Guarded(HMODULE{}, [&] {
     auto const path = name != nullptr ? Utf8Path(name) : std::nullopt;
     if (!path || path->empty()) return Fail(ERROR_MOD_NOT_FOUND, HMODULE{});
     for (std::string const& candidate : Candidates(*path)) {
+      // The loader tells what is loaded only by looking for the file everywhere.
+      bool const bare = candidate.find('/') == std::string::npos;
+      if (bare && (flags & RTLD_NOLOAD) != 0 && !IsFileOfLoadedModule(candidate)) continue;
       HMODULE const module = OpenModule(candidate, flags);
       if (module != nullptr) return module;
     }

@@ -170,6 +170,16 @@ TEST(GetModuleHandle, KnowsLoadedLibrariesOnly) {
   EXPECT_EQ(GetModuleHandleW(name.c_str()), nullptr);
 }
 
+// The platform library's file has its version behind the bare name.
+TEST(GetModuleHandle, KnowsLoadedLibrariesByBareNames) {
+  HMODULE const platform = GetModuleHandleW(u"libsorrelin-platform.so");
+  ASSERT_NE(platform, nullptr);
+  EXPECT_EQ(GetModuleHandleW(u"sorrelin-platform.dll"), platform);
+  EXPECT_NE(GetModuleHandleW(u"libc.so.6"), nullptr);
+  EXPECT_EQ(GetModuleHandleW(u"Thing-that-nobody-has.dll"), nullptr);
+  EXPECT_EQ(GetLastError(), 126u);
+}
+
 TEST(GetModuleHandle, TakesNoLoad) {
   Module const module(kThing);
   GetModuleHandleW(kThing.u16string().c_str());
