@@ -21,7 +21,6 @@
 #include <vector>
 
 #include "bench/bare_codecs.h"
-#include "siblings/cadwick/group4.h"
 #include "tests/support/dib.h"
 
 namespace {
@@ -164,46 +163,6 @@ void Group4Page(benchmark::State& state) {
           [&](CCreatePDF& s) { SavePage(s, dib, CADWICK, PDF_COMPRESSION_CCITT, 0); });
 }
 
-class CountingSink : public sorrelin::cadwick::ByteSink {
- public:
-  bool Write(std::span<BYTE const> bytes) override {
-    data_.insert(data_.end(), bytes.begin(), bytes.end());
-    return true;
-  }
-  size_t size() const { return data_.size(); }
-
- private:
-  test::Bytes data_;
-};
-
-// The coder's rows as the library hands them over, ready in memory.
-struct CoderRows {
-  test::Bytes bytes;
-  size_t row_bytes;
-};
-
-int CopyRow(BYTE* row, int32_t index, void* user) {
-  CoderRows const& rows = *static_cast<CoderRows const*>(user);
-  std::memcpy(row, rows.bytes.data() + rows.row_bytes * static_cast<size_t>(index), rows.row_bytes);
-  return CCITT_ROW_DONE;
-}
-
-// Beside our own coder on rows that are ready.
-void Group4PageBesideTheBareCoder(benchmark::State& state) {
-  test::Block const dib = MakePage(1);
-  CoderRows rows{RawImage(dib), (kWidth + 7) / 8};
-  for (BYTE& byte : rows.bytes) byte = static_cast<BYTE>(~byte);
-  size_t coded = 0;
-  auto const bare = [&] {
-    CountingSink sink;
-    sorrelin::cadwick::EncodeGroup4({kWidth, kHeight}, {CopyRow, &rows}, sink);
-    coded = sink.size();
-  };
-  bare();
-  Compare(state, {1.15, static_cast<double>(rows.bytes.size() + coded) / kMiB + kRoomMiB}, bare,
-          [&](CCreatePDF& s) { SavePage(s, dib, CADWICK, PDF_COMPRESSION_CCITT, 0); });
-}
-
 void JpegPage(benchmark::State& state) {
   WORD const bits = static_cast<WORD>(state.range(0));
   test::Block const dib = MakePage(bits);
@@ -245,10 +204,6 @@ BENCHMARK(FlatePage)
     ->Unit(benchmark::kMillisecond)
     ->Iterations(5);
 BENCHMARK(Group4Page)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(30);
-BENCHMARK(Group4PageBesideTheBareCoder)
-    ->UseManualTime()
-    ->Unit(benchmark::kMillisecond)
-    ->Iterations(30);
 BENCHMARK(JpegPage)
     ->ArgName("bits")
     ->Arg(8)
