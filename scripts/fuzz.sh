@@ -1,41 +1,45 @@
-#!/bin/sh
-# Builds every fuzz target and runs each for a number of seconds (default 60).
+#!/usr/bin/env bash
+# Builds every fuzz target with clang and runs each for a number of seconds (default 60).
 #
 # usage: scripts/fuzz.sh [seconds] [target...]
 #
-# Needs clang with its libFuzzer runtime. Inputs that were found are kept in build/fuzz/corpus for
-# the next run; an input that breaks a target is left in build/fuzz/findings, and the script fails.
-set -eu
-
+# Inputs that reached something new are kept in build/fuzz/corpus for the next run. An input that
+# breaks a target is left in build/fuzz/findings, and the script fails.
+set -euo pipefail
 cd "$(dirname "$0")/.."
+
 seconds=${1:-60}
-[ $# -eq 0 ] || shift
+wanted=" ${*:2} "
 
-cmake --preset fuzz >/dev/null
-cmake --build --preset fuzz
-
+scripts/packages.sh test
+if command -v ccache >/dev/null; then
+  export CMAKE_C_COMPILER_LAUNCHER=ccache CMAKE_CXX_COMPILER_LAUNCHER=ccache
+fi
 build=build/fuzz
 mkdir -p "$build/findings"
-failed=
+cmake --preset fuzz >"$build/build.log"
+cmake --build --preset fuzz >>"$build/build.log" || { tail -n 60 "$build/build.log"; exit 1; }
+
+failed=()
 for program in "$build"/fuzz/targets/*; do
   name=$(basename "$program")
-  if [ $# -gt 0 ]; then
-    case " $* " in
-      *" $name "*) ;;
-      *) continue ;;
-    esac
+  [[ $wanted == "  " || $wanted == *" $name "* ]] || continue
+  folders=("$build/corpus/$name")
+  mkdir -p "${folders[0]}"
+  if [ -d "fuzz/corpus/$name" ]; then folders+=("fuzz/corpus/$name"); fi
+  log=$build/$name.log
+  echo "== $name: $seconds seconds"
+  if "$program" -max_total_time="$seconds" -timeout=20 -len_control=0 -print_final_stats=1 \
+    -artifact_prefix="$build/findings/$name-" "${folders[@]}" >"$log" 2>&1; then
+    grep number_of_executed_units "$log"
+  else
+    tail -n 40 "$log"
+    failed+=("$name")
   fi
-  corpus=$build/corpus/$name
-  mkdir -p "$corpus"
-  seeds=fuzz/corpus/$name
-  [ -d "$seeds" ] || seeds=
-  echo "== $name, $seconds seconds"
-  # $seeds is one folder or nothing.
-  "$program" -max_total_time="$seconds" -timeout=20 -len_control=0 \
-    -print_final_stats=1 -artifact_prefix="$build/findings/$name-" "$corpus" $seeds || failed="$failed $name"
 done
 
-if [ -n "$failed" ]; then
-  echo "failed:$failed (see $build/findings)" >&2
+if [ "${#failed[@]}" -ne 0 ]; then
+  echo "failed: ${failed[*]} (inputs in $build/findings)"
   exit 1
 fi
+echo "all clean"
