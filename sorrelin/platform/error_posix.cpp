@@ -71,7 +71,9 @@ constexpr TextRow kTextRows[] = {
     {ERROR_DISCARDED, "The memory block is empty"},
     {ERROR_NOT_LOCKED, "The memory block is not locked"},
     {ERROR_ALREADY_EXISTS, "The file exists already"},
+    {ERROR_PROCESS_ABORTED, "The process ended unexpectedly"},
     {ERROR_NOT_FOUND, "Not found"},
+    {ERROR_CANCELLED, "The operation was cancelled"},
     {ERROR_FILE_READ_ONLY, "The document is read-only"},
 };
 

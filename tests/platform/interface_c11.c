@@ -1,4 +1,5 @@
 /* A C11 program that names every operation of the platform headers. */
+#include <sorrelin/platform/child.h>
 #include <sorrelin/platform/console.h>
 #include <sorrelin/platform/error.h>
 #include <sorrelin/platform/file.h>
@@ -48,6 +49,8 @@ static Operation const kOperations[] = {
     (Operation)MuteStandardError,
     (Operation)ReadFile,
     (Operation)RestoreStandardError,
+    (Operation)RunInChildProcess,
+    (Operation)SendToParent,
     (Operation)SetConsoleCtrlHandler,
     (Operation)SetFilePointer,
     (Operation)SetLastError,

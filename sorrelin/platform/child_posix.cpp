@@ -1,0 +1,153 @@
+// Work in a forked process, with a pipe back.
+#include <errno.h>
+#include <fcntl.h>
+#include <pthread.h>
+#include <signal.h>
+#include <sorrelin/platform/child.h>
+#include <sorrelin/platform/error.h>
+#include <sorrelin/platform/posix_support.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+#if defined(__linux__)
+#include <sys/prctl.h>
+#endif
+
+#include <cstdlib>
+#include <utility>
+#include <vector>
+
+struct tagCHILD_LINK {
+  int descriptor;
+};
+
+namespace sorrelin {
+namespace {
+
+constexpr size_t kPieceBytes = size_t{256} << 10;
+
+// Ends with its parent where the system offers that; elsewhere the next write to the pipe fails.
+void EndWithParent(pid_t parent) {
+#if defined(__linux__)
+  prctl(PR_SET_PDEATHSIG, SIGKILL);
+  if (getppid() != parent) _exit(EXIT_FAILURE);
+#else
+  static_cast<void>(parent);
+#endif
+}
+
+// The parent may block these signals and take them on a thread that the child does not have.
+void TakeSignals() {
+  sigset_t set;
+  sigemptyset(&set);
+  for (int const number : {SIGINT, SIGHUP, SIGTERM}) sigaddset(&set, number);
+  pthread_sigmask(SIG_UNBLOCK, &set, nullptr);
+}
+
+// A crash is told to the parent; an image of the memory would only fill the user's disk.
+void LeaveNoCore() {
+  rlimit const none = {0, 0};
+  setrlimit(RLIMIT_CORE, &none);
+}
+
+[[noreturn]] void RunChild(PCHILD_ROUTINE routine, void* context, int descriptor, pid_t parent) {
+  EndWithParent(parent);
+  TakeSignals();
+  LeaveNoCore();
+  CHILD_LINK link = {descriptor};
+  routine(&link, context);
+  _exit(EXIT_SUCCESS);
+}
+
+enum class Received { kAll, kRefused, kFailed };
+
+Received ReceiveAll(int descriptor, PCHILD_RECEIVER receiver, void* context) {
+  std::vector<BYTE> piece(kPieceBytes);
+  for (;;) {
+    ssize_t const count = read(descriptor, piece.data(), piece.size());
+    if (count == 0) return Received::kAll;
+    if (count == -1 && errno == EINTR) continue;
+    if (count == -1) return Received::kFailed;
+    if (receiver(piece.data(), static_cast<DWORD>(count), context) == FALSE) {
+      return Received::kRefused;
+    }
+  }
+}
+
+// Whether the child came to its end by itself.
+bool WaitFor(pid_t child) {
+  int status = 0;
+  while (waitpid(child, &status, 0) == -1) {
+    if (errno != EINTR) return false;
+  }
+  return WIFEXITED(status) && WEXITSTATUS(status) == EXIT_SUCCESS;
+}
+
+// Takes the child to its end, also when the receiver throws.
+class Child {
+ public:
+  Child(pid_t pid, int descriptor) : pid_(pid), descriptor_(descriptor) {}
+  ~Child() {
+    close(descriptor_);
+    if (pid_ == -1) return;
+    kill(pid_, SIGKILL);
+    WaitFor(pid_);
+  }
+  Child(Child const&) = delete;
+  Child& operator=(Child const&) = delete;
+
+  bool Wait() { return WaitFor(std::exchange(pid_, -1)); }
+
+ private:
+  pid_t pid_;
+  int descriptor_;
+};
+
+BOOL RunForked(PCHILD_ROUTINE routine, PCHILD_RECEIVER receiver, void* context) {
+  int ends[2];
+  if (pipe(ends) == -1) return Fail(ErrorOfErrno(errno), FALSE);
+  for (int const end : ends) fcntl(end, F_SETFD, FD_CLOEXEC);
+  pid_t const parent = getpid();
+  pid_t const pid = fork();
+  if (pid == 0) {
+    close(ends[0]);
+    RunChild(routine, context, ends[1], parent);
+  }
+  DWORD const error = ErrorOfErrno(errno);
+  close(ends[1]);
+  if (pid == -1) {
+    close(ends[0]);
+    return Fail(error, FALSE);
+  }
+  Child child(pid, ends[0]);
+  switch (ReceiveAll(ends[0], receiver, context)) {
+    case Received::kAll:
+      return child.Wait() ? TRUE : Fail(ERROR_PROCESS_ABORTED, FALSE);
+    case Received::kRefused:
+      return Fail(ERROR_CANCELLED, FALSE);
+    default:
+      return Fail(ErrorOfErrno(errno), FALSE);
+  }
+}
+
+}  // namespace
+}  // namespace sorrelin
+
+BOOL SendToParent(CHILD_LINK* link, void const* data, DWORD size) {
+  BYTE const* bytes = static_cast<BYTE const*>(data);
+  while (size != 0) {
+    ssize_t const count = write(link->descriptor, bytes, size);
+    if (count == -1 && errno == EINTR) continue;
+    if (count == -1) return sorrelin::Fail(sorrelin::ErrorOfErrno(errno), FALSE);
+    bytes += count;
+    size -= static_cast<DWORD>(count);
+  }
+  return TRUE;
+}
+
+BOOL RunInChildProcess(PCHILD_ROUTINE routine, PCHILD_RECEIVER receiver, void* context) {
+  if (routine == nullptr || receiver == nullptr) {
+    return sorrelin::Fail(ERROR_INVALID_PARAMETER, FALSE);
+  }
+  return sorrelin::Guarded(FALSE, [&] { return sorrelin::RunForked(routine, receiver, context); });
+}
