@@ -22,10 +22,12 @@ void RequireVerb(CLI::App const& program) {
 }
 
 int ParseAndRun(int argc, char** argv) {
-  CLI::App program("Turns pictures into PDF documents.", "sorrelin");
+  CLI::App program("Turns pictures into PDF documents and documents into pictures.", "sorrelin");
   program.set_version_flag("--version", "sorrelin " SORRELIN_VERSION);
   int exit_code = kExitSuccess;
   AddMake(program, exit_code);
+  AddCount(program, exit_code);
+  AddInfo(program, exit_code);
   program.allow_extras();
   try {
     program.parse(argc, argv);

@@ -1,0 +1,114 @@
+// Opens by the library, and looks into the trailer for what the library does not tell.
+#include "tools/open_document.h"
+
+#include <algorithm>
+#include <fstream>
+
+#include "tools/text.h"
+
+namespace sorrelin::tool {
+namespace {
+
+using Kind = PdfValue::Kind;
+
+constexpr DWORD kMaxListedPages = 30'000;
+constexpr std::streamoff kTailBytes = 2048;
+constexpr size_t kSectionBytes = size_t{1} << 16;
+constexpr size_t kMaxTableBytes = size_t{4} << 20;
+
+std::string ReadAt(std::ifstream& file, std::streamoff offset, size_t most) {
+  std::string text(most, '\0');
+  file.clear();
+  file.seekg(offset);
+  file.read(text.data(), static_cast<std::streamsize>(most));
+  text.resize(static_cast<size_t>(std::max<std::streamsize>(file.gcount(), 0)));
+  return text;
+}
+
+// The offset behind the last "startxref".
+std::optional<std::streamoff> LastSection(std::ifstream& file) {
+  file.seekg(0, std::ios::end);
+  std::streamoff const size = file.tellg();
+  std::string const tail =
+      ReadAt(file, std::max<std::streamoff>(size - kTailBytes, 0), static_cast<size_t>(kTailBytes));
+  size_t const at = tail.rfind("startxref");
+  if (at == tail.npos) return std::nullopt;
+  PdfValueReader reader(std::string_view(tail).substr(at + 9));
+  auto const offset = reader.Read();
+  if (!offset || offset->number < 0 || offset->number >= static_cast<double>(size)) {
+    return std::nullopt;
+  }
+  return static_cast<std::streamoff>(offset->number);
+}
+
+// The trailer behind a table, or the dictionary of a cross-reference stream.
+PdfValue TrailerOf(std::ifstream& file, std::streamoff section) {
+  std::string text = ReadAt(file, section, kSectionBytes);
+  if (!PdfValueReader(text).Skip("xref")) return ParseObject(text).value;
+  size_t at = text.find("trailer");
+  if (at == text.npos) {
+    text = ReadAt(file, section, kMaxTableBytes);
+    at = text.find("trailer");
+  }
+  if (at == text.npos) return {};
+  return PdfValueReader(std::string_view(text).substr(at + 7)).Read().value_or(PdfValue{});
+}
+
+bool HasEncryption(std::string const& name) {
+  std::ifstream file(name, std::ios::binary);
+  auto const section = LastSection(file);
+  return section && !TrailerOf(file, *section)["Encrypt"].Is(Kind::kNull);
+}
+
+std::string ErrorText(CCreatePDF& session) {
+  char text[4096] = {};
+  session.GetLastPDFErrorText(text);
+  return text;
+}
+
+}  // namespace
+
+std::unique_ptr<OpenDocument> OpenDocument::Open(std::string const& name, std::string& problem) {
+  std::unique_ptr<OpenDocument> document(new OpenDocument);
+  CCreatePDF& session = *document->session_;
+  auto const wide = Utf16(name);
+  if (!wide) {
+    problem = "the name is not valid UTF-8";
+    return nullptr;
+  }
+  session.PDF_SetLastError(PDF_ERROR_NONE);
+  if (session.OpenPDFFileW(wide->c_str()) == 0) {
+    DWORD const error = session.PDF_GetLastError();
+    bool const system = error == PDF_ERROR_OPEN;
+    bool const unclear = error == PDF_ERROR_NONE || error == PDF_ERROR_SYSTEM;
+    problem = "cannot be opened: " + (system    ? LastSystemError()
+                                      : unclear ? "it is damaged, or of a form that is not read"
+                                                : ErrorText(session));
+    return nullptr;
+  }
+  document->encrypted_ = HasEncryption(name);
+  return document;
+}
+
+DWORD OpenDocument::ListedPages() const {
+  DWORD pages = std::min(PageCount(), kMaxListedPages);
+  while (pages > 0 && session_->GetPageObjectNumber(pages - 1) == 0) --pages;
+  return pages;
+}
+
+std::string OpenDocument::Text(Getter getter) const {
+  if (encrypted_) return {};
+  DWORD units = 0;
+  (session_.get()->*getter)(nullptr, &units);
+  std::u16string text(units, u'\0');
+  if (units == 0 || (session_.get()->*getter)(text.data(), &units) == 0) return {};
+  text.resize(std::min(text.find(u'\0'), text.size()));
+  return Utf8(text);
+}
+
+std::string OpenDocument::Title() const { return Text(&CCreatePDF::GetTitleW); }
+std::string OpenDocument::Author() const { return Text(&CCreatePDF::GetAuthorW); }
+std::string OpenDocument::Subject() const { return Text(&CCreatePDF::GetSubjectW); }
+std::string OpenDocument::Keywords() const { return Text(&CCreatePDF::GetKeywordsW); }
+
+}  // namespace sorrelin::tool

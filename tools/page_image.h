@@ -1,0 +1,57 @@
+// What a page's picture is, judged from its objects: how it can be read rightly, or why it cannot.
+// The library looks at no more than the pictures it writes need, and rebuilds some others wrongly.
+#ifndef TOOLS_PAGE_IMAGE_H_
+#define TOOLS_PAGE_IMAGE_H_
+
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "tools/colour_space.h"
+#include "tools/pdf_objects.h"
+#include "tools/resolution.h"
+
+namespace sorrelin::tool {
+
+enum class ImageCoding { kNone, kFlate, kRunLength, kGroup4, kJpeg };
+
+struct PageImage {
+  DWORD width = 0;   // pixels
+  DWORD height = 0;  // rows
+  int bits = 0;      // of a sample: 1, 2, 4 or 8
+  ColourSpace space;
+  // What each value of a single component's sample looks like; empty for three components.
+  std::vector<RGBQUAD> colours;
+  ImageCoding coding = ImageCoding::kNone;
+  bool black_is_1 = false;  // Group 4
+  bool flipped = false;     // the page shows the first row at the bottom
+  std::span<BYTE const> data;
+
+  int BitsPerPixel() const { return bits * space.components; }
+  size_t RowBytes() const {
+    return (static_cast<size_t>(width) * static_cast<size_t>(BitsPerPixel()) + 7) / 8;
+  }
+
+  PdfObject object;  // what `data` is of
+};
+
+struct PageFacts {
+  double width = 612;  // points
+  double height = 792;
+  // Of the picture, as far as they are known: 0 and empty otherwise.
+  DWORD pixel_width = 0;
+  DWORD pixel_height = 0;
+  int depth = 0;                   // bits per pixel, as stored
+  std::string compression;         // as the option of make has it, or the filters' names
+  Resolution dpi;                  // of a picture that fills the page
+  std::string problem;             // why the picture cannot be read; empty if it can
+  std::optional<PageImage> image;  // unless there is a problem
+};
+
+// Judges page `number`, the object of a page. Decodes nothing but small parts.
+PageFacts JudgePage(CCreatePDF& session, DWORD number);
+
+}  // namespace sorrelin::tool
+
+#endif  // TOOLS_PAGE_IMAGE_H_

@@ -1,0 +1,50 @@
+// Objects of an open document, fetched by the library and read strictly.
+#ifndef TOOLS_PDF_OBJECTS_H_
+#define TOOLS_PDF_OBJECTS_H_
+
+#include <sorrelin/frame/session.h>
+#include <sorrelin/reader/loaded_object.h>
+
+#include <memory>
+#include <optional>
+#include <span>
+#include <string_view>
+
+#include "tools/pdf_value.h"
+
+namespace sorrelin::tool {
+
+// An object in memory.
+struct PdfObject {
+  PdfValue value;
+  bool is_stream = false;
+  // From the true start of the data to the end of the object, which may lie behind that of the
+  // data.
+  std::span<BYTE const> behind_stream;
+  std::unique_ptr<LoadedObject> block;  // what the span is of
+};
+
+// An object's text, from its number on, or from its value on where there is none.
+PdfObject ParseObject(std::string_view text);
+
+class PdfObjects {
+ public:
+  // The session outlives this object.
+  explicit PdfObjects(CCreatePDF& session) : session_(session) {}
+
+  // An object that cannot be had or read has a null value.
+  PdfObject Load(DWORD number) const;
+  // The object that a reference leads to; of another value, a copy.
+  PdfObject Follow(PdfValue const& value) const;
+  PdfValue Resolve(PdfValue const& value) const { return Follow(value).value; }
+
+  // The coded bytes of a stream, by its /Length. Nothing if they are not all there.
+  std::optional<std::span<BYTE const>> DataOf(PdfObject const& stream) const;
+
+ private:
+  CCreatePDF& session_;
+};
+
+}  // namespace sorrelin::tool
+
+#endif  // TOOLS_PDF_OBJECTS_H_

@@ -1,0 +1,60 @@
+// sorrelin count: how many pages documents have.
+#include <cstdio>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "tools/child.h"
+#include "tools/messages.h"
+#include "tools/open_document.h"
+#include "tools/verbs/verbs.h"
+
+namespace sorrelin::tool {
+namespace {
+
+std::optional<std::string> CountPages(std::string const& name, std::string& problem) {
+  auto const document = OpenDocument::Open(name, problem);
+  if (document == nullptr) return std::nullopt;
+  return std::to_string(document->PageCount());
+}
+
+int Count(std::vector<std::string> const& names) {
+  int exit_code = kExitSuccess;
+  for (std::string const& name : names) {
+    std::string problem;
+    auto const count =
+        AskChild([&](std::string& reason) { return CountPages(name, reason); }, problem);
+    if (!count) {
+      PrintProblem(name, problem);
+      exit_code = kExitFailure;
+    } else if (names.size() == 1) {
+      std::printf("%s\n", count->c_str());
+    } else {
+      std::printf("%s: %s\n", name.c_str(), count->c_str());
+    }
+    std::fflush(stdout);
+  }
+  return exit_code;
+}
+
+constexpr char kFooter[] =
+    R"(Of one file the number alone is printed, of several "FILE: NUMBER" on a line each.
+
+Exit status: 0 all is done; 1 a file could not be read and was named; 2 the
+command line is wrong.
+
+Examples:
+  sorrelin count scans.pdf
+  sorrelin count *.pdf)";
+
+}  // namespace
+
+void AddCount(CLI::App& program, int& exit_code) {
+  CLI::App& verb = *program.add_subcommand("count", "Print how many pages documents have");
+  auto const names = std::make_shared<std::vector<std::string>>();
+  verb.add_option("FILE", *names, "The documents")->required()->type_name("");
+  verb.footer(kFooter);
+  verb.callback([names, &exit_code] { exit_code = Count(*names); });
+}
+
+}  // namespace sorrelin::tool
