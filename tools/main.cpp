@@ -28,6 +28,7 @@ int ParseAndRun(int argc, char** argv) {
   AddMake(program, exit_code);
   AddCount(program, exit_code);
   AddInfo(program, exit_code);
+  AddExtract(program, exit_code);
   program.allow_extras();
   try {
     program.parse(argc, argv);

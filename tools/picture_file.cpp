@@ -1,0 +1,163 @@
+// Files come out of Leptonica in memory, so that a failed write is noticed.
+#include "tools/picture_file.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <fstream>
+#include <system_error>
+
+namespace sorrelin::tool {
+namespace {
+
+constexpr int kJpegQuality = 90;
+
+struct FormatName {
+  std::string_view name;
+  FileFormat format;
+};
+
+constexpr FormatName kNames[] = {{"png", FileFormat::kPng},
+                                 {"tiff", FileFormat::kTiff},
+                                 {"bmp", FileFormat::kBmp},
+                                 {"pnm", FileFormat::kPnm},
+                                 {"jpeg", FileFormat::kJpeg}};
+
+constexpr FormatName kExtensions[] = {{".png", FileFormat::kPng},   {".tif", FileFormat::kTiff},
+                                      {".tiff", FileFormat::kTiff}, {".bmp", FileFormat::kBmp},
+                                      {".pnm", FileFormat::kPnm},   {".pbm", FileFormat::kPnm},
+                                      {".pgm", FileFormat::kPnm},   {".ppm", FileFormat::kPnm},
+                                      {".jpg", FileFormat::kJpeg},  {".jpeg", FileFormat::kJpeg}};
+
+int TiffForm(Pix* pix) {
+  bool const bilevel = pixGetDepth(pix) == 1 && pixGetColormap(pix) == nullptr;
+  return bilevel ? IFF_TIFF_G4 : IFF_TIFF_ZIP;
+}
+
+int LeptonicaForm(Pix* pix, FileFormat format) {
+  switch (format) {
+    case FileFormat::kPng:
+      return IFF_PNG;
+    case FileFormat::kTiff:
+      return TiffForm(pix);
+    case FileFormat::kBmp:
+      return IFF_BMP;
+    case FileFormat::kPnm:
+      return IFF_PNM;
+    default:
+      return IFF_JFIF_JPEG;
+  }
+}
+
+PixColormap* ColormapOf(PictureForm const& form) {
+  PixColormap* const map = pixcmapCreate(form.depth);
+  for (RGBQUAD const& colour : form.palette) {
+    pixcmapAddColor(map, colour.rgbRed, colour.rgbGreen, colour.rgbBlue);
+  }
+  return map;
+}
+
+struct LeptonicaBytes {
+  ~LeptonicaBytes() { lept_free(data); }
+  l_uint8* data = nullptr;
+  size_t size = 0;
+};
+
+bool WriteFile(std::filesystem::path const& path, LeptonicaBytes const& bytes,
+               std::string& problem) {
+  errno = 0;
+  std::ofstream file(path, std::ios::binary | std::ios::trunc);
+  file.write(reinterpret_cast<char const*>(bytes.data), static_cast<std::streamsize>(bytes.size));
+  file.close();
+  if (file) return true;
+  problem = "cannot be written: " + std::generic_category().message(errno);
+  return false;
+}
+
+}  // namespace
+
+std::optional<FileFormat> FormatOfName(std::string_view name) {
+  for (FormatName const& row : kNames) {
+    if (row.name == name) return row.format;
+  }
+  return std::nullopt;
+}
+
+std::optional<FileFormat> FormatOfFile(std::filesystem::path const& path) {
+  std::string extension = path.extension().string();
+  std::transform(extension.begin(), extension.end(), extension.begin(),
+                 [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; });
+  for (FormatName const& row : kExtensions) {
+    if (row.name == extension) return row.format;
+  }
+  return std::nullopt;
+}
+
+char const* ExtensionOf(FileFormat format) {
+  switch (format) {
+    case FileFormat::kPng:
+      return ".png";
+    case FileFormat::kTiff:
+      return ".tif";
+    case FileFormat::kBmp:
+      return ".bmp";
+    case FileFormat::kPnm:
+      return ".pnm";
+    default:
+      return ".jpg";
+  }
+}
+
+bool PictureBuilder::Begin(PictureForm const& form) {
+  row_ = 0;
+  constexpr DWORD kMaxSide = 0x7FFFFFFF;
+  if (form.width > kMaxSide || form.height > kMaxSide) return false;
+  int const depth = form.depth == 24 ? 32 : form.depth;
+  pix_.reset(pixCreate(static_cast<int>(form.width), static_cast<int>(form.height), depth));
+  if (pix_ == nullptr) return false;
+  pixSetResolution(pix_.get(), form.dpi.x, form.dpi.y);
+  if (!form.palette.empty()) pixSetColormap(pix_.get(), ColormapOf(form));
+  return true;
+}
+
+bool PictureBuilder::Row(std::span<BYTE const> row) {
+  if (pix_ == nullptr || row_ == pixGetHeight(pix_.get())) return false;
+  l_uint32* const line =
+      pixGetData(pix_.get()) + static_cast<ptrdiff_t>(row_++) * pixGetWpl(pix_.get());
+  if (pixGetDepth(pix_.get()) == 32) {
+    for (size_t x = 0; 3 * x + 2 < row.size(); ++x) {
+      composeRGBPixel(row[3 * x], row[3 * x + 1], row[3 * x + 2], line + x);
+    }
+    return true;
+  }
+  for (size_t i = 0; i < row.size(); ++i) SET_DATA_BYTE(line, i, row[i]);
+  return true;
+}
+
+PixPtr PictureBuilder::Take() {
+  if (pix_ != nullptr && row_ != pixGetHeight(pix_.get())) pix_.reset();
+  return std::move(pix_);
+}
+
+bool WritePicture(std::filesystem::path const& path, Pix* pix, FileFormat format,
+                  std::string& problem) {
+  LeptonicaBytes bytes;
+  problem = "cannot be made: the picture does not fit this format";
+  if (format == FileFormat::kJpeg) {
+    PixPtr const plain = WithoutPalette(pix);
+    if (plain == nullptr) return false;
+    pixSetResolution(plain.get(), pixGetXRes(pix), pixGetYRes(pix));
+    if (pixWriteMemJpeg(&bytes.data, &bytes.size, plain.get(), kJpegQuality, 0) != 0) return false;
+  } else if (pixWriteMem(&bytes.data, &bytes.size, pix, LeptonicaForm(pix, format)) != 0) {
+    return false;
+  }
+  return WriteFile(path, bytes, problem);
+}
+
+bool AddTiffPage(std::filesystem::path const& path, Pix* pix, bool first, std::string& problem) {
+  if (first) return WritePicture(path, pix, FileFormat::kTiff, problem);
+  if (pixWriteTiff(path.string().c_str(), pix, TiffForm(pix), "a") == 0) return true;
+  problem = "cannot be written";
+  return false;
+}
+
+}  // namespace sorrelin::tool

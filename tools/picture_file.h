@@ -1,0 +1,49 @@
+// Pictures on their way out: from rows of pixels to Leptonica's form and into files.
+#ifndef TOOLS_PICTURE_FILE_H_
+#define TOOLS_PICTURE_FILE_H_
+
+#include <filesystem>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+
+#include "tools/page_picture.h"
+#include "tools/picture.h"
+
+namespace sorrelin::tool {
+
+enum class FileFormat { kPng, kTiff, kBmp, kPnm, kJpeg };
+
+// By the name that the command line has for it.
+std::optional<FileFormat> FormatOfName(std::string_view name);
+// By a file's name; nothing if its extension says nothing.
+std::optional<FileFormat> FormatOfFile(std::filesystem::path const& path);
+// The usual extension, with its point.
+char const* ExtensionOf(FileFormat format);
+
+// Builds a picture of the rows that it is given.
+class PictureBuilder : public PictureSink {
+ public:
+  // False if the picture is too large.
+  bool Begin(PictureForm const& form) override;
+  bool Row(std::span<BYTE const> row) override;
+
+  // Null if there is none, or not all of its rows have come.
+  PixPtr Take();
+
+ private:
+  PixPtr pix_;
+  int row_ = 0;
+};
+
+// Writes a file of one picture. False with the reason in `problem`.
+bool WritePicture(std::filesystem::path const& path, Pix* pix, FileFormat format,
+                  std::string& problem);
+
+// Adds a page to a TIFF file, which is made for the first.
+bool AddTiffPage(std::filesystem::path const& path, Pix* pix, bool first, std::string& problem);
+
+}  // namespace sorrelin::tool
+
+#endif  // TOOLS_PICTURE_FILE_H_
