@@ -3,6 +3,8 @@
 
 #include <sorrelin/image/inflate_stream.h>
 
+#include <algorithm>
+
 namespace sorrelin::tool {
 namespace {
 
@@ -18,7 +20,9 @@ std::vector<PdfValue> ItemsOf(PdfValue const& value) {
 
 std::optional<std::vector<StreamFilter>> FiltersOf(PdfObjects const& objects,
                                                    PdfValue const& dictionary) {
-  auto const names = ItemsOf(objects.Resolve(dictionary["Filter"]));
+  PdfValue const filter = objects.Resolve(dictionary["Filter"]);
+  if (filter.Is(Kind::kNull) && dictionary["Filter"].Is(Kind::kReference)) return std::nullopt;
+  auto const names = ItemsOf(filter);
   auto const parms = ItemsOf(objects.Resolve(dictionary["DecodeParms"]));
   std::vector<StreamFilter> filters;
   for (size_t i = 0; i < names.size(); ++i) {

@@ -38,7 +38,7 @@ int Count(std::vector<std::string> const& names) {
 }
 
 constexpr char kFooter[] =
-    R"(Of one file the number alone is printed, of several "FILE: NUMBER" on a line each.
+    R"(Of one file the number alone is printed, of several a line "FILE: NUMBER" each.
 
 Exit status: 0 all is done; 1 a file could not be read and was named; 2 the
 command line is wrong.

@@ -1,0 +1,151 @@
+// sorrelin count and sorrelin info.
+#include <sstream>
+
+#include "tests/tools/read_fixture.h"
+
+namespace test {
+namespace {
+
+using ::testing::HasSubstr;
+
+class CountAndInfo : public ReadTest {
+ protected:
+  void MakeTwo() const {
+    WritePix("1.png", Noise(72, 36, 1));
+    WritePix("2.png", Noise(144, 72, 32));
+    EXPECT_EQ(Make({Out(), Path("1.png"), Path("2.png"), "--title", "K\xC3\xA4se \"1\"",
+                    "--keywords", "a, b"})
+                  .exit_code,
+              0);
+  }
+};
+
+TEST_F(CountAndInfo, CountOfOneDocumentIsANumber) {
+  MakeTwo();
+  ProgramResult const result = Run({"count", Out()});
+  EXPECT_EQ(result.exit_code, 0);
+  EXPECT_EQ(result.out, "2\n");
+  EXPECT_EQ(result.err, "");
+}
+
+TEST_F(CountAndInfo, CountOfSeveralNamesThemAndGoesOnBehindBrokenOnes) {
+  MakeTwo();
+  WriteDeadly("deadly.pdf");
+  WriteAll(Path("no.pdf"), {'%', 'P', 'D', 'F'});
+  ProgramResult const result =
+      Run({"count", Out(), Path("deadly.pdf"), Path("no.pdf"), Path("missing.pdf"), Out()});
+  EXPECT_EQ(result.exit_code, 1);
+  EXPECT_EQ(result.out, Out() + ": 2\n" + Out() + ": 2\n");
+  EXPECT_THAT(result.err, HasSubstr("deadly.pdf: is damaged in a way that ends its reader\n"));
+  EXPECT_THAT(result.err, HasSubstr("no.pdf: cannot be opened: "));
+  EXPECT_THAT(result.err, HasSubstr("missing.pdf: cannot be opened: No such file"));
+}
+
+TEST_F(CountAndInfo, InfoTellsTextsAndPages) {
+  MakeTwo();
+  ProgramResult const result = Run({"info", Out()});
+  EXPECT_EQ(result.exit_code, 0);
+  EXPECT_EQ(result.out,
+            "Pages:       2\n"
+            "Title:       K\xC3\xA4se \"1\"\n"
+            "Keywords:    a, b\n"
+            "\n"
+            "  page         points         pixels  depth  compression  dpi\n"
+            "     1          36x18          72x36      1  g4           144x144\n"
+            "     2          72x36         144x72     24  flate        144x144\n");
+}
+
+TEST_F(CountAndInfo, InfoAsJsonHasItsKeysInOrder) {
+  WritePix("1.png", Noise(72, 36, 1));
+  MakeFrom("1.png", {"--author", "A\"B"});
+  ProgramResult const result = Run({"info", "--json", Out()});
+  EXPECT_EQ(result.exit_code, 0);
+  EXPECT_EQ(result.out, "{\n  \"file\": \"" + Out() +
+                            "\",\n"
+                            "  \"pages\": 1,\n"
+                            "  \"encrypted\": false,\n"
+                            "  \"title\": \"Converted Document\",\n"
+                            "  \"author\": \"A\\\"B\",\n"
+                            "  \"subject\": \"\",\n"
+                            "  \"keywords\": \"\",\n"
+                            "  \"page\": [\n"
+                            "    {\n"
+                            "      \"number\": 1,\n"
+                            "      \"width_points\": 36,\n"
+                            "      \"height_points\": 18,\n"
+                            "      \"width_pixels\": 72,\n"
+                            "      \"height_pixels\": 36,\n"
+                            "      \"depth\": 1,\n"
+                            "      \"compression\": \"g4\",\n"
+                            "      \"dpi_x\": 144,\n"
+                            "      \"dpi_y\": 144,\n"
+                            "      \"problem\": null\n"
+                            "    }\n"
+                            "  ]\n"
+                            "}\n");
+}
+
+TEST_F(CountAndInfo, InfoTellsWhyAPictureIsNotRead) {
+  WriteDocument("in.pdf", OnePage{.image = "/Subtype/Image /Width 2 /Height 1 /BitsPerComponent 8 "
+                                           "/ColorSpace /DeviceCMYK /Filter /JPXDecode"}
+                              .Build());
+  ProgramResult const text = Run({"info", Path("in.pdf")});
+  EXPECT_EQ(text.exit_code, 0);
+  EXPECT_THAT(text.out, HasSubstr("2x1      -  JPXDecode"));
+  EXPECT_THAT(text.out, HasSubstr("! its colours are in a space that is not read (DeviceCMYK)"));
+  ProgramResult const json = Run({"info", "--json", Path("in.pdf")});
+  EXPECT_THAT(json.out, HasSubstr("\"depth\": null"));
+  EXPECT_THAT(json.out, HasSubstr("\"problem\": \"its colours"));
+}
+
+TEST_F(CountAndInfo, EncryptedDocumentShowsNoTexts) {
+  MakeTwo();
+  RunProgram({"qpdf", "--warning-exit-0", "--encrypt", "", "", "128", "--use-aes=y", "--", Out(),
+              Path("e.pdf")});
+  EXPECT_EQ(Run({"info", Path("e.pdf")}).out, "Pages:       2\nEncrypted:   yes\n");
+  ProgramResult const json = Run({"info", "--json", Path("e.pdf")});
+  EXPECT_THAT(json.out, HasSubstr("\"encrypted\": true"));
+  EXPECT_THAT(json.out, HasSubstr("\"title\": \"\""));
+  EXPECT_EQ(Run({"count", Path("e.pdf")}).out, "2\n");
+}
+
+// The stated number may be far beyond the pages that there are.
+TEST_F(CountAndInfo, PagesThatAreNotListedAreToldAtOnce) {
+  PdfBuilder pdf;
+  pdf.Object(1, "<</Type/Catalog /Pages 2 0 R >>");
+  pdf.Object(2, "<</Type/Pages /Kids [3 0 R ] /Count 4000000000 >>");
+  pdf.Object(3, "<</Type/Page /Parent 2 0 R >>");
+  WriteDocument("in.pdf", pdf);
+  ProgramResult const result = Run({"info", Path("in.pdf")});
+  EXPECT_EQ(result.exit_code, 0);
+  EXPECT_THAT(result.out, HasSubstr("! has no picture of its own"));
+  EXPECT_THAT(result.out, HasSubstr("! further pages are not in the document\n"));
+}
+
+TEST_F(CountAndInfo, DeadlyDocumentIsNamedByInfo) {
+  WriteDeadly("deadly.pdf");
+  ProgramResult const result = Run({"info", Path("deadly.pdf")});
+  EXPECT_EQ(result.exit_code, 1);
+  EXPECT_EQ(result.out, "");
+  EXPECT_EQ(result.err,
+            "sorrelin: " + Path("deadly.pdf") + ": is damaged in a way that ends its reader\n");
+}
+
+TEST_F(CountAndInfo, HelpOfEveryVerbFits80Columns) {
+  for (char const* const verb : {"count", "info", "extract"}) {
+    ProgramResult const result = Run({verb, "--help"});
+    EXPECT_EQ(result.exit_code, 0);
+    std::istringstream lines(result.out);
+    for (std::string line; std::getline(lines, line);) EXPECT_LE(line.size(), 80u) << line;
+  }
+}
+
+TEST_F(CountAndInfo, MissingFileArgumentIsAUsageError) {
+  EXPECT_EQ(Run({"count"}).exit_code, 2);
+  EXPECT_EQ(Run({"info"}).exit_code, 2);
+  EXPECT_EQ(Run({"info", "a", "b"}).exit_code, 2);
+  EXPECT_EQ(Run({"extract"}).exit_code, 2);
+}
+
+}  // namespace
+}  // namespace test
