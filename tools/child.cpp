@@ -49,7 +49,7 @@ std::optional<std::string> AskChild(ChildAnswer const& work, std::string& proble
   };
   std::string received;
   auto const append = [&](std::span<BYTE const> bytes) {
-    received.append(bytes.begin(), bytes.end());
+    received.append(reinterpret_cast<char const*>(bytes.data()), bytes.size());
     return true;
   };
   if (!RunChild(answer, append, problem)) return std::nullopt;

@@ -208,7 +208,8 @@ class RowMaker {
     ReadSource(shown);
     row_.assign(form_.RowBytes(), 0);
     if (form_.depth == 1) {
-      for (size_t i = 0; i < row_.size(); ++i) row_[i] = static_cast<BYTE>(source_[i] ^ flip_);
+      std::transform(source_.data(), source_.data() + row_.size(), row_.data(),
+                     [this](BYTE byte) { return static_cast<BYTE>(byte ^ flip_); });
       ClearSpareBits();
     } else if (form_.depth == 24) {
       StoreColours();

@@ -36,7 +36,7 @@ class Sender : public PictureSink {
   }
 
   bool Row(std::span<BYTE const> row) override {
-    rows_.append(row.begin(), row.end());
+    rows_.append(reinterpret_cast<char const*>(row.data()), row.size());
     return rows_.size() < kRowsBytes || FlushRows();
   }
 
@@ -129,7 +129,7 @@ class Transfer {
 
   // Here. False stops the child.
   bool Take(std::span<BYTE const> bytes) {
-    rest_.append(bytes.begin(), bytes.end());
+    rest_.append(reinterpret_cast<char const*>(bytes.data()), bytes.size());
     size_t at = 0;
     while (rest_.size() - at >= kHeadBytes) {
       DWORD size = 0;

@@ -129,7 +129,15 @@ bool PictureBuilder::Row(std::span<BYTE const> row) {
     }
     return true;
   }
-  for (size_t i = 0; i < row.size(); ++i) SET_DATA_BYTE(line, i, row[i]);
+  // Whole words at once: black and white pages come by the hundred.
+  BYTE const* const bytes = row.data();
+  size_t const words = row.size() / 4;
+  for (size_t i = 0; i < words; ++i) {
+    BYTE const* const four = bytes + 4 * i;
+    line[i] = static_cast<l_uint32>(four[0]) << 24 | static_cast<l_uint32>(four[1]) << 16 |
+              static_cast<l_uint32>(four[2]) << 8 | four[3];
+  }
+  for (size_t i = 4 * words; i < row.size(); ++i) SET_DATA_BYTE(line, i, bytes[i]);
   return true;
 }
 
