@@ -188,8 +188,7 @@ class Judge {
     StreamFilter const& filter = filters.front();
     if (filter.name == "FlateDecode") {
       SetCoding(ImageCoding::kFlate, "flate");
-      Refuse(HasPredictor(objects_, filter),
-             "its data went through a predictor, which is not undone");
+      ReadPredictor(filter);
     } else if (filter.name == "RunLengthDecode") {
       SetCoding(ImageCoding::kRunLength, "runlength");
     } else if (filter.name == "DCTDecode") {
@@ -204,6 +203,17 @@ class Judge {
   double Parameter(StreamFilter const& filter, char const* key, double otherwise) const {
     PdfValue const value = objects_.Resolve(filter.parms[key]);
     return value.Is(Kind::kNull) ? otherwise : value.number;
+  }
+
+  void ReadPredictor(StreamFilter const& filter) {
+    if (!HasPredictor(objects_, filter)) return;
+    image_.predicted = true;
+    Refuse(Parameter(filter, "Predictor", 1) < 10,
+           "its data went through a predictor that is not undone");
+    bool const fits = Parameter(filter, "Colors", 1) == image_.space.components &&
+                      Parameter(filter, "BitsPerComponent", 8) == image_.bits &&
+                      Parameter(filter, "Columns", 1) == image_.width;
+    Refuse(!fits, "its data went through a predictor of another shape");
   }
 
   void ReadJpegParms(StreamFilter const& filter) {

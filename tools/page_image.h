@@ -25,6 +25,7 @@ struct PageImage {
   std::vector<RGBQUAD> colours;
   ImageCoding coding = ImageCoding::kNone;
   bool black_is_1 = false;  // Group 4
+  bool predicted = false;   // Flate: each row stands behind a tag of PNG
   bool flipped = false;     // the page shows the first row at the bottom
   std::span<BYTE const> data;
 
@@ -32,6 +33,9 @@ struct PageImage {
   size_t RowBytes() const {
     return (static_cast<size_t>(width) * static_cast<size_t>(BitsPerPixel()) + 7) / 8;
   }
+
+  // With the tag.
+  size_t StoredRowBytes() const { return RowBytes() + (predicted ? 1 : 0); }
 
   PdfObject object;  // what `data` is of
 };

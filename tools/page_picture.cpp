@@ -12,6 +12,7 @@
 #include <cstring>
 
 #include "tools/jpeg_file.h"
+#include "tools/png_predictor.h"
 
 namespace sorrelin::tool {
 namespace {
@@ -64,7 +65,7 @@ class Decoding {
   // The library's bitmap: 1 bit of Group 4, samples of JPEG data, or else rows of 8 bits that hold
   // the stream's bytes. Not valid, with the reason told, if there is none.
   OwnedBlock Run() {
-    uint64_t const bytes = uint64_t{image_.RowBytes()} * image_.height;
+    uint64_t const bytes = uint64_t{image_.StoredRowBytes()} * image_.height;
     if (bytes > kMaxPictureBytes) return Fail("its picture is too large");
     if (!Check(bytes)) return {};
     OwnedBlock const data = BlockOf(image_.data);
@@ -105,9 +106,10 @@ class Decoding {
   // Some writers add a byte or two; the decoder has room for what its rows are padded with, and is
   // given a row more for them.
   bool CheckFlate(uint64_t bytes) {
-    uint64_t const inflated = InflatedBytes(image_.data, bytes + image_.RowBytes());
+    uint64_t const most = bytes + image_.StoredRowBytes();
+    uint64_t const inflated = InflatedBytes(image_.data, most);
     if (inflated < bytes) return Refuse(kShort);
-    if (inflated > bytes + image_.RowBytes()) return Refuse("its data are longer than its picture");
+    if (inflated > most) return Refuse("its data are longer than its picture");
     spare_rows_ = inflated > bytes ? 1 : 0;
     return true;
   }
@@ -138,7 +140,7 @@ class Decoding {
   }
 
   HDIB Decode(HGLOBAL data) {
-    DWORD const row_bytes = static_cast<DWORD>(image_.RowBytes());
+    DWORD const row_bytes = static_cast<DWORD>(image_.StoredRowBytes());
     if (image_.coding == ImageCoding::kJpeg) return session_.CreateDIBFromJPEGData(data);
     if (image_.coding == ImageCoding::kGroup4) {
       return session_.CreateDIBFromCCITTData(data, image_.width, image_.height);
@@ -170,6 +172,27 @@ class Decoding {
   DWORD spare_rows_ = 0;
 };
 
+// Undoes PNG's prediction in the bitmap, whose rows begin with their tags. False for a tag that
+// means nothing.
+bool UndoPrediction(PageImage const& image, HDIB block) {
+  DibView const bitmap(block);
+  BITMAPINFOHEADER const& header = bitmap.header();
+  size_t const stride = static_cast<size_t>(DibStride(header.biWidth, header.biBitCount));
+  size_t const row_bytes = image.RowBytes();
+  size_t const pixel_bytes = static_cast<size_t>(std::max(image.BitsPerPixel() / 8, 1));
+  std::vector<BYTE> above(row_bytes);
+  BYTE* const bytes = static_cast<BYTE*>(GlobalLock(block));
+  bool undone = bytes != nullptr;
+  for (DWORD y = 0; undone && y < image.height; ++y) {
+    size_t const from_bottom = static_cast<size_t>(header.biHeight) - 1 - y;
+    BYTE* const row = bytes + kPaletteRows + from_bottom * stride;
+    undone = UndoPngRow(*row, {row + 1, row_bytes}, above, pixel_bytes);
+    std::copy_n(row + 1, row_bytes, above.begin());
+  }
+  if (bytes != nullptr) GlobalUnlock(block);
+  return undone;
+}
+
 bool IsBlack(RGBQUAD colour) {
   return colour.rgbRed == 0 && colour.rgbGreen == 0 && colour.rgbBlue == 0;
 }
@@ -198,7 +221,7 @@ class RowMaker {
     bool const jpeg = image_.coding == ImageCoding::kJpeg;
     DWORD const width = jpeg || image_.coding == ImageCoding::kGroup4
                             ? image_.width
-                            : static_cast<DWORD>(image_.RowBytes());
+                            : static_cast<DWORD>(image_.StoredRowBytes());
     return header.biBitCount == SourceDepth() && static_cast<DWORD>(header.biWidth) == width &&
            header.biHeight > 0 && static_cast<DWORD>(header.biHeight) >= image_.height;
   }
@@ -241,9 +264,10 @@ class RowMaker {
     uint64_t const rows_at = header.biBitCount == 24  ? kDibHeaderBytes
                              : header.biBitCount == 1 ? kBilevelRows
                                                       : kPaletteRows;
+    uint64_t const tag = image_.predicted ? 1 : 0;
     uint64_t const from_bottom = static_cast<uint64_t>(header.biHeight) - 1 - y;
     source_.resize(static_cast<size_t>(stride));
-    ReadOrZero(bitmap_.bytes(), rows_at + from_bottom * stride, source_);
+    ReadOrZero(bitmap_.bytes(), rows_at + from_bottom * stride + tag, source_);
   }
 
   void ClearSpareBits() {
@@ -285,6 +309,10 @@ bool DecodePicture(CCreatePDF& session, PageImage const& image, Resolution dpi, 
   RowMaker rows(image, dpi, bitmap);
   if (!bitmap.IsLocked() || !rows.Fits()) {
     problem = "its data decode to another shape";
+    return false;
+  }
+  if (image.predicted && !UndoPrediction(image, block.get())) {
+    problem = "its data are damaged";
     return false;
   }
   if (!sink.Begin(rows.form())) return true;

@@ -225,8 +225,8 @@ INSTANTIATE_TEST_SUITE_P(
         WrongPicture{"/ColorSpace /DeviceGray /SMask 9 0 R", "soft mask"},
         WrongPicture{"/ColorSpace /DeviceGray /Mask [0 1]", "mask"},
         WrongPicture{"/ColorSpace /DeviceGray /Filter /FlateDecode "
-                     "/DecodeParms <</Predictor 15 /Columns 2>>",
-                     "predictor"},
+                     "/DecodeParms <</Predictor 15 /Columns 3>>",
+                     "predictor of another shape"},
         WrongPicture{"/ColorSpace /DeviceGray /Filter [/FlateDecode] "
                      "/DecodeParms [<</Predictor 2 /Columns 2>>]",
                      "predictor"},
@@ -267,6 +267,35 @@ TEST(PageImage, ByteMoreThanThePictureHasIsNoHarmToFlate) {
       ReadGrey("/ColorSpace /DeviceGray /Filter /FlateDecode", test::Deflate(kFourBytes + "\n"))
           .pixels.hex,
       "1020 3040 ");
+}
+
+// The data of PNG files stand in documents as they are, tags and all.
+TEST(PageImage, PredictionOfPngIsUndone) {
+  std::string const parms = "/Filter /FlateDecode /DecodeParms <</Predictor 15 /Columns 2";
+  for (int const tag : {0, 1, 2}) {
+    EXPECT_EQ(ReadGrey("/ColorSpace /DeviceGray " + parms + ">>",
+                       test::Deflate(test::PngRows(kFourBytes, 2, tag)))
+                  .pixels.hex,
+              "1020 3040 ");
+  }
+  EXPECT_EQ(ReadPage(test::OnePage{.image = "/Subtype/Image /Width 2 /Height 1 "
+                                            "/BitsPerComponent 8 /ColorSpace /DeviceRGB " +
+                                            parms + " /Colors 3>>",
+                                   .data = test::Deflate("\x01"
+                                                         "abc\1\1\1")}
+                         .Build())
+                .pixels.hex,
+            "616263626364 ");
+}
+
+TEST(PageImage, TagThatPngDoesNotHaveIsDamage) {
+  EXPECT_EQ(ReadGrey("/ColorSpace /DeviceGray /Filter /FlateDecode /DecodeParms <</Predictor 12 "
+                     "/Columns 2>>",
+                     test::Deflate("\x05"
+                                   "ab\x05"
+                                   "cd"))
+                .problem,
+            "its data are damaged");
 }
 
 TEST(PageImage, LengthBeyondTheObjectIsNamed) {
