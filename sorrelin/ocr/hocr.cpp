@@ -10,7 +10,7 @@ namespace sorrelin {
 int ParseHocr(HocrDocument& document, WCHAR const* text) {
   if (text == nullptr) return 0;
   try {
-    WideText copy(text[0] == 0xFEFF ? text + 1 : text);
+    WideString copy(text[0] == 0xFEFF ? text + 1 : text);
     auto const xml = std::make_unique<XmlDocument>();
     xml->parse<rapidxml::parse_default>(copy.data());
     int32_t page = -1;

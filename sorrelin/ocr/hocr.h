@@ -4,6 +4,7 @@
 #define SORRELIN_OCR_HOCR_H_
 
 #include <sorrelin/platform/types.h>
+#include <sorrelin/platform/wide_string.h>
 
 #include <cstdint>
 #include <map>
@@ -12,12 +13,10 @@
 
 namespace sorrelin {
 
-using WideText = std::basic_string<WCHAR>;
-
 // One recognised word; the box is in pixels of the picture, the origin at its top left corner.
 struct HocrWord {
   int32_t page = 0;  // the page value when the word was met; -1 before any page
-  WideText text;
+  WideString text;
   int32_t left = 0;  // 0, with the other three, for a word without "bbox"
   int32_t top = 0;
   int32_t right = 0;

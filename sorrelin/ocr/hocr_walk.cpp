@@ -14,7 +14,7 @@ using WideView = std::basic_string_view<WCHAR>;
 
 constexpr int32_t kDefaultFontSize = 10;
 
-WideText Widen(std::string_view ascii) { return WideText(ascii.begin(), ascii.end()); }
+WideString Widen(std::string_view ascii) { return WideString(ascii.begin(), ascii.end()); }
 
 bool Equals(WideView text, std::string_view ascii) {
   return std::equal(text.begin(), text.end(), ascii.begin(), ascii.end());
@@ -52,7 +52,7 @@ int32_t WideAtoi(WideView text) {
 }
 
 // The number in a token; 0 where the list has ended.
-int32_t NumberAt(std::vector<WideText> const& tokens, size_t index) {
+int32_t NumberAt(std::vector<WideString> const& tokens, size_t index) {
   return index < tokens.size() ? WideAtoi(tokens[index]) : 0;
 }
 
@@ -73,7 +73,7 @@ int32_t PageExtent(int64_t from, int64_t to) {
 
 void TakePage(HocrDocument& document, XmlNode const& node, int32_t& page) {
   WideView const title = RequiredAttribute(node, "title");
-  std::vector<WideText> const box = SplitText(WideText(CutBehind(title, "bbox ")), ' ');
+  std::vector<WideString> const box = SplitText(WideString(CutBehind(title, "bbox ")), ' ');
   document.width = PageExtent(NumberAt(box, 0), NumberAt(box, 2));
   document.height = PageExtent(NumberAt(box, 1), NumberAt(box, 3));
   // Kept: the cut begins with the letters "no", so every page of a well-formed document has the
@@ -100,7 +100,7 @@ void TakeAttributes(HocrDocument& document, XmlNode const& node, int32_t& page, 
   }
 }
 
-void AppendNodeText(XmlNode const& node, WideText& text) {
+void AppendNodeText(XmlNode const& node, WideString& text) {
   if (node.first_node() == nullptr) text.append(node.value(), node.value_size());
   for (XmlNode const* child = node.first_node(); child != nullptr; child = child->next_sibling()) {
     AppendNodeText(*child, text);
@@ -108,7 +108,7 @@ void AppendNodeText(XmlNode const& node, WideText& text) {
 }
 
 // The index behind the first token equal to `keyword`; 0 if there is none.
-size_t BehindToken(std::vector<WideText> const& tokens, std::string_view keyword) {
+size_t BehindToken(std::vector<WideString> const& tokens, std::string_view keyword) {
   for (size_t i = 0; i < tokens.size(); ++i) {
     if (Equals(tokens[i], keyword)) return i + 1;
   }
@@ -128,7 +128,8 @@ void WalkHocrNode(HocrDocument& document, XmlNode const& node, int32_t& page,
 
 void AddHocrWord(HocrDocument& document, XmlNode const& node, int32_t page, uint32_t) {
   RequiredAttribute(node, "id");
-  std::vector<WideText> const title = SplitText(WideText(RequiredAttribute(node, "title")), ' ');
+  std::vector<WideString> const title =
+      SplitText(WideString(RequiredAttribute(node, "title")), ' ');
   HocrWord word;
   word.page = page;
   if (size_t const box = BehindToken(title, "bbox"); box != 0) {
@@ -143,8 +144,8 @@ void AddHocrWord(HocrDocument& document, XmlNode const& node, int32_t page, uint
   document.words.push_back(std::move(word));
 }
 
-std::vector<WideText> SplitText(WideText const& text, WCHAR delimiter) {
-  std::vector<WideText> tokens;
+std::vector<WideString> SplitText(WideString const& text, WCHAR delimiter) {
+  std::vector<WideString> tokens;
   for (size_t start = 0; start < text.size();) {
     size_t const end = std::min(text.find(delimiter, start), text.size());
     tokens.push_back(text.substr(start, end - start));
@@ -153,8 +154,8 @@ std::vector<WideText> SplitText(WideText const& text, WCHAR delimiter) {
   return tokens;
 }
 
-WideText GatherNodeText(XmlNode const& node) {
-  WideText text;
+WideString GatherNodeText(XmlNode const& node) {
+  WideString text;
   AppendNodeText(node, text);
   return text;
 }

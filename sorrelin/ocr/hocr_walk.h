@@ -20,10 +20,10 @@ void WalkHocrNode(HocrDocument& document, XmlNode const& node, int32_t& page,
 void AddHocrWord(HocrDocument& document, XmlNode const& node, int32_t page, uint32_t total);
 
 // One token per delimiter: two in a row make an empty token, one at the end makes none.
-std::vector<WideText> SplitText(WideText const& text, WCHAR delimiter);
+std::vector<WideString> SplitText(WideString const& text, WCHAR delimiter);
 
 // The value of a node without children; otherwise the text of its children in order, depth first.
-WideText GatherNodeText(XmlNode const& node);
+WideString GatherNodeText(XmlNode const& node);
 
 }  // namespace sorrelin
 
