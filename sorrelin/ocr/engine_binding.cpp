@@ -36,10 +36,8 @@ int EnsureOcrEngine(OcrEngineBinding& binding, WCHAR const* library, DWORD& erro
     error = PDF_ERROR_OCR_LIBRARY;
     return 0;
   }
-  binding.recognize =
-      reinterpret_cast<OCRDIBExWFunction>(GetProcAddress(binding.module, "OCRDIBExW"));
-  binding.free_text =
-      reinterpret_cast<AvernaFreeTextWFunction>(GetProcAddress(binding.module, "AvernaFreeTextW"));
+  binding.recognize = EntryPoint<OCRDIBExWFunction>(binding.module, "OCRDIBExW");
+  binding.free_text = EntryPoint<AvernaFreeTextWFunction>(binding.module, "AvernaFreeTextW");
   if (binding.recognize != nullptr && binding.free_text != nullptr) return 1;
   // Kept: the module's handle stays, so a later call reports a ready engine; callers see
   // PDF_ERROR_OCR_FUNCTIONS once. Its entry points are gone with the library.

@@ -181,6 +181,52 @@ TEST(SetDefaultColorTable, EntriesThatTheBlockLacksAreDropped) {
   EXPECT_THAT(Table(block), ElementsAre(0, 0, 0, 0, 255, 255));
 }
 
+TEST(TableColor, ReadsAndWritesEntries) {
+  Bytes block = TableBlock(8, 0);
+  sorrelin::SetTableColor(block, 255, {1, 2, 3, 4});
+  EXPECT_THAT(Bytes(block.end() - 6, block.end()), ElementsAre(9, 1, 2, 3, 4, 9));
+  RGBQUAD const color = sorrelin::TableColor(block, 255);
+  EXPECT_EQ(color.rgbBlue, 1);
+  EXPECT_EQ(color.rgbGreen, 2);
+  EXPECT_EQ(color.rgbRed, 3);
+  EXPECT_EQ(color.rgbReserved, 4);
+}
+
+TEST(TableColor, StaysInTheBlock) {
+  Bytes block = TableBlock(8, 0);
+  block.resize(46);
+  sorrelin::SetTableColor(block, 1, {1, 2, 3, 4});
+  sorrelin::SetTableColor(block, 0xFFFFFFFF, {1, 2, 3, 4});
+  EXPECT_THAT(Table(block), ElementsAre(9, 9, 9, 9, 1, 2));
+  EXPECT_EQ(sorrelin::TableColor(block, 1).rgbGreen, 2);
+  EXPECT_EQ(sorrelin::TableColor(block, 1).rgbRed, 0);
+  EXPECT_EQ(sorrelin::TableColor(block, 0xFFFFFFFF).rgbBlue, 0);
+}
+
+// Each byte counts up and starts again at 256, which moves the next one on.
+TEST(SpreadColor, StepsRedThenGreenThenBlue) {
+  BYTE red = 0;
+  BYTE green = 0;
+  BYTE blue = 0;
+  for (DWORD i = 0; i < 255; ++i) {
+    RGBQUAD const color = sorrelin::SpreadColor(i);
+    EXPECT_EQ(color.rgbRed, red) << i;
+    EXPECT_EQ(color.rgbGreen, green) << i;
+    EXPECT_EQ(color.rgbBlue, blue) << i;
+    EXPECT_EQ(color.rgbReserved, 0) << i;
+    red = static_cast<BYTE>(red + 32);
+    if (red == 0) green = static_cast<BYTE>(green + 32);
+    if (red == 0 && green == 0) blue = static_cast<BYTE>(blue + 64);
+  }
+}
+
+TEST(SpreadColor, LastOneIsWhite) {
+  RGBQUAD const color = sorrelin::SpreadColor(255);
+  EXPECT_EQ(color.rgbRed, 255);
+  EXPECT_EQ(color.rgbGreen, 255);
+  EXPECT_EQ(color.rgbBlue, 255);
+}
+
 TEST(GlobalBuffer, CopiesBytes) {
   Bytes const bytes{1, 2, 3};
   GlobalBuffer const buffer(bytes.data(), 3);

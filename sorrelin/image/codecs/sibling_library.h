@@ -12,6 +12,13 @@ namespace sorrelin {
 // neither is found. Release it with FreeLibrary.
 HMODULE LoadSibling(WCHAR const* name);
 
+// An entry point of a loaded library, or null.
+template <typename Function>
+Function EntryPoint(HMODULE module, char const* name) {
+  // By way of the one type that every function type may be cast from.
+  return reinterpret_cast<Function>(reinterpret_cast<void (*)()>(GetProcAddress(module, name)));
+}
+
 class SiblingLibrary {
  public:
   // A null name loads nothing.
@@ -25,7 +32,7 @@ class SiblingLibrary {
   // The entry point `name`, or null.
   template <typename Function>
   Function Entry(char const* name) const {
-    return reinterpret_cast<Function>(GetProcAddress(module_, name));
+    return EntryPoint<Function>(module_, name);
   }
   void Free() {
     if (module_ != nullptr) FreeLibrary(module_);

@@ -9,28 +9,32 @@
 namespace sorrelin {
 namespace {
 
-struct Color {
-  BYTE red;
-  BYTE green;
-  BYTE blue;
-};
-
-constexpr Color kBilevel[] = {{0, 0, 0}, {255, 255, 255}};
-
-constexpr Color kSixteen[] = {{0, 0, 0},       {128, 0, 0},   {0, 128, 0},   {128, 128, 0},
-                              {0, 0, 128},     {128, 0, 128}, {0, 128, 128}, {192, 192, 192},
-                              {128, 128, 128}, {255, 0, 0},   {0, 255, 0},   {255, 255, 0},
-                              {0, 0, 255},     {255, 0, 255}, {0, 255, 255}, {255, 255, 255}};
-
-// The colour whose red, green and blue are three, three and two bits of the index.
-Color BitFieldColor(DWORD index) {
-  return {static_cast<BYTE>((index >> 5) * 36), static_cast<BYTE>(((index >> 2) & 7) * 36),
-          static_cast<BYTE>((index & 3) * 85)};
+// In the order of the table's bytes.
+constexpr RGBQUAD Color(int red, int green, int blue) {
+  return {static_cast<BYTE>(blue), static_cast<BYTE>(green), static_cast<BYTE>(red), 0};
 }
 
-Color DefaultColor(int bits, DWORD index) {
+constexpr RGBQUAD kBilevel[] = {Color(0, 0, 0), Color(255, 255, 255)};
+
+constexpr RGBQUAD kSixteen[] = {
+    Color(0, 0, 0),       Color(128, 0, 0),   Color(0, 128, 0),   Color(128, 128, 0),
+    Color(0, 0, 128),     Color(128, 0, 128), Color(0, 128, 128), Color(192, 192, 192),
+    Color(128, 128, 128), Color(255, 0, 0),   Color(0, 255, 0),   Color(255, 255, 0),
+    Color(0, 0, 255),     Color(255, 0, 255), Color(0, 255, 255), Color(255, 255, 255)};
+
+// The colour whose red, green and blue are three, three and two bits of the index.
+RGBQUAD BitFieldColor(DWORD index) {
+  int const bits = static_cast<int>(index);
+  return Color((bits >> 5) * 36, ((bits >> 2) & 7) * 36, (bits & 3) * 85);
+}
+
+RGBQUAD DefaultColor(int bits, DWORD index) {
   if (bits == 1) return kBilevel[index];
   return bits == 4 ? kSixteen[index] : BitFieldColor(index);
+}
+
+uint64_t EntryOffset(DibLayout const& layout, DWORD index) {
+  return layout.header_bytes + index * layout.TableEntryBytes();
 }
 
 int RoundedDepth(int bits) {
@@ -57,18 +61,33 @@ bool InitBitmapInfoHeader(BITMAPINFOHEADER& header, LONG width, LONG height, int
   return true;
 }
 
+RGBQUAD TableColor(std::span<BYTE const> block, DWORD index) {
+  DibLayout const layout(block);
+  BYTE entry[sizeof(RGBQUAD)] = {};
+  ReadOrZero(block, EntryOffset(layout, index),
+             std::span(entry).first(static_cast<size_t>(layout.TableEntryBytes())));
+  return {entry[0], entry[1], entry[2], entry[3]};
+}
+
+void SetTableColor(std::span<BYTE> block, DWORD index, RGBQUAD color) {
+  DibLayout const layout(block);
+  uint64_t const at = EntryOffset(layout, index);
+  if (at >= block.size()) return;
+  uint64_t const room = block.size() - at;
+  std::memcpy(block.data() + at, &color,
+              static_cast<size_t>(std::min(layout.TableEntryBytes(), room)));
+}
+
 void SetDefaultColorTable(std::span<BYTE> block) {
   DibLayout const layout(block);
   DWORD const count = std::min(layout.colors, DefaultColors(layout.bits));
-  size_t const entry_bytes = static_cast<size_t>(layout.TableEntryBytes());
-  for (DWORD i = 0; i < count; ++i) {
-    Color const color = DefaultColor(layout.bits, i);
-    BYTE const entry[] = {color.blue, color.green, color.red, 0};
-    uint64_t const at = layout.header_bytes + uint64_t{i} * entry_bytes;
-    if (at >= block.size()) return;
-    std::memcpy(block.data() + at, entry,
-                std::min<size_t>(entry_bytes, block.size() - static_cast<size_t>(at)));
-  }
+  for (DWORD i = 0; i < count; ++i) SetTableColor(block, i, DefaultColor(layout.bits, i));
+}
+
+RGBQUAD SpreadColor(DWORD index) {
+  if (index == kSpreadColors - 1) return Color(255, 255, 255);
+  int const bits = static_cast<int>(index);
+  return Color((bits & 7) * 32, ((bits >> 3) & 7) * 32, ((bits >> 6) & 3) * 64);
 }
 
 }  // namespace sorrelin
