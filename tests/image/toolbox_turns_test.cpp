@@ -145,7 +145,7 @@ TEST(FlipDIBVertical, HeadersThatPromiseTooMuch) {
 
 TEST(FlipDIBVertical, PictureWithoutRowsIsCopied) {
   Bytes picture = test::ScrambledPicture(8, 2, 8);
-  for (LONG const width : {0, -8, kMin}) {
+  for (LONG const width : {LONG{0}, LONG{-8}, kMin}) {
     picture = Changed(picture, [&](BITMAPINFOHEADER& header) { header.biWidth = width; });
     Bytes expected = picture;
     expected.insert(expected.end(), 4, BYTE{0});

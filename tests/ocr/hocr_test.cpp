@@ -88,7 +88,9 @@ TEST(ParseHocr, ReadsAPageAsAnEngineWritesIt) {
 }
 
 TEST(ParseHocr, ByteOrderMarkAtTheStartIsLeftOut) {
-  Parsed const parsed = Parse(u"\uFEFF" + Wide(WordTag("bbox 1 2 3 4")));
+  std::u16string text(1, u'\uFEFF');
+  text += Wide(WordTag("bbox 1 2 3 4"));
+  Parsed const parsed = Parse(text);
   EXPECT_EQ(parsed.result, 1);
   EXPECT_THAT(BoxOf(parsed.document.words.at(0)), ElementsAre(1, 2, 3, 4));
 }
@@ -374,7 +376,7 @@ TEST(HocrWord, DirectlyBelowThePageIsTaken) {
 }
 
 TEST(HocrWord, WithinAWordIsTakenToo) {
-  Parsed const parsed = Parse(WordTag("", "a" + WordTag("", "b") + "c"));
+  Parsed const parsed = Parse(WordTag("", std::string("a") + WordTag("", "b") + "c"));
   EXPECT_THAT(TextsOf(parsed.document), ElementsAre(u"abc", u"b"));
 }
 
