@@ -8,6 +8,7 @@
 #include <sorrelin/xref/offset_index.h>
 
 #include <cstdint>
+#include <optional>
 
 namespace sorrelin {
 
@@ -29,15 +30,28 @@ struct ReaderState {
   // What reading remembers of the open document
   ReadWindow m_Window;                     // the file around the last look at it
   OffsetIndex m_Offsets;                   // the object table by offset
+  std::optional<DWORD> m_nDocumentBytes;   // the size of a document that nobody writes
   uint64_t m_nNoEndobjFrom = UINT64_MAX;   // from here on the document has no "endobj"
   DWORD m_nTableEntriesLeft = UINT32_MAX;  // how many the classic sections may still list
+  bool m_bOpening = false;                 // the document is being opened
+  uint64_t m_nWorkLeft = UINT64_MAX;       // bytes that fetches may still handle
   DWORD m_nFetchDepth = 0;                 // fetches that run inside one another
+
+  // Takes the bytes that a fetch handles off what is left; false if they are more. Opening a
+  // document may handle far more bytes than any document needs, and little enough that one made to
+  // waste time is open soon.
+  bool Spend(uint64_t bytes) {
+    bool const enough = bytes <= m_nWorkLeft;
+    m_nWorkLeft -= enough ? bytes : m_nWorkLeft;
+    return enough;
+  }
 
   // Forgets what depends on the rows of the object table and on the bytes of the file. Whoever
   // changes a row calls this.
   void ForgetTableFacts() {
     m_Window.Clear();
     m_Offsets.Clear();
+    m_nDocumentBytes.reset();
     m_nNoEndobjFrom = UINT64_MAX;
   }
 };

@@ -463,6 +463,7 @@ class SORRELIN_EXPORT CCreatePDF {
                                      sorrelin::WideString& target);
 
   // Object fetch
+  SORRELIN_LOCAL DWORD DocumentBytes();
   SORRELIN_LOCAL DWORD TableOffset(DWORD nObject) const;
   SORRELIN_LOCAL DWORD TableObjectSize(DWORD nObject);
   SORRELIN_LOCAL void* LoadTableObject(DWORD nObject);

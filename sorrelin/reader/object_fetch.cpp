@@ -16,9 +16,13 @@ namespace {
 
 // References that lead back to themselves end here.
 constexpr DWORD kFetchLevels = 32;
+constexpr uint64_t kBaseWork = 128 * 1024 * 1024;
+constexpr uint64_t kWorkPerByte = 64;
 // Of the bytes that an extent has beyond the file's end this many are kept, as zeros: enough that
 // the end of the file is not taken for the end of an object.
 constexpr uint64_t kBeyondFile = 8;
+// Up to this size it does not matter whether the file holds the extent.
+constexpr DWORD kSmallExtent = 4096;
 
 class FetchLevel {
  public:
@@ -38,9 +42,11 @@ using HeapBlock = std::unique_ptr<BYTE, FreeBlock>;
 
 // Bytes of the extent that the file holds, and a few more where it holds less.
 DWORD BytesOf(ReaderState const& state, ObjectExtent const& extent) {
+  DWORD const bytes = extent.nEnd - extent.nStart;
+  if (bytes <= kSmallExtent) return bytes;
   DWORD const file_bytes = ChannelGetSize(state.m_pChannel, nullptr);
   uint64_t const held = file_bytes - std::min(file_bytes, extent.nStart);
-  return static_cast<DWORD>(std::min<uint64_t>(extent.nEnd - extent.nStart, held + kBeyondFile));
+  return static_cast<DWORD>(std::min<uint64_t>(bytes, held + kBeyondFile));
 }
 
 // An object that is no stream has its NUL bytes as blanks, so that scans see all of it.
@@ -60,6 +66,7 @@ bool FetchPlain(ReaderState& state, ObjectBytes* out, ObjectId id) {
   }
   ObjectExtent const extent = entry->second;
   DWORD const bytes = BytesOf(state, extent);
+  if (!state.Spend(bytes)) return true;
   HeapBlock block(static_cast<BYTE*>(std::calloc(size_t{bytes} + 2, 1)));
   if (block == nullptr) return true;
   auto const read = state.m_Window.Read(state.m_pChannel, extent.nStart, block.get(), bytes);
@@ -93,11 +100,16 @@ void LoadObjectBytes(ReaderState* state, ObjectBytes* out, DWORD number, DWORD g
       !IsUsableChannel(state->m_pChannel) || state->m_nFetchDepth == kFetchLevels) {
     return;
   }
+  if (!state->m_bOpening && state->m_nFetchDepth == 0) state->m_nWorkLeft = WorkFor(*state);
   FetchLevel const level(*state);
   ObjectId const id{number, generation};
   if (FetchIndexed(*state, out, id) || state->m_pXRef->IsRebuilt()) return;
   state->m_pXRef->RebuildByScan();
   FetchIndexed(*state, out, id);
+}
+
+uint64_t WorkFor(ReaderState const& state) {
+  return kBaseWork + kWorkPerByte * ChannelGetSize(state.m_pChannel, nullptr);
 }
 
 void DestroyReaderObjects(ReaderState& state) {

@@ -21,6 +21,10 @@ struct ObjectBytes {
 // object stream is short.
 void LoadObjectBytes(ReaderState* state, ObjectBytes* out, DWORD number, DWORD generation);
 
+// What opening the document, or one fetch from an open one, may handle: bytes that are read,
+// inflated and handed out. A fetch that would need more gives no object.
+uint64_t WorkFor(ReaderState const& state);
+
 // Destroys the cross-reference object and the object stream list and forgets what was remembered of
 // the document. Closing calls this, and opening before it builds anew.
 void DestroyReaderObjects(ReaderState& state);

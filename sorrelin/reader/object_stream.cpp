@@ -122,19 +122,25 @@ void ObjectStreamReader::KeepLastOfEachOffset() {
   places_.shrink_to_fit();
 }
 
-// Kept: an object that is listed twice is served from the lower offset, and always in generation 0.
-void ObjectStreamReader::Serve(DWORD number, ObjectBytes* out) const {
+// Kept: an object that is listed twice is taken from the lower offset.
+std::optional<std::string_view> ObjectStreamReader::Body(DWORD number) const {
   auto const entry =
       std::lower_bound(by_number_.begin(), by_number_.end(), std::pair<DWORD, DWORD>{number, 0});
-  if (entry == by_number_.end() || entry->first != number) return;
+  if (entry == by_number_.end() || entry->first != number) return std::nullopt;
   size_t const place = entry->second;
   uint64_t const begin = uint64_t{places_[place].nOffset} + first_offset_;
   uint64_t const end = place + 1 < places_.size()
                            ? uint64_t{places_[place + 1].nOffset} + first_offset_
                            : decoded_.size();
-  std::string_view const body =
-      ByteView{decoded_.data(), decoded_.size()}.From(begin).Chars().substr(
-          0, end > begin ? static_cast<size_t>(end - begin) : 0);
+  std::string_view const rest = ByteView{decoded_.data(), decoded_.size()}.From(begin).Chars();
+  return rest.substr(0, end > begin ? static_cast<size_t>(end - begin) : 0);
+}
+
+// Kept: the generation is always 0.
+void ObjectStreamReader::Serve(DWORD number, ObjectBytes* out) const {
+  auto const found = Body(number);
+  if (!found) return;
+  std::string_view const body = *found;
   char head[32];
   size_t const head_bytes = static_cast<size_t>(
       std::snprintf(head, sizeof head, "%i %i obj\n", static_cast<int>(number), 0));

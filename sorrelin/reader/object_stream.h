@@ -12,6 +12,7 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -30,6 +31,9 @@ class ObjectStreamReader {
   ObjectStreamReader(ObjectStreamReader const&) = delete;
   ObjectStreamReader& operator=(ObjectStreamReader const&) = delete;
 
+  // Bytes of the text that Serve gives for object `number`, or less where it gives none.
+  uint64_t SizeOf(DWORD number) const { return Body(number).value_or(std::string_view{}).size(); }
+
   // The text of object `number`, empty and invalid if the stream does not list it.
   void Serve(DWORD number, ObjectBytes* out) const;
 
@@ -47,6 +51,8 @@ class ObjectStreamReader {
     DWORD nNumber;
   };
 
+  // The object's bytes; nothing if the stream does not list it.
+  std::optional<std::string_view> Body(DWORD number) const;
   void ReadDictionary(std::span<BYTE> text);
   void Decode(std::span<BYTE> text);
   bool Inflate(std::span<BYTE const> raw);
@@ -70,15 +76,11 @@ class ObjectStreamReader {
 // The streams decoded last, at most 49 of them; the one that came first goes first.
 class ObjectStreamList {
  public:
-  explicit ObjectStreamList(ReaderState* state);
+  explicit ObjectStreamList(ReaderState* state) : state_(state) {}
 
   // Object `number` of the stream object at `stream_offset`. Empty and invalid also for a stream
-  // that needs an object of its own to be read, and when the document asks for more work than its
-  // size explains.
+  // that needs an object of its own to be read.
   void Fetch(uint64_t stream_offset, DWORD number, ObjectBytes* out);
-
-  // The document is open: from here on each outermost fetch may do the work that opening may do.
-  void EndOpening() { opening_ = false; }
 
  private:
   friend struct ::XrefProbe;
@@ -91,8 +93,6 @@ class ObjectStreamList {
   std::list<std::pair<uint64_t, std::unique_ptr<ObjectStreamReader>>> streams_;
   std::vector<uint64_t> in_progress_;  // offsets of the streams that are being built
   uint64_t held_bytes_ = 0;
-  uint64_t work_left_;
-  bool opening_ = true;
 };
 
 }  // namespace sorrelin

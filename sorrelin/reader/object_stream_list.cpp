@@ -1,5 +1,4 @@
 // The cache of decoded object streams.
-#include <sorrelin/channel/file_channel.h>
 #include <sorrelin/reader/object_stream.h>
 
 #include <algorithm>
@@ -11,15 +10,6 @@ namespace {
 constexpr size_t kMostStreams = 49;
 // More decoded bytes than this are not kept, however few streams they are of.
 constexpr uint64_t kMostHeldBytes = 16 * 1024 * 1024;
-// What opening a document, or one fetch behind it, may read and inflate for object streams: far
-// more than any document needs, and little enough that one made to waste time ends soon.
-constexpr uint64_t kBaseWork = 256 * 1024 * 1024;
-constexpr uint64_t kWorkPerByte = 64;
-
-uint64_t WorkFor(ReaderState const& state) {
-  return kBaseWork + kWorkPerByte * ChannelGetSize(state.m_pChannel, nullptr);
-}
-
 // An offset that stands in a list for the time of a scope.
 class Entered {
  public:
@@ -36,14 +26,10 @@ class Entered {
 
 }  // namespace
 
-ObjectStreamList::ObjectStreamList(ReaderState* state)
-    : state_(state), work_left_(WorkFor(*state)) {}
-
 void ObjectStreamList::Fetch(uint64_t stream_offset, DWORD number, ObjectBytes* out) {
-  if (!opening_ && state_->m_nFetchDepth <= 1) work_left_ = WorkFor(*state_);
   ObjectStreamReader const* reader = Find(stream_offset);
   if (reader == nullptr) reader = Build(stream_offset);
-  if (reader != nullptr) reader->Serve(number, out);
+  if (reader != nullptr && state_->Spend(reader->SizeOf(number))) reader->Serve(number, out);
 }
 
 ObjectStreamReader const* ObjectStreamList::Find(uint64_t stream_offset) const {
@@ -57,13 +43,13 @@ ObjectStreamReader const* ObjectStreamList::Find(uint64_t stream_offset) const {
 ObjectStreamReader const* ObjectStreamList::Build(uint64_t stream_offset) {
   bool const entered =
       std::find(in_progress_.begin(), in_progress_.end(), stream_offset) != in_progress_.end();
-  if (entered || work_left_ == 0) return nullptr;
+  if (entered || !state_->Spend(1)) return nullptr;
   std::unique_ptr<ObjectStreamReader> reader;
   {
     Entered const entry(in_progress_, stream_offset);
     reader = std::make_unique<ObjectStreamReader>(state_, stream_offset);
   }
-  work_left_ -= std::min(work_left_, reader->Work() + 1);
+  state_->Spend(reader->Work());
   held_bytes_ += reader->HeldBytes();
   streams_.emplace_back(stream_offset, std::move(reader));
   Evict();

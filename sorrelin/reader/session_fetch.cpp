@@ -41,6 +41,11 @@ DWORD SizeThroughEndobj(ReaderState& state, sorrelin::FileChannel* channel, DWOR
   return bytes;
 }
 
+bool SeekTo(sorrelin::FileChannel* channel, DWORD offset) {
+  LONG const target = static_cast<LONG>(offset);
+  return sorrelin::ChannelSeek(channel, target, nullptr, FILE_BEGIN) != INVALID_SET_FILE_POINTER;
+}
+
 // A new, unlocked block of the file's bytes; null if the file has fewer, or none are asked for.
 HGLOBAL ReadBlock(ReaderState& state, sorrelin::FileChannel* channel, DWORD offset, DWORD bytes) {
   HGLOBAL const block = GlobalAlloc(GHND, bytes);
@@ -85,6 +90,16 @@ void* CCreatePDF::LoadObject(DWORD nObject) {
   return LoadTableObject(nObject);
 }
 
+// The size of a document that is only read does not change.
+DWORD CCreatePDF::DocumentBytes() {
+  if (m_bAppendMode != 0 || m_pReader->m_pXRef == nullptr) {
+    return sorrelin::ChannelGetSize(m_hFile, nullptr);
+  }
+  auto& bytes = m_pReader->m_nDocumentBytes;
+  if (!bytes) bytes = sorrelin::ChannelGetSize(m_hFile, nullptr);
+  return *bytes;
+}
+
 // A number beyond the table has a row of zeros, as far as fetches go.
 DWORD CCreatePDF::TableOffset(DWORD nObject) const {
   return nObject < kObjectRows ? m_Objects[nObject].nOffset : 0;
@@ -95,9 +110,8 @@ DWORD CCreatePDF::TableOffset(DWORD nObject) const {
 DWORD CCreatePDF::TableObjectSize(DWORD nObject) {
   if (!sorrelin::IsUsableChannel(m_hFile)) return 0;
   DWORD const offset = TableOffset(nObject);
-  DWORD const file_bytes = sorrelin::ChannelGetSize(m_hFile, nullptr);
   DWORD const rows = std::min(m_nObjectsInFile, kObjectRows);
-  DWORD const end = m_pReader->m_Offsets.NextAbove({m_Objects, rows}, offset, file_bytes);
+  DWORD const end = m_pReader->m_Offsets.NextAbove({m_Objects, rows}, offset, DocumentBytes());
   if (offset > end) return end - offset;
   return SizeThroughEndobj(*m_pReader, m_hFile, offset, end - offset);
 }
@@ -109,17 +123,17 @@ void* CCreatePDF::LoadTableObject(DWORD nObject) {
     if (offset != 0) PDF_SetLastError(PDF_ERROR_SYSTEM);
     return nullptr;
   }
-  LONG const begin = static_cast<LONG>(offset);
-  if (sorrelin::ChannelSeek(m_hFile, begin, nullptr, FILE_BEGIN) == INVALID_SET_FILE_POINTER) {
+  // Only to an offset that reads as a negative number a seek can fail; the others save a call.
+  if (static_cast<LONG>(offset) < 0 && !SeekTo(m_hFile, offset)) {
     PDF_SetLastError(PDF_ERROR_SYSTEM);
     return nullptr;
   }
   DWORD const size = TableObjectSize(nObject);
-  DWORD const file_bytes = sorrelin::ChannelGetSize(m_hFile, nullptr);
-  DWORD const held = file_bytes - std::min(file_bytes, offset);
-  HGLOBAL const block = size <= held ? ReadBlock(*m_pReader, m_hFile, offset, size) : nullptr;
-  LONG const end = static_cast<LONG>(offset + std::min(size, held));
-  sorrelin::ChannelSeek(m_hFile, end, nullptr, FILE_BEGIN);
+  DWORD const held = DocumentBytes() - std::min(DocumentBytes(), offset);
+  bool const allowed = !m_pReader->m_bOpening || m_pReader->Spend(size);
+  HGLOBAL const block =
+      allowed && size <= held ? ReadBlock(*m_pReader, m_hFile, offset, size) : nullptr;
+  SeekTo(m_hFile, offset + std::min(size, held));
   return block;
 }
 

@@ -192,7 +192,9 @@ void CXRefStm::MergeRecord(DWORD number, XRefRecord const& record) {
     return;
   }
   if (in_index) m_ObjectIndex[number] = {record.nField2, record.nField3, record.nType};
-  ObjectExtent& extent = m_Extents[{number, record.nField3}];
+  // Numbers mostly come in order.
+  auto const place = m_Extents.try_emplace(m_Extents.end(), ObjectId{number, record.nField3});
+  ObjectExtent& extent = place->second;
   extent = {record.nField2, 0};
   if (plain) m_Marks.push_back({record.nField2, &extent});
 }

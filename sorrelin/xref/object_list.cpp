@@ -23,9 +23,28 @@ namespace {
 
 constexpr DWORD kTailBytes = 50;
 
+// Sets the work that the fetches of an opening may do, and lifts the bound at its end.
+class Opening {
+ public:
+  explicit Opening(sorrelin::ReaderState& state) : state_(state) {
+    state_.m_bOpening = true;
+    state_.m_nWorkLeft = sorrelin::WorkFor(state_);
+  }
+  ~Opening() {
+    state_.m_bOpening = false;
+    state_.m_nWorkLeft = UINT64_MAX;
+  }
+  Opening(Opening const&) = delete;
+  Opening& operator=(Opening const&) = delete;
+
+ private:
+  sorrelin::ReaderState& state_;
+};
+
 }  // namespace
 
 DWORD CCreatePDF::BuildObjectListFromFile() {
+  Opening const opening(*m_pReader);
   DWORD start = 0;
   if (!FindStartXref(start)) return 0;
   m_nMaxSectionOffset = 0;
@@ -38,10 +57,9 @@ DWORD CCreatePDF::BuildObjectListFromFile() {
   bool const classic = xref->IsClassicTableAt(nullptr) != 0;
   m_pReader->m_bStreamIndex = classic ? 0 : 1;
   bool const read = classic ? ReadClassicSections(start) : ReadStreamSections(*xref);
-  bool const opened = read && ReadCatalog() && ReadPagesRoot();
-  if (opened) ReadInfoStrings();
-  m_pReader->m_pObjectStreams->EndOpening();
-  return opened ? m_nObjectsInFile : 0;
+  if (!read || !ReadCatalog() || !ReadPagesRoot()) return 0;
+  ReadInfoStrings();
+  return m_nObjectsInFile;
 }
 
 // The number behind "startxref", which must stand in the document's last bytes.

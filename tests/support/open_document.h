@@ -25,6 +25,7 @@ class OpenDocument {
  public:
   explicit OpenDocument(Bytes bytes, Target target = Target::kMemory)
       : bytes_(std::move(bytes)), session_(std::make_unique<CCreatePDF>()) {
+    bytes_.reserve(1);  // an empty document has an address too
     channel_ = target == Target::kMemory ? OpenMemory() : OpenFile();
     SessionProbe::Channel(*session_) = channel_;
     reader().m_pChannel = channel_;
