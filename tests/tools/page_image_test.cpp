@@ -204,6 +204,8 @@ struct WrongPicture {
   char const* reason;
 };
 
+void PrintTo(WrongPicture const& picture, std::ostream* out) { *out << picture.reason; }
+
 class PageImageRefuses : public ::testing::TestWithParam<WrongPicture> {};
 
 TEST_P(PageImageRefuses, WhatWouldComeOutWrong) {
