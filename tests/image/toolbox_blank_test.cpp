@@ -118,7 +118,8 @@ TEST(CreateBlankDIB, OtherDepthsAreRefused) {
 }
 
 TEST(CreateBlankDIB, WidthBelowOneIsRefused) {
-  for (LONG const width : {LONG{0}, LONG{-1}, kMin}) EXPECT_EQ(Blank(width, 1, 1, true).get(), nullptr);
+  for (LONG const width : {LONG{0}, LONG{-1}, kMin})
+    EXPECT_EQ(Blank(width, 1, 1, true).get(), nullptr);
 }
 
 TEST(CreateBlankDIB, HeightZeroIsAnEmptyPicture) {
