@@ -57,6 +57,33 @@ ModuleTable& Modules() {
   return table;
 }
 
+// Under which spelling each bare name was found last. Looking all over the system for the others
+// again costs as much as loading a small library.
+class FoundSpellings {
+ public:
+  void Remember(std::string const& name, std::string const& spelling) {
+    std::lock_guard const guard(mutex_);
+    spellings_[name] = spelling;
+  }
+  // Moves it to the front.
+  void Prefer(std::string const& name, std::vector<std::string>& spellings) {
+    std::lock_guard const guard(mutex_);
+    auto const known = spellings_.find(name);
+    if (known == spellings_.end()) return;
+    auto const place = std::find(spellings.begin(), spellings.end(), known->second);
+    if (place != spellings.end()) std::rotate(spellings.begin(), place, place + 1);
+  }
+
+ private:
+  std::mutex mutex_;
+  std::map<std::string, std::string> spellings_;
+};
+
+FoundSpellings& Found() {
+  static FoundSpellings& found = *new FoundSpellings;
+  return found;
+}
+
 char LowerAscii(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c; }
 
 // The names under which a library is tried, in order.
@@ -106,12 +133,16 @@ HMODULE OpenFirst(WCHAR const* name, int flags) {
   return Guarded(HMODULE{}, [&] {
     auto const path = name != nullptr ? Utf8Path(name) : std::nullopt;
     if (!path || path->empty()) return Fail(ERROR_MOD_NOT_FOUND, HMODULE{});
-    for (std::string const& candidate : Candidates(*path)) {
+    bool const bare = path->find('/') == std::string::npos;
+    std::vector<std::string> candidates = Candidates(*path);
+    if (bare) Found().Prefer(*path, candidates);
+    for (std::string const& candidate : candidates) {
       // The loader tells what is loaded only by looking for the file everywhere.
-      bool const bare = candidate.find('/') == std::string::npos;
       if (bare && (flags & RTLD_NOLOAD) != 0 && !IsFileOfLoadedModule(candidate)) continue;
       HMODULE const module = OpenModule(candidate, flags);
-      if (module != nullptr) return module;
+      if (module == nullptr) continue;
+      if (bare) Found().Remember(*path, candidate);
+      return module;
     }
     return Fail(ERROR_MOD_NOT_FOUND, HMODULE{});
   });

@@ -89,6 +89,14 @@ TEST(LoadLibrary, BareNameIsFoundBesideThePlatformLibrary) {
   EXPECT_EQ(Module(u"libsorrelin-test-beside.so").Number(), kBesideNumber);
 }
 
+// The first time it is searched for, then it is known.
+TEST(LoadLibrary, BareNameIsFoundAgain) {
+  for (int time = 0; time < 3; ++time) {
+    EXPECT_EQ(Module(u"SORRELIN-TEST-BESIDE.dll").Number(), kBesideNumber) << time;
+    EXPECT_EQ(GetModuleHandleW(u"SORRELIN-TEST-BESIDE.dll"), nullptr) << time;
+  }
+}
+
 TEST(LoadLibrary, BareNameIsFoundOnTheSystemsPath) {
   Module const zlib(u"libz.so.1");
   EXPECT_NE(GetProcAddress(zlib.get(), "inflate"), nullptr);
