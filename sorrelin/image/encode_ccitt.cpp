@@ -6,6 +6,7 @@
 #include <sorrelin/platform/error.h>
 #include <sorrelin/platform/file.h>
 #include <sorrelin/platform/memory.h>
+#include <sorrelin/platform/prefetch.h>
 #include <sorrelin/platform/wide_string.h>
 
 #include <algorithm>
@@ -23,20 +24,36 @@ struct RowSource {
   std::span<BYTE const> Bits;  // from the first row on
 };
 
+// Memory takes about as long as the coder for this many rows of a page of text.
+constexpr int64_t kRowsAhead = 4;
+
 uint64_t PaddedRowBytes(BITMAPINFOHEADER const& header) {
   int64_t const bits = int64_t{header.biWidth} * header.biBitCount + 31;
   return bits > 0 ? static_cast<uint64_t>(bits) / 8 & ~uint64_t{3} : 0;
 }
 
-// Delivers row `index`, the top one being 0, inverted: a set bit is black to the coder.
+constexpr auto kInverted = [](BYTE bits) { return static_cast<BYTE>(~bits); };
+
+// The bytes of a row that the bitmap holds, counted from its lowest row.
+std::span<BYTE const> HeldRow(std::span<BYTE const> bits, int64_t from_bottom, size_t row_bytes) {
+  uint64_t const offset = static_cast<uint64_t>(from_bottom) * row_bytes;
+  auto const rest = bits.subspan(static_cast<size_t>(std::min<uint64_t>(offset, bits.size())));
+  return rest.first(std::min(rest.size(), row_bytes));
+}
+
+// Delivers row `index`, the top one being 0, inverted: a set bit is black to the coder. A row
+// further down is on its way into the cache while the coder is at work.
 int SupplyRow(BYTE* row, int32_t index, void* user) {
   RowSource const& source = *static_cast<RowSource const*>(user);
-  if (index < 0 || index >= source.Header.biHeight) return CCITT_ROW_PAST_END;
+  int64_t const from_bottom = int64_t{source.Header.biHeight} - index - 1;
+  if (index < 0 || from_bottom < 0) return CCITT_ROW_PAST_END;
   std::span<BYTE> const out(row, static_cast<size_t>(PaddedRowBytes(source.Header)));
-  uint64_t const from_bottom = static_cast<uint64_t>(source.Header.biHeight - index - 1);
-  sorrelin::ReadOrZero(source.Bits, from_bottom * out.size(), out);
-  std::transform(out.begin(), out.end(), out.begin(),
-                 [](BYTE bits) { return static_cast<BYTE>(~bits); });
+  auto const held = HeldRow(source.Bits, from_bottom, out.size());
+  auto const end = std::transform(held.begin(), held.end(), out.begin(), kInverted);
+  std::fill(end, out.end(), kInverted(0));
+  if (from_bottom >= kRowsAhead) {
+    sorrelin::Prefetch(HeldRow(source.Bits, from_bottom - kRowsAhead, out.size()));
+  }
   return CCITT_ROW_DONE;
 }
 
