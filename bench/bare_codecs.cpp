@@ -65,7 +65,7 @@ std::vector<BYTE> EncodeGroup4(std::vector<BYTE> const& rows, int width, int hei
   return file.bytes;
 }
 
-size_t EncodeJpeg(BYTE const* rows, int width, int height, int bits, int quality) {
+std::vector<BYTE> EncodeJpeg(BYTE const* rows, int width, int height, int bits, int quality) {
   jpeg_compress_struct jpeg;
   jpeg_error_mgr errors;
   jpeg.err = jpeg_std_error(&errors);
@@ -87,8 +87,27 @@ size_t EncodeJpeg(BYTE const* rows, int width, int height, int bits, int quality
   }
   jpeg_finish_compress(&jpeg);
   jpeg_destroy_compress(&jpeg);
+  std::vector<BYTE> file(out, out + size);
   std::free(out);
-  return size;
+  return file;
+}
+
+void DecodeJpeg(std::vector<BYTE> const& file, BYTE* out) {
+  jpeg_decompress_struct jpeg;
+  jpeg_error_mgr errors;
+  jpeg.err = jpeg_std_error(&errors);
+  jpeg_create_decompress(&jpeg);
+  jpeg_mem_src(&jpeg, file.data(), file.size());
+  jpeg_read_header(&jpeg, TRUE);
+  if (jpeg.num_components == 3) jpeg.out_color_space = JCS_EXT_BGR;
+  jpeg_start_decompress(&jpeg);
+  size_t const row_bytes = size_t{jpeg.output_width} * static_cast<size_t>(jpeg.output_components);
+  while (jpeg.output_scanline < jpeg.output_height) {
+    JSAMPROW row = out + row_bytes * jpeg.output_scanline;
+    jpeg_read_scanlines(&jpeg, &row, 1);
+  }
+  jpeg_finish_decompress(&jpeg);
+  jpeg_destroy_decompress(&jpeg);
 }
 
 }  // namespace bench

@@ -2,17 +2,14 @@
 // prints the ratio of the two best times of the run, and the most that it may be; `extra_MiB` is
 // the memory that a page takes beside its bitmap, and `extra_limit_MiB` the most it may take.
 #include <benchmark/benchmark.h>
-#include <malloc.h>
 #include <sorrelin/frame/session.h>
 #include <sorrelin/platform/memory.h>
 #include <zlib.h>
 
 #include <algorithm>
-#include <chrono>
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
-#include <fstream>
 #include <functional>
 #include <limits>
 #include <memory>
@@ -20,47 +17,18 @@
 #include <string>
 #include <vector>
 
+#include "bench/a4_pages.h"
 #include "bench/bare_codecs.h"
-#include "tests/support/dib.h"
 
 namespace {
 
-constexpr LONG kWidth = 2480;
-constexpr LONG kHeight = 3508;
-constexpr LONG k300Dpi = 11811;
+using bench::kHeight;
+using bench::kWidth;
+using bench::MakePage;
+using bench::Seconds;
+
 constexpr double kMiB = 1024.0 * 1024.0;
 constexpr double kRoomMiB = 8;
-
-double Seconds(std::function<void()> const& work) {
-  auto const start = std::chrono::steady_clock::now();
-  work();
-  return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-}
-
-// A page of text at 1 bit (strokes in lines of words), a smooth picture with grain otherwise.
-DWORD PixelAt(int bits, LONG x, LONG y) {
-  DWORD const noise = (static_cast<DWORD>(x) * 2654435761u ^ static_cast<DWORD>(y) * 40503u) >> 28;
-  if (bits == 1) {
-    bool const margin = x < 250 || x > 2230 || y < 250 || y > 3250 || y % 62 > 34;
-    bool const gap = (x / 23 + y / 62 * 5) % 6 == 0;
-    LONG const in_glyph = (x + y / 62 * 7) % 23;
-    bool const stroke =
-        in_glyph < 4 || (in_glyph < 18 && (y % 62 < 4 || (y % 62 > 15 && y % 62 < 19)));
-    return margin || gap || !stroke ? 1 : 0;
-  }
-  DWORD const base = static_cast<DWORD>((x * 200 / kWidth + y * 40 / kHeight));
-  if (bits == 8) return base + noise % 4;
-  return (base + noise) << 16 | (base / 2 + 60 + noise) << 8 | (200 - base / 2 + noise);
-}
-
-test::Block MakePage(WORD bits) {
-  return test::MakeDib({.width = kWidth,
-                        .height = kHeight,
-                        .bits = bits,
-                        .x_per_metre = k300Dpi,
-                        .y_per_metre = k300Dpi},
-                       [&](LONG x, LONG y) { return PixelAt(bits, x, y); });
-}
 
 class Target {
  public:
@@ -74,25 +42,6 @@ class Target {
  private:
   std::filesystem::path path_;
 };
-
-// Most memory the process has held, and holds now.
-double ProcessMiB(char const* field) {
-  std::ifstream status("/proc/self/status");
-  for (std::string line; std::getline(status, line);) {
-    if (line.compare(0, std::strlen(field), field) == 0) {
-      return std::stod(line.substr(std::strlen(field) + 1)) / 1024;
-    }
-  }
-  return 0;
-}
-
-double ExtraMemory(std::function<void()> const& work) {
-  malloc_trim(0);
-  std::ofstream("/proc/self/clear_refs") << "5";
-  double const before = ProcessMiB("VmRSS");
-  work();
-  return ProcessMiB("VmHWM") - before;
-}
 
 struct Limits {
   double ratio;
@@ -121,7 +70,7 @@ void Compare(benchmark::State& state, Limits const& limits, std::function<void()
     state.SetIterationTime(seconds);
   }
   // Of its own, because the look at the memory gives the heap back first.
-  run([&](CCreatePDF& session) { extra = ExtraMemory([&] { page(session); }); });
+  run([&](CCreatePDF& session) { extra = bench::ExtraMemory([&] { page(session); }); });
   state.counters["ratio"] = best_page / best_bare;
   state.counters["limit"] = limits.ratio;
   state.counters["extra_MiB"] = extra;
@@ -170,7 +119,7 @@ void JpegPage(benchmark::State& state) {
   test::Bytes const block = dib.Content();
   size_t coded = 0;
   auto const bare = [&] {
-    coded = bench::EncodeJpeg(block.data() + rows_at, kWidth, kHeight, bits, 75);
+    coded = bench::EncodeJpeg(block.data() + rows_at, kWidth, kHeight, bits, 75).size();
   };
   bare();
   Compare(state, {1.10, static_cast<double>(block.size() + coded) / kMiB + kRoomMiB}, bare,
