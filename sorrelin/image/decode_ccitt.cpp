@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <utility>
 
 using sorrelin::OwnedBlock;
 using sorrelin::SiblingLibrary;
@@ -49,21 +50,54 @@ struct Size {
   int32_t height;
 };
 
-// Puts row `index`, the top one being 0, in its place; the colour table tells that a set bit is
-// black. A row that the block has no place for is dropped.
+// The bitmap that a decode on this thread fills, locked as long as it runs: a lock for each row
+// would cost a tenth of the decode.
+class RowTarget {
+ public:
+  explicit RowTarget(HDIB bitmap)
+      : bitmap_(bitmap), block_(bitmap), outer_(std::exchange(current_, this)) {
+    if (!bytes_.empty()) {
+      std::memcpy(&header_, bytes_.data(), std::min(bytes_.size(), sizeof header_));
+    }
+  }
+  ~RowTarget() { current_ = outer_; }
+  RowTarget(RowTarget const&) = delete;
+  RowTarget& operator=(RowTarget const&) = delete;
+
+  // The one of the decode that was given `bitmap` for its rows, or null.
+  static RowTarget const* Of(void* bitmap) {
+    bool const known = current_ != nullptr && current_->bitmap_ == bitmap && current_->block_;
+    return known ? current_ : nullptr;
+  }
+
+  // Puts row `index`, the top one being 0, in its place. A row that the block has no place for is
+  // dropped.
+  void Take(BYTE const* row, int32_t index) const {
+    if (index < 0 || index >= header_.biHeight) return;
+    uint64_t const width = static_cast<uint64_t>(std::max(header_.biWidth, LONG{0}));
+    uint64_t const from_bottom = static_cast<uint64_t>(header_.biHeight - index - 1);
+    uint64_t const at = header_.biSize + kTableBytes + from_bottom * ((width + 31) / 32 * 4);
+    uint64_t const payload = (width + 7) / 8;
+    if (at + payload <= bytes_.size()) std::memcpy(bytes_.data() + at, row, payload);
+  }
+
+ private:
+  static thread_local RowTarget const* current_;
+
+  HDIB bitmap_;
+  sorrelin::LockedBlock block_;
+  RowTarget const* outer_;
+  std::span<BYTE> bytes_ = block_.bytes();
+  BITMAPINFOHEADER header_{};
+};
+
+thread_local RowTarget const* RowTarget::current_ = nullptr;
+
+// The colour table tells that a set bit is black, so the rows stay as they are.
 int TakeRow(BYTE* row, int32_t index, void* bitmap) {
-  if (row == nullptr || bitmap == nullptr) return CCITT_ROW_STOP;
-  sorrelin::LockedBlock const dib(bitmap);
-  if (!dib) return CCITT_ROW_STOP;
-  std::span<BYTE> const block = dib.bytes();
-  BITMAPINFOHEADER header{};
-  std::memcpy(&header, block.data(), std::min(block.size(), sizeof header));
-  if (index < 0 || index >= header.biHeight) return CCITT_ROW_DONE;
-  uint64_t const width = static_cast<uint64_t>(std::max(header.biWidth, LONG{0}));
-  uint64_t const from_bottom = static_cast<uint64_t>(header.biHeight - index - 1);
-  uint64_t const at = header.biSize + kTableBytes + from_bottom * ((width + 31) / 32 * 4);
-  uint64_t const payload = (width + 7) / 8;
-  if (at + payload <= block.size()) std::memcpy(block.data() + at, row, payload);
+  RowTarget const* const target = RowTarget::Of(bitmap);
+  if (row == nullptr || target == nullptr) return CCITT_ROW_STOP;
+  target->Take(row, index);
   return CCITT_ROW_DONE;
 }
 
@@ -77,6 +111,7 @@ int32_t LowerHeight(Decoder const& sibling, int32_t height) {
 // Decodes from the start of `file`, again with fewer rows while the data end before the last one.
 template <typename Rewind>
 bool DecodeRows(Decoder const& sibling, void* file, Size size, HDIB bitmap, Rewind const& rewind) {
+  RowTarget const target(bitmap);
   while (sibling.decode(file, size.width, size.height, CCITT_GROUP4, bitmap, TakeRow) == 0) {
     if (sibling.error() != CCITT_ERROR_DATA_ENDED || size.height <= 1) return false;
     size.height = LowerHeight(sibling, size.height);
