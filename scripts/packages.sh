@@ -1,19 +1,23 @@
 #!/usr/bin/env bash
-# Installs what a fresh Debian machine needs and does not have: packages.sh build|demo|test
+# Installs what a fresh Debian machine needs and does not have: packages.sh build|demo|package|test
 # Needs root, or sudo, when something is missing.
 set -euo pipefail
 
 packages=(
   cmake g++ ninja-build pkg-config
-  zlib1g-dev libtiff-dev libjpeg62-turbo-dev libutfcpp-dev libleptonica-dev libcli11-dev)
+  zlib1g-dev libtiff-dev libjpeg62-turbo-dev libutfcpp-dev librapidxml-dev
+  libleptonica-dev libtesseract-dev libcli11-dev)
 viewers=(ghostscript graphicsmagick mupdf-tools poppler-utils)
-witnesses=(clang libclang-rt-14-dev libgtest-dev libgmock-dev libbenchmark-dev qpdf)
+packaging=(dpkg-dev mmdebstrap)
+witnesses=(ccache clang libclang-rt-14-dev libgtest-dev libgmock-dev libbenchmark-dev qpdf
+  tesseract-ocr-eng)
 
 case "${1:-}" in
   build) ;;
   demo) packages+=("${viewers[@]}") ;;
-  test) packages+=("${viewers[@]}" "${witnesses[@]}") ;;
-  *) echo "usage: packages.sh build|demo|test" >&2; exit 2 ;;
+  package) packages+=("${packaging[@]}") ;;
+  test) packages+=("${viewers[@]}" "${witnesses[@]}" "${packaging[@]}") ;;
+  *) echo "usage: packages.sh build|demo|package|test" >&2; exit 2 ;;
 esac
 
 installed() { dpkg-query -W -f='${Status}' "$1" 2>/dev/null | grep -q 'ok installed'; }
