@@ -10,7 +10,7 @@ packages=(
 viewers=(ghostscript graphicsmagick mupdf-tools poppler-utils)
 packaging=(dpkg-dev mmdebstrap)
 witnesses=(ccache clang libclang-rt-14-dev libgtest-dev libgmock-dev libbenchmark-dev qpdf
-  tesseract-ocr-eng)
+  tesseract-ocr-eng python3)
 
 case "${1:-}" in
   build) ;;

@@ -13,6 +13,7 @@ cmake --install "$build" --prefix "$prefix" >"$root/install.log"
 echo "-- find_package"
 cmake -S "$examples" -B "$root/cmake" -DCMAKE_PREFIX_PATH="$prefix" >"$root/configure.log"
 cmake --build "$root/cmake" >"$root/build.log"
+python3 "$examples/../tests/examples/examples_test.py" "$root/cmake"
 "$root/cmake/write_document" "$root/c.pdf"
 "$root/cmake/memory_document" "$root/cpp.pdf"
 
