@@ -1,17 +1,18 @@
 /* The flat interface of the library, valid C11 and C++20.
  *
- * Conventions
- *   Results   0 is success, anything else one of the PDF_ERROR_* codes, unless the function says
- *             otherwise. A session handle of 0 or -1 gives PDF_ERROR_INVALID_HANDLE, and the
- *             session's last error then stays as it was.
- *   Strings   zero-terminated. WCHAR is one UTF-16 code unit; char strings are in the system's code
- *             page (UTF-8 outside Windows). A narrow string must not be null.
- *   Bitmaps   a HDIB is a block from GlobalAlloc that holds a packed bitmap: BITMAPINFOHEADER (40
- *             bytes), RGBQUAD colour table, rows from the lowest up, each padded to 4 bytes, 1, 8
- * or 24 bits a pixel (blue, green, red). What is handed in stays the caller's and is not changed;
- * what is handed out the caller frees with GlobalFree. Pages     are counted from 0 where a page
- * index is an argument. Sizes     are in bytes, unless units of 16 bits are named. Threads sessions
- * share nothing; one session is for one thread at a time. */
+ * - Results: 0 is success, anything else one of the PDF_ERROR_* codes, unless the function says
+ *   otherwise. A session handle of 0 or -1 gives PDF_ERROR_INVALID_HANDLE, and the session's last
+ *   error then stays as it was.
+ * - Strings: zero-terminated. WCHAR is one UTF-16 code unit; char strings are in the system's code
+ *   page (UTF-8 outside Windows). A narrow string must not be null.
+ * - Bitmaps: a HDIB is a block from GlobalAlloc that holds a packed bitmap: BITMAPINFOHEADER (40
+ *   bytes), RGBQUAD colour table (2 entries for 1 bit, 256 for 8 bits, none for 24), rows from the
+ *   lowest up, each padded to 4 bytes, 1, 8 or 24 bits a pixel (blue, green, red). What is handed
+ *   in stays the caller's and is not changed; what is handed out the caller frees with GlobalFree.
+ * - Pages are counted from 0 where a page index is an argument.
+ * - Sizes are in bytes, unless units of 16 bits are named.
+ * - Threads: sessions share nothing; one session is for one thread at a time.
+ */
 #ifndef SORRELIN_FRAME_PDF_H_
 #define SORRELIN_FRAME_PDF_H_
 
@@ -39,76 +40,76 @@ typedef int64_t hPDF;
 
 /* Error codes. pdf_GetLastPDFErrorText gives the text of each. */
 enum {
-  PDF_ERROR_NONE = 0,
-  PDF_ERROR_SYSTEM = 1, /* the text is the system's, for its last error on this thread */
-  PDF_ERROR_INVALID_HANDLE = 2,
-  PDF_ERROR_FILE_EXISTS = 3,
-  PDF_ERROR_INVALID_IMAGE_SIZE = 4,
-  PDF_ERROR_INVALID_BITS_PER_PIXEL = 5,
-  PDF_ERROR_INVALID_STRING = 6,
-  PDF_ERROR_NULL_POINTER = 7,
-  PDF_ERROR_ZERO_BYTES = 8,
-  PDF_ERROR_INVALID_DPI = 9,
-  PDF_ERROR_MEMORY = 10,
-  PDF_ERROR_OBJECT_EXISTS = 11,
-  PDF_ERROR_TOO_MANY_PAGES = 12,
-  PDF_ERROR_RESOURCE_TYPE = 13,
-  PDF_ERROR_EMPTY_STREAM = 14,
-  PDF_ERROR_COMPRESSION = 15,
-  PDF_ERROR_NEGATIVE_VALUE = 16,
-  PDF_ERROR_TEMP_DIRECTORY = 17,
-  PDF_ERROR_TEMP_FILE = 18,
-  PDF_ERROR_CCITT_LIBRARY = 19,
-  PDF_ERROR_ENCODING = 20,
-  PDF_ERROR_JPEG_LIBRARY = 21,
-  PDF_ERROR_INVALID_PARAMETER = 22,
-  PDF_ERROR_OPEN = 23,
-  PDF_ERROR_NOT_PDF = 24,
-  PDF_ERROR_VERSION = 25,
-  PDF_ERROR_READ = 26,
-  PDF_ERROR_DECOMPRESSION = 27,
-  PDF_ERROR_PALETTE = 28,
-  PDF_ERROR_UNSUPPORTED_COMPRESSION = 29,
-  PDF_ERROR_CCITT_CODING = 30,
-  PDF_ERROR_PAGE_NUMBER = 31,
-  PDF_ERROR_NOT_INITIALIZED = 32,
-  PDF_ERROR_PROC_SET = 33,
-  PDF_ERROR_OBJECT_TYPE = 34,
-  PDF_ERROR_INSUFFICIENT_BUFFER = 35,
-  PDF_ERROR_LUMBREL_LIBRARY = 36,
-  PDF_ERROR_PASSWORD_PROTECTED = 37,
-  PDF_ERROR_PAGE_WIDTH = 38,
-  PDF_ERROR_PELLORY_LIBRARY = 39,
-  PDF_ERROR_NEW_PAGE_OBJECT = 40, /* the document has no room for another object */
-  PDF_ERROR_INSERT_IMAGE = 41,
-  PDF_ERROR_FILE_NOT_FOUND = 42,
-  PDF_ERROR_ACCESS_DENIED = 43,
-  PDF_ERROR_INVALID_PASSWORD = 44,
-  PDF_ERROR_OCR_LIBRARY = 45,
-  PDF_ERROR_OCR_FUNCTIONS = 46,
-  PDF_ERROR_OCR = 47,
-  PDF_ERROR_HOCR = 48
+  PDF_ERROR_NONE = 0,           /* success */
+  PDF_ERROR_SYSTEM = 1,         /* the text is the system's, for its last error on this thread */
+  PDF_ERROR_INVALID_HANDLE = 2, /* no session, no bitmap, or nothing is open */
+  PDF_ERROR_FILE_EXISTS = 3,    /* set by nothing */
+  PDF_ERROR_INVALID_IMAGE_SIZE = 4,     /* a width or height of 0, or an unreadable bitmap */
+  PDF_ERROR_INVALID_BITS_PER_PIXEL = 5, /* the depth is not 1, 8 or 24, or has not this coding */
+  PDF_ERROR_INVALID_STRING = 6,         /* set by nothing */
+  PDF_ERROR_NULL_POINTER = 7,           /* a null text, buffer or size */
+  PDF_ERROR_ZERO_BYTES = 8,             /* nothing to write */
+  PDF_ERROR_INVALID_DPI = 9,            /* the resolution cannot be read */
+  PDF_ERROR_MEMORY = 10,                /* memory is short, or a picture passes 4 GiB */
+  PDF_ERROR_OBJECT_EXISTS = 11,         /* finished already */
+  PDF_ERROR_TOO_MANY_PAGES = 12,        /* more than 30,000; no text */
+  PDF_ERROR_RESOURCE_TYPE = 13,         /* class only; no text */
+  PDF_ERROR_EMPTY_STREAM = 14,          /* an image without data; no text */
+  PDF_ERROR_COMPRESSION = 15,           /* depth and coding do not go together */
+  PDF_ERROR_NEGATIVE_VALUE = 16,        /* a negative width or height */
+  PDF_ERROR_TEMP_DIRECTORY = 17,        /* there is no folder for temporary files */
+  PDF_ERROR_TEMP_FILE = 18,             /* a temporary file cannot be made, written or read */
+  PDF_ERROR_CCITT_LIBRARY = 19,     /* the Group 4 library is missing, or an entry point of it */
+  PDF_ERROR_ENCODING = 20,          /* the codec library failed */
+  PDF_ERROR_JPEG_LIBRARY = 21,      /* the JPEG library is missing, or an entry point of it */
+  PDF_ERROR_INVALID_PARAMETER = 22, /* no name or data to open */
+  PDF_ERROR_OPEN = 23,              /* the file cannot be opened */
+  PDF_ERROR_NOT_PDF = 24,           /* no document */
+  PDF_ERROR_VERSION = 25,           /* not 1.0 to 1.8; to be updated: object streams */
+  PDF_ERROR_READ = 26,              /* the pages root cannot be updated */
+  PDF_ERROR_DECOMPRESSION = 27,     /* image data cannot be decoded */
+  PDF_ERROR_PALETTE = 28,           /* a palette cannot be read */
+  PDF_ERROR_UNSUPPORTED_COMPRESSION = 29, /* the image has no coding that is read */
+  PDF_ERROR_CCITT_CODING = 30,            /* Group 4 data cannot be decoded */
+  PDF_ERROR_PAGE_NUMBER = 31,             /* at or past the number of pages */
+  PDF_ERROR_NOT_INITIALIZED = 32,         /* a session on which nothing has happened */
+  PDF_ERROR_PROC_SET = 33,                /* class only */
+  PDF_ERROR_OBJECT_TYPE = 34,             /* class only */
+  PDF_ERROR_INSUFFICIENT_BUFFER = 35,     /* the size that is needed has been stored */
+  PDF_ERROR_LUMBREL_LIBRARY = 36,         /* set by nothing */
+  PDF_ERROR_PASSWORD_PROTECTED = 37,      /* set by nothing */
+  PDF_ERROR_PAGE_WIDTH = 38,              /* set by nothing */
+  PDF_ERROR_PELLORY_LIBRARY = 39,         /* set by nothing */
+  PDF_ERROR_NEW_PAGE_OBJECT = 40,         /* the document has no room for another object */
+  PDF_ERROR_INSERT_IMAGE = 41,            /* set by nothing */
+  PDF_ERROR_FILE_NOT_FOUND = 42,          /* set by nothing */
+  PDF_ERROR_ACCESS_DENIED = 43,           /* set by nothing */
+  PDF_ERROR_INVALID_PASSWORD = 44,        /* set by nothing */
+  PDF_ERROR_OCR_LIBRARY = 45,             /* OCR layer, not exported */
+  PDF_ERROR_OCR_FUNCTIONS = 46,           /* OCR layer, not exported */
+  PDF_ERROR_OCR = 47,                     /* OCR layer, not exported */
+  PDF_ERROR_HOCR = 48                     /* OCR layer, not exported */
 };
 
 /* Compression of a page's image: either a small identifier or its flag, which mean the same. */
 enum {
-  PDF_COMPRESSION_NONE = 0,
-  PDF_COMPRESSION_ASCII_HEX = 1, /* named, not supported */
-  PDF_COMPRESSION_ASCII_85 = 2,  /* named, not supported */
-  PDF_COMPRESSION_LZW = 3,       /* named, not supported */
-  PDF_COMPRESSION_FLATE = 4,
-  PDF_COMPRESSION_RUN_LENGTH = 5,
-  PDF_COMPRESSION_CCITT = 6, /* Group 4 */
-  PDF_COMPRESSION_JPEG = 7,
-  PDF_COMPRESSION_FLAG_NOT_SPECIFIED = 16,
-  PDF_COMPRESSION_FLAG_NONE = 32,
-  PDF_COMPRESSION_FLAG_ASCII_HEX = 64,
-  PDF_COMPRESSION_FLAG_ASCII_85 = 128,
-  PDF_COMPRESSION_FLAG_LZW = 256,
-  PDF_COMPRESSION_FLAG_FLATE = 512,
-  PDF_COMPRESSION_FLAG_RUN_LENGTH = 1024,
-  PDF_COMPRESSION_FLAG_CCITT = 2048,
-  PDF_COMPRESSION_FLAG_JPEG = 4096
+  PDF_COMPRESSION_NONE = 0,                /* raw */
+  PDF_COMPRESSION_ASCII_HEX = 1,           /* named, not supported */
+  PDF_COMPRESSION_ASCII_85 = 2,            /* named, not supported */
+  PDF_COMPRESSION_LZW = 3,                 /* named, not supported */
+  PDF_COMPRESSION_FLATE = 4,               /* 1, 8 and 24 bits */
+  PDF_COMPRESSION_RUN_LENGTH = 5,          /* 8 bits */
+  PDF_COMPRESSION_CCITT = 6,               /* Group 4: 1 bit */
+  PDF_COMPRESSION_JPEG = 7,                /* 8 and 24 bits */
+  PDF_COMPRESSION_FLAG_NOT_SPECIFIED = 16, /* refused */
+  PDF_COMPRESSION_FLAG_NONE = 32,          /* the same, as a flag */
+  PDF_COMPRESSION_FLAG_ASCII_HEX = 64,     /* the same, as a flag */
+  PDF_COMPRESSION_FLAG_ASCII_85 = 128,     /* the same, as a flag */
+  PDF_COMPRESSION_FLAG_LZW = 256,          /* the same, as a flag */
+  PDF_COMPRESSION_FLAG_FLATE = 512,        /* the same, as a flag */
+  PDF_COMPRESSION_FLAG_RUN_LENGTH = 1024,  /* the same, as a flag */
+  PDF_COMPRESSION_FLAG_CCITT = 2048,       /* the same, as a flag */
+  PDF_COMPRESSION_FLAG_JPEG = 4096         /* the same, as a flag */
 };
 
 /* ---- Session ---- */

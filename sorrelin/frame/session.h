@@ -16,6 +16,7 @@
 #include <initializer_list>
 
 #if defined(__GNUC__) && !defined(_WIN32)
+// Keeps a member function out of the library's interface.
 #define SORRELIN_LOCAL __attribute__((visibility("hidden")))
 #else
 #define SORRELIN_LOCAL
@@ -37,31 +38,34 @@ bool WriteEncodedPage(CCreatePDF& session, EncodedPage const& page);
 
 // One row of the object table. In a document that was read, bInUse holds the entry type.
 struct ObjectEntry {
-  DWORD nOffset;  // bytes from the start of the target; 0: the row is free
-  DWORD nGeneration;
-  DWORD bInUse;
+  DWORD nOffset;      // bytes from the start of the target; 0: the row is free
+  DWORD nGeneration;  // as in "N G obj"
+  DWORD bInUse;       // not 0: the object was written
 };
 
 // The value of /K: -1 is Group 4. Any value is accepted and written as it is.
 enum _CCITT_ENCODE_TYPE : int32_t {};
 
+// The parameters of a CCITT image; each member is the value of the key of its name.
 struct _CCITT_FILTER_PARAMS {
-  int32_t FilterType;  // 6, or the record is refused
-  _CCITT_ENCODE_TYPE K;
-  int32_t EndOfLine;
-  int32_t EncodedByteAlign;
-  int32_t Columns;  // pixels
-  int32_t Rows;     // stored, never written: /Rows comes from the image's height
-  int32_t EndOfBlock;
-  int32_t BlackIs1;
-  int32_t DamagedRowsBeforeError;
+  int32_t FilterType;              // 6, or the record is refused
+  _CCITT_ENCODE_TYPE K;            // -1: Group 4
+  int32_t EndOfLine;               // 0 or not
+  int32_t EncodedByteAlign;        // 0 or not
+  int32_t Columns;                 // pixels
+  int32_t Rows;                    // stored, never written: the key comes from the image's height
+  int32_t EndOfBlock;              // 0 or not
+  int32_t BlackIs1;                // 0 or not
+  int32_t DamagedRowsBeforeError;  // rows
 };
 
+// How an image's bytes are coded.
 struct _FILTER {
   DWORD Compression;                 // PDF_COMPRESSION_*
   _CCITT_FILTER_PARAMS CcittParams;  // read for CCITT coding only
 };
 
+// What an image's dictionary says of the picture.
 struct _IMAGE_PARAMETERS {
   int32_t Width;         // pixels
   int32_t Height;        // rows
@@ -70,10 +74,11 @@ struct _IMAGE_PARAMETERS {
   int32_t ImageMask;     // 1 bit only: the value of /ImageMask
 };
 
+// The session. What the flat functions of pdf.h do, its methods do.
 class SORRELIN_EXPORT CCreatePDF {
  public:
   // Session (frame/)
-  CCreatePDF();
+  CCreatePDF();  // nothing is open
   // Does not close the channel: ClosePDFFile does.
   ~CCreatePDF();
   // Copies the whole object, the pointers of the channel and the side record included, which then
@@ -82,8 +87,11 @@ class SORRELIN_EXPORT CCreatePDF {
   CCreatePDF(CCreatePDF const&) = delete;
 
   // Errors (frame/)
+
+  // Stores the code of a failure, and gives it back: 32 on a fresh session.
   void PDF_SetLastError(DWORD nError);
   DWORD PDF_GetLastError();
+
   // See pdf_GetLastPDFErrorText. 1, or 0 for a null buffer.
   int GetLastPDFErrorText(char* szBuffer);
 
@@ -98,20 +106,27 @@ class SORRELIN_EXPORT CCreatePDF {
   DWORD ObjectStartNewGen(DWORD nObject, int bDict, int bEol, int bNewGeneration);
   // Writes ">>" if bDict, then "endobj".
   int ObjectEnd(int bDict);
+  // 1 if the object's row is taken, else 0.
   int ObjectExistsAlready(DWORD nObject);
   // The highest object number handed out.
   DWORD GetCurrentObject();
+  // Overwrites that number; the next object gets the one behind it.
   void SetCurrentObject(DWORD nObject);
   // The number that the next object gets.
   DWORD GetNextObject();
   // Takes a number and writes nothing. Error 40 when the object table is full.
   DWORD ReserveOneObject();
+  // Takes a number for the pages root and remembers it as that.
   DWORD ReservePagesRootObject();
   // Opens a stream object whose only key is /Length, in an object that must come next.
   DWORD BeginStream();
+  // Marks the end of that stream and closes its object.
   int EndStream();
+
+  // Take the place of the next byte for the begin or the end of a stream.
   void MarkStreamBegining();
   void MarkStreamEnd();
+
   // Bytes between the two marks.
   DWORD GetStreamLength();
   // Writes the length object of the stream last marked; error 14 if it is empty.
@@ -123,17 +138,27 @@ class SORRELIN_EXPORT CCreatePDF {
   int WriteToPDFFile(char const* szText, int bEol);
   // Writes bytes and returns their number; 0 with error 7, 8, 2 or 1 as above.
   DWORD WriteRawDataToPDFFile(BYTE const* pData, DWORD nBytes);
+  // Writes one end of line. 1; 0 with error 2 or 1.
   DWORD WriteEolToPDFFile();
   // Not 0: lines end with CR LF. 0, as after construction: with LF.
   void SetChar13(int bUseChar13);
+  // What SetChar13 was given last.
   int UseChar13();
+
+  // Clear the object table and the list of pages.
   void InitObjectList();
   void InitPageObjectsList();
+
   // The object number of page nPage: from 1 when writing, from 0 when reading; 0 past the list.
   DWORD GetPageObjectNumber(DWORD nPage);
+  // Pages that this session has added.
   DWORD GetCurrentPageNumber();
+
+  // Pages of the document; for one that was read, what its page tree claims.
   DWORD GetNumberOfPages();
   DWORD GetTotalPageNumber();
+
+  // Object numbers of the document's skeleton.
   DWORD GetCatalogObjectNr();
   DWORD GetOutlinesObjectNr();
   DWORD GetPagesRootObjectNr();
@@ -143,7 +168,9 @@ class SORRELIN_EXPORT CCreatePDF {
   // Header lines and object 1, the Info dictionary. A null title takes the session's, or the
   // default; a null creator takes the first byte of the banner.
   int WritePDFHeader(char const* szTitle, char const* szCreator);
+  // The outlines object; nCount is the value of its /Count.
   DWORD CreateOutlinesObject(DWORD nCount);
+  // The pages root under its reserved number, with all pages. Error 11 if it is written already.
   DWORD CreatePagesRootObject();
   // nResourceType 1 is a font, 2 an XObject named szResourceName; ptSize is in points. The page's
   // contents must be the next object. Errors 12 past 30,000 pages, 13 for another type.
@@ -151,20 +178,29 @@ class SORRELIN_EXPORT CCreatePDF {
                          DWORD nProcSetObject, char const* szResourceName, POINT ptSize);
   // nImageType 0: ImageB, 1: ImageC, 2: ImageI.
   DWORD CreateProcSetObject(int nImageType, int bText);
+  // Helvetica, under the name F1.
   DWORD CreateFontObject();
+  // The catalog, of the two objects' numbers.
   DWORD CreateCatalogObject(DWORD nPagesRoot, DWORD nOutlines);
 
   // Create and finish (writer/)
 
+  // Start a document in a new file, or an update of the file if it exists. See pdf_CreatePDF.
   int CreatePDF(char const* szFileName);
   int CreatePDFW(WCHAR const* szFileName);
+
+  // Open the target only, without the document's first objects. Error 1.
   int CreatePDFFile(char const* szFileName);
   int CreatePDFFileW(WCHAR const* szFileName);
+
   // pAppendTo is the address of a document of nSize bytes, which is copied, or 0 for a new document
   // with nSize as the first capacity.
   int CreatePDFInMemory(int64_t pAppendTo, DWORD nSize);
+  // Opens the target only.
   int CreatePDFFileInMemory(int64_t pAppendTo, DWORD nSize);
+  // The cross-reference section and the trailer of a new document.
   int WriteXref();
+  // See pdf_FinishPDF. A document in memory is freed.
   int FinishPDF();
   // Hands the document over: *ppData receives its address, to be freed with pdf_FreePDFInMemory.
   int FinishPDFInMemory(int64_t* ppData, DWORD* pSize);
@@ -183,6 +219,7 @@ class SORRELIN_EXPORT CCreatePDF {
                             int nQuality);
   int SaveDIBAsColorPDFPageW(void* hDIB, WCHAR const* szCodecLibrary, DWORD nCompression,
                              int nQuality);
+
   // Whole points for a picture of pixels at dots per inch.
   POINT CalculatePageSizeFromPixelsAndDPI(LONG nWidth, LONG nHeight, DWORD nDpiX, DWORD nDpiY);
   // 1 bit: nOrder is 1 if the first colour is black, else 0. Errors 2 and 10.
@@ -198,6 +235,7 @@ class SORRELIN_EXPORT CCreatePDF {
   int SetCCITTFilterParams(_CCITT_FILTER_PARAMS* pParams, int nColumns, int nRows,
                            _CCITT_ENCODE_TYPE K, int bBlackIs1, int bEndOfLine,
                            int bEncodedByteAlign, int bEndOfBlock, int nDamagedRowsBeforeError);
+
   // 1 if the value is the identifier or has the flag's bit, else 0.
   int IsCompession_NOT_SPECIFIED(DWORD nCompression);
   int IsCompession_NO_COMPRESSION(DWORD nCompression);
@@ -212,18 +250,27 @@ class SORRELIN_EXPORT CCreatePDF {
   // Encoders (image/): a new, unlocked block with nSize stream bytes, rows from the top without
   // padding; the block may be larger. 0 or -1 on failure.
 
+  // The coder that nCompression names. Error 15 for a value without one.
   void* ConvertDIB2PDFImage(void* hDIB, DWORD& nSize, DWORD nCompression,
                             char const* szCodecLibrary, int nQuality);
   void* ConvertDIB2PDFImageW(void* hDIB, DWORD& nSize, DWORD nCompression,
                              WCHAR const* szCodecLibrary, int nQuality);
+
+  // 24 bits as red, green, blue. Error 10 for other depths than 1, 8 and 24.
   void* ConvertDIB2UncompressedPDFImage(void* hDIB, DWORD& nSize);
+  // The same, coded with Flate; nLevel is zlib's.
   void* ConvertDIB2FlatePDFImage(void* hDIB, DWORD& nSize, DWORD nCompression, int nLevel);
+  // 8 bits only, else error 5.
   void* ConvertDIB2RLEPDFImage(void* hDIB, DWORD& nSize, DWORD nCompression);
   // Codes one row of nLength bytes; pOut has room for twice as many, at least 2.
   void RLEEncriptLine(BYTE* pLine, DWORD nLength, BYTE* pOut, DWORD& nOutSize);
+
+  // Group 4 by the sibling, in memory or (File) through a temporary file. Errors 5, 10, 17 to 20.
   void* ConvertDIB2CcittPDFImage(void* hDIB, DWORD& nSize, char const* szCodecLibrary);
   void* ConvertDIB2CcittPDFImageW(void* hDIB, DWORD& nSize, WCHAR const* szCodecLibrary);
   void* ConvertDIB2CcittPDFImageFileW(void* hDIB, DWORD& nSize, WCHAR const* szCodecLibrary);
+
+  // JPEG by the sibling, likewise. Errors 5 for 1 bit, 10, 17, 18, 20, 21 (19 in the File form).
   void* ConvertDIB2DctJpegPDFImage(void* hDIB, DWORD& nSize, char const* szCodecLibrary,
                                    int nQuality, DWORD nCompression);
   void* ConvertDIB2DctJpegPDFImageW(void* hDIB, DWORD& nSize, WCHAR const* szCodecLibrary,
@@ -233,6 +280,7 @@ class SORRELIN_EXPORT CCreatePDF {
 
   // Bitmap access (image/)
 
+  // Bits per pixel; 0 if the bitmap cannot be read.
   int GetDIBBitsPerPixel(void* hDIB);
   // Dots per inch in x and y; 96 by 96 if the bitmap has none, (0, 0) if it cannot be read.
   POINT GetDIBDPI(void* hDIB);
@@ -241,8 +289,9 @@ class SORRELIN_EXPORT CCreatePDF {
   // A new block of *pSize bytes: red, green, blue for each colour table entry. -1 on failure.
   void* ExtractPaletteFromDIB(void* hDIB, DWORD* pSize);
 
-  // Information strings (writer/): see pdf_SetTitleA and pdf_GetTitleA. 1 or 0.
+  // Information strings (writer/): 1 or 0.
 
+  // See pdf_SetTitleA and pdf_GetTitleA. Errors 7 for null, 35 for a buffer that is too small.
   int SetTitleA(char const* szText);
   int SetTitleW(WCHAR const* szText);
   int GetTitleA(char* szBuffer, DWORD* pnSize);
@@ -270,19 +319,28 @@ class SORRELIN_EXPORT CCreatePDF {
                        uint64_t* pnLength);
 
   // Decoders (image/): a new, unlocked bitmap from the bytes of an image stream, or 0. nKind is 1
-  // (1 bit), 2 (8 bits with hPalette) or 4 (24 bits); a negative height keeps the row order.
+  // (1 bit), 2 (8 bits with hPalette) or 4 (24 bits); a negative height keeps the row order. The
+  // resolution is 0. Errors 10, 27, 28.
 
+  // Rows from the top, without padding. The bytes of a 24-bit block are exchanged in place.
   void* CreateDIBFromUncompressedData(void* hData, DWORD nWidth, DWORD nHeight, int nKind,
                                       void* hPalette);
+  // The same, coded with Flate.
   void* CreateDIBFromFLATEData(void* hData, DWORD nWidth, DWORD nHeight, DWORD nKind,
                                void* hPalette);
+  // Run-length data of 8 bits.
   void* CreateDIBFromRLEData(void* hData, DWORD nWidth, DWORD nHeight, DWORD nKind, void* hPalette);
   // Decodes run-length data into the rows of a bitmap. 1 or 0.
   int DecriptRLEData(BYTE* pData, uint64_t nSize, void* hDIB);
+
+  // Group 4 by the sibling, from memory or (File) a temporary file. Errors 10, 17 to 19, 30.
   void* CreateDIBFromCCITTData(void* hData, DWORD nWidth, DWORD nHeight);
   void* CreateDIBFromCCITTDataFile(void* hData, DWORD nWidth, DWORD nHeight);
+
+  // JPEG by the sibling; depth and size are the file's. Errors 17, 18, 21, 27.
   void* CreateDIBFromJPEGData(void* hData);
   void* CreateDIBFromJPEGDataFile(void* hData);
+
   // The colour table of nHighValue + 1 entries that object nObject holds, as a new block, or 0.
   void* LoadPalette(DWORD nBitsPerComponent, DWORD nHighValue, DWORD nObject);
 
@@ -291,8 +349,11 @@ class SORRELIN_EXPORT CCreatePDF {
   // Reads the open document's index, catalog, page list and strings: the number of object rows,
   // or 0.
   DWORD BuildObjectListFromFile();
+  // Takes the newest trailer at the channel's position; *pPrev receives its /Prev. 1 or 0.
   DWORD BuildObjectListFromTrailer(DWORD* pPrev);
+  // Reads the table at an offset; bOlder leaves rows that are taken. 1 or 0.
   int BuildObjectListFromXrefTable(DWORD nOffset, int bOlder);
+  // The same for /Prev alone, of an older trailer; 0 for one that names itself. 1 or 0.
   int ReadPrevFlag(DWORD* pPrev);
   // The number that the object at an offset declares, or 0.
   DWORD GetRealObjectNumber(DWORD nOffset);
@@ -303,9 +364,12 @@ class SORRELIN_EXPORT CCreatePDF {
   int OpenPDFFile(char const* szFileName);
   int OpenPDFFileW(WCHAR const* szFileName);
   int OpenPDFFileInMemory(int64_t pData, DWORD nSize);
+
   // An object's text in a new block, or 0.
   void* LoadObject(DWORD nObject);
+  // The bytes of an object's text; 0 for object 0.
   DWORD GetObjectSize(DWORD nObject);
+  // 1 for ordinary objects, whatever they are.
   DWORD GetObjectType(BYTE* pData, DWORD nSize);
   // 1 if the object looks like a page; 0 with error 34.
   int LoadPageObject(DWORD nObject);
@@ -313,38 +377,58 @@ class SORRELIN_EXPORT CCreatePDF {
   void* LoadImageFromPDF(DWORD nPage);
   // The same; the compression flags and the kind (1, 2, 4) go behind the pointers, if given.
   void* LoadImageAndInfoFromPDF(DWORD nPage, DWORD* pnCompression, DWORD* pnKind);
+
   // Opens a document and loads one page's image; the document stays open.
   void* LoadPDFIntoDIB(char const* szFileName, DWORD nPage);
   void* LoadPDFIntoDIBW(WCHAR const* szFileName, DWORD nPage);
+
   // Walks the page tree from a node's text into the page list. 1 or 0.
   int ParseKids(BYTE* pData, DWORD nSize);
+  // Notes which image kinds a /ProcSet names. 1, or 0 with error 33.
   int GetProcSetData(BYTE* pData, DWORD nSize);
 
   // Scanner (reader/): values behind a key text in an object's bytes. The buffer's last byte is
   // written while a search runs, and never part of a match.
 
+  // 1 for CR, LF, blank and "["; for a digit; for a digit or a letter; else 0.
   DWORD IsDelimiter(char c);
   DWORD IsNumber(char c);
   DWORD IsValidChar(char c);
+
+  // The first place where the key's text stands, or null. Error 2 for a missing argument.
   BYTE* GetKeyBeginning(BYTE* pData, DWORD nSize, char const* szKey);
   // 0 for a key at the start, and for none.
   DWORD GetKeyBeginningByteOffset(BYTE* pData, DWORD nSize, char const* szKey);
+  // 1 if the key's text stands anywhere, else 0.
   int IsFlagSet(BYTE* pData, DWORD nSize, char const* szKey);
+
+  // The two numbers, or the one number, behind a key (null: from the start), behind the first name,
+  // or in the array behind a key without its slash. 1 or 0, error 2 for a missing argument. A
+  // number of 100 digits or more ends the process.
   int GetValue(BYTE* pData, DWORD nSize, char const* szKey, DWORD* pFirst, DWORD* pSecond);
   int GetValue(BYTE* pData, DWORD nSize, char const* szKey, DWORD* pValue);
   int GetFirstValue(BYTE* pData, DWORD nSize, DWORD* pFirst, DWORD* pSecond);
   int GetValueFromArray(BYTE* pData, DWORD nSize, char const* szKey, DWORD* pFirst, DWORD* pSecond);
+
+  // The number that an object consists of. 1 or 0.
   int GetValueFromReference(DWORD nObject, DWORD* pValue);
   // One alphanumeric token; the buffer needs one byte more than *pnSize says.
   int GetStringValue(BYTE* pData, DWORD nSize, char const* szKey, char* szValue, uint64_t* pnSize);
+  // The key with its value, copied with a NUL behind it; *pnSize is the room, and the size needed
+  // when that is too little. 1 or 0.
   int GetKeyWithValue(BYTE* pData, DWORD nSize, char const* szKey, BYTE* pValue, DWORD* pnSize);
+  // 1 if the key (without slash) was found; bDictionary tells whether a dictionary follows.
   int IsDictionary(BYTE* pData, DWORD nSize, int& bDictionary, char const* szKey);
+  // 1 if a reference follows the key, else 0.
   int IsReference(BYTE* pData, DWORD nSize, char const* szKey);
 
   // Update (writer/)
 
+  // Writes the old pages root again, with the added pages. Errors 1, 26.
   int CreatePagesRootObjectForAppend();
+  // The table of all objects, old and new, and the trailer.
   int WriteXrefForAppend();
+  // Clears the list of added pages.
   void InitAppendedPageObjectsList();
 
  private:

@@ -11,9 +11,10 @@
 // session can be closed and released afterwards.
 class SORRELIN_EXPORT SorrelinStringError : public std::runtime_error {
  public:
-  static constexpr DWORD kInvalidArgument = 0x80070057;
-  static constexpr DWORD kFailed = 0x80004005;  // memory is short
+  static constexpr DWORD kInvalidArgument = 0x80070057;  // a bad format or text
+  static constexpr DWORD kFailed = 0x80004005;           // memory is short
 
+  // `code` is one of the two.
   explicit SorrelinStringError(DWORD code)
       : std::runtime_error(code == kInvalidArgument ? "string operation: invalid argument"
                                                     : "string operation: failed"),

@@ -8,6 +8,7 @@
 
 #if !defined(_WIN32)
 
+/* What a handler is called with. */
 #define CTRL_C_EVENT 0u
 #define CTRL_CLOSE_EVENT 2u
 #define CTRL_SHUTDOWN_EVENT 6u

@@ -6,6 +6,7 @@
 
 #if !defined(_WIN32)
 
+/* The numbers that the platform layer sets or tells. */
 #define ERROR_SUCCESS 0u
 #define ERROR_FILE_NOT_FOUND 2u
 #define ERROR_PATH_NOT_FOUND 3u
@@ -40,10 +41,12 @@
 #define ERROR_CANCELLED 1223u
 #define ERROR_FILE_READ_ONLY 6009u
 
+/* Flags of FormatMessageA. */
 #define FORMAT_MESSAGE_ALLOCATE_BUFFER 0x0100u
 #define FORMAT_MESSAGE_IGNORE_INSERTS 0x0200u
 #define FORMAT_MESSAGE_FROM_SYSTEM 0x1000u
 
+/* Sets and gives this thread's number. A failed operation of this layer has set it. */
 SORRELIN_PLATFORM_API void SetLastError(DWORD error);
 SORRELIN_PLATFORM_API DWORD GetLastError(void);
 

@@ -10,6 +10,7 @@
 
 #if !defined(_WIN32)
 
+/* Access, sharing, dispositions, flags and results of the operations below, as Windows has them. */
 #define GENERIC_READ 0x80000000u
 #define GENERIC_WRITE 0x40000000u
 #define FILE_SHARE_READ 0x00000001u
@@ -66,6 +67,7 @@ SORRELIN_PLATFORM_API BOOL FlushFileBuffers(HANDLE file);
 /* Closes a file handle; 0 with error 6 for any other value. */
 SORRELIN_PLATFORM_API BOOL CloseHandle(HANDLE file);
 
+/* Removes a file. 0 with the system error, 2 for a name that there is not. */
 SORRELIN_PLATFORM_API BOOL DeleteFileW(WCHAR const* name);
 
 /* Gives a file a new name on the same volume, in one step that no other process can see half done.

@@ -10,6 +10,7 @@
 
 #if !defined(_WIN32)
 
+/* Flags of blocks: their address may change while they are not locked, they start zeroed. */
 #define GMEM_FIXED 0x0000u
 #define GMEM_MOVEABLE 0x0002u
 #define GMEM_ZEROINIT 0x0040u

@@ -14,15 +14,16 @@
 
 #else
 
+/* A time of day. */
 typedef struct tagSYSTEMTIME {
-  WORD wYear;
-  WORD wMonth; /* from 1 */
-  WORD wDayOfWeek;
-  WORD wDay; /* from 1 */
-  WORD wHour;
-  WORD wMinute;
-  WORD wSecond;
-  WORD wMilliseconds;
+  WORD wYear;         /* all four digits */
+  WORD wMonth;        /* from 1 */
+  WORD wDayOfWeek;    /* from 0, Sunday */
+  WORD wDay;          /* from 1 */
+  WORD wHour;         /* 0 to 23 */
+  WORD wMinute;       /* 0 to 59 */
+  WORD wSecond;       /* 0 to 60 */
+  WORD wMilliseconds; /* 0 to 999 */
 } SYSTEMTIME;
 
 /* The local time of now. */

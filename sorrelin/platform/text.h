@@ -9,6 +9,7 @@
 
 #if !defined(_WIN32)
 
+/* Code pages, and a flag that is accepted and means nothing. */
 #define CP_ACP 0u
 #define CP_UTF8 65001u
 #define MB_PRECOMPOSED 1u

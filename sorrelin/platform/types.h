@@ -17,6 +17,7 @@
 #include <uchar.h>
 #endif
 
+/* Windows' names for numbers and handles. */
 typedef uint8_t BYTE;
 typedef uint16_t WORD;
 typedef uint32_t DWORD;
@@ -24,46 +25,54 @@ typedef int32_t LONG;
 typedef uint32_t UINT;
 typedef int BOOL;
 typedef size_t SIZE_T;
-typedef char16_t WCHAR; /* one UTF-16 code unit */
 typedef void* HANDLE;
 typedef void* HGLOBAL;
 typedef void* HMODULE;
-typedef void* LPSECURITY_ATTRIBUTES; /* always null */
-typedef void* LPOVERLAPPED;          /* always null */
 
+/* One UTF-16 code unit. */
+typedef char16_t WCHAR;
+
+/* Always null. */
+typedef void* LPSECURITY_ATTRIBUTES;
+typedef void* LPOVERLAPPED;
+
+/* A place, or a pair of extents. */
 typedef struct tagPOINT {
-  LONG x;
-  LONG y;
+  LONG x; /* to the right, or the width */
+  LONG y; /* the other direction, or the height */
 } POINT;
 
 /* One colour table entry. */
 typedef struct tagRGBQUAD {
-  BYTE rgbBlue;
-  BYTE rgbGreen;
-  BYTE rgbRed;
-  BYTE rgbReserved;
+  BYTE rgbBlue;     /* 0 to 255 */
+  BYTE rgbGreen;    /* 0 to 255 */
+  BYTE rgbRed;      /* 0 to 255 */
+  BYTE rgbReserved; /* not looked at */
 } RGBQUAD;
 
-/* Head of a packed bitmap, 40 bytes. */
+/* Head of a packed bitmap, 40 bytes. Behind it stand the colour table and the rows, each row padded
+ * to 4 bytes. */
 typedef struct tagBITMAPINFOHEADER {
-  DWORD biSize;
-  LONG biWidth;
-  LONG biHeight;
-  WORD biPlanes;
-  WORD biBitCount;
-  DWORD biCompression;
-  DWORD biSizeImage;
-  LONG biXPelsPerMeter;
-  LONG biYPelsPerMeter;
-  DWORD biClrUsed;
-  DWORD biClrImportant;
+  DWORD biSize;         /* 40 */
+  LONG biWidth;         /* pixels */
+  LONG biHeight;        /* rows, positive: the lowest row of the picture comes first */
+  WORD biPlanes;        /* 1 */
+  WORD biBitCount;      /* bits a pixel: 1, 8 or 24 */
+  DWORD biCompression;  /* 0; not looked at */
+  DWORD biSizeImage;    /* bytes of the rows with their padding, or 0; not looked at */
+  LONG biXPelsPerMeter; /* pixels per metre; 0: as in y, and without both 96 dots per inch */
+  LONG biYPelsPerMeter; /* pixels per metre; 0: as in x */
+  DWORD biClrUsed;      /* entries of the colour table; 0: 2 for 1 bit, 256 for 8, none for 24 */
+  DWORD biClrImportant; /* not looked at */
 } BITMAPINFOHEADER;
 
+/* Windows' constants. */
 #define FALSE 0
 #define TRUE 1
-#define MAX_PATH 260
-#define SORRELIN_TEXT_JOIN(text) u##text
+#define MAX_PATH 260 /* units of a path with its terminator */
 #define INVALID_HANDLE_VALUE ((HANDLE)(intptr_t)-1)
+
+#define SORRELIN_TEXT_JOIN(text) u##text
 
 #if defined(__GNUC__)
 #define SORRELIN_PLATFORM_EXPORT __attribute__((visibility("default")))

@@ -10,6 +10,7 @@
 
 namespace sorrelin {
 
+// UTF-16 text.
 using WideString = std::basic_string<WCHAR>;
 
 // The text in the system's code page as UTF-16. `text` must not be null.

@@ -20,8 +20,8 @@ struct EncodedPage {
   bool decode_normal = true;   // 1 bit: /Decode [0 1], where CCITT data show a black run as black
   POINT dpi = {0, 0};          // dots per inch, neither of them 0
   BYTE const* data = nullptr;  // `size` stream bytes, the caller's
-  DWORD size = 0;
-  HGLOBAL palette = nullptr;  // 8 bits: a block of red, green, blue triples, the caller's
+  DWORD size = 0;              // bytes
+  HGLOBAL palette = nullptr;   // 8 bits: a block of red, green, blue triples, the caller's
 };
 
 // Adds the page to the session's document: false after a failure, with the session's error code.

@@ -14,11 +14,11 @@ extern "C" {
 /* ---- CCITT: Cadwick ---- */
 
 enum {
-  CCITT_GROUP4 = 4,            /* the only coding asked for: the TIFF Compression value */
-  CCITT_ROW_DONE = 0,          /* a row callback's result: the row was delivered or taken */
-  CCITT_ROW_STOP = 1,          /* the decoder's row callback wants no more rows */
-  CCITT_ROW_PAST_END = 3,      /* the encoder's row callback: the index is past the last row */
-  CCITT_ERROR_DATA_ENDED = 5   /* TiffError: the coded data ended before the last row */
+  CCITT_GROUP4 = 4,          /* the only coding asked for: the TIFF Compression value */
+  CCITT_ROW_DONE = 0,        /* a row callback's result: the row was delivered or taken */
+  CCITT_ROW_STOP = 1,        /* the decoder's row callback wants no more rows */
+  CCITT_ROW_PAST_END = 3,    /* the encoder's row callback: the index is past the last row */
+  CCITT_ERROR_DATA_ENDED = 5 /* TiffError: the coded data ended before the last row */
 };
 
 /* One row, the top row being index 0, the leftmost pixel in the highest bit of the first byte; a
@@ -43,6 +43,7 @@ typedef int (*TiffErrorFunction)(void);
  * Writing grows the same block: after mClose its GlobalSize is what was written. The block stays
  * the caller's. */
 typedef void* (*mOpenFunction)(HGLOBAL hBlock, DWORD nSize);
+/* Ends a memory file; the result is not looked at. */
 typedef int (*mCloseFunction)(void* hMemoryFile);
 /* Moves the position; called with (0, 0) to rewind. */
 typedef int (*mSeekFunction)(void* hMemoryFile, int32_t nOffset, int32_t nOrigin);
