@@ -20,7 +20,7 @@ python3 "$examples/../tests/examples/examples_test.py" "$root/cmake"
 echo "-- pkg-config"
 PKG_CONFIG_PATH=$prefix/$3/pkgconfig
 export PKG_CONFIG_PATH
-flags=$(pkg-config --define-variable=prefix="$prefix" --cflags --libs sorrelin)
+flags=$(pkg-config --cflags --libs sorrelin)
 cc -std=c11 -Wall -Wextra -Werror "$examples/write_document.c" -o "$root/with_cc" $flags \
   -Wl,-rpath,"$prefix/$3"
 c++ -std=c++20 -Wall -Wextra -Werror "$examples/memory_document.cpp" -o "$root/with_cxx" $flags \
