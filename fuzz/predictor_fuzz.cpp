@@ -1,0 +1,55 @@
+// PNG predictors of the cross-reference route, held against those of the program: they agree on
+// whole rows that are not of the Paeth form, in which the library deliberately differs.
+//
+// The input is colours, bits and columns (2 bytes each), then tagged rows.
+#include <sorrelin/xref/decode_parms.h>
+#include <tools/png_predictor.h>
+
+#include <vector>
+
+#include "fuzz/fuzz_input.h"
+
+namespace {
+
+using Bytes = std::vector<BYTE>;
+using Parms = sorrelin::CDecodeParms::CDecodeParmsPredictor;
+
+constexpr BYTE kPaeth = 4;
+
+// The rows by the program's reader; empty if it has nothing to say.
+Bytes UndoStrictly(Bytes const& data, size_t row_bytes, size_t pixel_bytes) {
+  Bytes rows;
+  Bytes above(row_bytes);
+  if (row_bytes == 0 || data.size() % (row_bytes + 1) != 0) return {};
+  for (size_t at = 0; at < data.size(); at += row_bytes + 1) {
+    Bytes row(data.begin() + static_cast<ptrdiff_t>(at + 1),
+              data.begin() + static_cast<ptrdiff_t>(at + 1 + row_bytes));
+    if (data[at] >= kPaeth || !sorrelin::tool::UndoPngRow(data[at], row, above, pixel_bytes)) {
+      return {};
+    }
+    rows.insert(rows.end(), row.begin(), row.end());
+    above = row;
+  }
+  return rows;
+}
+
+}  // namespace
+
+int LLVMFuzzerTestOneInput(uint8_t const* bytes, size_t size) {
+  fuzz::Cursor input({bytes, size});
+  Parms parms;
+  parms.m_nPredictor = 12;
+  // The upper half of the numbers stands for ones that no multiplication holds.
+  for (DWORD* const field : {&parms.m_nColors, &parms.m_nBitsPerComponent, &parms.m_nColumns}) {
+    unsigned const value = input.Word();
+    *field = value < 0x8000 ? value : value << 16;
+  }
+  Bytes data(input.Rest().begin(), input.Rest().end());
+  Bytes const before = data;
+  int const result = sorrelin::DecodePngRows(parms, data);
+  uint64_t const bits = uint64_t{parms.m_nColors} * parms.m_nBitsPerComponent;
+  if (result == 0 || bits % 8 != 0 || bits == 0 || bits > 4096 || parms.m_nColumns > 4096) return 0;
+  Bytes const rows = UndoStrictly(before, parms.m_nColumns * bits / 8, bits / 8);
+  fuzz::Require(std::equal(rows.begin(), rows.end(), data.begin()), "rows differ");
+  return 0;
+}
