@@ -36,7 +36,8 @@
  * 3 no such directory or an empty name, 4 too many open files, 5 access denied or a directory, 32
  * held by another session, 80 exists already, 87 refused arguments, 123 a name with a lone
  * surrogate). `security` and `template_file` must be null. CREATE_ALWAYS locks first and truncates
- * after, so a file that another session holds keeps its content. A new file with
+ * after, so a file that another session holds keeps its content. A file that another session
+ * replaces while it is being opened for writing counts as held. A new file with
  * FILE_ATTRIBUTE_TEMPORARY is for its owner only (mode 0600). Close with CloseHandle. */
 SORRELIN_PLATFORM_API HANDLE CreateFileW(WCHAR const* name, DWORD access, DWORD share,
                                          void* security, DWORD disposition, DWORD flags,
@@ -74,6 +75,15 @@ SORRELIN_PLATFORM_API BOOL DeleteFileW(WCHAR const* name);
  * A name that exists fails with error 183, or is replaced with MOVEFILE_REPLACE_EXISTING. With
  * MOVEFILE_WRITE_THROUGH the new name is on the disk when the call returns. */
 SORRELIN_PLATFORM_API BOOL MoveFileExW(WCHAR const* from, WCHAR const* to, DWORD flags);
+
+/* Gives the file `replacement` the name of the file `replaced`, in one step that no other process
+ * can see half done, and with that file's owner, group and permissions. The new name is on the disk
+ * when the call returns. 0 with the system error, and both files as they were, where these cannot
+ * be kept (5) or a name does not exist. `backup` and the last two arguments must be null, `flags`
+ * 0. */
+SORRELIN_PLATFORM_API BOOL ReplaceFileW(WCHAR const* replaced, WCHAR const* replacement,
+                                        WCHAR const* backup, DWORD flags, void* exclude,
+                                        void* reserved);
 
 /* Attributes of a name, or INVALID_FILE_ATTRIBUTES with the system error when there is none. */
 SORRELIN_PLATFORM_API DWORD GetFileAttributesW(WCHAR const* name);

@@ -127,12 +127,25 @@ bool Prepare(int descriptor, OpenRequest const& request) {
   return true;
 }
 
+// Whether the name has gone to another file since the descriptor was opened by it.
+bool IsReplaced(int descriptor, std::string const& path) {
+  struct stat held {};
+  struct stat named {};
+  return fstat(descriptor, &held) == 0 && stat(path.c_str(), &named) == 0 &&
+         (held.st_dev != named.st_dev || held.st_ino != named.st_ino);
+}
+
+// A session that holds a file may replace it before it lets go, and then the lock is on a file that
+// has lost its name.
 HANDLE Open(std::string const& path, OpenRequest const& request) {
   bool const temporary = (request.flags & FILE_ATTRIBUTE_TEMPORARY) != 0;
   mode_t const mode = temporary ? 0600 : 0666;
   Descriptor descriptor(Retry([&] { return open(path.c_str(), OpenFlags(request), mode); }));
   if (descriptor.get() == -1) return Fail(ErrorOfPath(errno, path), INVALID_HANDLE_VALUE);
   if (!Prepare(descriptor.get(), request)) return INVALID_HANDLE_VALUE;
+  if (request.writable && IsReplaced(descriptor.get(), path)) {
+    return Fail(ERROR_SHARING_VIOLATION, INVALID_HANDLE_VALUE);
+  }
   HANDLE const handle = Files().Insert({descriptor.get(), request.readable, request.writable});
   descriptor.Release();
   return handle;

@@ -3,10 +3,15 @@
 #include <sorrelin/platform/error.h>
 #include <sorrelin/platform/file.h>
 #include <sorrelin/platform/posix_support.h>
+#include <sys/stat.h>
 #include <unistd.h>
+#if defined(__linux__)
+#include <sys/xattr.h>
+#endif
 
 #include <cerrno>
 #include <cstdio>
+#include <vector>
 
 namespace sorrelin {
 namespace {
@@ -46,18 +51,67 @@ BOOL Move(std::string const& from, std::string const& to, DWORD flags) {
   return TRUE;
 }
 
+constexpr mode_t kPermissions = 07777;
+
+// The list of users and groups that may do more than the permissions say. A file without one, or a
+// system without such lists, is no failure.
+bool CopyAccessList([[maybe_unused]] std::string const& from,
+                    [[maybe_unused]] std::string const& to) {
+#if defined(__linux__)
+  constexpr char kName[] = "system.posix_acl_access";
+  ssize_t const size = getxattr(from.c_str(), kName, nullptr, 0);
+  if (size <= 0) return size == 0 || errno == ENODATA || errno == EOPNOTSUPP;
+  std::vector<char> list(static_cast<size_t>(size));
+  ssize_t const read = getxattr(from.c_str(), kName, list.data(), list.size());
+  return read >= 0 && setxattr(to.c_str(), kName, list.data(), static_cast<size_t>(read), 0) == 0;
+#else
+  return true;
+#endif
+}
+
+// Owner first: a change of owner takes permissions away.
+bool CopyAccess(std::string const& from, std::string const& to) {
+  struct stat wanted {};
+  struct stat own {};
+  if (stat(from.c_str(), &wanted) == -1 || stat(to.c_str(), &own) == -1) return false;
+  bool const same = own.st_uid == wanted.st_uid && own.st_gid == wanted.st_gid;
+  if (!same && chown(to.c_str(), wanted.st_uid, wanted.st_gid) == -1) return false;
+  return chmod(to.c_str(), wanted.st_mode & kPermissions) == 0 && CopyAccessList(from, to);
+}
+
+BOOL Replace(std::string const& replaced, std::string const& replacement) {
+  if (!CopyAccess(replaced, replacement)) return Fail(ErrorOfErrno(errno), FALSE);
+  return Move(replacement, replaced, MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH);
+}
+
+// Calls use(first, second) with the paths of two names, or fails with the system error.
+template <typename Use>
+BOOL WithPaths(WCHAR const* first, WCHAR const* second, Use use) {
+  if (first == nullptr || second == nullptr) return Fail(ERROR_INVALID_PARAMETER, FALSE);
+  return Guarded(FALSE, [&] {
+    auto const first_path = Utf8Path(first);
+    auto const second_path = Utf8Path(second);
+    if (!first_path || !second_path) return Fail(ERROR_INVALID_NAME, FALSE);
+    return use(*first_path, *second_path);
+  });
+}
+
 }  // namespace
 }  // namespace sorrelin
 
 BOOL MoveFileExW(WCHAR const* from, WCHAR const* to, DWORD flags) {
-  if (from == nullptr || to == nullptr) return sorrelin::Fail(ERROR_INVALID_PARAMETER, FALSE);
   if ((flags & ~(MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH)) != 0) {
     return sorrelin::Fail(ERROR_INVALID_PARAMETER, FALSE);
   }
-  return sorrelin::Guarded(FALSE, [&] {
-    auto const source = sorrelin::Utf8Path(from);
-    auto const target = sorrelin::Utf8Path(to);
-    if (!source || !target) return sorrelin::Fail(ERROR_INVALID_NAME, FALSE);
-    return sorrelin::Move(*source, *target, flags);
+  return sorrelin::WithPaths(from, to, [&](std::string const& source, std::string const& target) {
+    return sorrelin::Move(source, target, flags);
   });
+}
+
+BOOL ReplaceFileW(WCHAR const* replaced, WCHAR const* replacement, WCHAR const* backup, DWORD flags,
+                  void* exclude, void* reserved) {
+  if (backup != nullptr || flags != 0 || exclude != nullptr || reserved != nullptr) {
+    return sorrelin::Fail(ERROR_INVALID_PARAMETER, FALSE);
+  }
+  return sorrelin::WithPaths(replaced, replacement, sorrelin::Replace);
 }
