@@ -125,6 +125,17 @@ bool Document::Create(std::filesystem::path const& path, Description const& desc
   return false;
 }
 
+bool Document::Update(std::filesystem::path const& path, std::string& problem) {
+  path_ = path;
+  if (session_->CreatePDFW(path.u16string().c_str()) != 0) return true;
+  if (session_->PDF_GetLastError() == PDF_ERROR_VERSION) {
+    problem = std::string("keeps objects in object streams, and takes no pages") + kRewriteHint;
+  } else {
+    problem = "cannot be updated: " + SessionText();
+  }
+  return false;
+}
+
 PageResult Document::Add(StoredImage const& image, PageStyle const& style, std::string& problem) {
   if (image.bytes.size() > std::numeric_limits<DWORD>::max()) {
     return Refuse(problem, "is larger than a document can be");

@@ -39,6 +39,10 @@ struct Description {
 inline constexpr size_t kMaxTextUnits = 252;
 inline constexpr size_t kMaxKeywordsUnits = 251;
 
+// What to do with a document whose form takes no pages; ends a problem.
+inline constexpr char kRewriteHint[] =
+    " (rewrite it first: qpdf --object-streams=disable in.pdf out.pdf)";
+
 enum class PageResult {
   kWritten,
   kRefused,  // this page cannot be written; others can
@@ -57,6 +61,8 @@ class Document {
 
   bool Create(std::filesystem::path const& path, Description const& description,
               std::string& problem);
+  // Opens a document that exists; pages go behind its own. PageCount counts both.
+  bool Update(std::filesystem::path const& path, std::string& problem);
   PageResult Add(StoredImage const& image, PageStyle const& style, std::string& problem);
   PageResult Add(Picture picture, PageStyle const& style, std::string& problem);
   bool Finish(std::string& problem);

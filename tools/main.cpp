@@ -26,6 +26,7 @@ int ParseAndRun(int argc, char** argv) {
   program.set_version_flag("--version", "sorrelin " SORRELIN_VERSION);
   int exit_code = kExitSuccess;
   AddMake(program, exit_code);
+  AddAppend(program, exit_code);
   AddCount(program, exit_code);
   AddInfo(program, exit_code);
   AddExtract(program, exit_code);

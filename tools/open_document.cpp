@@ -54,10 +54,11 @@ PdfValue TrailerOf(std::ifstream& file, std::streamoff section) {
   return PdfValueReader(std::string_view(text).substr(at + 7)).Read().value_or(PdfValue{});
 }
 
-bool HasEncryption(std::string const& name) {
+// Null if it cannot be read.
+PdfValue LastTrailer(std::string const& name) {
   std::ifstream file(name, std::ios::binary);
   auto const section = LastSection(file);
-  return section && !TrailerOf(file, *section)["Encrypt"].Is(Kind::kNull);
+  return section ? TrailerOf(file, *section) : PdfValue{};
 }
 
 std::string ErrorText(CCreatePDF& session) {
@@ -86,7 +87,9 @@ std::unique_ptr<OpenDocument> OpenDocument::Open(std::string const& name, std::s
                                                 : ErrorText(session));
     return nullptr;
   }
-  document->encrypted_ = HasEncryption(name);
+  PdfValue const trailer = LastTrailer(name);
+  document->encrypted_ = !trailer["Encrypt"].Is(Kind::kNull);
+  document->whole_trailer_ = !trailer["Root"].Is(Kind::kNull);
   return document;
 }
 

@@ -26,6 +26,8 @@ class OpenDocument {
   DWORD ListedPages() const;
   // Its texts and pictures cannot be read then; the library would take them as they are.
   bool IsEncrypted() const { return encrypted_; }
+  // Whether the last trailer can be read by all its keys; the library looks for some of them only.
+  bool HasWholeTrailer() const { return whole_trailer_; }
 
   // Texts of the description, as UTF-8; empty if there is none.
   std::string Title() const;
@@ -49,6 +51,7 @@ class OpenDocument {
 
   std::unique_ptr<CCreatePDF> session_;
   bool encrypted_ = false;
+  bool whole_trailer_ = false;
 };
 
 }  // namespace sorrelin::tool

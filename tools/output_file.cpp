@@ -88,17 +88,6 @@ fs::path Resolved(fs::path const& target) {
   return error ? target : resolved;
 }
 
-bool Flush(fs::path const& path) {
-  HANDLE const file = CreateFileW(path.u16string().c_str(), GENERIC_WRITE, 0, nullptr,
-                                  OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
-  if (file == INVALID_HANDLE_VALUE) return false;
-  bool const flushed = FlushFileBuffers(file) != FALSE;
-  DWORD const error = GetLastError();
-  CloseHandle(file);
-  SetLastError(error);
-  return flushed;
-}
-
 // A replaced file keeps who may read it.
 void KeepPermissions(fs::path const& target, fs::path const& path) {
   std::error_code error;
@@ -123,6 +112,16 @@ std::unique_ptr<OutputFile> OutputFile::Open(std::string const& target, bool rep
   return std::unique_ptr<OutputFile>(new OutputFile(resolved, replace, directory));
 }
 
+std::unique_ptr<OutputFile> OutputFile::OpenCopy(std::string const& target, std::string& problem) {
+  auto output = Open(target, true, problem);
+  if (output == nullptr) return nullptr;
+  output->keep_owner_ = true;
+  std::error_code error;
+  if (fs::copy_file(output->target_, output->path_, error)) return output;
+  problem = "cannot be copied: " + error.message();
+  return nullptr;
+}
+
 OutputFile::OutputFile(fs::path target, bool replace, fs::path const& directory)
     : target_(std::move(target)), path_(directory / kDocumentName), replace_(replace) {}
 
@@ -134,19 +133,39 @@ OutputFile::~OutputFile() {
 
 bool OutputFile::Commit(std::string& problem) {
   ActiveOutput& active = Active();
-  if (!Flush(path_)) return problem = "cannot be written: " + LastSystemError(), false;
+  if (!FlushFile(path_)) return problem = "cannot be written: " + LastSystemError(), false;
   std::lock_guard const lock(active.mutex);
-  if (replace_) KeepPermissions(target_, path_);
-  DWORD const flags = MOVEFILE_WRITE_THROUGH | (replace_ ? MOVEFILE_REPLACE_EXISTING : 0);
-  bool const moved = MoveFileExW(path_.u16string().c_str(), target_.u16string().c_str(), flags);
+  bool const moved = Move();
   bool const exists = !moved && GetLastError() == ERROR_ALREADY_EXISTS;
   if (exists) {
-    problem = "exists already: it has come into being in the meantime (--force replaces it)";
+    problem = "exists already: it has come into being in the meantime, and is as it was";
   } else if (!moved) {
     problem = "cannot be written: " + LastSystemError();
   }
   RemoveActive(active);
   return moved;
+}
+
+bool OutputFile::Move() const {
+  std::u16string const from = path_.u16string();
+  std::u16string const to = target_.u16string();
+  if (keep_owner_) {
+    return ReplaceFileW(to.c_str(), from.c_str(), nullptr, 0, nullptr, nullptr) != FALSE;
+  }
+  if (replace_) KeepPermissions(target_, path_);
+  DWORD const flags = MOVEFILE_WRITE_THROUGH | (replace_ ? MOVEFILE_REPLACE_EXISTING : 0);
+  return MoveFileExW(from.c_str(), to.c_str(), flags) != FALSE;
+}
+
+bool FlushFile(fs::path const& path) {
+  HANDLE const file = CreateFileW(path.u16string().c_str(), GENERIC_WRITE, 0, nullptr,
+                                  OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+  if (file == INVALID_HANDLE_VALUE) return false;
+  bool const flushed = FlushFileBuffers(file) != FALSE;
+  DWORD const error = GetLastError();
+  CloseHandle(file);
+  SetLastError(error);
+  return flushed;
 }
 
 void RemoveOutputOnInterrupt() { SetConsoleCtrlHandler(OnInterrupt, TRUE); }

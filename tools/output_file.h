@@ -17,12 +17,16 @@ class OutputFile {
   static std::unique_ptr<OutputFile> Open(std::string const& target, bool replace,
                                           std::string& problem);
 
+  // The same for a change of a file that exists: path() has a copy of it, and Commit keeps who owns
+  // the target and who may do what with it, or fails.
+  static std::unique_ptr<OutputFile> OpenCopy(std::string const& target, std::string& problem);
+
   // Removes what was not committed.
   ~OutputFile();
   OutputFile(OutputFile const&) = delete;
   OutputFile& operator=(OutputFile const&) = delete;
 
-  // The name to write to; there is no such file yet.
+  // The name to write to; there is no such file yet, or a copy of the target.
   std::filesystem::path const& path() const { return path_; }
 
   // Brings the file to the disk and gives it the target's name. Without `replace`, a target that
@@ -32,10 +36,17 @@ class OutputFile {
  private:
   OutputFile(std::filesystem::path target, bool replace, std::filesystem::path const& directory);
 
+  // With the mutex held.
+  bool Move() const;
+
   std::filesystem::path target_;
   std::filesystem::path path_;
   bool replace_;
+  bool keep_owner_ = false;
 };
+
+// Brings a file's bytes to the disk. False with the system error.
+bool FlushFile(std::filesystem::path const& path);
 
 // Has uncommitted output removed when the user or the system ends the process. Call it once, before
 // any thread is started.

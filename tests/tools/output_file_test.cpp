@@ -93,5 +93,40 @@ TEST(OutputFile, DanglingLinkCountsAsExisting) {
   EXPECT_THAT(problem, ::testing::HasSubstr("exists already"));
 }
 
+TEST(OutputFile, CopyHoldsTheTargetsBytesAndTheTargetStaysUntilTheCommit) {
+  test::TempDir directory;
+  test::WriteAll(directory / "a.pdf", BytesOf("old"));
+  fs::permissions(directory / "a.pdf", fs::perms::owner_read | fs::perms::owner_write);
+  std::string problem;
+  auto output = OutputFile::OpenCopy((directory / "a.pdf").string(), problem);
+  ASSERT_NE(output, nullptr) << problem;
+  EXPECT_EQ(test::ReadAll(output->path()), BytesOf("old"));
+  test::WriteAll(output->path(), BytesOf("new"));
+  EXPECT_EQ(test::ReadAll(directory / "a.pdf"), BytesOf("old"));
+  EXPECT_TRUE(output->Commit(problem)) << problem;
+  EXPECT_EQ(test::ReadAll(directory / "a.pdf"), BytesOf("new"));
+  EXPECT_EQ(EntriesOf(directory.path()), 1u);
+}
+
+TEST(OutputFile, CopyWhoseTargetIsGoneIsNotCommitted) {
+  test::TempDir directory;
+  test::WriteAll(directory / "a.pdf", BytesOf("old"));
+  std::string problem;
+  auto output = OutputFile::OpenCopy((directory / "a.pdf").string(), problem);
+  ASSERT_NE(output, nullptr) << problem;
+  fs::remove(directory / "a.pdf");
+  EXPECT_FALSE(output->Commit(problem));
+  EXPECT_EQ(problem, "cannot be written: No such file or directory");
+  EXPECT_EQ(EntriesOf(directory.path()), 0u);
+}
+
+TEST(OutputFile, CopyOfWhatDoesNotExistIsRefused) {
+  test::TempDir directory;
+  std::string problem;
+  EXPECT_EQ(OutputFile::OpenCopy((directory / "a.pdf").string(), problem), nullptr);
+  EXPECT_EQ(problem, "cannot be copied: No such file or directory");
+  EXPECT_EQ(EntriesOf(directory.path()), 0u);
+}
+
 }  // namespace
 }  // namespace sorrelin::tool

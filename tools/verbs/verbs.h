@@ -12,6 +12,7 @@ inline constexpr int kExitUsage = 2;
 
 // Adds a verb to the program. If the command line names it, the verb runs while it is parsed and
 // leaves its exit code in `exit_code`. What is wrong with an argument leaves as CLI::ParseError.
+void AddAppend(CLI::App& program, int& exit_code);
 void AddCount(CLI::App& program, int& exit_code);
 void AddExtract(CLI::App& program, int& exit_code);
 void AddInfo(CLI::App& program, int& exit_code);

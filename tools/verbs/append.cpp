@@ -1,0 +1,73 @@
+// sorrelin append: the pictures of the files as further pages of a document.
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <system_error>
+
+#include "tools/make_document.h"
+#include "tools/messages.h"
+#include "tools/page_options.h"
+#include "tools/update_document.h"
+#include "tools/verbs/verbs.h"
+
+namespace sorrelin::tool {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr char kName[] = "DOC";
+
+int Append(UpdateOptions const& options) {
+  std::string const& name = options.pages.output;
+  std::error_code error;
+  fs::file_status const status = fs::status(name, error);
+  if (fs::is_symlink(fs::symlink_status(name, error)) && !fs::exists(status)) {
+    PrintProblem(name, "is a link to a file that does not exist");
+    return kExitFailure;
+  }
+  if (status.type() == fs::file_type::not_found) return MakeDocument({options.pages, {}, false});
+  if (fs::exists(status) && status.type() != fs::file_type::regular) {
+    PrintProblem(name, "is not a regular file");
+    return kExitFailure;
+  }
+  return UpdateDocument(options);
+}
+
+constexpr char kFooter[] =
+    R"(
+A document that does not exist is made. Otherwise the pages are added to a copy
+beside DOC, which takes the place of DOC when it is whole, is on the disk and
+has been read back: whenever the run ends, DOC is the old document or the new
+one. Owner and permissions stay; a link stays a link, and what it names is
+changed. --in-place writes to DOC itself: it needs no room for a copy and keeps
+hard links, but a run that is killed leaves a document that has to be repaired.
+
+Pages, description and bookmarks of DOC stay; forms, attachments and what else
+hangs on its catalog do not. Documents with object streams and encrypted ones
+are left alone, and the message tells how to rewrite them.
+
+Exit status: 0 all is done; 1 a file failed and was named, or DOC could not be
+changed and is as it was; 2 the command line is wrong.
+
+Examples:
+  sorrelin append scans.pdf page3.tif
+  while scanimage --format=png >page.png; do sorrelin append scans.pdf page.png
+  done)";
+
+}  // namespace
+
+void AddAppend(CLI::App& program, int& exit_code) {
+  CLI::App& verb = *program.add_subcommand("append", "Add a page per picture to a document");
+  auto const options = std::make_shared<UpdateOptions>();
+  AddFiles(verb, options->pages, kName, "The document; it is made if it does not exist");
+  AddPageStyle(verb, options->pages);
+  verb.add_flag("--in-place", options->in_place, "Write to DOC itself and not to a copy");
+  AddQuiet(verb, options->pages);
+  verb.footer(std::string(kPicturesHelp) + kFooter);
+  verb.callback([options, &exit_code] {
+    CheckFiles(options->pages, kName);
+    exit_code = Append(*options);
+  });
+}
+
+}  // namespace sorrelin::tool
