@@ -30,6 +30,7 @@ int ParseAndRun(int argc, char** argv) {
   AddCount(program, exit_code);
   AddInfo(program, exit_code);
   AddExtract(program, exit_code);
+  AddWords(program, exit_code);
   program.allow_extras();
   try {
     program.parse(argc, argv);

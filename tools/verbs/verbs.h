@@ -17,6 +17,7 @@ void AddCount(CLI::App& program, int& exit_code);
 void AddExtract(CLI::App& program, int& exit_code);
 void AddInfo(CLI::App& program, int& exit_code);
 void AddMake(CLI::App& program, int& exit_code);
+void AddWords(CLI::App& program, int& exit_code);
 
 }  // namespace sorrelin::tool
 

@@ -1,0 +1,113 @@
+// sorrelin words: what is written in pictures.
+#include <cerrno>
+#include <cstdio>
+#include <memory>
+#include <string>
+#include <system_error>
+#include <vector>
+
+#include "tools/image_source.h"
+#include "tools/messages.h"
+#include "tools/recognized_words.h"
+#include "tools/verbs/verbs.h"
+
+namespace sorrelin::tool {
+namespace {
+
+struct WordsOptions {
+  std::vector<std::string> images;
+  std::string language = "eng";
+  bool text = false;
+};
+
+class Words {
+ public:
+  explicit Words(WordsOptions const& options) : options_(options), reader_(options.language) {}
+
+  int Run() {
+    for (std::string const& name : options_.images) ReadImage(name);
+    if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) {
+      Report("standard output", "cannot be written: " + std::generic_category().message(errno));
+    }
+    return failed_ ? kExitFailure : kExitSuccess;
+  }
+
+ private:
+  void Report(std::string const& name, std::string const& problem) {
+    PrintProblem(name == kStandardInput ? "standard input" : name, problem);
+    failed_ = true;
+  }
+
+  void ReadImage(std::string const& name) {
+    std::string problem;
+    auto const source = OpenImage(name, problem);
+    if (source == nullptr) return Report(name, problem);
+    int const pages = source->PageCount();
+    for (int page = 0; page < pages; ++page) {
+      if (auto const words = ReadPage(*source, page, problem)) {
+        Print(name, page + 1, *words);
+      } else {
+        Report(name, (pages > 1 ? "page " + std::to_string(page + 1) + ": " : "") + problem);
+      }
+    }
+    if (std::string const damage = source->Damage(); !damage.empty()) Report(name, damage);
+  }
+
+  std::optional<std::vector<HocrWord>> ReadPage(ImageSource& source, int page,
+                                                std::string& problem) {
+    auto picture = source.Decode(page);
+    if (picture) return reader_.Read(std::move(*picture), problem);
+    problem = "cannot be decoded: it is damaged, too large, or of a kind that is not read";
+    return std::nullopt;
+  }
+
+  void Print(std::string const& name, int page, std::vector<HocrWord> const& words) {
+    if (options_.text) {
+      if (printed_) std::fputc('\f', stdout);
+      std::fputs(WordText(words).c_str(), stdout);
+    } else {
+      for (HocrWord const& word : words) std::puts(WordJson(name, page, word).c_str());
+    }
+    std::fflush(stdout);
+    printed_ = true;
+  }
+
+  WordsOptions const& options_;
+  WordReader reader_;
+  bool printed_ = false;
+  bool failed_ = false;
+};
+
+constexpr char kFooter[] =
+    R"(Each word is a line of JSON with the keys file, page (from 1, of the file), text,
+box (left, top, right and bottom in pixels from the picture's upper left corner)
+and font_size (in points). With --text the words of a page are lines of text,
+and a form feed stands between pages.
+
+The recognition is Tesseract's, whose data for each language are a package of
+their own; several languages are joined as in eng+deu. - is standard input.
+
+Exit status: 0 all is done; 1 a file failed and was named; 2 the command line is
+wrong.
+
+Examples:
+  sorrelin words letter.png
+  sorrelin words --text --language deu *.tif >letters.txt)";
+
+}  // namespace
+
+void AddWords(CLI::App& program, int& exit_code) {
+  CLI::App& verb = *program.add_subcommand("words", "Print the words that pictures show");
+  auto const options = std::make_shared<WordsOptions>();
+  verb.add_option("IMAGE", options->images, "Files with pictures")->required()->type_name("");
+  verb.add_flag("--text", options->text, "Print plain text");
+  verb.add_option("--language", options->language, "Of the text, as Tesseract names it (eng)")
+      ->check(CLI::Validator(
+          [](std::string& text) { return text.empty() ? std::string("is empty") : std::string(); },
+          ""))
+      ->type_name("LANG");
+  verb.footer(kFooter);
+  verb.callback([options, &exit_code] { exit_code = Words(*options).Run(); });
+}
+
+}  // namespace sorrelin::tool
