@@ -68,24 +68,56 @@ class WrittenDocuments : public testing::TestWithParam<Kind> {
  protected:
   void SetUp() override {
     Kind const& kind = GetParam();
-    std::vector<RGBQUAD> const palette = PaletteOf(kind.bits, kind.reversed_palette);
-    test::Block const dib = test::MakeDib({.width = kWidth,
-                                           .height = kHeight,
-                                           .bits = kind.bits,
-                                           .x_per_metre = k72Dpi,
-                                           .palette = palette},
-                                          [&](LONG x, LONG y) { return PixelAt(kind.bits, x, y); });
-    char const* const library = kind.bits == 1 ? CADWICK : RENNICK;
+    test::Block const dib = Bitmap();
     auto const session = std::make_unique<CCreatePDF>();
     ASSERT_EQ(session->CreatePDF(Path("a.pdf").c_str()), 1);
     for (int page = 0; page < 2; ++page) {
-      ASSERT_EQ(session->SaveDIBAsColorPDFPage(dib, library, kind.compression, kind.quality), 1)
+      ASSERT_EQ(session->SaveDIBAsColorPDFPage(dib, Library(), kind.compression, kind.quality), 1)
           << session->PDF_GetLastError();
     }
     ASSERT_EQ(session->FinishPDF(), 1);
   }
 
+  static test::Block Bitmap() {
+    Kind const& kind = GetParam();
+    return test::MakeDib({.width = kWidth,
+                          .height = kHeight,
+                          .bits = kind.bits,
+                          .x_per_metre = k72Dpi,
+                          .palette = PaletteOf(kind.bits, kind.reversed_palette)},
+                         [&](LONG x, LONG y) { return PixelAt(kind.bits, x, y); });
+  }
+  static char const* Library() { return GetParam().bits == 1 ? CADWICK : RENNICK; }
+
   std::string Path(std::string const& name) const { return (directory_ / name).string(); }
+
+  void ExpectSound(std::string const& name) const {
+    test::ProgramResult const result = test::RunProgram({"qpdf", "--check", Path(name)});
+    std::istringstream remarks(result.err);
+    for (std::string line; std::getline(remarks, line);) {
+      EXPECT_TRUE(
+          line.ends_with("duplicated key /Columns; last occurrence overrides earlier ones") ||
+          line == "qpdf: operation succeeded with warnings")
+          << line;
+    }
+    EXPECT_EQ(result.exit_code, GetParam().compression == PDF_COMPRESSION_CCITT ? 3 : 0)
+        << result.err;
+  }
+
+  // What poppler and MuPDF show of a page.
+  std::string Shown(std::string const& name, std::string const& page) const {
+    test::RunProgram({"pdftoppm", "-r", "50", "-singlefile", "-f", page, "-l", page, Path(name),
+                      Path("poppler")});
+    test::RunProgram(
+        {"mutool", "draw", "-q", "-r", "50", "-o", Path("mupdf.ppm"), Path(name), page});
+    std::string shown;
+    for (char const* const picture : {"poppler.ppm", "mupdf.ppm"}) {
+      std::vector<BYTE> const bytes = test::ReadAll(Path(picture));
+      EXPECT_GT(bytes.size(), 1000u) << picture;
+      shown.append(bytes.begin(), bytes.end());
+    }
+    return shown;
+  }
 
   static DWORD ExpectedColour(LONG x, LONG y) {
     Kind const& kind = GetParam();
@@ -132,17 +164,7 @@ INSTANTIATE_TEST_SUITE_P(Kinds, WrittenDocuments, testing::ValuesIn(kKinds),
                          [](auto const& row) { return std::string(row.param.name); });
 
 // Kept: /Columns stands twice in the parameters of Group 4, and that is all that qpdf remarks.
-TEST_P(WrittenDocuments, PassQpdfsCheck) {
-  test::ProgramResult const result = test::RunProgram({"qpdf", "--check", Path("a.pdf")});
-  std::istringstream remarks(result.err);
-  for (std::string line; std::getline(remarks, line);) {
-    EXPECT_TRUE(line.ends_with("duplicated key /Columns; last occurrence overrides earlier ones") ||
-                line == "qpdf: operation succeeded with warnings")
-        << line;
-  }
-  EXPECT_EQ(result.exit_code, GetParam().compression == PDF_COMPRESSION_CCITT ? 3 : 0)
-      << result.err;
-}
+TEST_P(WrittenDocuments, PassQpdfsCheck) { ExpectSound("a.pdf"); }
 
 // Poppler widens pictures by up to a pixel and smooths them below four times their size.
 TEST_P(WrittenDocuments, AreShownByPoppler) {
@@ -168,6 +190,35 @@ TEST_P(WrittenDocuments, GiveTheirImagesToPdfimages) {
   Kind const& kind = GetParam();
   std::string const suffix = kind.bits == 1 ? ".pbm" : ".ppm";
   ExpectPicture({"pdfimages", "-l", "1", Path("a.pdf"), Path("image")}, "image-000" + suffix);
+}
+
+// Two pages of Ghostscript's stay as they were when one of ours comes behind them, twice.
+TEST_P(WrittenDocuments, AreRightBehindThePagesOfAnotherProgram) {
+  Kind const& kind = GetParam();
+  test::RunProgram({"gs", "-q", "-dBATCH", "-dNOPAUSE", "-sDEVICE=pdfwrite",
+                    "-dCompatibilityLevel=1.4", "-sOutputFile=" + Path("b.pdf"), "-c",
+                    "9 9 moveto 200 300 lineto stroke showpage 9 9 400 90 rectfill showpage"});
+  std::string const first = Shown("b.pdf", "1"), second = Shown("b.pdf", "2");
+  ASSERT_NE(first, second);
+  for (char const* const page : {"3", "4"}) {
+    ASSERT_EQ(pdf_SaveDIBToPDF(Path("b.pdf").c_str(), Bitmap(), Library(), kind.compression,
+                               kind.quality),
+              0u);
+    ExpectSound("b.pdf");
+    ExpectPicture({"mutool", "draw", "-q", "-r", "72", "-c", "rgb", "-o", Path("page.ppm"),
+                   Path("b.pdf"), page},
+                  "page.ppm");
+    ExpectPicture({"pdftoppm", "-r", "576", "-singlefile", "-f", page, Path("b.pdf"), Path("page")},
+                  "page.ppm", 8);
+  }
+  EXPECT_EQ(Shown("b.pdf", "1"), first);
+  EXPECT_EQ(Shown("b.pdf", "2"), second);
+  // Our own reader agrees, with the picture as it is in a document of our own.
+  EXPECT_EQ(GetNumberOfPagesInPDFFile(Path("b.pdf").c_str()), 4u);
+  test::Block const ours(pdf_LoadPDFIntoDIB(Path("a.pdf").c_str(), 1));
+  test::Block const added(pdf_LoadPDFIntoDIB(Path("b.pdf").c_str(), 3));
+  EXPECT_EQ(added.Content(), ours.Content());
+  EXPECT_GT(added.Content().size(), 40u);
 }
 
 }  // namespace
