@@ -9,6 +9,7 @@
 #include <unistd.h>
 
 #include <cstdio>
+#include <semaphore>
 #include <system_error>
 #include <thread>
 
@@ -49,7 +50,11 @@ void EndBySignal(int number) {
   raise(number);
 }
 
+// Whether the watching thread has come to where it holds no lock any more.
+std::binary_semaphore is_watching(0);
+
 void Watch(sigset_t signals) {
+  is_watching.release();
   for (;;) {
     int number = 0;
     if (sigwait(&signals, &number) != 0) continue;
@@ -60,7 +65,8 @@ void Watch(sigset_t signals) {
 }
 
 // The watching thread takes signals by waiting for them; every other thread inherits their being
-// blocked.
+// blocked. It has started when this returns: a lock that it held while the process forks would be
+// held in the child for ever.
 BOOL StartWatching() {
   sigset_t const signals = WatchedSignals();
   if (pthread_sigmask(SIG_BLOCK, &signals, nullptr) != 0) return Fail(ERROR_GEN_FAILURE, FALSE);
@@ -70,6 +76,7 @@ BOOL StartWatching() {
     pthread_sigmask(SIG_UNBLOCK, &signals, nullptr);
     return Fail(ERROR_NOT_ENOUGH_MEMORY, FALSE);
   }
+  is_watching.acquire();
   return TRUE;
 }
 
