@@ -62,6 +62,18 @@ struct LeptonicaBytes {
   size_t size = 0;
 };
 
+// The picture as a file in memory.
+bool Encode(Pix* pix, FileFormat format, LeptonicaBytes& bytes, std::string& problem) {
+  problem = "cannot be made: the picture does not fit this format";
+  if (format != FileFormat::kJpeg) {
+    return pixWriteMem(&bytes.data, &bytes.size, pix, LeptonicaForm(pix, format)) == 0;
+  }
+  PixPtr const plain = WithoutPalette(pix);
+  if (plain == nullptr) return false;
+  pixSetResolution(plain.get(), pixGetXRes(pix), pixGetYRes(pix));
+  return pixWriteMemJpeg(&bytes.data, &bytes.size, plain.get(), kJpegQuality, 0) == 0;
+}
+
 bool WriteFile(std::filesystem::path const& path, LeptonicaBytes const& bytes,
                std::string& problem) {
   errno = 0;
@@ -149,23 +161,13 @@ PixPtr PictureBuilder::Take() {
 bool WritePicture(std::filesystem::path const& path, Pix* pix, FileFormat format,
                   std::string& problem) {
   LeptonicaBytes bytes;
-  problem = "cannot be made: the picture does not fit this format";
-  if (format == FileFormat::kJpeg) {
-    PixPtr const plain = WithoutPalette(pix);
-    if (plain == nullptr) return false;
-    pixSetResolution(plain.get(), pixGetXRes(pix), pixGetYRes(pix));
-    if (pixWriteMemJpeg(&bytes.data, &bytes.size, plain.get(), kJpegQuality, 0) != 0) return false;
-  } else if (pixWriteMem(&bytes.data, &bytes.size, pix, LeptonicaForm(pix, format)) != 0) {
-    return false;
-  }
-  return WriteFile(path, bytes, problem);
+  return Encode(pix, format, bytes, problem) && WriteFile(path, bytes, problem);
 }
 
-bool AddTiffPage(std::filesystem::path const& path, Pix* pix, bool first, std::string& problem) {
-  if (first) return WritePicture(path, pix, FileFormat::kTiff, problem);
-  if (pixWriteTiff(path.string().c_str(), pix, TiffForm(pix), "a") == 0) return true;
-  problem = "cannot be written";
-  return false;
+bool AddTiffPage(TiffFile& file, Pix* pix, std::string& problem) {
+  LeptonicaBytes bytes;
+  return Encode(pix, FileFormat::kTiff, bytes, problem) &&
+         file.Add({bytes.data, bytes.size}, problem);
 }
 
 }  // namespace sorrelin::tool

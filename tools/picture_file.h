@@ -10,6 +10,7 @@
 
 #include "tools/page_picture.h"
 #include "tools/picture.h"
+#include "tools/tiff_file.h"
 
 namespace sorrelin::tool {
 
@@ -41,8 +42,8 @@ class PictureBuilder : public PictureSink {
 bool WritePicture(std::filesystem::path const& path, Pix* pix, FileFormat format,
                   std::string& problem);
 
-// Adds a page to a TIFF file, which is made for the first.
-bool AddTiffPage(std::filesystem::path const& path, Pix* pix, bool first, std::string& problem);
+// Adds a picture to a TIFF file as its next page. False with the reason in `problem`.
+bool AddTiffPage(TiffFile& file, Pix* pix, std::string& problem);
 
 }  // namespace sorrelin::tool
 

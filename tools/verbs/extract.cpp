@@ -1,6 +1,7 @@
 // sorrelin extract: the pictures of a document's pages as files.
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -80,6 +81,7 @@ class Extract : public PageTarget {
     if (wanted_ == 0) return false;
     if (!IsShared()) return CheckNumber();
     shared_ = Open(pattern_.NameOf(0));
+    if (shared_ != nullptr) shared_file_.emplace(shared_->path());
     return shared_ != nullptr;
   }
 
@@ -149,7 +151,7 @@ class Extract : public PageTarget {
 
   void AddToShared(DWORD page, Pix* pix) {
     std::string problem;
-    if (AddTiffPage(shared_->path(), pix, shared_pages_ == 0, problem)) {
+    if (AddTiffPage(*shared_file_, pix, problem)) {
       ++shared_pages_;
     } else {
       Fail(page, pattern_.NameOf(0) + ": " + problem);
@@ -168,6 +170,7 @@ class Extract : public PageTarget {
   Progress progress_;
   PictureBuilder builder_;
   std::unique_ptr<OutputFile> shared_;
+  std::optional<TiffFile> shared_file_;
   size_t shared_pages_ = 0;
   size_t wanted_ = 0;
   size_t done_ = 0;
@@ -222,7 +225,9 @@ as it does without a pattern. The pattern's extension tells the format, too.
 
 Black and white stays black and white, a palette stays a palette, and the
 resolution is kept; JPEG has neither 1 bit nor palettes. A page is read if it
-consists of one picture. What would come out wrong is named and not written.
+consists of one picture, which comes as it is stored, without the turn of a
+page that viewers show turned (info tells of it). What would come out wrong is
+named and not written.
 
 Exit status: 0 all is done; 1 a page or the document failed and was named, the
 others are written; 2 the command line is wrong. Only a complete file gets its
