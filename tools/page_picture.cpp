@@ -40,21 +40,22 @@ uint64_t InflatedBytes(std::span<BYTE const> data, uint64_t most) {
   }
 }
 
-// What the run-length decoder makes of the data.
-enum class Runs { kRight, kShort, kForeign };
-
-// The decoder takes literals of one byte only, and runs that end with their row.
-Runs JudgeRuns(std::span<BYTE const> data, size_t row_bytes, DWORD rows) {
-  size_t at = 0;
-  for (DWORD row = 0; row < rows; ++row) {
-    for (size_t filled = 0; filled < row_bytes; at += 2) {
-      if (at + 1 >= data.size() || data[at] == 128) return Runs::kShort;
-      if (data[at] > 0 && data[at] < 128) return Runs::kForeign;
-      filled += data[at] == 0 ? 1 : 257u - data[at];
-      if (filled > row_bytes) return Runs::kForeign;
+// The first `most` bytes that run-length coded data stand for (ISO 32000-1, 7.4.5). The library's
+// decoder takes literals of one byte only, and runs that end with their row.
+std::vector<BYTE> ExpandRuns(std::span<BYTE const> data, uint64_t most) {
+  constexpr BYTE kEnd = 128;
+  std::vector<BYTE> bytes;
+  for (size_t at = 0; bytes.size() < most && at + 1 < data.size() && data[at] != kEnd;) {
+    BYTE const control = data[at++];
+    if (control < kEnd) {
+      auto const literal = data.subspan(at, std::min<size_t>(control + 1u, data.size() - at));
+      bytes.insert(bytes.end(), literal.begin(), literal.end());
+      at += literal.size();
+    } else {
+      bytes.insert(bytes.end(), 257u - control, data[at++]);
     }
   }
-  return Runs::kRight;
+  return bytes;
 }
 
 class Decoding {
@@ -68,7 +69,8 @@ class Decoding {
     uint64_t const bytes = uint64_t{image_.StoredRowBytes()} * image_.height;
     if (bytes > kMaxPictureBytes) return Fail("its picture is too large");
     if (!Check(bytes)) return {};
-    OwnedBlock const data = BlockOf(image_.data);
+    bool const expanded = image_.coding == ImageCoding::kRunLength;
+    OwnedBlock const data = BlockOf(expanded ? std::span<BYTE const>(runs_) : image_.data);
     if (!data.IsValid()) return Fail("there is not enough memory");
     OwnedBlock bitmap(Decode(data.get()));
     if (!bitmap.IsValid()) return Fail("its data cannot be decoded: " + Reason());
@@ -94,7 +96,8 @@ class Decoding {
       case ImageCoding::kFlate:
         return CheckFlate(bytes);
       case ImageCoding::kRunLength:
-        return CheckRuns();
+        runs_ = ExpandRuns(image_.data, bytes);
+        return runs_.size() >= bytes || Refuse(kShort);
       case ImageCoding::kGroup4:
         // A coded row takes a bit at least.
         return image_.height / 8 <= image_.data.size() || Refuse(kShort);
@@ -112,17 +115,6 @@ class Decoding {
     if (inflated > most) return Refuse("its data are longer than its picture");
     spare_rows_ = inflated > bytes ? 1 : 0;
     return true;
-  }
-
-  bool CheckRuns() {
-    switch (JudgeRuns(image_.data, image_.RowBytes(), image_.height)) {
-      case Runs::kRight:
-        return true;
-      case Runs::kShort:
-        return Refuse(kShort);
-      default:
-        return Refuse("its data are run-length coded in a form that is not read");
-    }
   }
 
   bool CheckJpeg() {
@@ -151,9 +143,6 @@ class Decoding {
       return session_.CreateDIBFromFLATEData(data, row_bytes, image_.height + spare_rows_,
                                              kKindIndexed, table);
     }
-    if (image_.coding == ImageCoding::kRunLength) {
-      return session_.CreateDIBFromRLEData(data, row_bytes, image_.height, kKindIndexed, table);
-    }
     return session_.CreateDIBFromUncompressedData(data, row_bytes, image_.height, kKindIndexed,
                                                   table);
   }
@@ -170,6 +159,7 @@ class Decoding {
   PageImage const& image_;
   std::string& problem_;
   DWORD spare_rows_ = 0;
+  std::vector<BYTE> runs_;  // the bytes that run-length coded data stand for
 };
 
 // Undoes PNG's prediction in the bitmap, whose rows begin with their tags. False for a tag that

@@ -89,13 +89,19 @@ TEST(PageImage, FlateAndRunLengthGreyIsGrey) {
             "1010 3030 ");
 }
 
-TEST(PageImage, RunsThatTheDecoderTakesWronglyAreNamed) {
-  std::string const literal("\x03\x10\x20\x30\x40\x80", 6);
-  EXPECT_THAT(ReadGrey("/ColorSpace /DeviceGray /Filter /RunLengthDecode", literal).problem,
-              HasSubstr("run-length"));
-  std::string const across_rows("\xFD\x10\x80", 3);
-  EXPECT_THAT(ReadGrey("/ColorSpace /DeviceGray /Filter /RunLengthDecode", across_rows).problem,
-              HasSubstr("run-length"));
+// The library's decoder would take both wrongly.
+TEST(PageImage, LiteralRunsAndRunsAcrossRowsAreRight) {
+  std::string const keys = "/ColorSpace /DeviceGray /Filter /RunLengthDecode";
+  EXPECT_EQ(ReadGrey(keys, std::string("\x03\x10\x20\x30\x40\x80", 6)).pixels.hex, "1020 3040 ");
+  EXPECT_EQ(ReadGrey(keys, std::string("\xFE\x10\x00\x20\x80", 5)).pixels.hex, "1010 1020 ");
+  EXPECT_EQ(ReadGrey(keys, std::string("\xFD\x10", 2)).pixels.hex, "1010 1010 ");
+}
+
+TEST(PageImage, RunsThatEndBeforeThePictureAreNamed) {
+  std::string const keys = "/ColorSpace /DeviceGray /Filter /RunLengthDecode";
+  for (std::string const data : {"\xFE\x10\x80", "\x03\x10\x20", "\x7F", "\x80"}) {
+    EXPECT_THAT(ReadGrey(keys, data).problem, HasSubstr("end before"));
+  }
 }
 
 // CR, LF, space and "[" at the start are bytes of the picture.
