@@ -40,6 +40,15 @@ void ReadPageSize(PdfObjects const& objects, PdfValue const& page, PageFacts& fa
   facts.height = std::abs(corner[3] - corner[1]);
 }
 
+// Turns are whole quarters; anything else is none.
+int RotationOf(PdfObjects const& objects, PdfValue const& page) {
+  constexpr int kQuarter = 90, kFull = 360;
+  double const angle = Inherited(objects, page, "Rotate").number;
+  if (std::abs(angle) > kMaxSide) return 0;
+  int const whole = static_cast<int>(angle);
+  return whole == angle && whole % kQuarter == 0 ? (whole % kFull + kFull) % kFull : 0;
+}
+
 // What draws the page; nothing if part of it cannot be read.
 std::optional<std::string> ContentOf(PdfObjects const& objects, PdfValue const& page) {
   PdfObject const first = objects.Follow(page["Contents"]);
@@ -301,6 +310,7 @@ PageFacts JudgePage(CCreatePDF& session, DWORD number) {
     return facts;
   }
   ReadPageSize(objects, page, facts);
+  facts.rotation = RotationOf(objects, page);
   auto const content = ContentOf(objects, page);
   PageImage image;
   image.object = FindPicture(objects, page, content, facts.problem);

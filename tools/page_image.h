@@ -43,6 +43,9 @@ struct PageImage {
 struct PageFacts {
   double width = 612;  // points
   double height = 792;
+  // Degrees, clockwise, by which viewers turn the page: 0, 90, 180 or 270. Size and picture are as
+  // stored.
+  int rotation = 0;
   // Of the picture, as far as they are known: 0 and empty otherwise.
   DWORD pixel_width = 0;
   DWORD pixel_height = 0;

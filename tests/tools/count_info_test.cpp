@@ -73,6 +73,7 @@ TEST_F(CountAndInfo, InfoAsJsonHasItsKeysInOrder) {
                             "      \"number\": 1,\n"
                             "      \"width_points\": 36,\n"
                             "      \"height_points\": 18,\n"
+                            "      \"rotate\": 0,\n"
                             "      \"width_pixels\": 72,\n"
                             "      \"height_pixels\": 36,\n"
                             "      \"depth\": 1,\n"

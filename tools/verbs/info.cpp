@@ -38,6 +38,9 @@ std::string PageLine(DWORD page, PageFacts const& facts) {
                 facts.compression.empty() ? "-" : facts.compression.substr(0, 100).c_str(),
                 DotsOf(facts).c_str());
   std::string text = std::string(line) + "\n";
+  if (facts.rotation != 0) {
+    text += "        shown turned by " + std::to_string(facts.rotation) + " degrees\n";
+  }
   if (!facts.problem.empty()) text += "        ! " + facts.problem + "\n";
   return text;
 }
@@ -75,6 +78,7 @@ std::string PageJson(DWORD page, PageFacts const& facts) {
   json.Add("number", std::to_string(page + 1));
   json.Add("width_points", JsonNumber(facts.width));
   json.Add("height_points", JsonNumber(facts.height));
+  json.Add("rotate", std::to_string(facts.rotation));
   json.Add("width_pixels", OrNull(facts.pixel_width != 0, std::to_string(facts.pixel_width)));
   json.Add("height_pixels", OrNull(facts.pixel_height != 0, std::to_string(facts.pixel_height)));
   json.Add("depth", OrNull(facts.depth != 0, std::to_string(facts.depth)));
@@ -128,8 +132,9 @@ int Info(InfoOptions const& options) {
 constexpr char kFooter[] =
     R"(Of each page: its size in points, and of its picture the size in pixels, the
 bits per pixel, how it is compressed, and its dots per inch if it fills the
-page. A line with ! tells why a picture cannot be extracted. Nothing is told of
-the texts and pages of an encrypted document.
+page. A line with ! tells why a picture cannot be extracted. Sizes are those
+before a page is turned for display, as pictures are extracted. Nothing is told
+of the texts and pages of an encrypted document.
 
 With --json, "page" is an array of objects. Keys always stand in the same order,
 what is not known is null, and a text that the document does not have is empty.
