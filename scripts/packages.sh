@@ -10,7 +10,7 @@ packages=(
 viewers=(ghostscript graphicsmagick mupdf-tools poppler-utils)
 packaging=(dpkg-dev mmdebstrap)
 witnesses=(ccache clang libclang-rt-14-dev libgtest-dev libgmock-dev libbenchmark-dev qpdf
-  tesseract-ocr-eng doxygen python3 python3-numpy)
+  img2pdf libtiff-tools tesseract-ocr-eng doxygen python3 python3-numpy)
 
 case "${1:-}" in
   build) ;;
