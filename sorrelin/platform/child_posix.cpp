@@ -55,7 +55,12 @@ void LeaveNoCore() {
   TakeSignals();
   LeaveNoCore();
   CHILD_LINK link = {descriptor};
-  routine(&link, context);
+  // Nothing may leave by what is behind this call: that is the parent's.
+  try {
+    routine(&link, context);
+  } catch (...) {
+    _exit(EXIT_FAILURE);
+  }
   _exit(EXIT_SUCCESS);
 }
 

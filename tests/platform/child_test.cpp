@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include <cstdlib>
+#include <stdexcept>
 #include <string>
 
 namespace {
@@ -50,6 +51,28 @@ TEST(ChildProcess, MegabytesArriveWhole) {
   };
   EXPECT_TRUE(RunInChildProcess(send, Append, &received));
   EXPECT_EQ(received, std::string(9'999'999, 'x'));
+}
+
+// What the parent holds is released by the parent alone.
+TEST(ChildProcess, ExceptionEndsItAndNothingElse) {
+  int ends[2];
+  ASSERT_EQ(pipe(ends), 0);
+  struct Holder {
+    ~Holder() { EXPECT_EQ(write(end, "x", 1), 1); }
+    int end;
+  };
+  {
+    Holder const holder = {ends[1]};
+    std::string received;
+    auto const fail = [](CHILD_LINK*, void*) { throw std::runtime_error("damaged"); };
+    EXPECT_FALSE(RunInChildProcess(fail, Append, &received));
+    EXPECT_EQ(GetLastError(), ERROR_PROCESS_ABORTED);
+  }
+  char marks[2];
+  EXPECT_EQ(read(ends[0], marks, sizeof marks), 1);
+  close(ends[0]);
+  close(ends[1]);
+  ExpectNoChild();
 }
 
 TEST(ChildProcess, ItsMemoryIsItsOwn) {
