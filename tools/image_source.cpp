@@ -78,7 +78,7 @@ class JpegSource : public ImageSource {
   int PageCount() const override { return 1; }
 
   std::optional<StoredImage> Stored(int) override {
-    if (!facts_.common || facts_.orientation != 1 || !HasJpegEnd(bytes_)) return std::nullopt;
+    if (!facts_.common || facts_.orientation != 1 || JpegEnd(bytes_) == 0) return std::nullopt;
     StoredImage image;
     image.bytes = bytes_;
     image.width = facts_.width;

@@ -165,23 +165,23 @@ std::optional<JpegFacts> ReadJpegFacts(std::span<BYTE const> file) {
   return facts;
 }
 
-bool HasJpegEnd(std::span<BYTE const> file) {
+size_t JpegEnd(std::span<BYTE const> file) {
   size_t at = 2;
   while (at + 1 < file.size()) {
     BYTE const code = file[at + 1];
     if (file[at] != 0xFF || code == 0xFF) {
       ++at;
     } else if (code == kEndOfImage) {
-      return true;
+      return at + 2;
     } else if (code == 0x00 || code == 0x01 || (code >= 0xD0 && code <= 0xD8)) {
       at += 2;
     } else {
-      if (at + 3 >= file.size()) return false;
+      if (at + 3 >= file.size()) return 0;
       at += 2 + (static_cast<size_t>(file[at + 2]) << 8 | file[at + 3]);
       if (code == kStartOfScan) at = SkipScan(file, at);
     }
   }
-  return false;
+  return 0;
 }
 
 PixPtr DecodeJpeg(std::span<BYTE const> file) {

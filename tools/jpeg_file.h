@@ -29,8 +29,9 @@ struct JpegFacts {
 // Reads the header of a JPEG file; nothing if it is not one, or one that cannot be decoded.
 std::optional<JpegFacts> ReadJpegFacts(std::span<BYTE const> file);
 
-// Whether the file goes on to its end marker. Not every reader shows a file that was cut short.
-bool HasJpegEnd(std::span<BYTE const> file);
+// Bytes of the file up to and with its end marker; 0 if it has none. Not every reader shows a file
+// that was cut short.
+size_t JpegEnd(std::span<BYTE const> file);
 
 // Decodes a file to 8 bits of grey or 32 of colour, rows as stored. Null if it is damaged or memory
 // is short.

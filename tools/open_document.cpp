@@ -1,7 +1,10 @@
 // Opens by the library, and looks into the trailer for what the library does not tell.
 #include "tools/open_document.h"
 
+#include <sorrelin/frame/string_error.h>
+
 #include <algorithm>
+#include <filesystem>
 #include <fstream>
 
 #include "tools/text.h"
@@ -14,6 +17,10 @@ using Kind = PdfValue::Kind;
 constexpr DWORD kMaxListedPages = 30'000;
 constexpr std::streamoff kTailBytes = 2048;
 constexpr size_t kSectionBytes = size_t{1} << 16;
+constexpr size_t kPieceBytes = size_t{1} << 16;
+// Of judging the pages, in bytes: far beyond what documents of pictures need.
+constexpr uint64_t kWork = uint64_t{64} << 20;
+constexpr uint64_t kWorkPerByte = 64;
 constexpr size_t kMaxTableBytes = size_t{4} << 20;
 
 std::string ReadAt(std::ifstream& file, std::streamoff offset, size_t most) {
@@ -61,6 +68,39 @@ PdfValue LastTrailer(std::string const& name) {
   return section ? TrailerOf(file, *section) : PdfValue{};
 }
 
+// Whether the key stands anywhere in the file.
+bool Mentions(std::ifstream& file, std::string_view key) {
+  std::string text;
+  for (std::streamoff at = 0;; at += static_cast<std::streamoff>(kPieceBytes)) {
+    text = ReadAt(file, at, kPieceBytes + key.size());
+    if (text.find(key) != text.npos) return true;
+    if (text.size() <= kPieceBytes) return false;
+  }
+}
+
+// The library finds its way in some documents whose last section is not where it should be. What
+// they say of encryption cannot be told then, so any mention of it counts.
+bool HasEncryption(std::string const& name, PdfValue const& trailer) {
+  std::ifstream file(name, std::ios::binary);
+  if (trailer["Root"].Is(Kind::kNull)) return Mentions(file, "/Encrypt");
+  return !trailer["Encrypt"].Is(Kind::kNull);
+}
+
+uint64_t MostWork(std::string const& name) {
+  std::error_code error;
+  uint64_t const size = std::filesystem::file_size(name, error);
+  return kWork + (error ? 0 : size) * kWorkPerByte;
+}
+
+// The library throws on some damaged documents.
+bool OpenFile(CCreatePDF& session, std::u16string const& name) {
+  try {
+    return session.OpenPDFFileW(name.c_str()) != 0;
+  } catch (SorrelinStringError const&) {
+    return false;
+  }
+}
+
 std::string ErrorText(CCreatePDF& session) {
   char text[4096] = {};
   session.GetLastPDFErrorText(text);
@@ -78,7 +118,7 @@ std::unique_ptr<OpenDocument> OpenDocument::Open(std::string const& name, std::s
     return nullptr;
   }
   session.PDF_SetLastError(PDF_ERROR_NONE);
-  if (session.OpenPDFFileW(wide->c_str()) == 0) {
+  if (!OpenFile(session, *wide)) {
     DWORD const error = session.PDF_GetLastError();
     bool const system = error == PDF_ERROR_OPEN;
     bool const unclear = error == PDF_ERROR_NONE || error == PDF_ERROR_SYSTEM;
@@ -88,8 +128,9 @@ std::unique_ptr<OpenDocument> OpenDocument::Open(std::string const& name, std::s
     return nullptr;
   }
   PdfValue const trailer = LastTrailer(name);
-  document->encrypted_ = !trailer["Encrypt"].Is(Kind::kNull);
+  document->encrypted_ = HasEncryption(name, trailer);
   document->whole_trailer_ = !trailer["Root"].Is(Kind::kNull);
+  document->judge_ = std::make_unique<PageJudge>(session, MostWork(name));
   return document;
 }
 
@@ -97,6 +138,16 @@ DWORD OpenDocument::ListedPages() const {
   DWORD pages = std::min(PageCount(), kMaxListedPages);
   while (pages > 0 && session_->GetPageObjectNumber(pages - 1) == 0) --pages;
   return pages;
+}
+
+PageFacts OpenDocument::Judge(DWORD page) const {
+  try {
+    return judge_->Judge(session_->GetPageObjectNumber(page));
+  } catch (SorrelinStringError const&) {
+    PageFacts facts;
+    facts.problem = "cannot be read: its objects are damaged";
+    return facts;
+  }
 }
 
 std::string OpenDocument::Text(Getter getter) const {

@@ -36,9 +36,7 @@ class OpenDocument {
   std::string Keywords() const;
 
   // Pages count from 0.
-  PageFacts Judge(DWORD page) const {
-    return JudgePage(*session_, session_->GetPageObjectNumber(page));
-  }
+  PageFacts Judge(DWORD page) const;
   bool Decode(PageFacts const& facts, PictureSink& sink, std::string& problem) const {
     return DecodePicture(*session_, *facts.image, facts.dpi, sink, problem);
   }
@@ -50,6 +48,7 @@ class OpenDocument {
   std::string Text(Getter getter) const;
 
   std::unique_ptr<CCreatePDF> session_;
+  std::unique_ptr<PageJudge> judge_;
   bool encrypted_ = false;
   bool whole_trailer_ = false;
 };

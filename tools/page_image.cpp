@@ -15,39 +15,12 @@ namespace {
 using Kind = PdfValue::Kind;
 
 constexpr int kMaxAncestors = 32;
+constexpr size_t kMaxKnownAncestors = 1024;
 constexpr size_t kMaxContentBytes = size_t{1} << 20;
 constexpr size_t kMaxContents = 256;  // streams of a page
 constexpr double kPointsPerInch = 72;
 constexpr double kMaxSide = 0x7FFFFFFF;
-
-// What a page has, or else the nearest of its ancestors.
-PdfValue Inherited(PdfObjects const& objects, PdfValue page, char const* key) {
-  for (int i = 0; i < kMaxAncestors; ++i) {
-    PdfValue value = objects.Resolve(page[key]);
-    if (!value.Is(Kind::kNull)) return value;
-    page = objects.Resolve(page["Parent"]);
-    if (!page.Is(Kind::kDictionary)) break;
-  }
-  return {};
-}
-
-void ReadPageSize(PdfObjects const& objects, PdfValue const& page, PageFacts& facts) {
-  PdfValue const box = Inherited(objects, page, "MediaBox");
-  if (!box.Is(Kind::kArray) || box.items.size() < 4) return;
-  double corner[4];
-  for (size_t i = 0; i < 4; ++i) corner[i] = objects.Resolve(box.items[i]).number;
-  facts.width = std::abs(corner[2] - corner[0]);
-  facts.height = std::abs(corner[3] - corner[1]);
-}
-
-// Turns are whole quarters; anything else is none.
-int RotationOf(PdfObjects const& objects, PdfValue const& page) {
-  constexpr int kQuarter = 90, kFull = 360;
-  double const angle = Inherited(objects, page, "Rotate").number;
-  if (std::abs(angle) > kMaxSide) return 0;
-  int const whole = static_cast<int>(angle);
-  return whole == angle && whole % kQuarter == 0 ? (whole % kFull + kFull) % kFull : 0;
-}
+constexpr char kTooMuchWork[] = "is left out: the document takes too much work to read";
 
 // What draws the page; nothing if part of it cannot be read.
 std::optional<std::string> ContentOf(PdfObjects const& objects, PdfValue const& page) {
@@ -101,9 +74,8 @@ std::vector<PdfObject> ImagesOf(PdfObjects const& objects, PdfValue const& xobje
 }
 
 // The page's only picture. Resources may list pictures of other pages: what the page draws counts.
-PdfObject FindPicture(PdfObjects const& objects, PdfValue const& page,
+PdfObject FindPicture(PdfObjects const& objects, PdfValue const& resources,
                       std::optional<std::string> const& content, std::string& problem) {
-  PdfValue const resources = Inherited(objects, page, "Resources");
   PdfValue const xobjects = objects.Resolve(resources["XObject"]);
   auto images = ImagesOf(objects, xobjects, nullptr);
   if (images.size() > 1 && content) {
@@ -116,12 +88,12 @@ PdfObject FindPicture(PdfObjects const& objects, PdfValue const& page,
 }
 
 // Takes one picture's dictionary apart.
-class Judge {
+class Picture {
  public:
-  Judge(PdfObjects const& objects, PdfObject const& object, PageFacts& facts, PageImage& image)
+  Picture(PdfObjects const& objects, PdfObject const& object, PageFacts& facts, PageImage& image)
       : objects_(objects), object_(object), facts_(facts), image_(image) {}
 
-  void Run() {
+  void Judge() {
     ReadSize();
     ReadBits();
     auto const filters = FiltersOf(objects_, object_.value);
@@ -301,25 +273,68 @@ class Judge {
 
 }  // namespace
 
-PageFacts JudgePage(CCreatePDF& session, DWORD number) {
+// A node above a page, or a null value.
+PdfValue const& PageJudge::Ancestor(PdfValue const& reference) {
+  static PdfValue const kNone;
+  if (!reference.Is(Kind::kReference)) return kNone;
+  DWORD const number = static_cast<DWORD>(reference.number);
+  auto const known = ancestors_.find(number);
+  if (known != ancestors_.end()) return known->second;
+  if (ancestors_.size() == kMaxKnownAncestors) ancestors_.clear();
+  PdfValue node = objects_.Resolve(reference);
+  node.Remove("Kids");
+  return ancestors_[number] = std::move(node);
+}
+
+// What a page has, or else the nearest of its ancestors.
+PdfValue PageJudge::Inherited(PdfValue const& page, char const* key) {
+  PdfValue const* node = &page;
+  for (int i = 0; i < kMaxAncestors; ++i) {
+    PdfValue value = objects_.Resolve((*node)[key]);
+    if (!value.Is(Kind::kNull)) return value;
+    node = &Ancestor((*node)["Parent"]);
+    if (!node->Is(Kind::kDictionary)) break;
+  }
+  return {};
+}
+
+void PageJudge::ReadBox(PdfValue const& page, PageFacts& facts) {
+  PdfValue const box = Inherited(page, "MediaBox");
+  if (!box.Is(Kind::kArray) || box.items.size() < 4) return;
+  double corner[4];
+  for (size_t i = 0; i < 4; ++i) corner[i] = objects_.Resolve(box.items[i]).number;
+  facts.width = std::abs(corner[2] - corner[0]);
+  facts.height = std::abs(corner[3] - corner[1]);
+}
+
+// Turns are whole quarters; anything else is none.
+void PageJudge::ReadRotation(PdfValue const& page, PageFacts& facts) {
+  constexpr int kQuarter = 90, kFull = 360;
+  double const angle = Inherited(page, "Rotate").number;
+  if (std::abs(angle) > kMaxSide) return;
+  int const whole = static_cast<int>(angle);
+  if (whole == angle && whole % kQuarter == 0) facts.rotation = (whole % kFull + kFull) % kFull;
+}
+
+PageFacts PageJudge::Judge(DWORD number) {
   PageFacts facts;
-  PdfObjects const objects(session);
-  PdfValue const page = objects.Load(number).value;
+  PdfValue const page = objects_.Load(number).value;
   if (!page.Is(Kind::kDictionary)) {
-    facts.problem = "is not in the document";
+    facts.problem = objects_.IsExhausted() ? kTooMuchWork : "is not in the document";
     return facts;
   }
-  ReadPageSize(objects, page, facts);
-  facts.rotation = RotationOf(objects, page);
-  auto const content = ContentOf(objects, page);
+  ReadBox(page, facts);
+  ReadRotation(page, facts);
+  auto const content = ContentOf(objects_, page);
   PageImage image;
-  image.object = FindPicture(objects, page, content, facts.problem);
-  if (!image.object.is_stream) {
-    if (facts.problem.empty()) facts.problem = "has a picture that cannot be read";
-    return facts;
+  image.object = FindPicture(objects_, Inherited(page, "Resources"), content, facts.problem);
+  if (image.object.is_stream) {
+    image.flipped = content && ShowsFlipped(*content);
+    Picture(objects_, image.object, facts, image).Judge();
+  } else if (facts.problem.empty()) {
+    facts.problem = "has a picture that cannot be read";
   }
-  image.flipped = content && ShowsFlipped(*content);
-  Judge(objects, image.object, facts, image).Run();
+  if (objects_.IsExhausted()) facts.problem = kTooMuchWork;
   if (facts.problem.empty()) facts.image = std::move(image);
   return facts;
 }

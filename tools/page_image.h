@@ -3,6 +3,8 @@
 #ifndef TOOLS_PAGE_IMAGE_H_
 #define TOOLS_PAGE_IMAGE_H_
 
+#include <cstdint>
+#include <map>
 #include <optional>
 #include <span>
 #include <string>
@@ -56,8 +58,25 @@ struct PageFacts {
   std::optional<PageImage> image;  // unless there is a problem
 };
 
-// Judges page `number`, the object of a page. Decodes nothing but small parts.
-PageFacts JudgePage(CCreatePDF& session, DWORD number);
+// Judges the pages of one document. What a page inherits is read once for all of them, and the work
+// has a bound: pages may share what is large.
+class PageJudge {
+ public:
+  // The session outlives this object. `most_work` is in bytes that are read or inflated.
+  PageJudge(CCreatePDF& session, uint64_t most_work) : objects_(session, most_work) {}
+
+  // Judges the page whose object this is. Decodes nothing but small parts.
+  PageFacts Judge(DWORD number);
+
+ private:
+  PdfValue const& Ancestor(PdfValue const& reference);
+  PdfValue Inherited(PdfValue const& page, char const* key);
+  void ReadBox(PdfValue const& page, PageFacts& facts);
+  void ReadRotation(PdfValue const& page, PageFacts& facts);
+
+  PdfObjects objects_;
+  std::map<DWORD, PdfValue> ancestors_;  // by their numbers, without their kids
+};
 
 }  // namespace sorrelin::tool
 

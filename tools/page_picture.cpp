@@ -128,7 +128,7 @@ class Decoding {
                     " components, and its colour space of " +
                     std::to_string(image_.space.components));
     }
-    return HasJpegEnd(image_.data) || Refuse(kShort);
+    return JpegEnd(image_.data) != 0 || Refuse(kShort);
   }
 
   HDIB Decode(HGLOBAL data) {
@@ -289,6 +289,17 @@ class RowMaker {
   std::vector<BYTE> row_;
 };
 
+// Whether the data are a JPEG file that shows the picture as the page does.
+bool IsJpegFile(PageImage const& image) {
+  if (image.coding != ImageCoding::kJpeg || image.flipped) return false;
+  if (image.space.components != 1) return true;
+  if (!image.space.palette.empty()) return false;
+  for (size_t tone = 0; tone < image.colours.size(); ++tone) {
+    if (image.colours[tone].rgbRed != tone) return false;
+  }
+  return true;
+}
+
 }  // namespace
 
 bool DecodePicture(CCreatePDF& session, PageImage const& image, Resolution dpi, PictureSink& sink,
@@ -304,6 +315,10 @@ bool DecodePicture(CCreatePDF& session, PageImage const& image, Resolution dpi, 
   if (image.predicted && !UndoPrediction(image, block.get())) {
     problem = "its data are damaged";
     return false;
+  }
+  if (sink.TakesJpeg() && IsJpegFile(image)) {
+    sink.Jpeg(image.data.first(JpegEnd(image.data)));
+    return true;
   }
   if (!sink.Begin(rows.form())) return true;
   for (DWORD y = 0; y < image.height; ++y) {

@@ -31,6 +31,11 @@ class PictureSink {
   // false if no more is wanted.
   virtual bool Begin(PictureForm const& form) = 0;
   virtual bool Row(std::span<BYTE const> row) = 0;
+
+  // Whether a picture that is stored as a JPEG file may come as that file, in place of Begin and
+  // its rows.
+  virtual bool TakesJpeg() const { return false; }
+  virtual void Jpeg(std::span<BYTE const>) {}
 };
 
 // Decodes a picture with the library's decoders. False with the reason in `problem`, and nothing

@@ -23,7 +23,7 @@ constexpr int kMaxReaders = 100;  // of one document, one behind the other
 
 class Sender : public PictureSink {
  public:
-  explicit Sender(CHILD_LINK* link) : link_(link) {}
+  Sender(CHILD_LINK* link, PageTarget const& target) : link_(link), target_(target) {}
 
   bool Begin(PictureForm const& form) override {
     std::array<DWORD, kFormNumbers> const numbers = {
@@ -38,6 +38,12 @@ class Sender : public PictureSink {
   bool Row(std::span<BYTE const> row) override {
     rows_.append(reinterpret_cast<char const*>(row.data()), row.size());
     return rows_.size() < kRowsBytes || FlushRows();
+  }
+
+  bool TakesJpeg() const override { return target_.TakesJpeg(); }
+
+  void Jpeg(std::span<BYTE const> file) override {
+    Send('J', {reinterpret_cast<char const*>(file.data()), file.size()});
   }
 
   bool FlushRows() {
@@ -61,6 +67,7 @@ class Sender : public PictureSink {
 
  private:
   CHILD_LINK* link_;
+  PageTarget const& target_;
   std::string rows_;
 };
 
@@ -105,7 +112,7 @@ class Transfer {
  private:
   // In the child. What the target chooses there, it will choose here.
   void Work(CHILD_LINK* link) {
-    Sender sender(link);
+    Sender sender(link, target_);
     std::string problem = "there is not enough memory";
     try {
       auto const source = open_(name_, problem);
@@ -155,6 +162,10 @@ class Transfer {
         return true;
       case 'R':
         TakeRows(payload);
+        return true;
+      case 'J':
+        target_.Jpeg({reinterpret_cast<BYTE const*>(payload.data()), payload.size()});
+        wanted_ = true;
         return true;
       case 'E':
         EndPage();

@@ -1,12 +1,11 @@
 // Fetches by LoadObject; the rest is the strict reader's.
 #include "tools/pdf_objects.h"
 
-#include <algorithm>
-
 namespace sorrelin::tool {
 namespace {
 
-constexpr int kMaxReferences = 32;  // one leading to the next
+constexpr uint64_t kLoadBytes = 1024;  // what a load costs beside its bytes, generously
+constexpr int kMaxReferences = 32;     // one leading to the next
 // "obj" stands within so many bytes of an object's text.
 constexpr size_t kHeaderBytes = 40;
 
@@ -39,7 +38,9 @@ PdfObject ParseObject(std::string_view text) {
 }
 
 PdfObject PdfObjects::Load(DWORD number) const {
+  if (IsExhausted()) return {};
   auto block = std::make_unique<LoadedObject>(session_.LoadObject(number));
+  Spend(kLoadBytes + block->size());
   if (block->data() == nullptr) return {};
   PdfObject object = ParseObject({reinterpret_cast<char const*>(block->data()), block->size()});
   object.block = std::move(block);

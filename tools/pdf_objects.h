@@ -5,6 +5,8 @@
 #include <sorrelin/frame/session.h>
 #include <sorrelin/reader/loaded_object.h>
 
+#include <algorithm>
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <span>
@@ -29,8 +31,9 @@ PdfObject ParseObject(std::string_view text);
 
 class PdfObjects {
  public:
-  // The session outlives this object.
-  explicit PdfObjects(CCreatePDF& session) : session_(session) {}
+  // The session outlives this object. `most_work` is in bytes: those of the objects that are
+  // loaded, and those that come of inflating.
+  PdfObjects(CCreatePDF& session, uint64_t most_work) : session_(session), work_left_(most_work) {}
 
   // An object that cannot be had or read has a null value.
   PdfObject Load(DWORD number) const;
@@ -41,8 +44,13 @@ class PdfObjects {
   // The coded bytes of a stream, by its /Length. Nothing if they are not all there.
   std::optional<std::span<BYTE const>> DataOf(PdfObject const& stream) const;
 
+  // Takes work off what may be done. No object is loaded any more once nothing is left.
+  void Spend(uint64_t bytes) const { work_left_ -= std::min(bytes, work_left_); }
+  bool IsExhausted() const { return work_left_ == 0; }
+
  private:
   CCreatePDF& session_;
+  mutable uint64_t work_left_;
 };
 
 }  // namespace sorrelin::tool

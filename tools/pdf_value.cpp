@@ -38,6 +38,14 @@ PdfValue const& PdfValue::operator[](std::string_view key) const {
   return kNone;
 }
 
+void PdfValue::Remove(std::string_view key) {
+  for (size_t i = keys.size(); i-- > 0;) {
+    if (keys[i] != key) continue;
+    keys.erase(keys.begin() + static_cast<ptrdiff_t>(i));
+    items.erase(items.begin() + static_cast<ptrdiff_t>(i));
+  }
+}
+
 int PdfValueReader::Peek(size_t ahead) const {
   return at_ + ahead < text_.size() ? static_cast<unsigned char>(text_[at_ + ahead]) : -1;
 }

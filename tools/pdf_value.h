@@ -17,6 +17,8 @@ struct PdfValue {
   bool IsName(std::string_view name) const { return kind == Kind::kName && text == name; }
   // The value of a dictionary's key, or a null value; the last one counts.
   PdfValue const& operator[](std::string_view key) const;
+  // Takes the key and its value out of a dictionary.
+  void Remove(std::string_view key);
 
   Kind kind = Kind::kNull;
   double number = 0;              // also of a reference: the object's number; 1 for true

@@ -74,17 +74,6 @@ bool Encode(Pix* pix, FileFormat format, LeptonicaBytes& bytes, std::string& pro
   return pixWriteMemJpeg(&bytes.data, &bytes.size, plain.get(), kJpegQuality, 0) == 0;
 }
 
-bool WriteFile(std::filesystem::path const& path, LeptonicaBytes const& bytes,
-               std::string& problem) {
-  errno = 0;
-  std::ofstream file(path, std::ios::binary | std::ios::trunc);
-  file.write(reinterpret_cast<char const*>(bytes.data), static_cast<std::streamsize>(bytes.size));
-  file.close();
-  if (file) return true;
-  problem = "cannot be written: " + std::generic_category().message(errno);
-  return false;
-}
-
 }  // namespace
 
 std::optional<FileFormat> FormatOfName(std::string_view name) {
@@ -161,7 +150,19 @@ PixPtr PictureBuilder::Take() {
 bool WritePicture(std::filesystem::path const& path, Pix* pix, FileFormat format,
                   std::string& problem) {
   LeptonicaBytes bytes;
-  return Encode(pix, format, bytes, problem) && WriteFile(path, bytes, problem);
+  return Encode(pix, format, bytes, problem) && WriteBytes(path, {bytes.data, bytes.size}, problem);
+}
+
+bool WriteBytes(std::filesystem::path const& path, std::span<BYTE const> bytes,
+                std::string& problem) {
+  errno = 0;
+  std::ofstream file(path, std::ios::binary | std::ios::trunc);
+  file.write(reinterpret_cast<char const*>(bytes.data()),
+             static_cast<std::streamsize>(bytes.size()));
+  file.close();
+  if (file) return true;
+  problem = "cannot be written: " + std::generic_category().message(errno);
+  return false;
 }
 
 bool AddTiffPage(TiffFile& file, Pix* pix, std::string& problem) {

@@ -42,6 +42,10 @@ class PictureBuilder : public PictureSink {
 bool WritePicture(std::filesystem::path const& path, Pix* pix, FileFormat format,
                   std::string& problem);
 
+// Writes a file of these bytes. False with the reason in `problem`.
+bool WriteBytes(std::filesystem::path const& path, std::span<BYTE const> bytes,
+                std::string& problem);
+
 // Adds a picture to a TIFF file as its next page. False with the reason in `problem`.
 bool AddTiffPage(TiffFile& file, Pix* pix, std::string& problem);
 

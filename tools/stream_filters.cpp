@@ -59,6 +59,7 @@ std::optional<std::string> DecodedText(PdfObjects const& objects, PdfObject cons
     text.resize(before + count);
     if (count < wanted) break;
   }
+  objects.Spend(text.size());
   return text;
 }
 

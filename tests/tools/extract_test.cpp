@@ -128,6 +128,43 @@ TEST_F(Extract, JpegFilesAreGreyOrColour) {
   EXPECT_EQ(pixGetXRes(ReadPix("p1").get()), 144);
 }
 
+TEST_F(Extract, JpegPagesAreWrittenAsTheFilesThatTheyAre) {
+  JpegForm form;
+  WriteAll(Path("1.jpg"), MakeJpeg(form, [](int x, int y, int s) { return unsigned(x + y * s); }));
+  form.components = 1;
+  form.progressive = true;
+  WriteAll(Path("2.jpg"), MakeJpeg(form, [](int x, int y, int) { return unsigned(x + y); }));
+  WritePix("3.png", Noise(40, 10, 1));
+  EXPECT_EQ(Make({Out(), Path("1.jpg"), Path("3.png"), Path("2.jpg")}).exit_code, 0);
+  ExtractAll({"--output", Path("p%d.jpg")});
+  EXPECT_EQ(ReadAll(Path("p1.jpg")), ReadAll(Path("1.jpg")));
+  EXPECT_EQ(ReadAll(Path("p3.jpg")), ReadAll(Path("2.jpg")));
+  EXPECT_EQ(pixGetDepth(ReadPix("p2.jpg").get()), 8);
+}
+
+// What the page shows is another picture than the file.
+TEST_F(Extract, TurnedAndInvertedJpegPicturesAreCodedAnew) {
+  std::vector<BYTE> const file = MakeJpeg({.width = 8, .height = 8, .components = 1},
+                                          [](int, int y, int) { return y < 4 ? 40u : 200u; });
+  std::string const data(file.begin(), file.end());
+  std::string const image =
+      "/Subtype/Image /Width 8 /Height 8 /BitsPerComponent 8 /ColorSpace /DeviceGray "
+      "/Filter /DCTDecode";
+  WriteDocument(
+      "1.pdf", OnePage{.image = image, .data = data, .content = "8 0 0 -8 0 8 cm /Im0 Do"}.Build());
+  WriteDocument("2.pdf", OnePage{.image = image + " /Decode [1 0]", .data = data}.Build());
+  struct Shown {
+    char const* document;
+    l_uint32 top;
+  };
+  for (auto const& [document, top] : {Shown{"1.pdf", 200}, Shown{"2.pdf", 215}}) {
+    EXPECT_EQ(Run({"extract", Path(document), "--output", Path("p.jpg"), "--force"}).exit_code, 0);
+    l_uint32 pixel = 0;
+    pixGetPixel(ReadPix("p.jpg").get(), 1, 1, &pixel);
+    EXPECT_NEAR(pixel, top, 3) << document;
+  }
+}
+
 TEST_F(Extract, OnlyThePagesThatAreAskedFor) {
   MakeThree();
   ExtractAll({"--pages", "3,1", "--output", Path("p%02d.png")});

@@ -49,16 +49,17 @@ TEST(JpegFile, EndIsFoundInSequentialAndProgressiveFilesAndBeforeAppendedBytes) 
     JpegForm form;
     form.progressive = progressive;
     std::vector<BYTE> file = MakeJpeg(form, Slope);
-    EXPECT_TRUE(HasJpegEnd(file));
+    size_t const size = file.size();
+    EXPECT_EQ(JpegEnd(file), size);
     file.insert(file.end(), 100, 0);
-    EXPECT_TRUE(HasJpegEnd(file));
+    EXPECT_EQ(JpegEnd(file), size);
   }
 }
 
 TEST(JpegFile, NoCutOfAFileHasAnEnd) {
   std::vector<BYTE> const whole = MakeJpeg({}, Slope);
   for (size_t size = 0; size < whole.size(); ++size) {
-    EXPECT_FALSE(HasJpegEnd(std::span(whole).first(size))) << size;
+    EXPECT_EQ(JpegEnd(std::span(whole).first(size)), 0u) << size;
   }
 }
 
@@ -69,7 +70,7 @@ TEST(JpegFile, EndInsideAMarkerSegmentDoesNotCount) {
   form.exif.insert(form.exif.end(), {0xFF, 0xD9});
   std::vector<BYTE> file = MakeJpeg(form, Slope);
   file.resize(file.size() / 2);
-  EXPECT_FALSE(HasJpegEnd(file));
+  EXPECT_EQ(JpegEnd(file), 0u);
 }
 
 TEST(JpegFile, CutFilesAreNotDecoded) {

@@ -37,11 +37,13 @@ struct Outcome {
   std::string problem;
 };
 
+constexpr uint64_t kMuchWork = uint64_t{1} << 40;
+
 Outcome ReadPage(test::PdfBuilder pdf) {
   test::PageDocument document(pdf);
   Outcome outcome;
   DWORD const page = document->GetPageObjectNumber(0);
-  outcome.facts = JudgePage(*document, page);
+  outcome.facts = PageJudge(*document, kMuchWork).Judge(page);
   outcome.problem = outcome.facts.problem;
   if (!outcome.facts.image) return outcome;
   DecodePicture(*document, *outcome.facts.image, outcome.facts.dpi, outcome.pixels,
@@ -353,6 +355,58 @@ TEST(PageImage, FactsTellSizesAndResolutionOfAnInheritedBox) {
   EXPECT_EQ(facts.depth, 24);
   EXPECT_EQ(facts.compression, "none");
   EXPECT_EQ(facts.dpi, (Resolution{200, 100}));
+}
+
+// Pages above are read once for all pages, so that the cost of a page does not grow with them.
+TEST(PageImage, WhatPagesInheritIsReadOnce) {
+  test::PdfBuilder pdf;
+  std::string kids;
+  for (DWORD i = 0; i < 2000; ++i) kids += std::to_string(10 + i) + " 0 R ";
+  pdf.Object(1, "<</Type/Catalog /Pages 2 0 R >>");
+  pdf.Object(2, "<</Type/Pages /Kids [" + kids + "] /Count 2000 /Rotate 450 /Resources 3 0 R >>");
+  pdf.Object(3, "<</XObject <</A 4 0 R>> >>");
+  pdf.Stream(4, "/Subtype/Image /Width 1 /Height 1 /BitsPerComponent 8 /ColorSpace /DeviceGray",
+             "x");
+  for (DWORD i = 0; i < 2000; ++i) pdf.Object(10 + i, "<</Type/Page /Parent 2 0 R >>");
+  test::PageDocument document(pdf);
+  PageJudge judge(*document, uint64_t{16} << 20);
+  for (DWORD i = 0; i < 2000; ++i) {
+    PageFacts const facts = judge.Judge(document->GetPageObjectNumber(i));
+    ASSERT_EQ(facts.problem, "") << i;
+    ASSERT_EQ(facts.rotation, 90) << i;
+  }
+}
+
+TEST(PageImage, WorkHasABound) {
+  auto pdf = test::OnePage{.image =
+                               "/Subtype/Image /Width 2 /Height 2 /BitsPerComponent 8 "
+                               "/ColorSpace /DeviceGray",
+                           .data = kFourBytes}
+                 .Build();
+  test::PageDocument document(pdf);
+  PageJudge judge(*document, 10'000);
+  DWORD const page = document->GetPageObjectNumber(0);
+  EXPECT_EQ(judge.Judge(page).problem, "");
+  for (int i = 0; i < 10; ++i) judge.Judge(page);
+  EXPECT_EQ(judge.Judge(page).problem, "is left out: the document takes too much work to read");
+}
+
+TEST(PageImage, TurnsAreWholeQuarters) {
+  struct Turn {
+    char const* text;
+    int degrees;
+  };
+  for (auto const& [text, degrees] : {Turn{"90", 90},
+                                      {"-90", 270},
+                                      {"720", 0},
+                                      {"45", 0},
+                                      {"180.0", 180},
+                                      {"99999999999", 0},
+                                      {"/A", 0}}) {
+    test::OnePage page;
+    page.page += std::string(" /Rotate ") + text;
+    EXPECT_EQ(ReadPage(page.Build()).facts.rotation, degrees) << text;
+  }
 }
 
 TEST(PageImage, ParentThatLeadsBackToItselfEnds) {

@@ -3,6 +3,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "tools/messages.h"
@@ -85,10 +86,23 @@ class Extract : public PageTarget {
     return shared_ != nullptr;
   }
 
-  bool Begin(PictureForm const& form) override { return builder_.Begin(form); }
+  bool Begin(PictureForm const& form) override {
+    jpeg_.clear();
+    return builder_.Begin(form);
+  }
   bool Row(std::span<BYTE const> row) override { return builder_.Row(row); }
+  bool TakesJpeg() const override { return format_ == FileFormat::kJpeg; }
+  void Jpeg(std::span<BYTE const> file) override { jpeg_.assign(file.begin(), file.end()); }
 
   void Finish(DWORD page) override {
+    if (!jpeg_.empty()) {
+      std::vector<BYTE> const file = std::exchange(jpeg_, {});
+      WriteOwn(page, [&](fs::path const& path, std::string& problem) {
+        return WriteBytes(path, file, problem);
+      });
+      ShowProgress();
+      return;
+    }
     PixPtr const pix = builder_.Take();
     if (pix == nullptr) {
       Fail(page, "its picture has not come whole");
@@ -97,12 +111,15 @@ class Extract : public PageTarget {
     if (shared_ != nullptr) {
       AddToShared(page, pix.get());
     } else {
-      WriteOwn(page, pix.get());
+      WriteOwn(page, [&](fs::path const& path, std::string& problem) {
+        return WritePicture(path, pix.get(), format_, problem);
+      });
     }
     ShowProgress();
   }
 
   void Fail(DWORD page, std::string const& problem) override {
+    jpeg_.clear();
     Report(options_.document, "page " + std::to_string(page + 1) + ": " + problem);
     ShowProgress();
   }
@@ -139,13 +156,14 @@ class Extract : public PageTarget {
     return output;
   }
 
-  void WriteOwn(DWORD page, Pix* pix) {
+  // `write` takes the path and tells its problem.
+  template <typename Write>
+  void WriteOwn(DWORD page, Write write) {
     std::string const name = pattern_.NameOf(page + 1);
     auto const output = Open(name);
     if (output == nullptr) return;
     std::string problem;
-    bool const written =
-        WritePicture(output->path(), pix, format_, problem) && output->Commit(problem);
+    bool const written = write(output->path(), problem) && output->Commit(problem);
     if (!written) Report(name, problem);
   }
 
@@ -169,6 +187,7 @@ class Extract : public PageTarget {
   NamePattern const& pattern_;
   Progress progress_;
   PictureBuilder builder_;
+  std::vector<BYTE> jpeg_;  // the file that has come in place of rows
   std::unique_ptr<OutputFile> shared_;
   std::optional<TiffFile> shared_file_;
   size_t shared_pages_ = 0;
@@ -224,7 +243,8 @@ in the current directory. A TIFF file whose name has no number takes all pages,
 as it does without a pattern. The pattern's extension tells the format, too.
 
 Black and white stays black and white, a palette stays a palette, and the
-resolution is kept; JPEG has neither 1 bit nor palettes. A page is read if it
+resolution is kept. JPEG has neither 1 bit nor palettes; a picture that is
+stored as JPEG comes as the file that it is. A page is read if it
 consists of one picture, which comes as it is stored, without the turn of a
 page that viewers show turned (info tells of it). What would come out wrong is
 named and not written.
