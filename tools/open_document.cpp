@@ -78,8 +78,8 @@ bool Mentions(std::ifstream& file, std::string_view key) {
   }
 }
 
-// The library finds its way in some documents whose last section is not where it should be. What
-// they say of encryption cannot be told then, so any mention of it counts.
+// The library finds its way in some documents whose trailer cannot be read strictly. What they say
+// of encryption cannot be told then, so any mention of it counts.
 bool HasEncryption(std::string const& name, PdfValue const& trailer) {
   std::ifstream file(name, std::ios::binary);
   if (trailer["Root"].Is(Kind::kNull)) return Mentions(file, "/Encrypt");
