@@ -131,11 +131,14 @@ OutputFile::~OutputFile() {
   RemoveActive(active);
 }
 
-bool OutputFile::Commit(std::string& problem) {
+bool OutputFile::Commit(std::string& problem, Durability durability) {
   ActiveOutput& active = Active();
-  if (!FlushFile(path_)) return problem = "cannot be written: " + LastSystemError(), false;
+  bool const on_disk = durability == Durability::kOnDisk;
+  if (on_disk && !FlushFile(path_)) {
+    return problem = "cannot be written: " + LastSystemError(), false;
+  }
   std::lock_guard const lock(active.mutex);
-  bool const moved = Move();
+  bool const moved = Move(on_disk);
   bool const exists = !moved && GetLastError() == ERROR_ALREADY_EXISTS;
   if (exists) {
     problem = "exists already: it has come into being in the meantime, and is as it was";
@@ -146,14 +149,15 @@ bool OutputFile::Commit(std::string& problem) {
   return moved;
 }
 
-bool OutputFile::Move() const {
+bool OutputFile::Move(bool on_disk) const {
   std::u16string const from = path_.u16string();
   std::u16string const to = target_.u16string();
   if (keep_owner_) {
     return ReplaceFileW(to.c_str(), from.c_str(), nullptr, 0, nullptr, nullptr) != FALSE;
   }
   if (replace_) KeepPermissions(target_, path_);
-  DWORD const flags = MOVEFILE_WRITE_THROUGH | (replace_ ? MOVEFILE_REPLACE_EXISTING : 0);
+  DWORD const flags =
+      (on_disk ? MOVEFILE_WRITE_THROUGH : 0) | (replace_ ? MOVEFILE_REPLACE_EXISTING : 0);
   return MoveFileExW(from.c_str(), to.c_str(), flags) != FALSE;
 }
 

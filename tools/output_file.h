@@ -8,6 +8,10 @@
 
 namespace sorrelin::tool {
 
+// Whether a committed file must outlive the failure of the machine. Waiting for the disk takes
+// longer than most pictures take to write.
+enum class Durability { kOnDisk, kUsual };
+
 // The document is written inside a directory of its own beside the target, which no other process
 // can have a file in, and is renamed when it is complete. One such file may be open at a time.
 class OutputFile {
@@ -29,15 +33,16 @@ class OutputFile {
   // The name to write to; there is no such file yet, or a copy of the target.
   std::filesystem::path const& path() const { return path_; }
 
-  // Brings the file to the disk and gives it the target's name. Without `replace`, a target that
-  // has come into being in the meantime is left alone. False with the reason in `problem`.
-  bool Commit(std::string& problem);
+  // Brings the file to the disk, if that is wanted, and gives it the target's name. Without
+  // `replace`, a target that has come into being in the meantime is left alone. False with the
+  // reason in `problem`.
+  bool Commit(std::string& problem, Durability durability = Durability::kOnDisk);
 
  private:
   OutputFile(std::filesystem::path target, bool replace, std::filesystem::path const& directory);
 
   // With the mutex held.
-  bool Move() const;
+  bool Move(bool on_disk) const;
 
   std::filesystem::path target_;
   std::filesystem::path path_;

@@ -163,7 +163,8 @@ class Extract : public PageTarget {
     auto const output = Open(name);
     if (output == nullptr) return;
     std::string problem;
-    bool const written = write(output->path(), problem) && output->Commit(problem);
+    bool const written =
+        write(output->path(), problem) && output->Commit(problem, Durability::kUsual);
     if (!written) Report(name, problem);
   }
 
@@ -178,7 +179,7 @@ class Extract : public PageTarget {
 
   void FinishShared() {
     std::string problem = "is not written: it would have no pages";
-    bool const written = shared_pages_ != 0 && shared_->Commit(problem);
+    bool const written = shared_pages_ != 0 && shared_->Commit(problem, Durability::kUsual);
     if (!written) Report(pattern_.NameOf(0), problem);
   }
 
