@@ -263,13 +263,11 @@ bool CopyData(CCreatePDF& session, LoadedObject const& object, Image& image) {
   return true;
 }
 
-bool ReadImage(CCreatePDF& session, DWORD number, Image& image) {
-  std::optional<LoadedObject> object;
-  LoadImageObject(session, number, object);
-  if (object->data() == nullptr || !ReadShape(session, *object, image)) return false;
-  ReadKind(session, *object, image);
-  ReadCompression(session, *object, image);
-  return CopyData(session, *object, image);
+bool ReadImage(CCreatePDF& session, LoadedObject const& object, Image& image) {
+  if (object.data() == nullptr || !ReadShape(session, object, image)) return false;
+  ReadKind(session, object, image);
+  ReadCompression(session, object, image);
+  return true;
 }
 
 // The order settles what becomes of several filters. False with the code of a filter that no
@@ -337,14 +335,17 @@ void* CCreatePDF::LoadImageAndInfoFromPDF(DWORD nPage, DWORD* pnCompression, DWO
     return nullptr;
   }
   Page page;
+  if (!ReadPage(*this, GetPageObjectNumber(nPage), page)) return nullptr;
   Image image;
-  if (!ReadPage(*this, GetPageObjectNumber(nPage), page) ||
-      !ReadImage(*this, page.xobject, image)) {
-    return nullptr;
-  }
+  std::optional<LoadedObject> object;
+  LoadImageObject(*this, page.xobject, object);
+  if (!ReadImage(*this, *object, image)) return nullptr;
   m_bDecodeNormal = image.decode_normal ? 1 : 0;
   m_nProcSetFlags = image.kind;
   m_bBlackIs1 = image.black_is_1.value_or(m_bBlackIs1);
+  // What the image says of itself stands for later decodes also where its data are not found.
+  if (!CopyData(*this, *object, image)) return nullptr;
+  object.reset();
 
   void* bitmap = nullptr;
   if (!Decode(*this, image, page.flipped, &bitmap)) return nullptr;

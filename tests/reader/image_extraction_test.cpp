@@ -68,6 +68,19 @@ TEST(ImageExtraction, PageThatTheTreeLacksGivesNullWithoutACode) {
   EXPECT_EQ(document->PDF_GetLastError(), 0u);
 }
 
+TEST(ImageExtraction, PageBeyondTheCountOfTheRootIsOutOfReach) {
+  PdfBuilder pdf;
+  pdf.Object(1, "<</Type/Catalog /Pages 2 0 R >>");
+  pdf.Object(2, "<</Type/Pages /Kids [3 0 R 3 0 R 3 0 R ] /Count 2 >>");
+  pdf.Object(3, "<</Resources <</XObject <</Im0 4 0 R >> >> >>");
+  pdf.Stream(4, kBilevel, "AB");
+  PageDocument document(pdf);
+  EXPECT_EQ(document->GetPageObjectNumber(2), 3u);
+  EXPECT_NE(document.Load(1).get(), nullptr);
+  EXPECT_EQ(document.Load(2).get(), nullptr);
+  EXPECT_EQ(document->PDF_GetLastError(), 31u);
+}
+
 TEST(ImageExtraction, RotationIsNotRead) {
   EXPECT_EQ(Extract({.page = OnePage{}.page + " /Rotate 180"}).rows, Extract({}).rows);
 }
@@ -436,6 +449,16 @@ TEST(ImageExtraction, ImageWithoutStreamIsCode24) {
   PageDocument document(pdf);
   EXPECT_EQ(document.Load().get(), nullptr);
   EXPECT_EQ(document->PDF_GetLastError(), 24u);
+}
+
+TEST(ImageExtraction, PolarityAndKindStandWhereTheDataAreNotFound) {
+  PdfBuilder pdf = OnePage{.page = "/Resources <</XObject <</Im0 7 0 R >> >>"}.Build();
+  pdf.Object(7, "<<" + kBilevel + "/Decode [1 0] /Filter /CCITTFaxDecode /BlackIs1 true >>");
+  PageDocument document(pdf);
+  EXPECT_EQ(document.Load().get(), nullptr);
+  EXPECT_EQ(SessionProbe::DecodeNormal(*document), 0u);
+  EXPECT_EQ(SessionProbe::BlackIs1(*document), 1u);
+  EXPECT_EQ(SessionProbe::ProcSetFlags(*document), 1u);
 }
 
 TEST(ImageExtraction, KeywordAtTheEndOfTheObjectLeavesNoData) {
