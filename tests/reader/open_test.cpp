@@ -125,6 +125,16 @@ TEST_F(Open, OtherHeadersAreCode25) {
   }
 }
 
+TEST_F(Open, UpdateTakesADocumentOfAnyHeader) {
+  Bytes bytes = OnePageDocument();
+  bytes[7] = '9';
+  ASSERT_EQ(OpenMemory(bytes), 0);
+  EXPECT_EQ(session_->CreatePDFInMemory(reinterpret_cast<int64_t>(bytes.data()),
+                                        static_cast<DWORD>(bytes.size())),
+            1);
+  EXPECT_EQ(session_->GetNumberOfPages(), 1u);
+}
+
 // A reader that stayed open would keep the writer out.
 TEST_F(Open, RejectedFileIsClosed) {
   std::filesystem::path const path = Write(ToBytes("%PDF-9.9 and more"));
