@@ -302,6 +302,17 @@ TEST(StreamRoute, SizeBeyondTheObjectTableIsErrorTen) {
   EXPECT_EQ(error, 10u);
 }
 
+// The objects are found by their extents, which the index does not bound.
+TEST(StreamRoute, DocumentWithoutRowsCountsAsAFailure) {
+  PdfBuilder pdf("%PDF-1.5");
+  test::AddPageTree(pdf, 1);
+  pdf.XrefStream(4, {.size = 0});
+  OpenDocument document(pdf);
+  EXPECT_EQ(document.Build(), 0u);
+  EXPECT_EQ(document.error(), 0u);
+  EXPECT_EQ(document->GetNumberOfPages(), 1u);
+}
+
 TEST(StreamRoute, NewestSectionWins) {
   PdfBuilder pdf("%PDF-1.5");
   test::AddPageTree(pdf, 1);
