@@ -1,14 +1,14 @@
 // Run-length image data (ISO 32000-1, 7.4.5): pairs of a control byte and a value.
 #include <sorrelin/frame/session.h>
 #include <sorrelin/image/dib_view.h>
+#include <sorrelin/image/locked_block.h>
 #include <sorrelin/image/owned_block.h>
 #include <sorrelin/platform/memory.h>
 
 #include <algorithm>
-#include <cstring>
-#include <vector>
 
 using sorrelin::DibView;
+using sorrelin::LockedBlock;
 using sorrelin::OwnedBlock;
 
 namespace {
@@ -103,18 +103,24 @@ void* CCreatePDF::ConvertDIB2RLEPDFImage(void* hDIB, DWORD& nSize, DWORD /*nComp
 // and decoders stop on their row count.
 void* CCreatePDF::EncodeRunLengthRows(DibView const& dib, DWORD& nSize) {
   BITMAPINFOHEADER const& header = dib.header();
-  if (header.biWidth < 0) return nullptr;
-  size_t const width = static_cast<size_t>(header.biWidth);
+  if (header.biWidth < 0 || header.biHeight < 0) return nullptr;
+  DWORD const width = static_cast<DWORD>(header.biWidth);
   uint64_t const stride = sorrelin::DibStride(header.biWidth, 8);
-  std::vector<BYTE> row(std::max<size_t>(width, 1));
-  std::vector<BYTE> pairs(2 * row.size());
+  size_t const row_bytes = std::max<size_t>(width, 1);
+  OwnedBlock const row(GlobalAlloc(GHND, row_bytes));
+  OwnedBlock const pairs(GlobalAlloc(GHND, 2 * row_bytes));
+  LockedBlock const locked_row(row.get());
+  LockedBlock const locked_pairs(pairs.get());
+  if (!locked_row || !locked_pairs) return nullptr;
   OutputBlock output;
   for (int64_t y = int64_t{header.biHeight} - 1; y >= 0; --y) {
-    sorrelin::ReadOrZero(dib.bytes(), sorrelin::kPaletteRows + static_cast<uint64_t>(y) * stride,
-                         row);
+    // A row never holds less than the one above it, so what it lacks is 0 still.
+    auto const held =
+        dib.Part(sorrelin::kPaletteRows + static_cast<uint64_t>(y) * stride, row_bytes);
+    std::copy(held.begin(), held.end(), locked_row.bytes().begin());
     DWORD size = 0;
-    RLEEncriptLine(row.data(), static_cast<DWORD>(width), pairs.data(), size);
-    if (!output.Append({pairs.data(), size})) return nullptr;
+    RLEEncriptLine(locked_row.bytes().data(), width, locked_pairs.bytes().data(), size);
+    if (!output.Append(locked_pairs.bytes().first(size))) return nullptr;
   }
   static constexpr BYTE kUnsetByte = 0;
   return output.Append({&kUnsetByte, 1}) ? output.Finish(nSize) : nullptr;

@@ -1,8 +1,13 @@
 // Run-length image data (ISO 32000-1, 7.4.5): control 1 - n modulo 256 repeats a byte n times.
 #include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <unistd.h>
 
+#include <fstream>
 #include <memory>
+#include <utility>
 
+#include "tests/platform/file_support.h"
 #include "tests/support/dib.h"
 #include "tests/support/session_probe.h"
 
@@ -84,6 +89,41 @@ TEST_F(EncodeRunLength, OtherDepthsAre5) {
     EXPECT_EQ(session_->ConvertDIB2RLEPDFImage(dib, size_, 5), INVALID_HANDLE_VALUE);
     EXPECT_EQ(session_->PDF_GetLastError(), 5u);
   }
+}
+
+// A negative height would be a bitmap with its top row first, which no encoder takes.
+TEST_F(EncodeRunLength, NegativeSizesAre10) {
+  Block const dib = MakeDib({.width = 2, .height = 2, .bits = 8}, [](LONG, LONG) { return 7u; });
+  for (auto const& [width, height] : {std::pair<LONG, LONG>{2, -2}, {-2, 2}}) {
+    auto* const header = static_cast<BITMAPINFOHEADER*>(GlobalLock(dib));
+    header->biWidth = width;
+    header->biHeight = height;
+    GlobalUnlock(dib);
+    session_->PDF_SetLastError(0);
+    EXPECT_EQ(session_->ConvertDIB2RLEPDFImage(dib, size_, 5), INVALID_HANDLE_VALUE);
+    EXPECT_EQ(session_->PDF_GetLastError(), 10u) << width << " " << height;
+  }
+}
+
+// The address space that the process uses now and `more` bytes are all that it gets.
+void LimitMemory(rlim_t more) {
+  rlim_t pages = 0;
+  std::ifstream("/proc/self/statm") >> pages;
+  rlim_t const limit = pages * static_cast<rlim_t>(sysconf(_SC_PAGESIZE)) + more;
+  rlimit const both{limit, limit};
+  setrlimit(RLIMIT_AS, &both);
+}
+
+TEST_F(EncodeRunLength, RowLongerThanTheMemoryIs10) {
+  Block const dib = MakeDib({.width = 2, .height = 1, .bits = 8}, [](LONG, LONG) { return 7u; });
+  static_cast<BITMAPINFOHEADER*>(GlobalLock(dib))->biWidth = 0x7FFFFFFF;
+  GlobalUnlock(dib);
+  int const code = test::InChild([&] {
+    LimitMemory(rlim_t{256} << 20);
+    bool const failed = session_->ConvertDIB2RLEPDFImage(dib, size_, 5) == INVALID_HANDLE_VALUE;
+    return failed ? static_cast<int>(session_->PDF_GetLastError()) : 100;
+  });
+  EXPECT_EQ(code, 10);
 }
 
 }  // namespace
