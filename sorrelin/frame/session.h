@@ -492,7 +492,8 @@ class SORRELIN_EXPORT CCreatePDF {
                                      sorrelin::EncodedPage& page);
   SORRELIN_LOCAL void WritePageObjects(sorrelin::EncodedPage const& page);
   SORRELIN_LOCAL bool HasRoomForPage(int32_t nBitsPerPixel);
-  SORRELIN_LOCAL DWORD WriteImageObjects(sorrelin::EncodedPage const& page);
+  SORRELIN_LOCAL _FILTER FilterOf(sorrelin::EncodedPage const& page);
+  SORRELIN_LOCAL DWORD WriteImageObjects(sorrelin::EncodedPage const& page, _FILTER const& filter);
   SORRELIN_LOCAL void NoteAppendedPage();
   SORRELIN_LOCAL void WritePageContents(char const* szImage, POINT size);
 

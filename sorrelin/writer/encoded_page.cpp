@@ -59,10 +59,12 @@ bool CCreatePDF::EndPage() {
 }
 
 void CCreatePDF::WritePageObjects(sorrelin::EncodedPage const& page) {
+  // Clears the code, so it comes before the first write: none that fails may be forgotten.
+  _FILTER const filter = FilterOf(page);
   if (!HasRoomForPage(page.bits_per_pixel)) return;
   DWORD const proc_set = CreateProcSetObject(ProcSetKind(page.bits_per_pixel), 0);
   if (proc_set == 0) return;
-  DWORD const image = WriteImageObjects(page);
+  DWORD const image = WriteImageObjects(page, filter);
   if (image == 0) return;
   POINT const size = CalculatePageSizeFromPixelsAndDPI(
       page.width, page.height, static_cast<DWORD>(page.dpi.x), static_cast<DWORD>(page.dpi.y));
@@ -85,12 +87,16 @@ bool CCreatePDF::HasRoomForPage(int32_t nBitsPerPixel) {
   return Fail(PDF_ERROR_NEW_PAGE_OBJECT) != 0;
 }
 
-DWORD CCreatePDF::WriteImageObjects(sorrelin::EncodedPage const& page) {
+// Kept: the record of a negative size stays unfilled; code 16 stands until a step sets another.
+_FILTER CCreatePDF::FilterOf(sorrelin::EncodedPage const& page) {
   _FILTER filter{page.compression, {}};
-  // Kept: the record of a negative size stays unfilled; code 16 stands until a step sets another.
   if (page.bits_per_pixel == 1) {
     SetCCITTFilterParams(&filter.CcittParams, page.width, page.height, kGroup4, 0, 0, 0, 1, 0);
   }
+  return filter;
+}
+
+DWORD CCreatePDF::WriteImageObjects(sorrelin::EncodedPage const& page, _FILTER const& filter) {
   _IMAGE_PARAMETERS const params{page.width, page.height, page.bits_per_pixel,
                                  page.decode_normal ? 1 : 0, 0};
   DWORD const image = CreateImageXObject(params, page.data, page.size, filter);

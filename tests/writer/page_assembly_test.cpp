@@ -1,11 +1,16 @@
 // The pipeline from a bitmap to a page: checks, codes, and what a failure leaves.
 #include <gtest/gtest.h>
 #include <sorrelin/platform/error.h>
+#include <sys/resource.h>
 
+#include <csignal>
 #include <cstring>
+#include <string>
 
+#include "tests/platform/file_support.h"
 #include "tests/support/dib.h"
 #include "tests/support/document.h"
+#include "tests/support/temp_dir.h"
 
 namespace {
 
@@ -56,6 +61,9 @@ TEST(PageAssembly, ZeroWidthOrHeightIs4) {
 }
 
 TEST(PageAssembly, OtherDepthsAre5BeforeAnythingIsWritten) {
+  bool wrote_runs = true;
+  EXPECT_EQ(SaveCode(Dib(1), PDF_COMPRESSION_RUN_LENGTH, &wrote_runs), 5u);
+  EXPECT_FALSE(wrote_runs);
   for (WORD const bits : std::initializer_list<WORD>{0, 2, 4, 15, 16, 32}) {
     bool wrote = true;
     EXPECT_EQ(SaveCode(Changed(Dib(24), [&](auto& h) { h.biBitCount = bits; }), 0, &wrote), 5u);
@@ -68,6 +76,7 @@ TEST(PageAssembly, NegativeSizesAre10) {
     EXPECT_EQ(SaveCode(Changed(Dib(bits), [](auto& h) { h.biHeight = -100; }), 0), 10u) << bits;
     EXPECT_EQ(SaveCode(Changed(Dib(bits), [](auto& h) { h.biWidth = -100; }), 4), 10u) << bits;
   }
+  EXPECT_EQ(SaveCode(Changed(Dib(8), [](auto& h) { h.biHeight = -100; }), 5), 10u);
 }
 
 TEST(PageAssembly, SizesPast4GiBAre10) {
@@ -190,6 +199,39 @@ TEST(PageAssembly, WithoutATargetTheFirstWriteIs2) {
   auto const session = std::make_unique<CCreatePDF>();
   EXPECT_EQ(session->SaveDIBAsColorPDFPageW(Dib(24), test::kNoLibrary, 0, 0), 0);
   EXPECT_EQ(session->PDF_GetLastError(), 2u);
+}
+
+// The limit on the size of files is gone once a write has met it, so that one write alone fails.
+void LiftSizeLimit(int) {
+  rlimit limit;
+  getrlimit(RLIMIT_FSIZE, &limit);
+  limit.rlim_cur = limit.rlim_max;
+  setrlimit(RLIMIT_FSIZE, &limit);
+}
+
+// The code of a page whose ProcSet object is not written whole; 100 if the page succeeds.
+int SaveWithAFailedProcSet(std::string const& name, WORD bits) {
+  auto const session = std::make_unique<CCreatePDF>();
+  if (session->CreatePDF(name.c_str()) == 0) return 101;
+  rlimit limit;
+  getrlimit(RLIMIT_FSIZE, &limit);
+  limit.rlim_cur = SessionProbe::FilePos(*session) + std::strlen("4 0 obj\n");
+  std::signal(SIGXFSZ, LiftSizeLimit);
+  setrlimit(RLIMIT_FSIZE, &limit);
+  int const saved = session->SaveDIBAsColorPDFPageW(Dib(bits), test::kNoLibrary, 0, 0);
+  return saved != 0 ? 100 : static_cast<int>(session->PDF_GetLastError());
+}
+
+TEST(PageAssembly, FailedWriteOfTheProcSetFailsThePage) {
+  test::TempDir const dir;
+  for (WORD const bits : std::initializer_list<WORD>{1, 24}) {
+    std::string const name = dir / (std::to_string(bits) + ".pdf");
+    EXPECT_EQ(test::InChild([&] { return SaveWithAFailedProcSet(name, bits); }), 1) << bits;
+    std::vector<BYTE> const bytes = test::ReadAll(name);
+    std::string const text(bytes.begin(), bytes.end());
+    // "[/PDF " is what is missing.
+    EXPECT_NE(text.find("4 0 obj\n/Image"), std::string::npos) << bits;
+  }
 }
 
 TEST(PageAssembly, BitmapIsUnlockedAndUnchanged) {
