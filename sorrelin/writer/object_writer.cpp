@@ -178,13 +178,14 @@ DWORD CCreatePDF::WriteDataStreamObject(void* hData, DWORD nBytes) {
 }
 
 bool CCreatePDF::WriteBlock(void* hData, DWORD nBytes) {
-  DWORD const held = static_cast<DWORD>(GlobalSize(hData));
+  DWORD const size = static_cast<DWORD>(GlobalSize(hData));
   BYTE const* const data = static_cast<BYTE const*>(GlobalLock(hData));
-  DWORD const bytes = nBytes != 0 ? nBytes : held;
-  bool const written = data != nullptr && bytes != 0
-                           ? WriteRawDataToPDFFile(data, std::min(bytes, held)) != 0 &&
-                                 WriteZeros(bytes - std::min(bytes, held))
-                           : Fail(PDF_ERROR_EMPTY_STREAM) != 0;
+  DWORD const bytes = nBytes != 0 ? nBytes : size;
+  DWORD const held = std::min(bytes, size);
+  bool const written =
+      data != nullptr && bytes != 0
+          ? (held == 0 || WriteRawDataToPDFFile(data, held) != 0) && WriteZeros(bytes - held)
+          : Fail(PDF_ERROR_EMPTY_STREAM) != 0;
   if (data != nullptr) GlobalUnlock(hData);
   return written;
 }

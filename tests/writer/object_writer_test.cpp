@@ -188,6 +188,11 @@ TEST(ObjectWriter, DataStreamTakesTheGivenSizeAndZeroesWhatTheBlockLacks) {
   std::string const longer =
       document.Added([&](CCreatePDF& s) { s.WriteDataStreamObject(block, 5); });
   EXPECT_NE(longer.find(std::string("stream\nRGB\0\0>\n", 14)), std::string::npos);
+  // A fixed block can be locked without holding anything.
+  test::Block const empty(GlobalAlloc(GPTR, 0));
+  std::string const zeros =
+      document.Added([&](CCreatePDF& s) { EXPECT_NE(s.WriteDataStreamObject(empty, 2), 0u); });
+  EXPECT_NE(zeros.find(std::string("stream\n\0\0>\n", 11)), std::string::npos);
 }
 
 TEST(ObjectWriter, DataStreamWithoutAHandleFailsWithoutACode) {
