@@ -44,7 +44,10 @@ bool sorrelin::WriteEncodedPage(CCreatePDF& session, EncodedPage const& page) {
 // The first page of an update goes behind the old document's last byte, after an empty line.
 bool CCreatePDF::BeginPage() {
   if (m_bAppendMode != 0 && m_bFirstAppendedPage != 0) {
-    m_nFilePos = sorrelin::ChannelSeek(m_hFile, 0, nullptr, FILE_END);
+    LONG high = 0;
+    DWORD const end = sorrelin::ChannelSeek(m_hFile, 0, &high, FILE_END);
+    // Offsets have 32 bits: an end that needs more would lead back into the old bytes.
+    m_nFilePos = high == 0 ? end : INVALID_SET_FILE_POINTER;
     if (m_nFilePos == INVALID_SET_FILE_POINTER) return Fail(PDF_ERROR_SYSTEM) != 0;
     WriteToPDFFile("\n", 1);
   }

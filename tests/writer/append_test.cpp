@@ -2,6 +2,9 @@
 #include <gtest/gtest.h>
 #include <sorrelin/writer/pages_root_text.h>
 
+#include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <memory>
 #include <string>
 
@@ -115,6 +118,21 @@ TEST_F(AppendToFile, FileThatIsNoDocumentKeepsItsBytes) {
   test::WriteAll(name_, test::ToBytes(std::string(200, 'x')));
   EXPECT_EQ(Save(), 24u);
   EXPECT_EQ(TextOf(name_), std::string(200, 'x'));
+}
+
+// Offsets have 32 bits. So long a file can still be read where its table stands at its start.
+TEST_F(AppendToFile, FileOf4GiBIsError1AndKeepsItsBytes) {
+  ASSERT_EQ(Save(), 0u);
+  std::string const document = TextOf(name_);
+  std::string const tail = document.substr(document.rfind("startxref"));
+  uint64_t const size = (uint64_t{1} << 32) + document.size();
+  std::filesystem::resize_file(name_, size - tail.size());
+  std::ofstream(name_, std::ios::binary | std::ios::app) << tail;
+  EXPECT_EQ(Save(), 1u);
+  EXPECT_EQ(std::filesystem::file_size(name_), size);
+  std::string start(document.size() + 4096, '?');
+  std::ifstream(name_, std::ios::binary).read(start.data(), std::ssize(start));
+  EXPECT_EQ(start, document + std::string(4096, '\0'));
 }
 
 TEST_F(AppendToFile, UpdateWithoutAPageGoesOverTheOldBytes) {
