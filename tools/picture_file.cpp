@@ -6,6 +6,8 @@
 #include <fstream>
 #include <system_error>
 
+#include "tools/group4_tiff.h"
+
 namespace sorrelin::tool {
 namespace {
 
@@ -62,7 +64,7 @@ struct LeptonicaBytes {
   size_t size = 0;
 };
 
-// The picture as a file in memory.
+// The picture as a file in memory, by the image library.
 bool Encode(Pix* pix, FileFormat format, LeptonicaBytes& bytes, std::string& problem) {
   problem = "cannot be made: the picture does not fit this format";
   if (format != FileFormat::kJpeg) {
@@ -72,6 +74,17 @@ bool Encode(Pix* pix, FileFormat format, LeptonicaBytes& bytes, std::string& pro
   if (plain == nullptr) return false;
   pixSetResolution(plain.get(), pixGetXRes(pix), pixGetYRes(pix));
   return pixWriteMemJpeg(&bytes.data, &bytes.size, plain.get(), kJpegQuality, 0) == 0;
+}
+
+// Hands the picture as a file in memory to `take`, whose result comes back.
+template <typename Take>
+bool WithFile(Pix* pix, FileFormat format, std::string& problem, Take take) {
+  if (format == FileFormat::kTiff) {
+    std::vector<BYTE> const file = Group4Tiff(pix);
+    if (!file.empty()) return take(file);
+  }
+  LeptonicaBytes bytes;
+  return Encode(pix, format, bytes, problem) && take({bytes.data, bytes.size});
 }
 
 }  // namespace
@@ -149,8 +162,8 @@ PixPtr PictureBuilder::Take() {
 
 bool WritePicture(std::filesystem::path const& path, Pix* pix, FileFormat format,
                   std::string& problem) {
-  LeptonicaBytes bytes;
-  return Encode(pix, format, bytes, problem) && WriteBytes(path, {bytes.data, bytes.size}, problem);
+  auto const write = [&](std::span<BYTE const> file) { return WriteBytes(path, file, problem); };
+  return WithFile(pix, format, problem, write);
 }
 
 bool WriteBytes(std::filesystem::path const& path, std::span<BYTE const> bytes,
@@ -166,9 +179,8 @@ bool WriteBytes(std::filesystem::path const& path, std::span<BYTE const> bytes,
 }
 
 bool AddTiffPage(TiffFile& file, Pix* pix, std::string& problem) {
-  LeptonicaBytes bytes;
-  return Encode(pix, FileFormat::kTiff, bytes, problem) &&
-         file.Add({bytes.data, bytes.size}, problem);
+  auto const add = [&](std::span<BYTE const> page) { return file.Add(page, problem); };
+  return WithFile(pix, FileFormat::kTiff, problem, add);
 }
 
 }  // namespace sorrelin::tool
