@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# From a bare clone to a document: installs what is needed, builds, turns a scan, a palette picture
-# and a photograph into one PDF, and lets three viewers show it.
+# From a bare clone to a document and back: installs what is needed, builds, turns a scan, a palette
+# picture and a photograph into one PDF, lets three viewers show it, and takes the pictures out again.
 # demo.sh [FOLDER] puts everything into FOLDER; the default is build/demo.
 set -euo pipefail
 cd "$(dirname "$0")/.."
@@ -39,4 +39,22 @@ mutool draw -q -r 50 -o "$out/mupdf-%d.png" "$document"
 gs -q -dBATCH -dNOPAUSE -sDEVICE=png16m -r50 -o "$out/ghostscript-%d.png" "$document"
 
 echo "pages: $(pdfinfo "$document" | sed -n 's/^Pages: *//p'), shown by poppler, MuPDF and Ghostscript as $out/*.png"
+
+echo
+echo "and back: $("$sorrelin" count "$document") pages"
+"$sorrelin" info "$document"
+back() { "$sorrelin" extract "$document" --force --quiet --pages "$1" --output "$out/back-$2"; }
+back 1 scan.tif
+back 2 palette.png
+back 3 photograph.jpg
+equal_pixels() {
+  gm compare -maximum-error 0 -metric MAE "$out/$1" "$out/$2" >/dev/null ||
+    { echo "$1 and $2 are different pictures" >&2; exit 1; }
+  echo "$2 shows the same pixels as $1"
+}
+echo
+equal_pixels scan.tif back-scan.tif
+equal_pixels palette.gif back-palette.png
+cmp "$out/photograph.jpg" "$out/back-photograph.jpg"
+echo "back-photograph.jpg is photograph.jpg, byte for byte"
 echo "the document: $PWD/$document"
