@@ -10,7 +10,8 @@ packages=(
 viewers=(ghostscript graphicsmagick mupdf-tools poppler-utils)
 packaging=(dpkg-dev mmdebstrap)
 witnesses=(ccache clang libclang-rt-14-dev libgtest-dev libgmock-dev libbenchmark-dev qpdf
-  img2pdf libtiff-tools tesseract-ocr-eng doxygen python3 python3-numpy)
+  img2pdf libtiff-tools tesseract-ocr-eng doxygen python3 python3-numpy
+  g++-mingw-w64-x86-64-posix libz-mingw-w64-dev googletest)
 
 case "${1:-}" in
   build) ;;

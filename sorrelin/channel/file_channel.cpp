@@ -89,6 +89,17 @@ BOOL ChannelRead(FileChannel* channel, void* buffer, DWORD bytes, DWORD* count, 
   return read > 0;
 }
 
+std::optional<DWORD> ChannelReadFileAt(FileChannel* channel, DWORD offset, void* buffer,
+                                       DWORD bytes) {
+  if (static_cast<LONG>(offset) < 0) {
+    SetLastError(ERROR_NEGATIVE_SEEK);
+    return std::nullopt;
+  }
+  DWORD count = 0;
+  if (ReadFileAt(channel->hFile, offset, buffer, bytes, &count) != FALSE) return count;
+  return GetLastError() != ERROR_SEEK_ON_DEVICE ? std::optional<DWORD>(0) : std::nullopt;
+}
+
 BOOL ChannelWrite(FileChannel* channel, void const* buffer, DWORD bytes, DWORD* count,
                   void* overlapped) {
   if (RefuseNull(channel)) return 0;

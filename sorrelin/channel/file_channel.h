@@ -8,6 +8,8 @@
 #include <sorrelin/channel/memory_buffer.h>
 #include <sorrelin/platform/types.h>
 
+#include <optional>
+
 namespace sorrelin {
 
 // No operation frees the record itself: after a close it stays allocated, and is forgotten.
@@ -39,6 +41,12 @@ FileChannel* ChannelAttachMemory(void const* data, DWORD size, bool read_only);
 // As ReadFile, but a memory read at the end fails with count 0 and no error, and one past the end
 // with error 38. `count` may be null.
 BOOL ChannelRead(FileChannel* channel, void* buffer, DWORD bytes, DWORD* count, void* overlapped);
+
+// Reads up to `bytes` bytes of a file channel at `offset`, and leaves the position where it is.
+// Nothing if the channel cannot be positioned there, which 2 GiB and more cannot; 0 bytes after a
+// failed read.
+std::optional<DWORD> ChannelReadFileAt(FileChannel* channel, DWORD offset, void* buffer,
+                                       DWORD bytes);
 
 // As WriteFile, but a memory write of 0 bytes fails. Error 6009 on a read-only buffer, 8 when it
 // cannot grow.

@@ -23,19 +23,6 @@ std::span<BYTE const> InMemory(FileChannel const& channel, DWORD offset, DWORD b
   return {buffer.pData + offset, std::min<size_t>(bytes, buffer.nSize - offset)};
 }
 
-// Reads at an offset and puts the position back.
-std::optional<DWORD> ReadAt(FileChannel* channel, DWORD offset, void* out, DWORD bytes) {
-  DWORD const position = ChannelSeek(channel, 0, nullptr, FILE_CURRENT);
-  LONG const target = static_cast<LONG>(offset);
-  if (ChannelSeek(channel, target, nullptr, FILE_BEGIN) == INVALID_SET_FILE_POINTER) {
-    return std::nullopt;
-  }
-  DWORD count = 0;
-  if (!ChannelRead(channel, out, bytes, &count, nullptr)) count = 0;
-  ChannelSeek(channel, static_cast<LONG>(position), nullptr, FILE_BEGIN);
-  return count;
-}
-
 }  // namespace
 
 std::optional<std::span<BYTE const>> ReadWindow::Look(FileChannel* channel, DWORD offset,
@@ -51,7 +38,7 @@ std::optional<std::span<BYTE const>> ReadWindow::Look(FileChannel* channel, DWOR
 std::optional<DWORD> ReadWindow::Read(FileChannel* channel, DWORD offset, void* out, DWORD bytes) {
   bool const in_place = IsUsableChannel(channel) && channel->bMemory == 0 &&
                         !Holds(offset, bytes) && bytes >= kLongRead;
-  if (in_place) return ReadAt(channel, offset, out, bytes);
+  if (in_place) return ChannelReadFileAt(channel, offset, out, bytes);
   auto const seen = Look(channel, offset, bytes);
   if (!seen) return std::nullopt;
   if (!seen->empty()) std::memcpy(out, seen->data(), seen->size());
@@ -70,7 +57,7 @@ bool ReadWindow::Fill(FileChannel* channel, DWORD offset, DWORD bytes) {
   if (bytes_.size() < wanted) bytes_.resize(wanted);
   size_ = 0;
   begin_ = offset;
-  auto const count = ReadAt(channel, offset, bytes_.data(), wanted);
+  auto const count = ChannelReadFileAt(channel, offset, bytes_.data(), wanted);
   size_ = count.value_or(0);
   return count.has_value();
 }

@@ -471,7 +471,9 @@ class SORRELIN_EXPORT CCreatePDF {
   SORRELIN_LOCAL bool FinishObjects();
   SORRELIN_LOCAL void ForgetChannel();
   SORRELIN_LOCAL bool WriteXrefEntries(DWORD nTable);
-  SORRELIN_LOCAL bool WriteXrefEntry(DWORD nOffset, DWORD nGeneration, bool in_use);
+  SORRELIN_LOCAL void AddXrefEntry(std::string& entries, DWORD nOffset, DWORD nGeneration,
+                                   bool in_use) const;
+  SORRELIN_LOCAL bool WriteText(std::string const& text);
   SORRELIN_LOCAL bool WriteNewTrailer(DWORD nTable);
   SORRELIN_LOCAL bool WriteXrefOffset(DWORD nTable);
 

@@ -6,7 +6,9 @@
 #ifndef SORRELIN_PLATFORM_FILE_H_
 #define SORRELIN_PLATFORM_FILE_H_
 
+#include <sorrelin/platform/process.h>
 #include <sorrelin/platform/types.h>
+#include <stdint.h>
 
 #if !defined(_WIN32)
 
@@ -47,6 +49,15 @@ SORRELIN_PLATFORM_API HANDLE CreateFileW(WCHAR const* name, DWORD access, DWORD 
  * `count` may be null. `overlapped` must be null. */
 SORRELIN_PLATFORM_API BOOL ReadFile(HANDLE file, void* buffer, DWORD bytes, DWORD* count,
                                     void* overlapped);
+
+#endif /* !_WIN32 */
+
+/* Reads up to `bytes` bytes at `offset` and leaves the position of the file where it is. Results as
+ * those of ReadFile, error 87 for an offset of 2^63 or more. */
+SORRELIN_PLATFORM_API BOOL ReadFileAt(HANDLE file, uint64_t offset, void* buffer, DWORD bytes,
+                                      DWORD* count);
+
+#if !defined(_WIN32)
 
 /* Writes all of `bytes` bytes or fails (112 disk full, 223 file too large, 5 not open for writing);
  * `count` then holds what was written. */

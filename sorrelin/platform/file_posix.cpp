@@ -9,6 +9,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdint>
 
 namespace sorrelin {
 namespace {
@@ -207,6 +208,20 @@ BOOL ReadFile(HANDLE handle, void* buffer, DWORD bytes, DWORD* count, void* over
   if (!file->readable) return sorrelin::Fail(ERROR_ACCESS_DENIED, FALSE);
   return sorrelin::Transfer(bytes, total, [&](DWORD offset, DWORD size) {
     return read(file->descriptor, static_cast<char*>(buffer) + offset, size);
+  });
+}
+
+BOOL ReadFileAt(HANDLE handle, uint64_t offset, void* buffer, DWORD bytes, DWORD* count) {
+  DWORD done = 0;
+  DWORD& total = count != nullptr ? *count : done;
+  total = 0;
+  auto const file = sorrelin::FileOf(handle);
+  if (!file) return FALSE;
+  if (offset > INT64_MAX) return sorrelin::Fail(ERROR_INVALID_PARAMETER, FALSE);
+  if (!file->readable) return sorrelin::Fail(ERROR_ACCESS_DENIED, FALSE);
+  off_t const start = static_cast<off_t>(offset);
+  return sorrelin::Transfer(bytes, total, [&](DWORD at, DWORD size) {
+    return pread(file->descriptor, static_cast<char*>(buffer) + at, size, start + at);
   });
 }
 

@@ -98,15 +98,14 @@ int CCreatePDF::WriteXrefForAppend() {
 }
 
 bool CCreatePDF::WriteUpdatedEntries(DWORD nTable) {
+  std::string entries;
   for (DWORD object = 0; object < nTable; ++object) {
     ObjectEntry const& row = m_Objects[object];
     bool const old_catalog = object == m_nOldCatalogObject;
-    if (!WriteXrefEntry(row.nOffset, row.nGeneration + (old_catalog ? 1 : 0),
-                        row.bInUse != 0 && !old_catalog)) {
-      return false;
-    }
+    AddXrefEntry(entries, row.nOffset, row.nGeneration + (old_catalog ? 1 : 0),
+                 row.bInUse != 0 && !old_catalog);
   }
-  return true;
+  return WriteText(entries);
 }
 
 // Kept: /ID and /Encrypt go out as the reader cut them from the old trailer.

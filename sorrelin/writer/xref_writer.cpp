@@ -2,6 +2,9 @@
 // entries of 19 characters and a line end, which is 20 bytes with LF.
 #include <sorrelin/frame/session.h>
 
+#include <cstdio>
+#include <string>
+
 int CCreatePDF::WriteXref() {
   DWORD const table = ReserveOneObject();
   if (table == 0) return 0;
@@ -14,18 +17,29 @@ int CCreatePDF::WriteXref() {
 }
 
 bool CCreatePDF::WriteXrefEntries(DWORD nTable) {
-  if (WriteToPDFFile("0000000000 65535 f ", 1) == 0) return false;
+  std::string entries;
+  AddXrefEntry(entries, 0, 65535, false);
   for (DWORD object = 1; object < nTable; ++object) {
     ObjectEntry const& row = m_Objects[object];
-    if (!WriteXrefEntry(row.nOffset, row.nGeneration, row.bInUse != 0)) return false;
+    AddXrefEntry(entries, row.nOffset, row.nGeneration, row.bInUse != 0);
   }
-  return true;
+  return WriteText(entries);
 }
 
 // Kept: numbers are written as signed 32-bit values, so an offset of 2 GiB or more is negative.
-bool CCreatePDF::WriteXrefEntry(DWORD nOffset, DWORD nGeneration, bool in_use) {
-  return WriteFormatted(1, "%.10d %.5d %c ", static_cast<int>(nOffset),
-                        static_cast<int>(nGeneration), in_use ? 'n' : 'f');
+void CCreatePDF::AddXrefEntry(std::string& entries, DWORD nOffset, DWORD nGeneration,
+                              bool in_use) const {
+  char entry[40];
+  std::snprintf(entry, sizeof entry, "%.10d %.5d %c %s", static_cast<int>(nOffset),
+                static_cast<int>(nGeneration), in_use ? 'n' : 'f',
+                m_bUseChar13 != 0 ? "\r\n" : "\n");
+  entries += entry;
+}
+
+// In one write, where a document has as many entries as objects.
+bool CCreatePDF::WriteText(std::string const& text) {
+  return WriteRawDataToPDFFile(reinterpret_cast<BYTE const*>(text.data()),
+                               static_cast<DWORD>(text.size())) != 0;
 }
 
 // Kept: the Info object is object 1 of every new document.

@@ -4,6 +4,7 @@
 #include <sorrelin/platform/error.h>
 #include <sorrelin/platform/file.h>
 #include <sorrelin/platform/wide_string.h>
+#include <unistd.h>
 
 #include <cstdlib>
 #include <string>
@@ -267,6 +268,44 @@ TEST(FileChannel, FailedOpenLeavesTheSystemsError) {
   test::TempDir const dir;
   EXPECT_EQ(OpenForReading(dir / "missing"), InvalidChannel());
   EXPECT_EQ(GetLastError(), ERROR_FILE_NOT_FOUND);
+}
+
+TEST(FileChannel, ReadAtAnOffsetLeavesThePosition) {
+  test::TempDir const directory;
+  std::string const name = (directory / "file").string();
+  test::WriteAll(name, {'t', 'e', 'x', 't'});
+  FileChannel* const channel = OpenForReading(name);
+  ChannelSeek(channel, 1, nullptr, FILE_BEGIN);
+  char buffer[3] = "??";
+  EXPECT_EQ(ChannelReadFileAt(channel, 2, buffer, 2), DWORD{2});
+  EXPECT_STREQ(buffer, "xt");
+  EXPECT_EQ(ChannelReadFileAt(channel, 4, buffer, 2), DWORD{0});
+  EXPECT_EQ(ChannelSeek(channel, 0, nullptr, FILE_CURRENT), 1u);
+  ChannelClose(channel);
+}
+
+TEST(FileChannel, ReadAtTwoGigabytesIsOutOfReach) {
+  test::TempDir const directory;
+  std::string const name = (directory / "file").string();
+  test::WriteAll(name, {'t'});
+  FileChannel* const channel = OpenForReading(name);
+  char byte = 0;
+  EXPECT_EQ(ChannelReadFileAt(channel, 0x7FFFFFFF, &byte, 1), DWORD{0});
+  EXPECT_EQ(ChannelReadFileAt(channel, 0x80000000, &byte, 1), std::nullopt);
+  EXPECT_EQ(GetLastError(), ERROR_NEGATIVE_SEEK);
+  ChannelClose(channel);
+}
+
+// Somebody's pipe under a document's name.
+TEST(FileChannel, ReadAtAnOffsetOfAPipeIsOutOfReach) {
+  int ends[2];
+  ASSERT_EQ(pipe(ends), 0);
+  FileChannel* const channel = OpenForReading("/proc/self/fd/" + std::to_string(ends[0]));
+  char byte = 0;
+  EXPECT_EQ(ChannelReadFileAt(channel, 0, &byte, 1), std::nullopt);
+  ChannelClose(channel);
+  close(ends[0]);
+  close(ends[1]);
 }
 
 }  // namespace

@@ -208,6 +208,47 @@ TEST(ReadFile, EndOfFileIsSuccessWithCount0) {
   EXPECT_EQ(file.Read(3), "");
 }
 
+TEST(ReadFileAt, LeavesThePositionWhereItIs) {
+  TempDir const dir;
+  Store(dir / "file", "0123456789");
+  File file(dir / "file", GENERIC_READ, OPEN_EXISTING);
+  SetFilePointer(file, 1, nullptr, FILE_BEGIN);
+  char buffer[5] = "????";
+  DWORD count = 0;
+  EXPECT_TRUE(ReadFileAt(file, 4, buffer, 3, &count));
+  EXPECT_EQ(count, 3u);
+  EXPECT_STREQ(buffer, "456?");
+  EXPECT_TRUE(ReadFileAt(file, 8, buffer, 4, nullptr));
+  EXPECT_STREQ(buffer, "896?");
+  EXPECT_EQ(file.Read(2), "12");
+}
+
+TEST(ReadFileAt, BehindTheEndIsSuccessWithCount0) {
+  TempDir const dir;
+  Store(dir / "file", "text");
+  File const file(dir / "file", GENERIC_READ, OPEN_EXISTING);
+  char byte = 0;
+  for (uint64_t const offset : {uint64_t{4}, uint64_t{1} << 40}) {
+    DWORD count = 7;
+    EXPECT_TRUE(ReadFileAt(file, offset, &byte, 1, &count));
+    EXPECT_EQ(count, 0u);
+  }
+}
+
+TEST(ReadFileAt, RefusesWhatItCannotRead) {
+  TempDir const dir;
+  File const file(dir / "file", GENERIC_WRITE, CREATE_ALWAYS);
+  char byte = 0;
+  DWORD count = 7;
+  EXPECT_FALSE(ReadFileAt(file, 0, &byte, 1, &count));
+  EXPECT_EQ(GetLastError(), 5u);
+  EXPECT_EQ(count, 0u);
+  EXPECT_FALSE(ReadFileAt(file, uint64_t{1} << 63, &byte, 1, &count));
+  EXPECT_EQ(GetLastError(), 87u);
+  EXPECT_FALSE(ReadFileAt(INVALID_HANDLE_VALUE, 0, &byte, 1, &count));
+  EXPECT_EQ(GetLastError(), 6u);
+}
+
 TEST(ReadFile, CountMayBeNull) {
   TempDir const dir;
   Store(dir / "file", "text");

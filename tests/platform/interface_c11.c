@@ -48,6 +48,7 @@ static Operation const kOperations[] = {
     (Operation)MultiByteToWideChar,
     (Operation)MuteStandardError,
     (Operation)ReadFile,
+    (Operation)ReadFileAt,
     (Operation)ReplaceFileW,
     (Operation)RestoreStandardError,
     (Operation)RunInChildProcess,
