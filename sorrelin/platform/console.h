@@ -28,6 +28,9 @@ SORRELIN_PLATFORM_API BOOL SetConsoleCtrlHandler(PHANDLER_ROUTINE handler, BOOL 
 /* Not 0 if standard error is a terminal. */
 SORRELIN_PLATFORM_API BOOL StandardErrorIsTerminal(void);
 
+/* Not 0 if standard output is a terminal. */
+SORRELIN_PLATFORM_API BOOL StandardOutputIsTerminal(void);
+
 /* Columns of the terminal behind standard error; 0 if that is not known. */
 SORRELIN_PLATFORM_API int StandardErrorColumns(void);
 
@@ -39,5 +42,9 @@ SORRELIN_PLATFORM_API void RestoreStandardError(int muted);
 /* From now on a write past the limit on the size of files fails with error 223, where some systems
  * would end the process. */
 SORRELIN_PLATFORM_API void FailPastFileSizeLimit(void);
+
+/* From now on a write into a pipe that nobody reads any more fails with error 109, where some
+ * systems would end the process. */
+SORRELIN_PLATFORM_API void FailOnClosedPipe(void);
 
 #endif /* SORRELIN_PLATFORM_CONSOLE_H_ */

@@ -92,6 +92,8 @@ BOOL SetConsoleCtrlHandler(PHANDLER_ROUTINE handler, BOOL add) {
 
 BOOL StandardErrorIsTerminal(void) { return isatty(STDERR_FILENO) == 1 ? TRUE : FALSE; }
 
+BOOL StandardOutputIsTerminal(void) { return isatty(STDOUT_FILENO) == 1 ? TRUE : FALSE; }
+
 int StandardErrorColumns(void) {
   struct winsize size {};
   return ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 ? size.ws_col : 0;
@@ -116,3 +118,5 @@ void RestoreStandardError(int muted) {
 }
 
 void FailPastFileSizeLimit(void) { signal(SIGXFSZ, SIG_IGN); }
+
+void FailOnClosedPipe(void) { signal(SIGPIPE, SIG_IGN); }

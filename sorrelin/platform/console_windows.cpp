@@ -5,10 +5,13 @@
 #include <cstdio>
 
 namespace {
+constexpr int kStandardOutput = 1;
 constexpr int kStandardError = 2;
-}
+}  // namespace
 
 BOOL StandardErrorIsTerminal(void) { return _isatty(kStandardError) != 0 ? TRUE : FALSE; }
+
+BOOL StandardOutputIsTerminal(void) { return _isatty(kStandardOutput) != 0 ? TRUE : FALSE; }
 
 int StandardErrorColumns(void) {
   CONSOLE_SCREEN_BUFFER_INFO info{};
@@ -35,3 +38,5 @@ void RestoreStandardError(int muted) {
 }
 
 void FailPastFileSizeLimit(void) {}
+
+void FailOnClosedPipe(void) {}

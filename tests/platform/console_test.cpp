@@ -89,6 +89,23 @@ TEST(StandardError, TerminalIsOneOfItsColumns) {
   close(master);
 }
 
+// Descriptor 1 is exchanged, not the stream: the test's own output waits in its buffer meanwhile.
+TEST(StandardOutput, TerminalIsOneAndAFileIsNot) {
+  test::TempDir directory;
+  std::fflush(stdout);
+  int const saved = dup(STDOUT_FILENO);
+  int const file = open((directory / "out").c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600);
+  dup2(file, STDOUT_FILENO);
+  BOOL const of_file = StandardOutputIsTerminal();
+  int const terminal = posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
+  dup2(terminal, STDOUT_FILENO);
+  BOOL const of_terminal = StandardOutputIsTerminal();
+  dup2(saved, STDOUT_FILENO);
+  for (int const descriptor : {saved, file, terminal}) close(descriptor);
+  EXPECT_FALSE(of_file);
+  EXPECT_TRUE(of_terminal);
+}
+
 TEST(ConsoleCtrlHandler, NullHandlerAndRemovalAreError87) {
   EXPECT_FALSE(SetConsoleCtrlHandler(nullptr, TRUE));
   EXPECT_EQ(GetLastError(), ERROR_INVALID_PARAMETER);
@@ -173,6 +190,21 @@ TEST_F(ConsoleCtrlHandlerDeathTest, WritePastTheSizeLimitFailsWithError223) {
     std::_Exit(done == FALSE && GetLastError() == ERROR_FILE_TOO_LARGE && written == 4 ? 0 : 1);
   };
   EXPECT_EXIT(write_too_much(), ::testing::ExitedWithCode(0), "");
+}
+
+TEST_F(ConsoleCtrlHandlerDeathTest, WriteIntoAClosedPipeFailsWithError109) {
+  auto const write_to_nobody = [] {
+    FailOnClosedPipe();
+    int ends[2];
+    if (pipe(ends) != 0 || close(ends[0]) != 0) std::_Exit(2);
+    HANDLE const file =
+        CreateFileW(std::filesystem::path("/dev/fd/" + std::to_string(ends[1])).u16string().c_str(),
+                    GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    DWORD written = 0;
+    BOOL const done = WriteFile(file, "1", 1, &written, nullptr);
+    std::_Exit(done == FALSE && GetLastError() == ERROR_BROKEN_PIPE ? 0 : 1);
+  };
+  EXPECT_EXIT(write_to_nobody(), ::testing::ExitedWithCode(0), "");
 }
 
 }  // namespace

@@ -22,6 +22,7 @@ static Operation const kOperations[] = {
     (Operation)CreateFileW,
     (Operation)DeleteFileW,
     (Operation)EndProcess,
+    (Operation)FailOnClosedPipe,
     (Operation)FailPastFileSizeLimit,
     (Operation)FlushFileBuffers,
     (Operation)FormatMessageA,
@@ -58,6 +59,7 @@ static Operation const kOperations[] = {
     (Operation)SetLastError,
     (Operation)StandardErrorColumns,
     (Operation)StandardErrorIsTerminal,
+    (Operation)StandardOutputIsTerminal,
     (Operation)WideCharToMultiByte,
     (Operation)WriteFile,
 };
