@@ -3,6 +3,7 @@
 #define SORRELIN_FRAME_READER_STATE_H_
 
 #include <sorrelin/channel/read_window.h>
+#include <sorrelin/platform/process.h>
 #include <sorrelin/platform/types.h>
 #include <sorrelin/platform/wide_string.h>
 #include <sorrelin/xref/offset_index.h>
@@ -26,6 +27,7 @@ struct ReaderState {
   WideString m_Author;
   WideString m_Subject;
   WideString m_Keywords;
+  std::optional<SYSTEMTIME> m_CreationTime;  // of the next document; otherwise that of now
 
   // What reading remembers of the open document
   ReadWindow m_Window;                     // the file around the last look at it

@@ -11,6 +11,7 @@
 #define SORRELIN_FRAME_SESSION_H_
 
 #include <sorrelin/frame/pdf.h>
+#include <sorrelin/platform/process.h>
 #include <sorrelin/platform/wide_string.h>
 
 #include <initializer_list>
@@ -28,12 +29,14 @@ namespace sorrelin {
 struct FileChannel;
 struct ReaderState;
 struct EncodedPage;
+struct PagePlacement;
 class DibView;
 class OwnedBlock;
 class CXRefStm;
 struct TableCursor;
 using InfoString = WideString ReaderState::*;  // one of the four information strings
 bool WriteEncodedPage(CCreatePDF& session, EncodedPage const& page);
+void SetCreationTime(CCreatePDF& session, SYSTEMTIME const& time);
 }  // namespace sorrelin
 
 // One row of the object table. In a document that was read, bInUse holds the entry type.
@@ -434,6 +437,7 @@ class SORRELIN_EXPORT CCreatePDF {
  private:
   friend struct SessionProbe;
   friend bool sorrelin::WriteEncodedPage(CCreatePDF& session, sorrelin::EncodedPage const& page);
+  friend void sorrelin::SetCreationTime(CCreatePDF& session, SYSTEMTIME const& time);
 
   static constexpr DWORD kObjectRows = 90050;
   static constexpr DWORD kPageSlots = 30000;
@@ -497,7 +501,7 @@ class SORRELIN_EXPORT CCreatePDF {
   SORRELIN_LOCAL _FILTER FilterOf(sorrelin::EncodedPage const& page);
   SORRELIN_LOCAL DWORD WriteImageObjects(sorrelin::EncodedPage const& page, _FILTER const& filter);
   SORRELIN_LOCAL void NoteAppendedPage();
-  SORRELIN_LOCAL void WritePageContents(char const* szImage, POINT size);
+  SORRELIN_LOCAL void WritePageContents(char const* szImage, sorrelin::PagePlacement const& at);
 
   // Image objects
   SORRELIN_LOCAL bool WriteImageDictionary(_IMAGE_PARAMETERS const& params, _FILTER const& filter);

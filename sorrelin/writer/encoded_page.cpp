@@ -7,6 +7,7 @@
 
 #include <cmath>
 #include <cstdio>
+#include <string>
 
 namespace {
 
@@ -26,6 +27,21 @@ int ProcSetKind(int32_t bits_per_pixel) {
 LONG Points(LONG pixels, DWORD dpi) {
   double const points = pixels * kPointsPerInch / dpi + 0.5;
   return std::isfinite(points) ? static_cast<LONG>(static_cast<int64_t>(points)) : 0;
+}
+
+sorrelin::PagePlacement Filling(POINT size) {
+  constexpr int64_t kUnits = sorrelin::PagePlacement::kUnitsPerPoint;
+  return {size, 0, 0, size.x * kUnits, size.y * kUnits};
+}
+
+// Four decimals, whatever the locale.
+std::string Decimal(int64_t units) {
+  constexpr int64_t kUnits = sorrelin::PagePlacement::kUnitsPerPoint;
+  int64_t const size = units < 0 ? -units : units;
+  char text[32];
+  std::snprintf(text, sizeof text, "%s%lld.%04lld", units < 0 ? "-" : "",
+                static_cast<long long>(size / kUnits), static_cast<long long>(size % kUnits));
+  return text;
 }
 
 }  // namespace
@@ -69,8 +85,10 @@ void CCreatePDF::WritePageObjects(sorrelin::EncodedPage const& page) {
   if (proc_set == 0) return;
   DWORD const image = WriteImageObjects(page, filter);
   if (image == 0) return;
-  POINT const size = CalculatePageSizeFromPixelsAndDPI(
+  POINT const full = CalculatePageSizeFromPixelsAndDPI(
       page.width, page.height, static_cast<DWORD>(page.dpi.x), static_cast<DWORD>(page.dpi.y));
+  sorrelin::PagePlacement const placement = page.placement.value_or(Filling(full));
+  POINT const size = placement.page;
   // Kept: a picture of less than half a point gets no page, and sets no error.
   if (size.x == 0 || size.y == 0) return;
   char name[16];
@@ -79,7 +97,7 @@ void CCreatePDF::WritePageObjects(sorrelin::EncodedPage const& page) {
     return;
   }
   if (m_bAppendMode != 0) NoteAppendedPage();
-  WritePageContents(name, size);
+  WritePageContents(name, placement);
 }
 
 // A page that no longer fits is refused before its first byte, so that the document can always be
@@ -112,11 +130,11 @@ void CCreatePDF::NoteAppendedPage() {
   ++m_nAppendedPages;
 }
 
-void CCreatePDF::WritePageContents(char const* szImage, POINT size) {
+void CCreatePDF::WritePageContents(char const* szImage, sorrelin::PagePlacement const& at) {
   if (BeginStream() == 0) return;
   WriteToPDFFile("1.0000 0.0000 0.0000 1.0000 0.0000 0.0000 cm", 1);
-  WriteFormatted(1, "%d.0000 0.0000 0.0000  %d.0000 0.0000 0.0000 cm", static_cast<int>(size.x),
-                 static_cast<int>(size.y));
+  WriteFormatted(1, "%s 0.0000 0.0000  %s %s %s cm", Decimal(at.width).c_str(),
+                 Decimal(at.height).c_str(), Decimal(at.x).c_str(), Decimal(at.y).c_str());
   WriteFormatted(1, "/%s Do", szImage);
   if (EndStream() != 0) WriteStreamLengthObject();
 }

@@ -6,10 +6,23 @@
 #include <sorrelin/platform/types.h>
 
 #include <cstdint>
+#include <optional>
 
 class CCreatePDF;
 
 namespace sorrelin {
+
+// A page of another size than its picture, and where the picture stands on it: its lower left
+// corner and its sides, in fractions of a point.
+struct PagePlacement {
+  static constexpr int64_t kUnitsPerPoint = 10000;
+
+  POINT page = {0, 0};  // points
+  int64_t x = 0;
+  int64_t y = 0;
+  int64_t width = 0;
+  int64_t height = 0;
+};
 
 // The coded bytes, and what the image dictionary says of them. Rows run from the top.
 struct EncodedPage {
@@ -22,6 +35,7 @@ struct EncodedPage {
   BYTE const* data = nullptr;  // `size` stream bytes, the caller's
   DWORD size = 0;              // bytes
   HGLOBAL palette = nullptr;   // 8 bits: a block of red, green, blue triples, the caller's
+  std::optional<PagePlacement> placement;  // otherwise the picture fills a page of its size
 };
 
 // Adds the page to the session's document: false after a failure, with the session's error code.

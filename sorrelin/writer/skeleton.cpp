@@ -3,6 +3,7 @@
 #include <sorrelin/frame/reader_state.h>
 #include <sorrelin/frame/session.h>
 #include <sorrelin/platform/process.h>
+#include <sorrelin/writer/creation_time.h>
 
 #include <cstdio>
 #include <string>
@@ -16,14 +17,18 @@ constexpr size_t kDateBytes = 2 + 6 * 5 + 1;  // six 16-bit numbers at their lon
 enum ResourceType { kFontResource = 1, kXObjectResource = 2 };
 enum ImageType { kImageB = 0, kImageC = 1, kImageI = 2 };
 
-// The local time without a zone.
-std::string CreationDate() {
+SYSTEMTIME LocalTime() {
   SYSTEMTIME now;
   GetLocalTime(&now);
+  return now;
+}
+
+// A time without a zone.
+std::string DateText(SYSTEMTIME const& time) {
   char date[kDateBytes];
-  std::snprintf(date, sizeof date, "D:%04u%02u%02u%02u%02u%02u", unsigned{now.wYear},
-                unsigned{now.wMonth}, unsigned{now.wDay}, unsigned{now.wHour},
-                unsigned{now.wMinute}, unsigned{now.wSecond});
+  std::snprintf(date, sizeof date, "D:%04u%02u%02u%02u%02u%02u", unsigned{time.wYear},
+                unsigned{time.wMonth}, unsigned{time.wDay}, unsigned{time.wHour},
+                unsigned{time.wMinute}, unsigned{time.wSecond});
   return date;
 }
 
@@ -41,20 +46,25 @@ std::string Hexadecimal(sorrelin::WideString const& text) {
 
 }  // namespace
 
+void sorrelin::SetCreationTime(CCreatePDF& session, SYSTEMTIME const& time) {
+  session.m_pReader->m_CreationTime = time;
+}
+
 int CCreatePDF::WritePDFHeader(char const* szTitle, char const* szCreator) {
   // Kept: without a creator the wide banner goes through a narrow format and ends at the high byte
   // of its first character.
   char const first_of_banner[] = {static_cast<char>(m_szCreator[0]), '\0'};
   char const* const creator = szCreator != nullptr ? szCreator : first_of_banner;
-  bool const written = WriteLines({"%PDF-1.7", kBinaryMarker}) && ObjectStart(1, 1) != 0 &&
-                       WriteFormatted(1, "/CreationDate (%s)", CreationDate().c_str()) &&
-                       WriteFormatted(1, "/Producer (Sorrelin.dll v%s, Ferrowell Software LLC.)",
-                                      sorrelin::kProducerVersion) &&
-                       WriteFormatted(1, "/Creator (%s)", creator) && WriteTitle(szTitle) &&
-                       WriteInfoString("/Author <FEFF%s>", m_pReader->m_Author) &&
-                       WriteInfoString("/Subject <FEFF%s>", m_pReader->m_Subject) &&
-                       WriteInfoString("/Keywords <FEFF%s>", m_pReader->m_Keywords) &&
-                       ObjectEnd(1) != 0;
+  bool const written =
+      WriteLines({"%PDF-1.7", kBinaryMarker}) && ObjectStart(1, 1) != 0 &&
+      WriteFormatted(1, "/CreationDate (%s)",
+                     DateText(m_pReader->m_CreationTime.value_or(LocalTime())).c_str()) &&
+      WriteFormatted(1, "/Producer (Sorrelin.dll v%s, Ferrowell Software LLC.)",
+                     sorrelin::kProducerVersion) &&
+      WriteFormatted(1, "/Creator (%s)", creator) && WriteTitle(szTitle) &&
+      WriteInfoString("/Author <FEFF%s>", m_pReader->m_Author) &&
+      WriteInfoString("/Subject <FEFF%s>", m_pReader->m_Subject) &&
+      WriteInfoString("/Keywords <FEFF%s>", m_pReader->m_Keywords) && ObjectEnd(1) != 0;
   return written ? 1 : 0;
 }
 

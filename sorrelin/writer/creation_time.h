@@ -1,0 +1,17 @@
+// The time that a document tells as that of its making. Not exported from the shared library.
+#ifndef SORRELIN_WRITER_CREATION_TIME_H_
+#define SORRELIN_WRITER_CREATION_TIME_H_
+
+#include <sorrelin/platform/process.h>
+
+class CCreatePDF;
+
+namespace sorrelin {
+
+// The session's next document tells this time instead of that of its creation. Call it before the
+// create call, which writes it.
+void SetCreationTime(CCreatePDF& session, SYSTEMTIME const& time);
+
+}  // namespace sorrelin
+
+#endif  // SORRELIN_WRITER_CREATION_TIME_H_
