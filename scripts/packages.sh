@@ -5,8 +5,8 @@ set -euo pipefail
 
 packages=(
   cmake g++ ninja-build pkg-config
-  zlib1g-dev libtiff-dev libjpeg62-turbo-dev libutfcpp-dev librapidxml-dev
-  libleptonica-dev libtesseract-dev libcli11-dev)
+  zlib1g-dev libtiff-dev libjpeg62-turbo-dev libturbojpeg0-dev libpng-dev libutfcpp-dev
+  librapidxml-dev libleptonica-dev libtesseract-dev libcli11-dev)
 viewers=(ghostscript graphicsmagick mupdf-tools poppler-utils)
 packaging=(dpkg-dev mmdebstrap)
 witnesses=(ccache clang libclang-rt-14-dev libgtest-dev libgmock-dev libbenchmark-dev qpdf

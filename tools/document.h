@@ -9,23 +9,9 @@
 #include <optional>
 #include <string>
 
-#include "tools/picture.h"
-#include "tools/stored_image.h"
-
-namespace sorrelin {
-struct EncodedPage;
-}
+#include "tools/page_coder.h"
 
 namespace sorrelin::tool {
-
-enum class Compression { kAuto, kGroup4, kFlate, kRunLength, kJpeg, kNone };
-
-// How pages are made of pictures.
-struct PageStyle {
-  Compression compression = Compression::kAuto;
-  int quality = 0;                // of JPEG, 1 to 100; 0: the coder's usual one
-  std::optional<Resolution> dpi;  // in place of the picture's own
-};
 
 // Texts of the document's description; an empty one is left out.
 struct Description {
@@ -33,6 +19,7 @@ struct Description {
   std::u16string author;
   std::u16string subject;
   std::u16string keywords;
+  std::optional<SYSTEMTIME> created;  // in place of the time of its making
 };
 
 // Units of UTF-16 that the library writes of a text; more would end the process.
@@ -45,9 +32,8 @@ inline constexpr char kRewriteHint[] =
 
 enum class PageResult {
   kWritten,
-  kRefused,  // this page cannot be written; others can
-  kFull,     // the document takes no more pages and can be finished
-  kBroken    // writing has failed, and the document is lost
+  kFull,   // the document takes no more pages and can be finished
+  kBroken  // writing has failed, and the document is lost
 };
 
 class Document {
@@ -63,16 +49,12 @@ class Document {
               std::string& problem);
   // Opens a document that exists; pages go behind its own. PageCount counts both.
   bool Update(std::filesystem::path const& path, std::string& problem);
-  PageResult Add(StoredImage const& image, PageStyle const& style, std::string& problem);
-  PageResult Add(Picture picture, PageStyle const& style, std::string& problem);
+  PageResult Add(CodedPage const& coded, std::string& problem);
   bool Finish(std::string& problem);
 
   unsigned PageCount() { return session_->GetNumberOfPages(); }
 
  private:
-  PageResult Encode(Picture picture, Compression compression, PageStyle const& style,
-                    std::string& problem);
-  PageResult Write(EncodedPage const& page, std::string& problem);
   PageResult Failure(std::string& problem);
   std::string SessionText();
 
@@ -80,9 +62,6 @@ class Document {
   std::unique_ptr<CCreatePDF> session_;
   std::filesystem::path path_;
 };
-
-// Whether an image in this coding may go in undecoded.
-bool Accepts(Compression compression, StoredImage const& image);
 
 }  // namespace sorrelin::tool
 

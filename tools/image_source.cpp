@@ -2,7 +2,6 @@
 #include "tools/image_source.h"
 
 #include <sorrelin/frame/pdf.h>
-#include <sorrelin/platform/console.h>
 
 #include <cerrno>
 #include <cstdio>
@@ -19,10 +18,18 @@ namespace sorrelin::tool {
 namespace {
 
 constexpr size_t kReadBytes = 1 << 16;
+// The image library looks at this many bytes to tell a format, whatever there is.
+constexpr size_t kFormatBytes = 12;
 constexpr char kUnknownFormat[] =
-    "is not a picture of a known format (BMP, GIF, JPEG, JPEG 2000, PNG, PNM, TIFF, WebP)";
+    "is not a picture of a known format (convert it to PNG, TIFF or JPEG)";
 
-std::string SystemText(int error) { return std::generic_category().message(error); }
+// The system's reason why a file cannot be read, and what to do about it.
+std::string SystemText(int error) {
+  char const* const remedy = error == ENOENT   ? " (check the name)"
+                             : error == EACCES ? " (make it readable)"
+                                               : " (see that it can be read)";
+  return std::generic_category().message(error) + remedy;
+}
 
 struct FileCloser {
   void operator()(std::FILE* file) const { std::fclose(file); }
@@ -44,18 +51,6 @@ bool ReadSome(std::FILE* file, size_t limit, std::vector<BYTE>& bytes, std::stri
   return true;
 }
 
-// Drops what decoders print: libpng has no other way to be kept quiet behind Leptonica.
-class Silence {
- public:
-  Silence() : muted_(MuteStandardError()) {}
-  ~Silence() { RestoreStandardError(muted_); }
-  Silence(Silence const&) = delete;
-  Silence& operator=(Silence const&) = delete;
-
- private:
-  int muted_;
-};
-
 // Turns a picture that EXIF says is stored lying or mirrored.
 PixPtr Upright(PixPtr pix, int orientation) {
   PixPtr turned;
@@ -73,24 +68,31 @@ PixPtr Upright(PixPtr pix, int orientation) {
 class JpegSource : public ImageSource {
  public:
   JpegSource(std::vector<BYTE> bytes, JpegFacts const& facts)
-      : bytes_(std::move(bytes)), facts_(facts) {}
+      : bytes_(std::make_shared<std::vector<BYTE> const>(std::move(bytes))), facts_(facts) {}
 
   int PageCount() const override { return 1; }
 
   std::optional<StoredImage> Stored(int) override {
-    if (!facts_.common || facts_.orientation != 1 || JpegEnd(bytes_) == 0) return std::nullopt;
+    if (!facts_.common || JpegEnd(*bytes_) == 0) return std::nullopt;
     StoredImage image;
-    image.bytes = bytes_;
+    auto const upright = facts_.orientation == 1 ? bytes_ : TurnedJpeg(*bytes_, facts_);
+    if (upright == nullptr) return std::nullopt;
+    image.bytes = *upright;
+    image.owner = upright;
     image.width = facts_.width;
     image.height = facts_.height;
     image.bits_per_pixel = facts_.components == 1 ? 8 : 24;
     image.compression = PDF_COMPRESSION_JPEG;
     image.dpi = facts_.dpi;
+    if (facts_.orientation >= 5) {
+      std::swap(image.width, image.height);
+      std::swap(image.dpi.x, image.dpi.y);
+    }
     return image;
   }
 
   std::optional<Picture> Decode(int) override {
-    PixPtr pix = DecodeJpeg(bytes_);
+    PixPtr pix = DecodeJpeg(*bytes_);
     if (pix != nullptr) pix = Upright(std::move(pix), facts_.orientation);
     if (pix == nullptr) return std::nullopt;
     Resolution dpi = facts_.dpi;
@@ -99,52 +101,62 @@ class JpegSource : public ImageSource {
   }
 
  private:
-  std::vector<BYTE> bytes_;
+  std::shared_ptr<std::vector<BYTE> const> bytes_;
   JpegFacts facts_;
+};
+
+class PngSource : public ImageSource {
+ public:
+  explicit PngSource(std::vector<BYTE> bytes) : bytes_(std::move(bytes)) {}
+
+  int PageCount() const override { return 1; }
+  std::optional<StoredImage> Stored(int) override { return std::nullopt; }
+  std::optional<Picture> Decode(int) override { return DecodePng(bytes_); }
+
+ private:
+  std::vector<BYTE> bytes_;
 };
 
 class GeneralSource : public ImageSource {
  public:
-  GeneralSource(std::vector<BYTE> bytes, bool png) : bytes_(std::move(bytes)), png_(png) {}
+  explicit GeneralSource(std::vector<BYTE> bytes) : bytes_(std::move(bytes)) {}
 
   int PageCount() const override { return 1; }
   std::optional<StoredImage> Stored(int) override { return std::nullopt; }
 
   std::optional<Picture> Decode(int) override {
-    PngFacts const facts = png_ ? TakePngFacts(bytes_) : PngFacts{};
-    PixPtr pix = Read();
+    PixPtr pix(pixReadMem(bytes_.data(), bytes_.size()));
     if (pix == nullptr) return std::nullopt;
     Resolution const dpi = {WholeDots(pixGetXRes(pix.get())), WholeDots(pixGetYRes(pix.get()))};
-    pix = ApplyPngFacts(std::move(pix), facts);
-    if (pix == nullptr) return std::nullopt;
+    BlendOnWhite(pix.get(), false);
     return Picture{std::move(pix), dpi, false};
   }
 
  private:
-  PixPtr Read() const {
-    Silence const silence;
-    return PixPtr(pixReadMem(bytes_.data(), bytes_.size()));
-  }
-
   std::vector<BYTE> bytes_;
-  bool png_;
 };
 
-std::unique_ptr<ImageSource> SourceOfBytes(std::vector<BYTE> bytes, std::string& problem) {
-  if (bytes.empty()) return problem = "is empty", nullptr;
-  if (IsTiff(bytes)) return OpenTiff(std::move(bytes), problem);
+// What the image library takes the first bytes for. It tells documents too, and does not read them.
+int FormatOf(std::vector<BYTE> const& bytes) {
   int format = IFF_UNKNOWN;
-  // The image library looks at this many bytes whatever there is.
-  constexpr size_t kFormatBytes = 12;
   if (bytes.size() >= kFormatBytes) findFileFormatBuffer(bytes.data(), &format);
+  return format == IFF_PS || format == IFF_LPDF ? IFF_UNKNOWN : format;
+}
+
+std::unique_ptr<ImageSource> SourceOfBytes(std::vector<BYTE> bytes, std::string& problem) {
+  if (bytes.empty()) return problem = "is empty (scan or save it again)", nullptr;
+  if (IsTiff(bytes)) return OpenTiff(std::move(bytes), problem);
+  int const format = FormatOf(bytes);
   if (format == IFF_JFIF_JPEG) {
     auto const facts = ReadJpegFacts(bytes);
     if (!facts)
-      return problem = "is a damaged JPEG file, or one of a kind that is not read", nullptr;
+      return problem = "is a damaged JPEG file, or one of a kind that is not read (save it anew)",
+             nullptr;
     return std::make_unique<JpegSource>(std::move(bytes), *facts);
   }
   if (format == IFF_UNKNOWN) return problem = kUnknownFormat, nullptr;
-  return std::make_unique<GeneralSource>(std::move(bytes), format == IFF_PNG);
+  if (format == IFF_PNG) return std::make_unique<PngSource>(std::move(bytes));
+  return std::make_unique<GeneralSource>(std::move(bytes));
 }
 
 }  // namespace
@@ -166,6 +178,14 @@ std::unique_ptr<ImageSource> OpenImage(std::string const& name, std::string& pro
   if (!ignored) bytes.reserve(size + kReadBytes);
   if (!ReadSome(file.get(), bytes.max_size() - bytes.size(), bytes, problem)) return nullptr;
   return SourceOfBytes(std::move(bytes), problem);
+}
+
+bool StartsAsPicture(std::string const& name) {
+  FilePtr const file(std::fopen(name.c_str(), "rb"));
+  std::vector<BYTE> bytes;
+  std::string ignored;
+  if (file == nullptr || !ReadSome(file.get(), kFormatBytes, bytes, ignored)) return false;
+  return IsTiff(bytes) || FormatOf(bytes) != IFF_UNKNOWN;
 }
 
 }  // namespace sorrelin::tool

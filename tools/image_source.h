@@ -14,7 +14,15 @@ namespace sorrelin::tool {
 // The name that stands for standard input.
 inline constexpr char kStandardInput[] = "-";
 
-// Keeps at most one page in memory besides the bytes of the file; of a TIFF file on disk, no bytes.
+// What is said of a page that gives no picture, and of one that takes more memory than there is.
+inline constexpr char kCannotDecode[] =
+    "cannot be decoded: it is damaged, too large, or of a kind that is not read (save it anew as "
+    "PNG "
+    "or TIFF)";
+inline constexpr char kMemoryText[] = "is too large for the memory there is (close other programs)";
+
+// Keeps the bytes of the file in memory; of a TIFF file on disk, none. Several threads may ask for
+// pages at once.
 class ImageSource {
  public:
   virtual ~ImageSource() = default;
@@ -25,8 +33,8 @@ class ImageSource {
   // What is wrong with the file as a whole, beyond its reachable pages; empty if nothing is.
   virtual std::string Damage() const { return {}; }
 
-  // The page's coded bytes, if any reader of documents understands them as they are. They stand
-  // until the next call. Pages are counted from 0.
+  // The page's coded bytes, if any reader of documents understands them as they are. Pages are
+  // counted from 0.
   virtual std::optional<StoredImage> Stored(int page) = 0;
 
   // The page decoded. Nothing if it is damaged or too large.
@@ -36,6 +44,9 @@ class ImageSource {
 // Opens a file by name. Null, with the reason in `problem`, if it cannot be read or holds no
 // picture.
 std::unique_ptr<ImageSource> OpenImage(std::string const& name, std::string& problem);
+
+// Whether a file can be read and its first bytes are those of a picture.
+bool StartsAsPicture(std::string const& name);
 
 }  // namespace sorrelin::tool
 

@@ -4,7 +4,9 @@
 // jpeglib.h needs size_t and FILE declared before it.
 #include <jerror.h>
 #include <jpeglib.h>
+#include <turbojpeg.h>
 
+#include <array>
 #include <csetjmp>
 #include <cstdio>
 #include <cstring>
@@ -147,6 +149,24 @@ size_t SkipScan(std::span<BYTE const> file, size_t at) {
   return at;
 }
 
+struct TransformCloser {
+  void operator()(tjhandle handle) const { tjDestroy(handle); }
+};
+struct TurnedDeleter {
+  void operator()(unsigned char* bytes) const { tjFree(bytes); }
+};
+
+// Turning keeps the whole picture in memory, with two bytes for a sample.
+constexpr int64_t kMaxTurnedPixels = int64_t{1} << 27;
+
+// What brings a picture of an orientation upright.
+int OperationOf(int orientation) {
+  constexpr std::array<int, 9> kOperations = {TJXOP_NONE,   TJXOP_NONE,       TJXOP_HFLIP,
+                                              TJXOP_ROT180, TJXOP_VFLIP,      TJXOP_TRANSPOSE,
+                                              TJXOP_ROT90,  TJXOP_TRANSVERSE, TJXOP_ROT270};
+  return kOperations[static_cast<size_t>(orientation)];
+}
+
 }  // namespace
 
 std::optional<JpegFacts> ReadJpegFacts(std::span<BYTE const> file) {
@@ -182,6 +202,27 @@ size_t JpegEnd(std::span<BYTE const> file) {
     }
   }
   return 0;
+}
+
+std::shared_ptr<std::vector<BYTE> const> TurnedJpeg(std::span<BYTE const> file,
+                                                    JpegFacts const& facts) {
+  int const operation = OperationOf(facts.orientation);
+  if (operation == TJXOP_NONE || int64_t{facts.width} * facts.height > kMaxTurnedPixels) {
+    return nullptr;
+  }
+  std::unique_ptr<void, TransformCloser> const turner(tjInitTransform());
+  if (turner == nullptr) return nullptr;
+  tjtransform transform{};
+  transform.op = operation;
+  transform.options = TJXOPT_PERFECT | TJXOPT_COPYNONE;
+  unsigned char* bytes = nullptr;
+  unsigned long size = 0;
+  int const failed =
+      tjTransform(turner.get(), file.data(), static_cast<unsigned long>(file.size()), 1, &bytes,
+                  &size, &transform, TJFLAG_LIMITSCANS | TJFLAG_STOPONWARNING);
+  std::unique_ptr<unsigned char, TurnedDeleter> const turned(bytes);
+  if (failed != 0 || bytes == nullptr) return nullptr;
+  return std::make_shared<std::vector<BYTE> const>(bytes, bytes + size);
 }
 
 PixPtr DecodeJpeg(std::span<BYTE const> file) {

@@ -4,8 +4,10 @@
 
 #include <sorrelin/platform/types.h>
 
+#include <memory>
 #include <optional>
 #include <span>
+#include <vector>
 
 #include "tools/picture.h"
 #include "tools/resolution.h"
@@ -32,6 +34,12 @@ std::optional<JpegFacts> ReadJpegFacts(std::span<BYTE const> file);
 // Bytes of the file up to and with its end marker; 0 if it has none. Not every reader shows a file
 // that was cut short.
 size_t JpegEnd(std::span<BYTE const> file);
+
+// The file turned upright by moving its coded blocks, so that nothing is lost, and without its EXIF
+// mark. Null where that is not possible: where its sides are no whole number of blocks, or it is
+// damaged.
+std::shared_ptr<std::vector<BYTE> const> TurnedJpeg(std::span<BYTE const> file,
+                                                    JpegFacts const& facts);
 
 // Decodes a file to 8 bits of grey or 32 of colour, rows as stored. Null if it is damaged or memory
 // is short.

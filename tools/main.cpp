@@ -7,8 +7,7 @@
 #include <exception>
 #include <new>
 
-#include "tools/messages.h"
-#include "tools/output_file.h"
+#include "tools/interrupt.h"
 #include "tools/verbs/verbs.h"
 
 namespace sorrelin::tool {
@@ -49,13 +48,14 @@ int ParseAndRun(int argc, char** argv) {
 }  // namespace sorrelin::tool
 
 int main(int argc, char** argv) {
-  sorrelin::tool::RemoveOutputOnInterrupt();
+  sorrelin::tool::TidyUpOnInterrupt();
   FailPastFileSizeLimit();
+  FailOnClosedPipe();
   setMsgSeverity(L_SEVERITY_NONE);
   try {
     return sorrelin::tool::ParseAndRun(argc, argv);
   } catch (std::bad_alloc const&) {
-    std::fputs("sorrelin: there is not enough memory\n", stderr);
+    std::fputs("sorrelin: there is not enough memory (close other programs)\n", stderr);
   } catch (std::exception const& error) {
     std::fprintf(stderr, "sorrelin: %s\n", error.what());
   }

@@ -1,6 +1,7 @@
 // The document comes into being under a temporary name.
 #include "tools/make_document.h"
 
+#include <memory>
 #include <string>
 
 #include "tools/output_file.h"
@@ -8,25 +9,44 @@
 #include "tools/verbs/verbs.h"
 
 namespace sorrelin::tool {
+namespace {
+
+std::unique_ptr<OutputFile> OpenOutput(MakeOptions const& options, std::string& problem) {
+  if (options.pages.output == kStandardOutput) return OutputFile::ForStandardOutput(problem);
+  return OutputFile::Open(options.pages.output, options.force, problem);
+}
+
+// False with the reason in `problem`, unless that has been reported.
+bool WriteDocument(MakeOptions const& options, PageAdder& adder, std::string& problem) {
+  auto const output = OpenOutput(options, problem);
+  if (output == nullptr) return false;
+  unsigned pages = 0;
+  {
+    Document document;
+    if (!document.Create(output->path(), options.description, problem)) return false;
+    if (!adder.AddImages(document)) return false;
+    pages = document.PageCount();
+    if (pages == 0) {
+      return problem = "is not written: it would have no pages (name pictures)", false;
+    }
+    if (!document.Finish(problem)) return false;
+  }
+  std::error_code ignored;
+  uint64_t const bytes = std::filesystem::file_size(output->path(), ignored);
+  if (!output->Commit(problem)) return false;
+  adder.NoteWritten(pages, bytes);
+  return true;
+}
+
+}  // namespace
 
 int MakeDocument(MakeOptions const& options) {
   PageAdder adder(options.pages);
-  auto const give_up = [&](std::string const& problem) {
-    adder.ReportDocument(problem);
-    return kExitFailure;
-  };
   std::string problem;
-  auto const output = OutputFile::Open(options.pages.output, options.force, problem);
-  if (output == nullptr) return give_up(problem);
-  {
-    Document document;
-    if (!document.Create(output->path(), options.description, problem)) return give_up(problem);
-    if (!adder.AddImages(document)) return kExitFailure;
-    if (document.PageCount() == 0) return give_up("is not written: it would have no pages");
-    if (!document.Finish(problem)) return give_up(problem);
-  }
-  if (!output->Commit(problem)) return give_up(problem);
-  return adder.failed() ? kExitFailure : kExitSuccess;
+  bool const written = WriteDocument(options, adder, problem);
+  if (!problem.empty()) adder.ReportDocument(problem);
+  adder.Finish();
+  return written && !adder.failed() ? kExitSuccess : kExitFailure;
 }
 
 }  // namespace sorrelin::tool

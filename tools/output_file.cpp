@@ -1,13 +1,15 @@
 // Output under a temporary name, and its removal on every way out of the process.
 #include "tools/output_file.h"
 
-#include <sorrelin/platform/console.h>
 #include <sorrelin/platform/error.h>
 #include <sorrelin/platform/file.h>
 
+#include <cerrno>
+#include <cstdio>
 #include <mutex>
 #include <random>
 #include <system_error>
+#include <vector>
 
 #include "tools/text.h"
 
@@ -18,6 +20,12 @@ namespace fs = std::filesystem;
 
 constexpr char kDocumentName[] = "document.pdf";
 constexpr int kNameTries = 16;
+constexpr char kPlaceRemedy[] = " (choose a directory that exists and may be written to)";
+constexpr size_t kCopyBytes = 1 << 16;
+
+struct FileCloser {
+  void operator()(std::FILE* file) const { std::fclose(file); }
+};
 
 // The temporary directory in use, empty if there is none. The watching thread reads it; the mutex
 // also keeps that thread from acting between the steps of a commit.
@@ -41,14 +49,6 @@ void RemoveActive(ActiveOutput& active) {
   active.directory.clear();
 }
 
-BOOL OnInterrupt(DWORD) {
-  ActiveOutput& active = Active();
-  // Never unlocked: the process ends now, and nothing may be made or committed any more.
-  active.mutex.lock();
-  RemoveActive(active);
-  return FALSE;
-}
-
 fs::path TemporaryName(fs::path const& target) {
   std::random_device random;
   char name[40];
@@ -68,15 +68,17 @@ fs::path MakeDirectory(fs::path const& target, std::string& problem) {
       fs::permissions(directory, fs::perms::owner_all, error);
       return active.directory = directory;
     }
-    if (error) return problem = "cannot be created: " + error.message(), fs::path{};
+    if (error) return problem = "cannot be created: " + error.message() + kPlaceRemedy, fs::path{};
   }
-  return problem = "cannot be created: no temporary name is free", fs::path{};
+  return problem = std::string("cannot be created: no temporary name is free") + kPlaceRemedy,
+         fs::path{};
 }
 
 bool MayWrite(fs::file_status const& status, bool replace, std::string& problem) {
   if (status.type() == fs::file_type::not_found) return true;
   if (!replace) return problem = "exists already (--force replaces it)", false;
-  if (status.type() != fs::file_type::regular) return problem = "is not a regular file", false;
+  if (status.type() != fs::file_type::regular)
+    return problem = "is not a regular file (choose another name)", false;
   return true;
 }
 
@@ -103,7 +105,7 @@ std::unique_ptr<OutputFile> OutputFile::Open(std::string const& target, bool rep
   std::error_code error;
   fs::file_status status = fs::symlink_status(resolved, error);
   if (status.type() == fs::file_type::none) {
-    problem = "cannot be created: " + error.message();
+    problem = "cannot be created: " + error.message() + kPlaceRemedy;
     return nullptr;
   }
   if (!MayWrite(status, replace, problem)) return nullptr;
@@ -118,7 +120,18 @@ std::unique_ptr<OutputFile> OutputFile::OpenCopy(std::string const& target, std:
   output->keep_owner_ = true;
   std::error_code error;
   if (fs::copy_file(output->target_, output->path_, error)) return output;
-  problem = "cannot be copied: " + error.message();
+  problem = "cannot be copied: " + error.message() + kRoomRemedy;
+  return nullptr;
+}
+
+std::unique_ptr<OutputFile> OutputFile::ForStandardOutput(std::string& problem) {
+  std::error_code error;
+  fs::path const temporary = fs::temp_directory_path(error);
+  fs::path const directory = error ? fs::path{} : MakeDirectory(temporary / kDocumentName, problem);
+  if (error) problem = error.message() + " (TMPDIR names the directory for temporary files)";
+  if (!directory.empty()) {
+    return std::unique_ptr<OutputFile>(new OutputFile({}, false, directory));
+  }
   return nullptr;
 }
 
@@ -132,18 +145,38 @@ OutputFile::~OutputFile() {
 }
 
 bool OutputFile::Commit(std::string& problem, Durability durability) {
+  return target_.empty() ? Copy(problem) : Rename(problem, durability);
+}
+
+bool OutputFile::Copy(std::string& problem) const {
+  std::unique_ptr<std::FILE, FileCloser> const file(std::fopen(path_.c_str(), "rb"));
+  bool copied = file != nullptr;
+  std::vector<char> buffer(kCopyBytes);
+  while (copied && std::feof(file.get()) == 0) {
+    size_t const bytes = std::fread(buffer.data(), 1, buffer.size(), file.get());
+    copied = std::ferror(file.get()) == 0 && std::fwrite(buffer.data(), 1, bytes, stdout) == bytes;
+  }
+  copied = copied && std::fflush(stdout) == 0;
+  if (!copied) {
+    char const* const remedy = errno == EPIPE ? " (keep its reader running)" : kRoomRemedy;
+    problem = "cannot be written: " + std::generic_category().message(errno) + remedy;
+  }
+  return copied;
+}
+
+bool OutputFile::Rename(std::string& problem, Durability durability) {
   ActiveOutput& active = Active();
   bool const on_disk = durability == Durability::kOnDisk;
   if (on_disk && !FlushFile(path_)) {
-    return problem = "cannot be written: " + LastSystemError(), false;
+    return problem = "cannot be written: " + LastSystemError() + kRoomRemedy, false;
   }
   std::lock_guard const lock(active.mutex);
   bool const moved = Move(on_disk);
   bool const exists = !moved && GetLastError() == ERROR_ALREADY_EXISTS;
   if (exists) {
-    problem = "exists already: it has come into being in the meantime, and is as it was";
+    problem = "exists already: it has come into being in the meantime (run this again)";
   } else if (!moved) {
-    problem = "cannot be written: " + LastSystemError();
+    problem = "cannot be written: " + LastSystemError() + kRoomRemedy;
   }
   RemoveActive(active);
   return moved;
@@ -172,6 +205,10 @@ bool FlushFile(fs::path const& path) {
   return flushed;
 }
 
-void RemoveOutputOnInterrupt() { SetConsoleCtrlHandler(OnInterrupt, TRUE); }
+void RemoveOutputForGood() {
+  ActiveOutput& active = Active();
+  active.mutex.lock();
+  RemoveActive(active);
+}
 
 }  // namespace sorrelin::tool

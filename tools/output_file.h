@@ -12,8 +12,12 @@ namespace sorrelin::tool {
 // longer than most pictures take to write.
 enum class Durability { kOnDisk, kUsual };
 
+// What to do where writing fails.
+inline constexpr char kRoomRemedy[] = " (see that there is room, and that it may be written to)";
+
 // The document is written inside a directory of its own beside the target, which no other process
-// can have a file in, and is renamed when it is complete. One such file may be open at a time.
+// can have a file in, and is renamed when it is complete. What goes to standard output is written
+// in the directory for temporary files first. One such file may be open at a time.
 class OutputFile {
  public:
   // Makes the directory. Null with the reason in `problem`: the target exists and `replace` is not
@@ -25,6 +29,9 @@ class OutputFile {
   // the target and who may do what with it, or fails.
   static std::unique_ptr<OutputFile> OpenCopy(std::string const& target, std::string& problem);
 
+  // A file that goes to standard output. Null with the reason in `problem`.
+  static std::unique_ptr<OutputFile> ForStandardOutput(std::string& problem);
+
   // Removes what was not committed.
   ~OutputFile();
   OutputFile(OutputFile const&) = delete;
@@ -33,18 +40,20 @@ class OutputFile {
   // The name to write to; there is no such file yet, or a copy of the target.
   std::filesystem::path const& path() const { return path_; }
 
-  // Brings the file to the disk, if that is wanted, and gives it the target's name. Without
-  // `replace`, a target that has come into being in the meantime is left alone. False with the
-  // reason in `problem`.
+  // Brings the file to the disk, if that is wanted, and gives it the target's name, or copies it to
+  // standard output. Without `replace`, a target that has come into being in the meantime is left
+  // alone. False with the reason in `problem`.
   bool Commit(std::string& problem, Durability durability = Durability::kOnDisk);
 
  private:
   OutputFile(std::filesystem::path target, bool replace, std::filesystem::path const& directory);
 
+  bool Rename(std::string& problem, Durability durability);
   // With the mutex held.
   bool Move(bool on_disk) const;
+  bool Copy(std::string& problem) const;
 
-  std::filesystem::path target_;
+  std::filesystem::path target_;  // empty: standard output
   std::filesystem::path path_;
   bool replace_;
   bool keep_owner_ = false;
@@ -53,9 +62,9 @@ class OutputFile {
 // Brings a file's bytes to the disk. False with the system error.
 bool FlushFile(std::filesystem::path const& path);
 
-// Has uncommitted output removed when the user or the system ends the process. Call it once, before
-// any thread is started.
-void RemoveOutputOnInterrupt();
+// Removes what was not committed; nothing can be made or committed any more, and whoever tries
+// waits for ever. For a process that is about to end.
+void RemoveOutputForGood();
 
 }  // namespace sorrelin::tool
 

@@ -2,10 +2,12 @@
 #ifndef TOOLS_PAGE_ADDER_H_
 #define TOOLS_PAGE_ADDER_H_
 
+#include <cstdint>
+#include <optional>
 #include <string>
 
 #include "tools/document.h"
-#include "tools/image_source.h"
+#include "tools/page_feed.h"
 #include "tools/page_options.h"
 #include "tools/progress.h"
 
@@ -19,24 +21,37 @@ class PageAdder {
   // Adds a page for each picture and names the files that have none. False if the document is lost.
   bool AddImages(Document& document);
 
-  // Says on standard error what is wrong with a file, or with the document.
-  void Report(std::string const& name, std::string const& problem);
-  void ReportDocument(std::string const& problem) { Report(options_.output, problem); }
+  // Says on standard error what is wrong with a file, or with the document. `page` is counted from
+  // 1; 0: the problem is the file's.
+  void Report(std::string const& name, int page, std::string const& problem);
+  void ReportDocument(std::string const& problem);
+
+  // Tells for the report that the document stands.
+  void NoteWritten(unsigned pages, uint64_t bytes) { written_ = {pages, bytes}; }
+
+  // Takes the bar away, and prints the report if one is wanted.
+  void Finish();
 
   // Whether anything was reported.
   bool failed() const { return failed_; }
 
  private:
-  PageResult AddImage(Document& document, std::string const& name);
-  PageResult AddPage(Document& document, ImageSource& source, int page, std::string& problem);
-  void ReportRest();
-  // `share` is what is done of the current image.
-  void ShowProgress(double share);
+  struct Written {
+    unsigned pages = 0;
+    uint64_t bytes = 0;
+  };
+
+  PageResult AddPage(Document& document, FeedItem const& item);
+  void ReportItem(FeedItem const& item, std::string const& problem);
+  void ReportRest(size_t last);
+  void ShowProgress(FeedItem const& item);
+  std::string ReportText() const;
 
   PageOptions const& options_;
   Progress progress_;
-  size_t done_ = 0;
   bool failed_ = false;
+  std::optional<Written> written_;
+  std::string problems_;  // as members of an array, for the report
 };
 
 }  // namespace sorrelin::tool

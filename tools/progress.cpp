@@ -1,10 +1,13 @@
-// Draws the bar over itself with a carriage return.
+// Draws the bar over itself.
 #include "tools/progress.h"
 
 #include <sorrelin/platform/console.h>
 
 #include <algorithm>
 #include <cstdio>
+#include <cstdlib>
+#include <mutex>
+#include <string_view>
 
 namespace sorrelin::tool {
 namespace {
@@ -16,6 +19,42 @@ constexpr auto kBetweenUpdates = 100ms;
 constexpr int kUsualColumns = 80;
 constexpr int kMaxColumns = 100;
 constexpr int kFrameColumns = 7;  // "[", "] " and "100%"
+
+// The cursor waits at the start of the bar. A terminal that becomes narrower may break the bar into
+// lines, and the cursor stays where they begin: erasing from there on takes all of them away.
+constexpr char kErase[] = "\r\x1B[J";
+
+// How long the end of the process waits for a terminal that takes no output.
+constexpr auto kLongestWait = 200ms;
+
+// What is known of the terminal; the thread that watches for interrupts asks too.
+struct Screen {
+  std::timed_mutex mutex;
+  bool bar = false;
+};
+
+// Never destroyed: the watching thread may outlive static objects.
+Screen& TheScreen() {
+  static Screen& screen = *new Screen;
+  return screen;
+}
+
+void Print(std::string const& text) {
+  std::fputs(text.c_str(), stderr);
+  std::fflush(stderr);
+}
+
+// With the mutex held.
+void EraseBar(Screen& screen) {
+  if (screen.bar) Print(kErase);
+  screen.bar = false;
+}
+
+// Whether the terminal knows no sequences.
+bool IsDumb() {
+  char const* const kind = std::getenv("TERM");
+  return kind != nullptr && std::string_view(kind) == "dumb";
+}
 
 }  // namespace
 
@@ -32,24 +71,30 @@ std::string ProgressBar(double share, int columns) {
 }
 
 Progress::Progress(bool wanted)
-    : wanted_(wanted && StandardErrorIsTerminal() != FALSE), next_(Clock::now() + kQuietTime) {}
+    : wanted_(wanted && StandardErrorIsTerminal() != FALSE && !IsDumb()),
+      next_(Clock::now() + kQuietTime) {}
 
 void Progress::Update(double share) {
   if (!wanted_ || share >= 1 || Clock::now() < next_) return;
   int const columns = StandardErrorColumns();
   // The last column stays free: some terminals wrap when it is written.
   std::string const bar = ProgressBar(share, (columns > 0 ? columns : kUsualColumns) - 1);
-  std::fprintf(stderr, "\r%s", bar.c_str());
-  std::fflush(stderr);
-  shown_ = true;
+  Screen& screen = TheScreen();
+  std::lock_guard const lock(screen.mutex);
+  Print(kErase + bar + "\r");
+  screen.bar = true;
   next_ = Clock::now() + kBetweenUpdates;
 }
 
 void Progress::Clear() {
-  if (!shown_) return;
-  std::fputs("\r\x1B[K", stderr);
-  std::fflush(stderr);
-  shown_ = false;
+  Screen& screen = TheScreen();
+  std::lock_guard const lock(screen.mutex);
+  EraseBar(screen);
+}
+
+void RemoveBarForGood() {
+  Screen& screen = TheScreen();
+  if (screen.mutex.try_lock_for(kLongestWait)) EraseBar(screen);
 }
 
 }  // namespace sorrelin::tool

@@ -11,7 +11,7 @@ namespace sorrelin::tool {
 std::string ProgressBar(double share, int columns);
 
 // Shows the bar where standard error is a terminal, once a second of work has passed and more lies
-// ahead, and takes it away at the end.
+// ahead, and takes it away at the end. There is one at a time.
 class Progress {
  public:
   // Never shows anything unless `wanted`.
@@ -30,9 +30,12 @@ class Progress {
   using Clock = std::chrono::steady_clock;
 
   bool wanted_;
-  bool shown_ = false;
   Clock::time_point next_;
 };
+
+// Takes away a bar that is shown; none is shown from then on, and whoever would show one waits for
+// ever. For a process that is about to end.
+void RemoveBarForGood();
 
 }  // namespace sorrelin::tool
 

@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <memory>
 
+#include "tools/image_source.h"
 #include "tools/json.h"
 #include "tools/text.h"
 
@@ -27,7 +28,7 @@ bool StartsLine(HocrWord const& word, HocrWord const& before) {
 std::optional<std::vector<HocrWord>> WordReader::Read(Picture picture, std::string& problem) {
   OwnedBlock const dib = PackedDib(picture.pix.get(), picture.dpi);
   picture.pix.reset();
-  if (!dib.IsValid()) return problem = "is too large for the memory there is", std::nullopt;
+  if (!dib.IsValid()) return problem = kMemoryText, std::nullopt;
   auto const option = static_cast<int64_t>(reinterpret_cast<intptr_t>(language_.c_str()));
   DWORD error = PDF_ERROR_NONE;
   std::unique_ptr<WCHAR, Free> const hocr(
@@ -43,14 +44,14 @@ std::string WordReader::Reason(DWORD error) const {
     case PDF_ERROR_OCR_LIBRARY:
     case PDF_ERROR_OCR_FUNCTIONS:
       return "the OCR engine libaverna.so is missing or unusable: it belongs beside "
-             "libsorrelin-platform.so, and needs Tesseract";
+             "libsorrelin-platform.so (install it, and Tesseract)";
     case PDF_ERROR_MEMORY:
-      return "is too large for the memory there is";
+      return kMemoryText;
     case PDF_ERROR_HOCR:
-      return "the OCR engine's answer cannot be read";
+      return "the OCR engine's answer cannot be read (see that Tesseract works)";
     default:
       return "cannot be recognised: it is too large, or Tesseract's data for \"" + language_ +
-             "\" are not installed";
+             "\" are not installed (install them, or scale it down)";
   }
 }
 

@@ -8,6 +8,7 @@
 #include <array>
 #include <cstring>
 #include <limits>
+#include <mutex>
 #include <optional>
 #include <utility>
 
@@ -106,6 +107,15 @@ bool IsStoredWithLoss(TIFF* tiff) {
   return compression == COMPRESSION_JPEG || compression == COMPRESSION_OJPEG;
 }
 
+// The handlers are the process's; other threads may be reading.
+void KeepQuiet() {
+  static std::once_flag once;
+  std::call_once(once, [] {
+    TIFFSetErrorHandler(nullptr);
+    TIFFSetWarningHandler(nullptr);
+  });
+}
+
 class TiffSource : public ImageSource {
  public:
   // A file on disk is opened by `name`, any other lies in `memory`.
@@ -113,8 +123,7 @@ class TiffSource : public ImageSource {
       : name_(std::move(name)), memory_{std::move(bytes)} {}
 
   bool Open() {
-    TIFFSetErrorHandler(nullptr);
-    TIFFSetWarningHandler(nullptr);
+    KeepQuiet();
     tiff_ = name_.empty() ? OpenMemory(memory_) : TiffPtr(TIFFOpen(name_.c_str(), kReadUnmapped));
     if (tiff_ == nullptr) return false;
     offsets_.push_back(TIFFCurrentDirOffset(tiff_.get()));
@@ -131,13 +140,17 @@ class TiffSource : public ImageSource {
   std::string Damage() const override {
     if (!broken_) return {};
     return "is damaged: only the first " + std::to_string(offsets_.size()) +
-           " of its pages can be found";
+           " of its pages can be found (scan or save it again)";
   }
 
   std::optional<StoredImage> Stored(int page) override {
-    if (!GoTo(page) || !IsStorable(tiff_.get()) || !ReadStrip()) return std::nullopt;
+    std::lock_guard const lock(mutex_);
+    if (!GoTo(page) || !IsStorable(tiff_.get())) return std::nullopt;
+    auto const strip = ReadStrip();
+    if (strip == nullptr) return std::nullopt;
     StoredImage image;
-    image.bytes = strip_;
+    image.bytes = *strip;
+    image.owner = strip;
     image.width = static_cast<int>(FieldOf<uint32_t>(tiff_.get(), TIFFTAG_IMAGEWIDTH, 0));
     image.height = static_cast<int>(FieldOf<uint32_t>(tiff_.get(), TIFFTAG_IMAGELENGTH, 0));
     image.bits_per_pixel = 1;
@@ -149,33 +162,55 @@ class TiffSource : public ImageSource {
     return image;
   }
 
+  // Only the look at the page's facts is for one thread at a time: the picture library opens the
+  // file anew for each page.
   std::optional<Picture> Decode(int page) override {
-    if (!GoTo(page)) return std::nullopt;
+    auto const facts = FactsOf(page);
+    if (!facts) return std::nullopt;
     PixPtr pix = Read(offsets_[static_cast<size_t>(page)]);
-    if (pix != nullptr) pix = Repaired(std::move(pix));
+    if (pix != nullptr) pix = Repaired(std::move(pix), *facts);
     if (pix == nullptr) return std::nullopt;
-    Resolution dpi = ResolutionOf(tiff_.get());
-    uint16_t const orientation = FieldOf<uint16_t>(tiff_.get(), TIFFTAG_ORIENTATION, 1);
-    if (orientation >= ORIENTATION_LEFTTOP) std::swap(dpi.x, dpi.y);
-    return Picture{std::move(pix), dpi, IsStoredWithLoss(tiff_.get())};
+    return Picture{std::move(pix), facts->dpi, facts->lossy};
   }
 
  private:
+  // What decoding takes from a page's directory.
+  struct PageFacts {
+    uint16_t photometric = 0;
+    bool premultiplied = false;
+    bool lossy = false;
+    Resolution dpi;  // upright
+  };
+
   bool GoTo(int page) {
     return TIFFSetSubDirectory(tiff_.get(), offsets_[static_cast<size_t>(page)]) == 1;
   }
 
-  bool ReadStrip() {
+  std::optional<PageFacts> FactsOf(int page) {
+    std::lock_guard const lock(mutex_);
+    if (!GoTo(page)) return std::nullopt;
+    PageFacts facts;
+    facts.photometric = FieldOf<uint16_t>(tiff_.get(), TIFFTAG_PHOTOMETRIC, 0);
+    facts.premultiplied = IsPremultiplied(tiff_.get());
+    facts.lossy = IsStoredWithLoss(tiff_.get());
+    facts.dpi = ResolutionOf(tiff_.get());
+    uint16_t const orientation = FieldOf<uint16_t>(tiff_.get(), TIFFTAG_ORIENTATION, 1);
+    if (orientation >= ORIENTATION_LEFTTOP) std::swap(facts.dpi.x, facts.dpi.y);
+    return facts;
+  }
+
+  // Null if the file does not hold the strip.
+  std::shared_ptr<std::vector<BYTE> const> ReadStrip() {
     uint64_t const bytes = TIFFRawStripSize64(tiff_.get(), 0);
     uint64_t const all = TIFFGetSizeProc(tiff_.get())(TIFFClientdata(tiff_.get()));
-    if (bytes == 0 || bytes > all) return false;
-    strip_.resize(static_cast<size_t>(bytes));
+    if (bytes == 0 || bytes > all) return nullptr;
+    auto const strip = std::make_shared<std::vector<BYTE>>(static_cast<size_t>(bytes));
     tmsize_t const count = static_cast<tmsize_t>(bytes);
-    if (TIFFReadRawStrip(tiff_.get(), 0, strip_.data(), count) != count) return false;
+    if (TIFFReadRawStrip(tiff_.get(), 0, strip->data(), count) != count) return nullptr;
     if (FieldOf<uint16_t>(tiff_.get(), TIFFTAG_FILLORDER, 1) == FILLORDER_LSB2MSB) {
-      TIFFReverseBits(strip_.data(), count);
+      TIFFReverseBits(strip->data(), count);
     }
-    return true;
+    return strip;
   }
 
   // Leptonica turns the page upright by its orientation.
@@ -187,26 +222,25 @@ class TiffSource : public ImageSource {
 
   // Leptonica leaves the greys of these depths as they are where 0 is white, spreads bilevel
   // palettes to colours, and does not blend alpha.
-  PixPtr Repaired(PixPtr pix) const {
+  static PixPtr Repaired(PixPtr pix, PageFacts const& facts) {
     int const depth = pixGetDepth(pix.get());
-    uint16_t const photometric = FieldOf<uint16_t>(tiff_.get(), TIFFTAG_PHOTOMETRIC, 0);
     bool const untouched = depth == 2 || depth == 4 || depth == 16;
-    if (photometric == PHOTOMETRIC_MINISWHITE && untouched) pixInvert(pix.get(), pix.get());
-    BlendOnWhite(pix.get(), IsPremultiplied(tiff_.get()));
-    return photometric == PHOTOMETRIC_PALETTE ? Reindexed(std::move(pix)) : std::move(pix);
+    if (facts.photometric == PHOTOMETRIC_MINISWHITE && untouched) pixInvert(pix.get(), pix.get());
+    BlendOnWhite(pix.get(), facts.premultiplied);
+    return facts.photometric == PHOTOMETRIC_PALETTE ? Reindexed(std::move(pix)) : std::move(pix);
   }
 
   std::string name_;
   MemoryFile memory_;
+  std::mutex mutex_;  // of tiff_, and of the position in memory_
   TiffPtr tiff_;
   std::vector<toff_t> offsets_;
-  std::vector<BYTE> strip_;
   bool broken_ = false;
 };
 
 std::unique_ptr<ImageSource> Opened(std::unique_ptr<TiffSource> source, std::string& problem) {
   if (source->Open()) return source;
-  problem = "is a damaged TIFF file";
+  problem = "is a damaged TIFF file (scan or save it again)";
   return nullptr;
 }
 

@@ -79,9 +79,9 @@ std::string HoldProblem() {
     case ERROR_SHARING_VIOLATION:
       return "is held by another program (try again when that has let go of it)";
     case ERROR_ACCESS_DENIED:
-      return "cannot be changed: " + LastSystemError() + " (it is not writable)";
+      return "cannot be changed: " + LastSystemError() + " (make it writable)";
     default:
-      return "cannot be changed: " + LastSystemError();
+      return "cannot be changed: " + LastSystemError() + kRoomRemedy;
   }
 }
 
@@ -91,11 +91,11 @@ class Update {
 
   int Run() {
     std::string problem;
-    if (!(options_.in_place ? ChangeInPlace(problem) : ChangeCopy(problem))) {
-      if (!problem.empty()) adder_.ReportDocument(problem);
-      return kExitFailure;
-    }
-    return adder_.failed() ? kExitFailure : kExitSuccess;
+    bool const changed = options_.in_place ? ChangeInPlace(problem) : ChangeCopy(problem);
+    if (!changed && !problem.empty()) adder_.ReportDocument(problem);
+    if (changed) NoteWritten();
+    adder_.Finish();
+    return changed && !adder_.failed() ? kExitSuccess : kExitFailure;
   }
 
  private:
@@ -117,11 +117,11 @@ class Update {
     if (!hold.IsHeld()) return problem = HoldProblem(), false;
     std::error_code error;
     uintmax_t const size = fs::file_size(path, error);
-    if (error) return problem = "cannot be changed: " + error.message(), false;
+    if (error) return problem = "cannot be changed: " + error.message() + kRoomRemedy, false;
     hold.Release();
     if (AddPages(path, problem)) {
       if (FlushFile(path)) return true;
-      problem = "cannot be written: " + LastSystemError();
+      problem = "cannot be written: " + LastSystemError() + kRoomRemedy;
     }
     // Pages go behind the old bytes and change none of them.
     if (begun_) fs::resize_file(path, size, error);
@@ -134,6 +134,7 @@ class Update {
     if (!before || !WritePages(path, added, problem)) return false;
     auto const after = Judge(path, problem);
     if (!after) return false;
+    pages_ = after->pages;
     bool const listed =
         after->pages == before->pages + added && after->listed == before->listed + added;
     if (listed && after->whole_trailer != 0) return true;
@@ -150,12 +151,18 @@ class Update {
     unsigned const old = document.PageCount();
     if (!adder_.AddImages(document)) return false;
     added = document.PageCount() - old;
-    if (added == 0) return problem = "is as it was: there is no page to add", false;
+    if (added == 0) return problem = "is as it was: there is no page to add (name pictures)", false;
     return document.Finish(problem);
+  }
+
+  void NoteWritten() {
+    std::error_code ignored;
+    adder_.NoteWritten(pages_, fs::file_size(options_.pages.output, ignored));
   }
 
   UpdateOptions const& options_;
   PageAdder adder_;
+  unsigned pages_ = 0;  // of the document, the old ones included
   bool begun_ = false;  // the document may have been written to
 };
 

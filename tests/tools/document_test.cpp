@@ -19,6 +19,13 @@ class DocumentLimits : public ::testing::Test {
     EXPECT_TRUE(document_.Create(path_, {}, problem)) << problem;
   }
 
+  PageResult Add(StoredImage const& image) {
+    PageCoder coder(style_);
+    auto const page = coder.Code(image, problem_);
+    EXPECT_NE(page, nullptr) << problem_;
+    return page == nullptr ? PageResult::kBroken : document_.Add(*page, problem_);
+  }
+
   StoredImage Image(size_t size) const {
     StoredImage image;
     image.bytes = std::span(jpeg_).first(size);
@@ -32,6 +39,7 @@ class DocumentLimits : public ::testing::Test {
   test::TempDir directory_;
   std::filesystem::path path_ = directory_ / "a.pdf";
   std::vector<BYTE> jpeg_;
+  PageStyle style_;
   Document document_;
   std::string problem_;
 };
@@ -40,14 +48,14 @@ class DocumentLimits : public ::testing::Test {
 // it, without taking that much of the disk.
 TEST_F(DocumentLimits, PageThatWouldPassTheLastOffsetIsRefused) {
   std::filesystem::resize_file(path_, (uint64_t{1} << 31) - (uint64_t{1} << 21));
-  EXPECT_EQ(document_.Add(Image(10), {}, problem_), PageResult::kFull);
+  EXPECT_EQ(Add(Image(10)), PageResult::kFull);
   EXPECT_THAT(problem_, HasSubstr("ends at 2 GiB"));
   EXPECT_EQ(document_.PageCount(), 0u);
 }
 
 TEST_F(DocumentLimits, PageThatStillFitsIsWritten) {
   std::filesystem::resize_file(path_, (uint64_t{1} << 31) - (uint64_t{1} << 22));
-  EXPECT_EQ(document_.Add(Image(10), {}, problem_), PageResult::kWritten) << problem_;
+  EXPECT_EQ(Add(Image(10)), PageResult::kWritten) << problem_;
   EXPECT_EQ(document_.PageCount(), 1u);
 }
 
@@ -55,7 +63,7 @@ TEST_F(DocumentLimits, ResolutionsThatAreAbsentComeFromTheOtherAxisOrAre96) {
   StoredImage image = Image(10);
   for (Resolution const dpi : {Resolution{36, 0}, Resolution{0, 36}, Resolution{0, 0}}) {
     image.dpi = dpi;
-    EXPECT_EQ(document_.Add(image, {}, problem_), PageResult::kWritten) << problem_;
+    EXPECT_EQ(Add(image), PageResult::kWritten) << problem_;
   }
   EXPECT_TRUE(document_.Finish(problem_)) << problem_;
   std::vector<BYTE> const bytes = test::ReadAll(path_);

@@ -57,7 +57,7 @@ TEST_F(MakeFailures, UnreadableFilesAreNamedAndTheOthersWritten) {
                     HasSubstr(Line(Path("text.png")) + "is not a picture of a known format"),
                     HasSubstr(Line(Path("empty.jpg")) + "is empty"),
                     HasSubstr(Line(Path("short.bmp")) + "is not a picture of a known format"),
-                    HasSubstr(Line(Path("folder.tif")) + "Is a directory")));
+                    HasSubstr(Line(Path("folder.tif")) + "is a directory without pictures")));
   EXPECT_EQ(PageCount(), 2);
   EXPECT_EQ(std::count(result.err.begin(), result.err.end(), '\n'), 5);
 }
@@ -161,7 +161,8 @@ TEST_F(MakeFailures, FullDocumentIsFinishedAndTheRestNamed) {
   EXPECT_EQ(result.err, Line(Path("a.jpg")) +
                             "does not fit: the document is full at 15007 pages (put the rest into "
                             "another one)\n" +
-                            Line(Out()) + "1 further file is left out\n");
+                            Line(Out()) +
+                            "1 further file is left out (put the rest into another document)\n");
   EXPECT_EQ(PageCount(), 15007);
   EXPECT_EQ(RunProgram({"qpdf", "--check", Out()}).exit_code, 0);
 }
@@ -391,8 +392,8 @@ class MakeProgress : public MakeFailures {
 };
 
 TEST_F(MakeProgress, BarIsShownAfterASecondAndTakenAway) {
-  std::string const bar = "\r[" + std::string(26, '#') + std::string(26, '.') + "]  50%";
-  EXPECT_EQ(Shown(1500ms, {}), bar + "\r\x1B[K");
+  std::string const bar = "[" + std::string(26, '#') + std::string(26, '.') + "]  50%";
+  EXPECT_EQ(Shown(1500ms, {}), "\r\x1B[J" + bar + "\r" + "\r\x1B[J");
 }
 
 TEST_F(MakeProgress, RunOfLessThanASecondShowsNothing) {
@@ -400,6 +401,12 @@ TEST_F(MakeProgress, RunOfLessThanASecondShowsNothing) {
   std::string const shown = Shown(0ms, {});
   bool const is_short = std::chrono::steady_clock::now() - start < 1s;
   EXPECT_TRUE(shown.empty() || !is_short) << shown;
+}
+
+TEST_F(MakeProgress, TerminalWithoutSequencesShowsNothing) {
+  setenv("TERM", "dumb", 1);
+  EXPECT_EQ(Shown(1500ms, {}), "");
+  unsetenv("TERM");
 }
 
 TEST_F(MakeProgress, QuietRunShowsNothing) { EXPECT_EQ(Shown(1500ms, {"--quiet"}), ""); }

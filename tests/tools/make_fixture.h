@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -26,7 +27,17 @@ class MakeTest : public ::testing::Test {
                      std::vector<std::string> const& environment = {}) const {
     std::vector<std::string> all = {SORRELIN_TOOL, "make"};
     all.insert(all.end(), arguments.begin(), arguments.end());
-    return RunProgram(all, input, environment);
+    ProgramResult const result = RunProgram(all, input, environment);
+    if (result.exit_code == 1) ExpectRemedies(result.err);
+    return result;
+  }
+
+  // Every line tells what is wrong with what, and in parentheses what to do.
+  static void ExpectRemedies(std::string const& messages) {
+    std::istringstream lines(messages);
+    for (std::string line; std::getline(lines, line);) {
+      EXPECT_THAT(line, ::testing::MatchesRegex("sorrelin: .+: .+ \\(.+\\)")) << messages;
+    }
   }
 
   // sorrelin make out.pdf NAME OPTION..., which must succeed and say nothing.

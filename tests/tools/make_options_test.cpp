@@ -2,7 +2,9 @@
 #include <png.h>
 #include <tiffio.h>
 
+#include <chrono>
 #include <sstream>
+#include <thread>
 
 #include "tests/tools/make_fixture.h"
 
@@ -213,7 +215,7 @@ TEST_F(MakeOptions, WrongCommandLinesAreUsageErrors) {
   ExpectUsage({Out(), Path("a.png"), "--quality", "0"}, "--quality");
   ExpectUsage({Out(), Path("a.png"), "--quality", "101"}, "--quality");
   ExpectUsage({Out(), "-", "-"}, "stands more than once");
-  ExpectUsage({"-", Path("a.png")}, "standard output");
+
   ExpectUsage({"", Path("a.png")}, "the name is empty");
   ExpectUsage({Path("\xFF.pdf"), Path("a.png")}, "not valid UTF-8");
 }
@@ -248,12 +250,49 @@ TEST_F(MakeOptions, HelpFits80ColumnsAndNamesEveryOption) {
   EXPECT_EQ(make.exit_code, 0);
   EXPECT_THAT(general.out, HasSubstr("make "));
   for (char const* const option :
-       {"--title", "--author", "--subject", "--keywords", "--dpi", "--compression", "--quality",
-        "--recode", "--force", "--quiet", "--help"}) {
+       {"--title", "--author", "--subject", "--keywords", "--dpi", "--default-dpi", "--page",
+        "--fit", "--compression", "--quality", "--recode", "--sort", "--jobs", "--json", "--force",
+        "--quiet", "--help"}) {
     EXPECT_THAT(make.out, HasSubstr(option));
   }
   std::istringstream lines(general.out + make.out);
   for (std::string line; std::getline(lines, line);) EXPECT_LE(line.size(), 80u) << line;
+}
+
+TEST_F(MakeOptions, SourceDateIsTheDocumentsWhateverTheZone) {
+  WriteGrey();
+  for (char const* const zone : {"TZ=UTC", "TZ=Asia/Tokyo", "TZ=EST5EDT"}) {
+    ProgramResult const result =
+        Make({Out(), Path("a.png"), "--force"}, {}, {"SOURCE_DATE_EPOCH=951782399", zone});
+    EXPECT_EQ(result.exit_code, 0) << result.err;
+    EXPECT_TRUE(DocumentHas("/CreationDate (D:20000228235959)"));
+  }
+}
+
+TEST_F(MakeOptions, EmptySourceDateIsNone) {
+  WriteGrey();
+  EXPECT_EQ(Make({Out(), Path("a.png")}, {}, {"SOURCE_DATE_EPOCH="}).exit_code, 0);
+  EXPECT_TRUE(DocumentHas("/CreationDate (D:2"));
+}
+
+TEST_F(MakeOptions, WrongSourceDateIsAUsageError) {
+  WriteGrey();
+  ProgramResult const result = Make({Out(), Path("a.png")}, {}, {"SOURCE_DATE_EPOCH=yesterday"});
+  EXPECT_EQ(result.exit_code, 2);
+  EXPECT_THAT(result.err, HasSubstr("SOURCE_DATE_EPOCH: must be a number of seconds"));
+  EXPECT_FALSE(std::filesystem::exists(Out()));
+}
+
+// A second apart, so that a date of the clock would show.
+TEST_F(MakeOptions, SamePicturesGiveTheSameBytesWithASourceDate) {
+  WriteBilevel();
+  std::vector<std::string> const environment = {"SOURCE_DATE_EPOCH=1"};
+  std::vector<std::string> const arguments = {Out(), Path("a.png"), "--force"};
+  EXPECT_EQ(Make(arguments, {}, environment).exit_code, 0);
+  std::vector<BYTE> const first = Document();
+  std::this_thread::sleep_for(std::chrono::milliseconds(1100));
+  EXPECT_EQ(Make(arguments, {}, environment).exit_code, 0);
+  EXPECT_EQ(Document(), first);
 }
 
 TEST_F(MakeOptions, StandardOutputStaysEmpty) {

@@ -22,12 +22,12 @@ int Append(UpdateOptions const& options) {
   std::error_code error;
   fs::file_status const status = fs::status(name, error);
   if (fs::is_symlink(fs::symlink_status(name, error)) && !fs::exists(status)) {
-    PrintProblem(name, "is a link to a file that does not exist");
+    PrintProblem(name, "is a link to a file that does not exist (remove it, or name the file)");
     return kExitFailure;
   }
   if (status.type() == fs::file_type::not_found) return MakeDocument({options.pages, {}, false});
   if (fs::exists(status) && status.type() != fs::file_type::regular) {
-    PrintProblem(name, "is not a regular file");
+    PrintProblem(name, "is not a regular file (choose another name)");
     return kExitFailure;
   }
   return UpdateDocument(options);
@@ -62,10 +62,13 @@ void AddAppend(CLI::App& program, int& exit_code) {
   AddFiles(verb, options->pages, kName, "The document; it is made if it does not exist");
   AddPageStyle(verb, options->pages);
   verb.add_flag("--in-place", options->in_place, "Write to DOC itself and not to a copy");
-  AddQuiet(verb, options->pages);
+  AddRun(verb, options->pages);
   verb.footer(std::string(kPicturesHelp) + kFooter);
   verb.callback([options, &exit_code] {
-    CheckFiles(options->pages, kName);
+    if (options->pages.output == kStandardOutput) {
+      throw CLI::ValidationError(kName, "a document on standard output has no pages yet: use make");
+    }
+    ListFiles(options->pages, kName);
     exit_code = Append(*options);
   });
 }

@@ -1,14 +1,21 @@
 // sorrelin make: a new document with the pictures of the files as its pages.
+#include <sorrelin/platform/console.h>
+
+#include <cstdlib>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "tools/make_document.h"
 #include "tools/page_options.h"
+#include "tools/source_date.h"
 #include "tools/text.h"
 #include "tools/verbs/verbs.h"
 
 namespace sorrelin::tool {
 namespace {
+
+constexpr char kName[] = "OUT";
 
 std::u16string ParseText(std::string const& option, std::string const& text, size_t most) {
   auto const units = Utf16(text);
@@ -32,14 +39,49 @@ void AddText(CLI::App& verb, std::string const& option, std::u16string& target, 
       ->type_name("TEXT");
 }
 
+void AddDescription(CLI::App& verb, Description& description) {
+  AddText(verb, "--title", description.title, kMaxTextUnits, "Title of the document");
+  AddText(verb, "--author", description.author, kMaxTextUnits, "Its author");
+  AddText(verb, "--subject", description.subject, kMaxTextUnits, "Its subject");
+  AddText(verb, "--keywords", description.keywords, kMaxKeywordsUnits, "Its keywords");
+}
+
+// Builds that are to come out the same each time say so in the environment.
+std::optional<SYSTEMTIME> CreationTime() {
+  char const* const seconds = std::getenv("SOURCE_DATE_EPOCH");
+  if (seconds == nullptr || *seconds == '\0') return std::nullopt;
+  auto const time = TimeOfEpoch(seconds);
+  if (time) return time;
+  throw CLI::ValidationError(
+      "SOURCE_DATE_EPOCH", "must be a number of seconds from 0 to " + std::to_string(kLastSecond));
+}
+
+// What standard output may be used for.
+void CheckStandardOutput(PageOptions const& options) {
+  if (options.output != kStandardOutput) return;
+  if (options.json) {
+    throw CLI::ValidationError("--json", "standard output takes the document: name a file for it");
+  }
+  if (StandardOutputIsTerminal() == FALSE) return;
+  throw CLI::ValidationError(
+      kName,
+      "standard output is a terminal: name a file, or send the document into "
+      "a file or pipe");
+}
+
 constexpr char kFooter[] =
     R"(
+As OUT, - is standard output, which takes the document when it is complete.
+Where SOURCE_DATE_EPOCH is set, it is the document's date, and the same pictures
+give the same bytes.
+
 Exit status: 0 all is done; 1 a file failed and was named, or nothing could be
 written; 2 the command line is wrong. Only a complete document gets its name.
 
 Examples:
   sorrelin make scans.pdf page1.tif page2.tif --title "Land register 1911"
   sorrelin make photos.pdf *.jpg --dpi 300
+  sorrelin make book.pdf scans/ --sort natural
   scanimage --format=png | sorrelin make letter.pdf - --compression g4)";
 
 }  // namespace
@@ -47,18 +89,16 @@ Examples:
 void AddMake(CLI::App& program, int& exit_code) {
   CLI::App& verb = *program.add_subcommand("make", "Make a new document with a page per picture");
   auto const options = std::make_shared<MakeOptions>();
-  AddFiles(verb, options->pages, "OUT", "The document to make");
-  Description& description = options->description;
-  AddText(verb, "--title", description.title, kMaxTextUnits, "Title of the document");
-  AddText(verb, "--author", description.author, kMaxTextUnits, "Its author");
-  AddText(verb, "--subject", description.subject, kMaxTextUnits, "Its subject");
-  AddText(verb, "--keywords", description.keywords, kMaxKeywordsUnits, "Its keywords");
+  AddFiles(verb, options->pages, kName, "The document to make");
+  AddDescription(verb, options->description);
   AddPageStyle(verb, options->pages);
   verb.add_flag("--force", options->force, "Replace OUT if it exists");
-  AddQuiet(verb, options->pages);
+  AddRun(verb, options->pages);
   verb.footer(std::string(kPicturesHelp) + kFooter);
   verb.callback([options, &exit_code] {
-    CheckFiles(options->pages, "OUT");
+    CheckStandardOutput(options->pages);
+    ListFiles(options->pages, kName);
+    options->description.created = CreationTime();
     exit_code = MakeDocument(*options);
   });
 }

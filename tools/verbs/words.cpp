@@ -8,6 +8,7 @@
 
 #include "tools/image_source.h"
 #include "tools/messages.h"
+#include "tools/output_file.h"
 #include "tools/recognized_words.h"
 #include "tools/verbs/verbs.h"
 
@@ -27,7 +28,8 @@ class Words {
   int Run() {
     for (std::string const& name : options_.images) ReadImage(name);
     if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) {
-      Report("standard output", "cannot be written: " + std::generic_category().message(errno));
+      Report("standard output",
+             "cannot be written: " + std::generic_category().message(errno) + kRoomRemedy);
     }
     return failed_ ? kExitFailure : kExitSuccess;
   }
@@ -57,7 +59,7 @@ class Words {
                                                 std::string& problem) {
     auto picture = source.Decode(page);
     if (picture) return reader_.Read(std::move(*picture), problem);
-    problem = "cannot be decoded: it is damaged, too large, or of a kind that is not read";
+    problem = kCannotDecode;
     return std::nullopt;
   }
 
