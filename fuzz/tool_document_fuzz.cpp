@@ -7,6 +7,7 @@
 namespace {
 
 constexpr DWORD kMostPages = 6;
+constexpr uint64_t kMostWork = 64 * 1024 * 1024;
 
 // Takes a picture as far as it is worth while, and looks that it is as announced.
 class Sink final : public sorrelin::tool::PictureSink {
@@ -29,8 +30,9 @@ void ReadPages(fuzz::Data document) {
   fuzz::Session session;
   if (!session.Open(document)) return;
   DWORD const pages = std::min(session->GetNumberOfPages(), kMostPages);
+  sorrelin::tool::PageJudge judge(*session, kMostWork);
   for (DWORD page = 0; page < pages; ++page) {
-    auto const facts = sorrelin::tool::JudgePage(*session, session->GetPageObjectNumber(page));
+    auto const facts = judge.Judge(session->GetPageObjectNumber(page));
     fuzz::Require(facts.image.has_value() == facts.problem.empty(), "neither image nor problem");
     if (!facts.image) continue;
     Sink sink;
