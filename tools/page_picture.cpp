@@ -293,9 +293,9 @@ class RowMaker {
 bool IsJpegFile(PageImage const& image) {
   if (image.coding != ImageCoding::kJpeg || image.flipped) return false;
   if (image.space.components != 1) return true;
-  if (!image.space.palette.empty()) return false;
   for (size_t tone = 0; tone < image.colours.size(); ++tone) {
-    if (image.colours[tone].rgbRed != tone) return false;
+    RGBQUAD const& colour = image.colours[tone];
+    if (colour.rgbRed != tone || colour.rgbGreen != tone || colour.rgbBlue != tone) return false;
   }
   return true;
 }

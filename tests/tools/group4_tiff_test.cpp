@@ -3,22 +3,26 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/support/temp_dir.h"
+
 namespace sorrelin::tool {
 namespace {
 
-PixPtr Pattern(int width, int height) {
+PixPtr Pattern(int width, int height, bool resolution = true) {
   PixPtr pix(pixCreate(width, height, 1));
   for (int y = 0; y < height; ++y) {
     for (int x = 0; x < width; ++x) {
       if (x > 2 * y || (x + 3 * y) % 7 == 0) pixSetPixel(pix.get(), x, y, 1);
     }
   }
-  pixSetResolution(pix.get(), 300, 200);
+  if (resolution) pixSetResolution(pix.get(), 300, 200);
   return pix;
 }
 
 PixPtr Read(std::vector<BYTE> const& file) {
-  return PixPtr(pixReadMemTiff(file.data(), file.size(), 0));
+  test::TempDir const directory;
+  test::WriteAll(directory / "a.tif", file);
+  return PixPtr(pixReadTiff((directory / "a.tif").c_str(), 0));
 }
 
 TEST(Group4Tiff, EveryWidthComesBackWithItsResolution) {
@@ -36,8 +40,7 @@ TEST(Group4Tiff, EveryWidthComesBackWithItsResolution) {
 }
 
 TEST(Group4Tiff, UnknownResolutionStaysUnknown) {
-  PixPtr const pix = Pattern(8, 8);
-  pixSetResolution(pix.get(), 0, 0);
+  PixPtr const pix = Pattern(8, 8, false);
   EXPECT_EQ(pixGetXRes(Read(Group4Tiff(pix.get())).get()), 0);
 }
 
