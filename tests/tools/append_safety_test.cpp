@@ -169,7 +169,8 @@ TEST_F(AppendSafety, DirectoryThatCannotBeWrittenToLeavesInPlaceAsTheWay) {
   chmod(directory_.path().c_str(), 0755);
   EXPECT_EQ(result.exit_code, 1);
   EXPECT_THAT(result.err, HasSubstr("is as it was, because its copy cannot be created: Permission "
-                                    "denied (--in-place needs no copy)"));
+                                    "denied ("));
+  EXPECT_THAT(result.err, HasSubstr("(--in-place needs no copy)"));
   EXPECT_EQ(in_place.exit_code, 0) << in_place.err;
   EXPECT_EQ(CountPages(), "4\n");
   EXPECT_TRUE(GrewFrom(old));
@@ -181,7 +182,7 @@ TEST_F(AppendSafety, ReadOnlyDocumentIsLeftAlone) {
   for (std::string const option : {"--quiet", "--in-place"}) {
     ProgramResult const result = AppendAsUser({Out(), Path("new.png"), option});
     EXPECT_EQ(result.exit_code, 1);
-    EXPECT_THAT(result.err, HasSubstr("cannot be changed: Permission denied (it is not writable)"));
+    EXPECT_THAT(result.err, HasSubstr("cannot be changed: Permission denied (make it writable)"));
     EXPECT_EQ(Document(), old);
   }
 }
