@@ -47,24 +47,8 @@ run_windows() {
   fi
 }
 
-# run_packages: the packages in a clean root count as one test. That root needs root to be made.
-run_packages() {
-  if [ "$(id -u)" -ne 0 ]; then
-    echo "== packages: left out, a clean root can only be made by root"
-    return 0
-  fi
-  echo "== packages: building and trying"
-  if scripts/package.sh --try >build/test-packages.log 2>&1; then
-    passed=$((passed + 1))
-  else
-    failed=$((failed + 1))
-    tail -n 60 build/test-packages.log
-  fi
-}
-
 run_tests asan
 run_tests release -DSORRELIN_UNIT_TESTS=OFF -DSORRELIN_BUILD_BENCH=OFF
-run_packages
 run_windows
 
 echo "$passed passed, $failed failed"

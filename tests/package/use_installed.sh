@@ -41,4 +41,9 @@ echo "-- program"
 pdftoppm -r 72 -singlefile "$root/c.pdf" "$root/page"
 "$prefix/bin/sorrelin" make "$root/made.pdf" "$root/page.ppm"
 qpdf --check "$root/made.pdf" >/dev/null
+echo "-- manual and completions"
+for file in man/man1/sorrelin.1 bash-completion/completions/sorrelin \
+  fish/vendor_completions.d/sorrelin.fish zsh/*/_sorrelin; do
+  [ -s "$prefix"/share/$file ]
+done
 echo "all of the package works"

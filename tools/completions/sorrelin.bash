@@ -1,0 +1,52 @@
+# Completion of sorrelin for bash.
+
+_sorrelin_pages='--dpi --default-dpi --page --fit --compression --quality --recode --sort --jobs --json --quiet'
+
+_sorrelin_options() {
+  case $1 in
+    make) echo "--help $_sorrelin_pages --title --author --subject --keywords --force" ;;
+    append) echo "--help $_sorrelin_pages --in-place" ;;
+    count) echo '--help' ;;
+    info) echo '--help --json' ;;
+    extract) echo '--help --pages --output --format --force --quiet' ;;
+    words) echo '--help --text --language' ;;
+    *) echo '--help --version' ;;
+  esac
+}
+
+# The values of an option; nothing for those that take any.
+_sorrelin_values() {
+  case $1 in
+    --compression) echo 'auto g4 flate runlength jpeg none' ;;
+    --fit) echo 'within shrink fill stretch' ;;
+    --page) echo 'a3 a4 a5 a6 letter legal tabloid' ;;
+    --sort) echo 'natural name none' ;;
+    --format) echo 'png tiff bmp pnm jpeg' ;;
+    --dpi | --default-dpi) echo '150 200 300 600' ;;
+    --language) echo 'eng' ;;
+  esac
+}
+
+_sorrelin() {
+  local word=${COMP_WORDS[COMP_CWORD]} before=${COMP_WORDS[COMP_CWORD - 1]} verb=
+  COMPREPLY=()
+  if [ "$COMP_CWORD" -gt 1 ]; then verb=${COMP_WORDS[1]}; fi
+  case $before in
+    --title | --author | --subject | --keywords | --quality | --jobs | --pages) return ;;
+    --compression | --fit | --page | --sort | --format | --dpi | --default-dpi | --language)
+      COMPREPLY=($(compgen -W "$(_sorrelin_values "$before")" -- "$word"))
+      return
+      ;;
+  esac
+  if [[ $word == -* ]]; then
+    COMPREPLY=($(compgen -W "$(_sorrelin_options "$verb")" -- "$word"))
+  elif [ -z "$verb" ]; then
+    COMPREPLY=($(compgen -W 'make append count info extract words' -- "$word"))
+  else
+    local IFS=$'\n'
+    COMPREPLY=($(compgen -f -- "$word"))
+    compopt -o filenames 2>/dev/null
+  fi
+}
+
+complete -F _sorrelin sorrelin
