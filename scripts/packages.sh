@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Installs what a fresh Debian machine needs and does not have: packages.sh build|demo|package|test
+# Installs what a fresh Debian machine needs and does not have: packages.sh build|demo|package|fuzz|test
 # Needs root, or sudo, when something is missing.
 set -euo pipefail
 
@@ -9,6 +9,7 @@ packages=(
   librapidxml-dev libleptonica-dev libtesseract-dev libcli11-dev)
 viewers=(ghostscript graphicsmagick mupdf-tools poppler-utils)
 packaging=(dpkg-dev mmdebstrap)
+fuzzing=(clang libclang-rt-14-dev)
 witnesses=(ccache libgtest-dev libgmock-dev libbenchmark-dev qpdf
   img2pdf libtiff-tools tesseract-ocr-eng doxygen python3 python3-numpy
   man-db mandoc zsh fish)
@@ -17,8 +18,9 @@ case "${1:-}" in
   build) ;;
   demo) packages+=("${viewers[@]}") ;;
   package) packages+=("${packaging[@]}") ;;
+  fuzz) packages+=("${fuzzing[@]}") ;;
   test) packages+=("${viewers[@]}" "${witnesses[@]}") ;;
-  *) echo "usage: packages.sh build|demo|package|test" >&2; exit 2 ;;
+  *) echo "usage: packages.sh build|demo|package|fuzz|test" >&2; exit 2 ;;
 esac
 
 installed() { dpkg-query -W -f='${Status}' "$1" 2>/dev/null | grep -q 'ok installed'; }

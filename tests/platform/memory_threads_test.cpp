@@ -11,7 +11,7 @@
 #include <thread>
 #include <vector>
 
-#if defined(__SANITIZE_ADDRESS__)
+#if defined(SORRELIN_SANITIZED)
 #include <sanitizer/lsan_interface.h>
 #endif
 
@@ -89,7 +89,7 @@ TEST(GlobalMemoryThreads, OneOfManyFreesSucceeds) {
   }
 }
 
-#if defined(__SANITIZE_ADDRESS__)
+#if defined(SORRELIN_SANITIZED)
 // The table of live handles must not hide blocks from the search for leaks.
 TEST(GlobalMemoryLeaks, BlockThatNobodyFreesIsFound) {
   EXPECT_EXIT(

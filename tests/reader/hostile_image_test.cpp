@@ -20,7 +20,7 @@ size_t PeakBytes() {
 }
 
 // The sanitizers keep a shadow of every block, which is no part of the matter.
-#if defined(__SANITIZE_ADDRESS__)
+#if defined(SORRELIN_SANITIZED)
 constexpr bool kMemoryCounts = false;
 #else
 constexpr bool kMemoryCounts = true;
