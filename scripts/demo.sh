@@ -57,4 +57,4 @@ equal_pixels scan.tif back-scan.tif
 equal_pixels palette.gif back-palette.png
 cmp "$out/photograph.jpg" "$out/back-photograph.jpg"
 echo "back-photograph.jpg is photograph.jpg, byte for byte"
-echo "the document: $PWD/$document"
+echo "the document: $(realpath "$document")"
