@@ -36,6 +36,8 @@ class CXRefStm;
 struct TableCursor;
 using InfoString = WideString ReaderState::*;  // one of the four information strings
 bool WriteEncodedPage(CCreatePDF& session, EncodedPage const& page);
+
+// The time that the document about to be created names; see sorrelin/writer/creation_time.h.
 void SetCreationTime(CCreatePDF& session, SYSTEMTIME const& time);
 }  // namespace sorrelin
 

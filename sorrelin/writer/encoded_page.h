@@ -15,13 +15,13 @@ namespace sorrelin {
 // A page of another size than its picture, and where the picture stands on it: its lower left
 // corner and its sides, in fractions of a point.
 struct PagePlacement {
-  static constexpr int64_t kUnitsPerPoint = 10000;
+  static constexpr int64_t kUnitsPerPoint = 10000;  // the fractions
 
   POINT page = {0, 0};  // points
-  int64_t x = 0;
-  int64_t y = 0;
-  int64_t width = 0;
-  int64_t height = 0;
+  int64_t x = 0;        // of the corner, from the left
+  int64_t y = 0;        // of the corner, from below
+  int64_t width = 0;    // of the picture
+  int64_t height = 0;   // of the picture
 };
 
 // The coded bytes, and what the image dictionary says of them. Rows run from the top.
