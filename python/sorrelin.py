@@ -112,16 +112,16 @@ class _Session:
     """A session of the library, and its failures as exceptions."""
 
     def __init__(self) -> None:
-        self.library = _library()
+        self.core = _library()
         handle = ctypes.c_int64()
-        code = self.library.pdf_Init_PDF(ctypes.byref(handle))
+        code = self.core.pdf_Init_PDF(ctypes.byref(handle))
         if code != 0:
             raise PdfError(code, "no session", "pdf_Init_PDF")
         self.handle = handle.value
 
     def text(self) -> str:
         buffer = ctypes.create_string_buffer(_ERROR_TEXT_BYTES)
-        self.library.pdf_GetLastPDFErrorText(self.handle, buffer)
+        self.core.pdf_GetLastPDFErrorText(self.handle, buffer)
         return buffer.value.decode("utf-8", "replace")
 
     def check(self, code: int, what: str) -> None:
@@ -130,7 +130,7 @@ class _Session:
 
     def release(self) -> None:
         if self.handle:
-            self.library.pdf_Release_PDF(self.handle)
+            self.core.pdf_Release_PDF(self.handle)
             self.handle = 0
 
 
@@ -200,15 +200,15 @@ class PdfWriter:
         if compression is None:
             compression = Compression.CCITT if picture.bits == 1 else Compression.FLATE
         codec = _CODECS.get(int(compression), "") if codec is None else codec
-        block = _block_of(session.library, picture, resolution)
+        block = _block_of(session.core, picture, resolution)
         try:
             self._pages_tried = True
             session.check(
-                session.library.pdf_SaveDIBAsColorPDFPageW(
+                session.core.pdf_SaveDIBAsColorPDFPageW(
                     session.handle, block, _wide(codec), int(compression),
                     -1 if quality is None else quality), "add_page")
         finally:
-            session.library.GlobalFree(block)
+            session.core.GlobalFree(block)
 
     def close(self) -> None:
         """Finishes the document. Harmless on a writer that is closed."""
@@ -221,7 +221,7 @@ class PdfWriter:
             elif self._update and not self._pages_tried:
                 pass  # finishing an update without a page would write over the file's start
             else:
-                session.check(session.library.pdf_FinishPDF(session.handle), self._path)
+                session.check(session.core.pdf_FinishPDF(session.handle), self._path)
         except BaseException:
             self._give_up()
             raise
@@ -265,13 +265,13 @@ class PdfWriter:
 
     def _start(self, session: _Session, strings: dict[str, str]) -> None:
         for name, text in strings.items():
-            setter = getattr(session.library, f"pdf_Set{name.capitalize()}W")
+            setter = getattr(session.core, f"pdf_Set{name.capitalize()}W")
             session.check(setter(session.handle, _wide(text)), name)
         if self._path is None:
-            session.check(session.library.pdf_CreatePDFInMemory(session.handle, None, 1 << 16),
+            session.check(session.core.pdf_CreatePDFInMemory(session.handle, None, 1 << 16),
                           "PdfWriter")
         else:
-            session.check(session.library.pdf_CreatePDFW(session.handle, _wide(self._written_to)),
+            session.check(session.core.pdf_CreatePDFW(session.handle, _wide(self._written_to)),
                           self._path)
 
     def _move_to_target(self) -> None:
@@ -283,12 +283,12 @@ class PdfWriter:
     def _finish_in_memory(self, session: _Session) -> bytes:
         data, count = ctypes.c_void_p(), ctypes.c_uint32()
         session.check(
-            session.library.pdf_FinishPDFInMemory(session.handle, ctypes.byref(data),
+            session.core.pdf_FinishPDFInMemory(session.handle, ctypes.byref(data),
                                                   ctypes.byref(count)), "close")
         try:
             return ctypes.string_at(data.value, count.value)
         finally:
-            session.library.pdf_FreePDFInMemory(data)
+            session.core.pdf_FreePDFInMemory(data)
 
     def _give_up(self) -> None:
         """Closes without finishing, and removes a file that was being made."""
@@ -318,16 +318,16 @@ class PdfReader(Sequence):
         try:
             if isinstance(source, (str, os.PathLike)):
                 self._name = os.fspath(source)
-                code = session.library.pdf_OpenPDFFileW(session.handle, _wide(self._name))
+                code = session.core.pdf_OpenPDFFileW(session.handle, _wide(self._name))
             else:
                 self._data = bytes(source)  # read in place, so it lives as long as the reader
-                code = session.library.pdf_OpenPDFInMemory(session.handle, self._data,
+                code = session.core.pdf_OpenPDFInMemory(session.handle, self._data,
                                                            len(self._data))
             session.check(code, self._name)
         except BaseException:
             self.close()
             raise
-        self._count = session.library.pdf_GetNumberOfPages(session.handle)
+        self._count = session.core.pdf_GetNumberOfPages(session.handle)
 
     def __len__(self) -> int:
         return self._count
@@ -379,19 +379,19 @@ class PdfReader(Sequence):
 
     def _load(self, page: int) -> Image:
         session = self._open_session()
-        block = session.library.pdf_LoadImageFromPDF(session.handle, page)
+        block = session.core.pdf_LoadImageFromPDF(session.handle, page)
         if block in _INVALID:
-            code = session.library.pdf_PDF_GetLastError(session.handle)
+            code = session.core.pdf_PDF_GetLastError(session.handle)
             text = session.text() if code else "the page has no image that can be read"
             raise PdfError(code, text, f"{self._name}, page {page}")
         try:
-            return _image_of(_bytes_of(session.library, block))
+            return _image_of(_bytes_of(session.core, block))
         finally:
-            session.library.GlobalFree(block)
+            session.core.GlobalFree(block)
 
     def _string(self, name: str) -> str:
         session = self._open_session()
-        getter = getattr(session.library, f"pdf_Get{name}W")
+        getter = getattr(session.core, f"pdf_Get{name}W")
         units = ctypes.c_uint32()
         session.check(getter(session.handle, None, ctypes.byref(units)), name)
         buffer = ctypes.create_string_buffer(units.value * 2)
