@@ -34,7 +34,7 @@ struct Row {
   char const* name;
   char const* picture;  // that the document is made of
   char const* command;  // makes out.pdf of the picture $p
-  ByLibrary library;
+  ByLibrary of_library;
   char const* tool;      // why the program refuses the page, or kIsRight
   bool recoded = false;  // the other program has changed the pixels
 };
@@ -268,7 +268,7 @@ TEST_P(OnePicture, ComesBackOrIsNamed) {
   if (!row.recoded) {
     EXPECT_LE(Difference(witness[0], Source(row.picture)), tolerance);
   }
-  ExpectOfLibrary(row.library, witness[0], tolerance);
+  ExpectOfLibrary(row.of_library, witness[0], tolerance);
   ExpectOfTool(row.tool, witness[0], tolerance);
 }
 
