@@ -12,7 +12,7 @@ packaging=(dpkg-dev mmdebstrap)
 fuzzing=(clang libclang-rt-14-dev)
 witnesses=(ccache libgtest-dev libgmock-dev libbenchmark-dev qpdf
   img2pdf libtiff-tools tesseract-ocr-eng doxygen python3 python3-numpy
-  man-db mandoc zsh fish)
+  man-db mandoc zsh fish tmux)
 
 case "${1:-}" in
   build) ;;
