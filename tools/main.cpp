@@ -2,7 +2,6 @@
 #include <leptonica/allheaders.h>
 #include <sorrelin/platform/console.h>
 
-#include <CLI/CLI.hpp>
 #include <cstdio>
 #include <exception>
 #include <new>
@@ -13,35 +12,16 @@
 namespace sorrelin::tool {
 namespace {
 
-// A word in the place of the verb that is none is left over.
-void RequireVerb(CLI::App const& program) {
-  auto const left_over = program.remaining();
-  if (!left_over.empty()) throw CLI::ExtrasError("sorrelin", {left_over.front()});
-  if (program.get_subcommands().empty()) throw CLI::RequiredError("A verb");
-}
-
 int ParseAndRun(int argc, char** argv) {
-  CLI::App program("Turns pictures into PDF documents and documents into pictures.", "sorrelin");
-  program.set_version_flag("--version", "sorrelin " SORRELIN_VERSION);
-  int exit_code = kExitSuccess;
-  AddMake(program, exit_code);
-  AddAppend(program, exit_code);
-  AddCount(program, exit_code);
-  AddInfo(program, exit_code);
-  AddExtract(program, exit_code);
-  AddWords(program, exit_code);
-  program.allow_extras();
-  try {
-    program.parse(argc, argv);
-    RequireVerb(program);
-  } catch (CLI::ParseError const& error) {
-    if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::Success)) {
-      return program.exit(error);
-    }
-    std::fprintf(stderr, "sorrelin: %s (sorrelin --help tells more)\n", error.what());
-    return kExitUsage;
-  }
-  return exit_code;
+  Program program("sorrelin", SORRELIN_VERSION,
+                  "Turns pictures into PDF documents and documents into pictures.");
+  AddMake(program);
+  AddAppend(program);
+  AddCount(program);
+  AddInfo(program);
+  AddExtract(program);
+  AddWords(program);
+  return program.Run(argc, argv);
 }
 
 }  // namespace

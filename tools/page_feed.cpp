@@ -18,7 +18,7 @@ std::shared_ptr<ImageSource> Open(std::string const& name, std::string& problem)
 
 }  // namespace
 
-PageFeed::PageFeed(std::vector<Input> const& inputs, PageStyle const& style, unsigned jobs)
+PageFeed::PageFeed(std::vector<Input> const& inputs, PageStyle const& style, int jobs)
     : inputs_(inputs), workers_(style, jobs) {}
 
 std::optional<FeedItem> PageFeed::Next() {

@@ -27,7 +27,7 @@ struct FeedItem {
 class PageFeed {
  public:
   // `inputs` and `style` outlive the feed.
-  PageFeed(std::vector<Input> const& inputs, PageStyle const& style, unsigned jobs);
+  PageFeed(std::vector<Input> const& inputs, PageStyle const& style, int jobs);
 
   // The next item, or nothing behind the last. Problems come in their place between the pages, for
   // any number of jobs.

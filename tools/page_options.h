@@ -2,10 +2,10 @@
 #ifndef TOOLS_PAGE_OPTIONS_H_
 #define TOOLS_PAGE_OPTIONS_H_
 
-#include <CLI/CLI.hpp>
 #include <string>
 #include <vector>
 
+#include "tools/command_line.h"
 #include "tools/input_list.h"
 #include "tools/page_style.h"
 
@@ -20,22 +20,21 @@ struct PageOptions {
   Sort sort = Sort::kNone;
   std::vector<Input> inputs;  // the files that they stand for, in order
   PageStyle style;
-  unsigned jobs = 1;
+  int jobs = 1;
   bool quiet = false;
   bool json = false;  // a report goes to standard output
 };
 
 // Adds the document, called `name` in the help, and the images.
-void AddFiles(CLI::App& verb, PageOptions& options, std::string const& name,
-              std::string const& help);
+void AddFiles(Verb& verb, PageOptions& options, std::string const& name, std::string const& help);
 
 // Adds how pages are made: resolution, size, compression.
-void AddPageStyle(CLI::App& verb, PageOptions& options);
+void AddPageStyle(Verb& verb, PageOptions& options);
 
 // Adds how the run goes: --sort, --jobs, --json, --quiet.
-void AddRun(CLI::App& verb, PageOptions& options);
+void AddRun(Verb& verb, PageOptions& options);
 
-// Finds the files that the images stand for. Leaves as CLI::ValidationError if files are named that
+// Finds the files that the images stand for. Leaves as UsageError if files are named that
 // do not go together. `name` is that of the document in the help.
 void ListFiles(PageOptions& options, std::string const& name);
 

@@ -21,11 +21,12 @@ CodingResult CodePage(PageCoder& coder, ImageSource& source, int page) {
 }  // namespace
 
 // A system that has no further thread to give leaves fewer of them, which is slower and no more.
-PageWorkers::PageWorkers(PageStyle const& style, unsigned jobs) : style_(style), own_coder_(style) {
+PageWorkers::PageWorkers(PageStyle const& style, int jobs) : style_(style), own_coder_(style) {
   if (jobs < 2) return;
-  threads_.reserve(jobs);
+  size_t const count = static_cast<size_t>(jobs);
+  threads_.reserve(count);
   try {
-    while (threads_.size() < jobs) threads_.emplace_back([this] { Work(); });
+    while (threads_.size() < count) threads_.emplace_back([this] { Work(); });
   } catch (std::system_error const&) {
   }
 }

@@ -25,7 +25,7 @@ class PageWorkers {
  public:
   // With one job there is no thread: a page is coded when its result is asked for. `style` outlives
   // the workers.
-  PageWorkers(PageStyle const& style, unsigned jobs);
+  PageWorkers(PageStyle const& style, int jobs);
   // Drops what has not been begun.
   ~PageWorkers();
   PageWorkers(PageWorkers const&) = delete;

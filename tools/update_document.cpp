@@ -16,7 +16,6 @@
 #include "tools/output_file.h"
 #include "tools/page_adder.h"
 #include "tools/text.h"
-#include "tools/verbs/verbs.h"
 
 namespace sorrelin::tool {
 namespace {

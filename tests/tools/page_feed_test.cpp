@@ -28,7 +28,7 @@ class PageFeedTest : public ::testing::Test {
   }
 
   // One line for each item: the file, the page of it, and its bytes or what is wrong.
-  std::vector<std::string> Items(unsigned jobs) {
+  std::vector<std::string> Items(int jobs) {
     PageFeed feed(inputs_, style_, jobs);
     std::vector<std::string> lines;
     while (auto const item = feed.Next()) {
@@ -59,7 +59,7 @@ TEST_F(PageFeedTest, AnyNumberOfJobsGivesTheSameItemsInOrder) {
     EXPECT_THAT(one[i], ::testing::StartsWith(std::to_string(i) +
                                               " 1/1 last: " + std::to_string(51 + i) + " "));
   }
-  for (unsigned const jobs : {2u, 3u, 16u}) EXPECT_EQ(Items(jobs), one);
+  for (int const jobs : {2, 3, 16}) EXPECT_EQ(Items(jobs), one);
 }
 
 TEST_F(PageFeedTest, ProblemsKeepTheirPlaces) {
@@ -91,7 +91,7 @@ TEST_F(PageFeedTest, PagesOfOneFileAreCodedByAllWorkers) {
 
 TEST_F(PageFeedTest, FeedThatIsDroppedHalfwayEnds) {
   for (int number = 1; number <= 12; ++number) AddPicture(number);
-  for (unsigned const jobs : {1u, 3u}) {
+  for (int const jobs : {1, 3}) {
     PageFeed feed(inputs_, style_, jobs);
     EXPECT_TRUE(feed.Next());
   }

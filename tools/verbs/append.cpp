@@ -56,20 +56,20 @@ Examples:
 
 }  // namespace
 
-void AddAppend(CLI::App& program, int& exit_code) {
-  CLI::App& verb = *program.add_subcommand("append", "Add a page per picture to a document");
+void AddAppend(Program& program) {
+  Verb verb = program.AddVerb("append", "Add a page per picture to a document");
   auto const options = std::make_shared<UpdateOptions>();
   AddFiles(verb, options->pages, kName, "The document; it is made if it does not exist");
   AddPageStyle(verb, options->pages);
-  verb.add_flag("--in-place", options->in_place, "Write to DOC itself and not to a copy");
+  verb.Flag("--in-place", options->in_place, "Write to DOC itself and not to a copy");
   AddRun(verb, options->pages);
-  verb.footer(std::string(kPicturesHelp) + kFooter);
-  verb.callback([options, &exit_code] {
+  verb.Footer(std::string(kPicturesHelp) + kFooter);
+  verb.Runs([options] {
     if (options->pages.output == kStandardOutput) {
-      throw CLI::ValidationError(kName, "a document on standard output has no pages yet: use make");
+      throw UsageError(kName, "a document on standard output has no pages yet: use make");
     }
     ListFiles(options->pages, kName);
-    exit_code = Append(*options);
+    return Append(*options);
   });
 }
 

@@ -49,12 +49,12 @@ Examples:
 
 }  // namespace
 
-void AddCount(CLI::App& program, int& exit_code) {
-  CLI::App& verb = *program.add_subcommand("count", "Print how many pages documents have");
+void AddCount(Program& program) {
+  Verb verb = program.AddVerb("count", "Print how many pages documents have");
   auto const names = std::make_shared<std::vector<std::string>>();
-  verb.add_option("FILE", *names, "The documents")->required()->type_name("");
-  verb.footer(kFooter);
-  verb.callback([names, &exit_code] { exit_code = Count(*names); });
+  verb.Argument("FILE", *names, "The documents");
+  verb.Footer(kFooter);
+  verb.Runs([names] { return Count(*names); });
 }
 
 }  // namespace sorrelin::tool

@@ -213,27 +213,26 @@ int RunExtract(ExtractOptions const& options) {
   FileFormat const format = FormatOf(options);
   auto const pattern = NamePattern::Parse(PatternFor(options, format));
   if (!pattern) {
-    throw CLI::ValidationError("--output",
-                               "takes %d once, for the page's number, and %% for a percent sign");
+    throw UsageError("--output", "takes %d once, for the page's number, and %% for a percent sign");
   }
   return Extract(options, format, *pattern).Run();
 }
 
 PageSelection ParsePages(std::string const& text) {
   auto const pages = PageSelection::Parse(text);
-  if (!pages) throw CLI::ValidationError("--pages", "takes pages as in 1-3,7 or 5-, not " + text);
+  if (!pages) throw UsageError("--pages", "takes pages as in 1-3,7 or 5-, not " + text);
   return *pages;
 }
 
 FileFormat ParseFormat(std::string const& text) {
   auto const format = FormatOfName(text);
   if (format) return *format;
-  throw CLI::ValidationError("--format", "takes png, tiff, bmp, pnm or jpeg, not " + text);
+  throw UsageError("--format", "takes png, tiff, bmp, pnm or jpeg, not " + text);
 }
 
 std::string ParsePattern(std::string const& text) {
-  if (text.empty()) throw CLI::ValidationError("--output", "is empty");
-  if (!Utf16(text)) throw CLI::ValidationError("--output", "is not valid UTF-8");
+  if (text.empty()) throw UsageError("--output", "is empty");
+  if (!Utf16(text)) throw UsageError("--output", "is not valid UTF-8");
   return text;
 }
 
@@ -261,27 +260,20 @@ Examples:
 
 }  // namespace
 
-void AddExtract(CLI::App& program, int& exit_code) {
-  CLI::App& verb =
-      *program.add_subcommand("extract", "Write the pictures of a document's pages as files");
+void AddExtract(Program& program) {
+  Verb verb = program.AddVerb("extract", "Write the pictures of a document's pages as files");
   auto const options = std::make_shared<ExtractOptions>();
-  verb.add_option("FILE", options->document, "The document")->required()->type_name("");
-  verb.add_option_function<std::string>(
-          "--pages", [options](std::string const& text) { options->pages = ParsePages(text); },
-          "Only these, as in 1-3,7")
-      ->type_name("LIST");
-  verb.add_option_function<std::string>(
-          "--output", [options](std::string const& text) { options->output = ParsePattern(text); },
-          "Names of the files")
-      ->type_name("PATTERN");
-  verb.add_option_function<std::string>(
-          "--format", [options](std::string const& text) { options->format = ParseFormat(text); },
-          "png, tiff, bmp, pnm or jpeg")
-      ->type_name("KIND");
-  verb.add_flag("--force", options->force, "Replace files that exist");
-  verb.add_flag("--quiet", options->quiet, "Show no progress bar");
-  verb.footer(kFooter);
-  verb.callback([options, &exit_code] { exit_code = RunExtract(*options); });
+  verb.Argument("FILE", options->document, "The document");
+  verb.Option("--pages", "LIST", "Only these, as in 1-3,7",
+              [options](std::string const& text) { options->pages = ParsePages(text); });
+  verb.Option("--output", "PATTERN", "Names of the files",
+              [options](std::string const& text) { options->output = ParsePattern(text); });
+  verb.Option("--format", "KIND", "png, tiff, bmp, pnm or jpeg",
+              [options](std::string const& text) { options->format = ParseFormat(text); });
+  verb.Flag("--force", options->force, "Replace files that exist");
+  verb.Flag("--quiet", options->quiet, "Show no progress bar");
+  verb.Footer(kFooter);
+  verb.Runs([options] { return RunExtract(*options); });
 }
 
 }  // namespace sorrelin::tool

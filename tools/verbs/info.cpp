@@ -147,13 +147,13 @@ Example:
 
 }  // namespace
 
-void AddInfo(CLI::App& program, int& exit_code) {
-  CLI::App& verb = *program.add_subcommand("info", "Print what a document and its pages are");
+void AddInfo(Program& program) {
+  Verb verb = program.AddVerb("info", "Print what a document and its pages are");
   auto const options = std::make_shared<InfoOptions>();
-  verb.add_option("FILE", options->name, "The document")->required()->type_name("");
-  verb.add_flag("--json", options->json, "Print it as JSON");
-  verb.footer(kFooter);
-  verb.callback([options, &exit_code] { exit_code = Info(*options); });
+  verb.Argument("FILE", options->name, "The document");
+  verb.Flag("--json", options->json, "Print it as JSON");
+  verb.Footer(kFooter);
+  verb.Runs([options] { return Info(*options); });
 }
 
 }  // namespace sorrelin::tool

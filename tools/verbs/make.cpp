@@ -19,27 +19,23 @@ constexpr char kName[] = "OUT";
 
 std::u16string ParseText(std::string const& option, std::string const& text, size_t most) {
   auto const units = Utf16(text);
-  if (!units) throw CLI::ValidationError(option, "is not valid UTF-8");
+  if (!units) throw UsageError(option, "is not valid UTF-8");
   if (units->size() > most) {
-    throw CLI::ValidationError(option, "has " + std::to_string(units->size()) +
-                                           " characters, and a document holds " +
-                                           std::to_string(most) + " of it");
+    throw UsageError(option, "has " + std::to_string(units->size()) +
+                                 " characters, and a document holds " + std::to_string(most) +
+                                 " of it");
   }
   return *units;
 }
 
-void AddText(CLI::App& verb, std::string const& option, std::u16string& target, size_t most,
+void AddText(Verb& verb, std::string const& option, std::u16string& target, size_t most,
              std::string const& help) {
-  verb.add_option_function<std::string>(
-          option,
-          [&target, option, most](std::string const& text) {
-            target = ParseText(option, text, most);
-          },
-          help)
-      ->type_name("TEXT");
+  verb.Option(option, "TEXT", help, [&target, option, most](std::string const& text) {
+    target = ParseText(option, text, most);
+  });
 }
 
-void AddDescription(CLI::App& verb, Description& description) {
+void AddDescription(Verb& verb, Description& description) {
   AddText(verb, "--title", description.title, kMaxTextUnits, "Title of the document");
   AddText(verb, "--author", description.author, kMaxTextUnits, "Its author");
   AddText(verb, "--subject", description.subject, kMaxTextUnits, "Its subject");
@@ -52,21 +48,20 @@ std::optional<SYSTEMTIME> CreationTime() {
   if (seconds == nullptr || *seconds == '\0') return std::nullopt;
   auto const time = TimeOfEpoch(seconds);
   if (time) return time;
-  throw CLI::ValidationError(
-      "SOURCE_DATE_EPOCH", "must be a number of seconds from 0 to " + std::to_string(kLastSecond));
+  throw UsageError("SOURCE_DATE_EPOCH",
+                   "must be a number of seconds from 0 to " + std::to_string(kLastSecond));
 }
 
 // What standard output may be used for.
 void CheckStandardOutput(PageOptions const& options) {
   if (options.output != kStandardOutput) return;
   if (options.json) {
-    throw CLI::ValidationError("--json", "standard output takes the document: name a file for it");
+    throw UsageError("--json", "standard output takes the document: name a file for it");
   }
   if (StandardOutputIsTerminal() == FALSE) return;
-  throw CLI::ValidationError(
-      kName,
-      "standard output is a terminal: name a file, or send the document into "
-      "a file or pipe");
+  throw UsageError(kName,
+                   "standard output is a terminal: name a file, or send the document into "
+                   "a file or pipe");
 }
 
 constexpr char kFooter[] =
@@ -86,20 +81,20 @@ Examples:
 
 }  // namespace
 
-void AddMake(CLI::App& program, int& exit_code) {
-  CLI::App& verb = *program.add_subcommand("make", "Make a new document with a page per picture");
+void AddMake(Program& program) {
+  Verb verb = program.AddVerb("make", "Make a new document with a page per picture");
   auto const options = std::make_shared<MakeOptions>();
   AddFiles(verb, options->pages, kName, "The document to make");
   AddDescription(verb, options->description);
   AddPageStyle(verb, options->pages);
-  verb.add_flag("--force", options->force, "Replace OUT if it exists");
+  verb.Flag("--force", options->force, "Replace OUT if it exists");
   AddRun(verb, options->pages);
-  verb.footer(std::string(kPicturesHelp) + kFooter);
-  verb.callback([options, &exit_code] {
+  verb.Footer(std::string(kPicturesHelp) + kFooter);
+  verb.Runs([options] {
     CheckStandardOutput(options->pages);
     ListFiles(options->pages, kName);
     options->description.created = CreationTime();
-    exit_code = MakeDocument(*options);
+    return MakeDocument(*options);
   });
 }
 

@@ -80,6 +80,11 @@ class Words {
   bool failed_ = false;
 };
 
+std::string ParseLanguage(std::string const& text) {
+  if (text.empty()) throw UsageError("--language", "is empty");
+  return text;
+}
+
 constexpr char kFooter[] =
     R"(Each word is a line of JSON with the keys file, page (from 1, of the file), text,
 box (left, top, right and bottom in pixels from the picture's upper left corner)
@@ -98,18 +103,15 @@ Examples:
 
 }  // namespace
 
-void AddWords(CLI::App& program, int& exit_code) {
-  CLI::App& verb = *program.add_subcommand("words", "Print the words that pictures show");
+void AddWords(Program& program) {
+  Verb verb = program.AddVerb("words", "Print the words that pictures show");
   auto const options = std::make_shared<WordsOptions>();
-  verb.add_option("IMAGE", options->images, "Files with pictures")->required()->type_name("");
-  verb.add_flag("--text", options->text, "Print plain text");
-  verb.add_option("--language", options->language, "Of the text, as Tesseract names it (eng)")
-      ->check(CLI::Validator(
-          [](std::string& text) { return text.empty() ? std::string("is empty") : std::string(); },
-          ""))
-      ->type_name("LANG");
-  verb.footer(kFooter);
-  verb.callback([options, &exit_code] { exit_code = Words(*options).Run(); });
+  verb.Argument("IMAGE", options->images, "Files with pictures");
+  verb.Flag("--text", options->text, "Print plain text");
+  verb.Option("--language", "LANG", "Of the text, as Tesseract names it (eng)",
+              [options](std::string const& text) { options->language = ParseLanguage(text); });
+  verb.Footer(kFooter);
+  verb.Runs([options] { return Words(*options).Run(); });
 }
 
 }  // namespace sorrelin::tool
