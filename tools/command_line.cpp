@@ -55,7 +55,6 @@ void Verb::Runs(std::function<int()> run) {
 Program::Program(std::string const& name, std::string const& version, std::string const& help)
     : name_(name), parser_(std::make_unique<CLI::App>(help, name)) {
   parser_->set_version_flag("--version", name + " " + version);
-  parser_->allow_extras();
 }
 
 Program::~Program() = default;
@@ -67,6 +66,8 @@ Verb Program::AddVerb(std::string const& name, std::string const& help) {
 int Program::Run(int argc, char** argv) {
   std::string problem;
   try {
+    // A word left over may be a wrong verb. Verbs, which are there by now, do not take this over.
+    parser_->allow_extras();
     parser_->parse(argc, argv);
     RequireVerb(*parser_);
     return exit_code_;
