@@ -5,8 +5,9 @@
 
 #include <algorithm>
 #include <cmath>
-#include <set>
+#include <map>
 
+#include "tools/page_content.h"
 #include "tools/stream_filters.h"
 
 namespace sorrelin::tool {
@@ -43,45 +44,32 @@ bool ShowsFlipped(std::string const& content) {
   return test.Finish() != 0;
 }
 
-// Names that stand before "Do".
-std::set<std::string> DrawnNames(std::string const& content) {
-  std::set<std::string> names;
-  std::string last;
-  for (size_t at = 0; at < content.size();) {
-    size_t const start = content.find_first_not_of(" \t\r\n\f", at);
-    if (start == content.npos) break;
-    size_t end = content.find_first_of(" \t\r\n\f/[](){}<>", start + 1);
-    end = std::min(end, content.size());
-    std::string const token = content.substr(start, end - start);
-    if (token == "Do" && last.starts_with('/')) names.insert(last.substr(1));
-    last = token;
-    at = end;
-  }
-  return names;
-}
+using Drawn = std::map<std::string, DrawnSize>;
+
+struct NamedImage {
+  std::string name;
+  PdfObject object;
+};
 
 // The images among the page's XObjects; of a great many, two.
-std::vector<PdfObject> ImagesOf(PdfObjects const& objects, PdfValue const& xobjects,
-                                std::set<std::string> const* names) {
-  std::vector<PdfObject> images;
+std::vector<NamedImage> ImagesOf(PdfObjects const& objects, PdfValue const& xobjects,
+                                 Drawn const* drawn) {
+  std::vector<NamedImage> images;
   for (size_t i = 0; i < xobjects.keys.size() && images.size() < 2; ++i) {
-    if (names != nullptr && !names->contains(xobjects.keys[i])) continue;
+    if (drawn != nullptr && !drawn->contains(xobjects.keys[i])) continue;
     PdfObject object = objects.Follow(xobjects.items[i]);
     if (!objects.Resolve(object.value["Subtype"]).IsName("Image")) continue;
-    images.push_back(std::move(object));
+    images.push_back({xobjects.keys[i], std::move(object)});
   }
   return images;
 }
 
 // The page's only picture. Resources may list pictures of other pages: what the page draws counts.
-PdfObject FindPicture(PdfObjects const& objects, PdfValue const& resources,
-                      std::optional<std::string> const& content, std::string& problem) {
+NamedImage FindPicture(PdfObjects const& objects, PdfValue const& resources, Drawn const* drawn,
+                       std::string& problem) {
   PdfValue const xobjects = objects.Resolve(resources["XObject"]);
   auto images = ImagesOf(objects, xobjects, nullptr);
-  if (images.size() > 1 && content) {
-    auto const names = DrawnNames(*content);
-    images = ImagesOf(objects, xobjects, &names);
-  }
+  if (images.size() > 1 && drawn != nullptr) images = ImagesOf(objects, xobjects, drawn);
   if (images.size() == 1) return std::move(images[0]);
   problem = images.empty() ? "has no picture of its own" : "is made of several pictures";
   return {};
@@ -90,8 +78,9 @@ PdfObject FindPicture(PdfObjects const& objects, PdfValue const& resources,
 // Takes one picture's dictionary apart.
 class Picture {
  public:
-  Picture(PdfObjects const& objects, PdfObject const& object, PageFacts& facts, PageImage& image)
-      : objects_(objects), object_(object), facts_(facts), image_(image) {}
+  Picture(PdfObjects const& objects, PdfObject const& object, DrawnSize drawn, PageFacts& facts,
+          PageImage& image)
+      : objects_(objects), object_(object), drawn_(drawn), facts_(facts), image_(image) {}
 
   void Judge() {
     ReadSize();
@@ -120,12 +109,15 @@ class Picture {
     return sane ? static_cast<DWORD>(side.number) : 0;
   }
 
+  static int DotsOver(DWORD pixels, double points) {
+    return points > 0 ? WholeDots(pixels * kPointsPerInch / points) : 0;
+  }
+
   void ReadSize() {
     image_.width = facts_.pixel_width = SideOf("Width");
     image_.height = facts_.pixel_height = SideOf("Height");
     Refuse(image_.width == 0 || image_.height == 0, "its picture has no size");
-    if (facts_.width > 0) facts_.dpi.x = WholeDots(image_.width * kPointsPerInch / facts_.width);
-    if (facts_.height > 0) facts_.dpi.y = WholeDots(image_.height * kPointsPerInch / facts_.height);
+    facts_.dpi = {DotsOver(image_.width, drawn_.width), DotsOver(image_.height, drawn_.height)};
   }
 
   bool IsMask() const { return Value("ImageMask").number == 1; }
@@ -267,6 +259,7 @@ class Picture {
 
   PdfObjects const& objects_;
   PdfObject const& object_;
+  DrawnSize drawn_;
   PageFacts& facts_;
   PageImage& image_;
 };
@@ -326,11 +319,18 @@ PageFacts PageJudge::Judge(DWORD number) {
   ReadBox(page, facts);
   ReadRotation(page, facts);
   auto const content = ContentOf(objects_, page);
+  Drawn const drawn = content ? DrawnPictures(*content) : Drawn{};
+  NamedImage picture = FindPicture(objects_, Inherited(page, "Resources"),
+                                   content ? &drawn : nullptr, facts.problem);
   PageImage image;
-  image.object = FindPicture(objects_, Inherited(page, "Resources"), content, facts.problem);
+  image.object = std::move(picture.object);
   if (image.object.is_stream) {
     image.flipped = content && ShowsFlipped(*content);
-    Picture(objects_, image.object, facts, image).Judge();
+    auto const size = drawn.find(picture.name);
+    // A picture whose drawing cannot be found is taken to fill the page.
+    DrawnSize const whole = {facts.width, facts.height};
+    Picture(objects_, image.object, size == drawn.end() ? whole : size->second, facts, image)
+        .Judge();
   } else if (facts.problem.empty()) {
     facts.problem = "has a picture that cannot be read";
   }

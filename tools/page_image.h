@@ -53,7 +53,7 @@ struct PageFacts {
   DWORD pixel_height = 0;
   int depth = 0;                   // bits per pixel, as stored
   std::string compression;         // as the option of make has it, or the filters' names
-  Resolution dpi;                  // of a picture that fills the page
+  Resolution dpi;                  // as the picture stands on the page
   std::string problem;             // why the picture cannot be read; empty if it can
   std::optional<PageImage> image;  // unless there is a problem
 };

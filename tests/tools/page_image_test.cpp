@@ -357,6 +357,14 @@ TEST(PageImage, FactsTellSizesAndResolutionOfAnInheritedBox) {
   EXPECT_EQ(facts.dpi, (Resolution{200, 100}));
 }
 
+TEST(PageImage, ResolutionIsThatOfThePictureAsItStandsOnThePage) {
+  test::OnePage page;
+  page.content = "q 50 0 0 25 25 30 cm /Im0 Do Q";
+  EXPECT_EQ(ReadPage(page.Build()).facts.dpi, (Resolution{12, 6}));  // 8 in 50 points, 2 in 25
+  page.content = "q 50 0 0 25 25 30 cm /Other Do Q";
+  EXPECT_EQ(ReadPage(page.Build()).facts.dpi, (Resolution{6, 1}));  // 8 and 2 in 100
+}
+
 // Pages above are read once for all pages, so that the cost of a page does not grow with them.
 TEST(PageImage, WhatPagesInheritIsReadOnce) {
   test::PdfBuilder pdf;

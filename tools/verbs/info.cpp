@@ -131,7 +131,7 @@ int Info(InfoOptions const& options) {
 
 constexpr char kFooter[] =
     R"(Of each page: its size in points, and of its picture the size in pixels, the
-bits per pixel, how it is compressed, and its dots per inch if it fills the
+bits per pixel, how it is compressed, and its dots per inch as it stands on the
 page. A line with ! tells why a picture cannot be extracted. Sizes are those
 before a page is turned for display, as pictures are extracted. Nothing is told
 of the texts and pages of an encrypted document.
