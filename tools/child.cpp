@@ -7,6 +7,7 @@
 #include <exception>
 #include <new>
 
+#include "tools/messages.h"
 #include "tools/text.h"
 
 namespace sorrelin::tool {
@@ -38,7 +39,7 @@ bool RunChild(ChildWork const& work, ChildReceiver const& receiver, std::string&
 
 std::optional<std::string> AskChild(ChildAnswer const& work, std::string& problem) {
   auto const answer = [&](CHILD_LINK* link) {
-    std::string reason = "there is not enough memory";
+    std::string reason = kMemoryProblem;
     std::optional<std::string> result;
     try {
       result = work(reason);

@@ -13,7 +13,8 @@
 namespace sorrelin::tool {
 
 // What is said of a document, or a page, that ended its reader.
-inline constexpr char kEndedReader[] = "is damaged in a way that ends its reader";
+inline constexpr char kEndedReader[] =
+    "is damaged in a way that ends its reader (qpdf in.pdf out.pdf may mend it)";
 
 using ChildWork = std::function<void(CHILD_LINK* link)>;
 using ChildReceiver = std::function<bool(std::span<BYTE const> bytes)>;

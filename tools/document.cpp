@@ -5,7 +5,7 @@
 
 #include <system_error>
 
-#include "tools/output_file.h"
+#include "tools/messages.h"
 
 namespace sorrelin::tool {
 namespace {

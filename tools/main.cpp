@@ -7,6 +7,7 @@
 #include <new>
 
 #include "tools/interrupt.h"
+#include "tools/messages.h"
 #include "tools/verbs/verbs.h"
 
 namespace sorrelin::tool {
@@ -35,7 +36,7 @@ int main(int argc, char** argv) {
   try {
     return sorrelin::tool::ParseAndRun(argc, argv);
   } catch (std::bad_alloc const&) {
-    std::fputs("sorrelin: there is not enough memory (close other programs)\n", stderr);
+    std::fprintf(stderr, "sorrelin: %s\n", sorrelin::tool::kMemoryProblem);
   } catch (std::exception const& error) {
     std::fprintf(stderr, "sorrelin: %s\n", error.what());
   }

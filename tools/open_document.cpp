@@ -2,11 +2,13 @@
 #include "tools/open_document.h"
 
 #include <sorrelin/frame/string_error.h>
+#include <sorrelin/platform/error.h>
 
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
 
+#include "tools/messages.h"
 #include "tools/text.h"
 
 namespace sorrelin::tool {
@@ -15,6 +17,7 @@ namespace {
 using Kind = PdfValue::Kind;
 
 constexpr DWORD kMaxListedPages = 30'000;
+constexpr size_t kHeaderBytes = 1024;  // may stand before the header
 constexpr std::streamoff kTailBytes = 2048;
 constexpr size_t kSectionBytes = size_t{1} << 16;
 constexpr size_t kPieceBytes = size_t{1} << 16;
@@ -107,6 +110,33 @@ std::string ErrorText(CCreatePDF& session) {
   return text;
 }
 
+std::string SystemProblem() {
+  DWORD const error = GetLastError();
+  bool const missing = error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND;
+  return LastSystemError() + (missing                        ? " (check the name)"
+                              : error == ERROR_ACCESS_DENIED ? " (make it readable)"
+                                                             : " (see that it can be read)");
+}
+
+// Some files have other bytes in front.
+bool IsPdf(std::string const& name) {
+  std::ifstream file(name, std::ios::binary);
+  return ReadAt(file, 0, kHeaderBytes).find("%PDF-") != std::string::npos;
+}
+
+// Why a document could not be opened, and what to do about it.
+std::string OpenProblem(CCreatePDF& session, std::string const& name) {
+  DWORD const error = session.PDF_GetLastError();
+  if (error == PDF_ERROR_OPEN) return SystemProblem();
+  if (!IsPdf(name)) return "it is not a PDF document (name one)";
+  if (error == PDF_ERROR_VERSION) {
+    return ErrorText(session) + " (qpdf --force-version=1.7 in.pdf out.pdf)";
+  }
+  bool const unclear = error == PDF_ERROR_NONE || error == PDF_ERROR_SYSTEM;
+  return (unclear ? "it is damaged, or of a form that is not read" : ErrorText(session)) +
+         kMendRemedy;
+}
+
 }  // namespace
 
 std::unique_ptr<OpenDocument> OpenDocument::Open(std::string const& name, std::string& problem) {
@@ -114,17 +144,12 @@ std::unique_ptr<OpenDocument> OpenDocument::Open(std::string const& name, std::s
   CCreatePDF& session = *document->session_;
   auto const wide = Utf16(name);
   if (!wide) {
-    problem = "the name is not valid UTF-8";
+    problem = "the name is not valid UTF-8 (rename it)";
     return nullptr;
   }
   session.PDF_SetLastError(PDF_ERROR_NONE);
   if (!OpenFile(session, *wide)) {
-    DWORD const error = session.PDF_GetLastError();
-    bool const system = error == PDF_ERROR_OPEN;
-    bool const unclear = error == PDF_ERROR_NONE || error == PDF_ERROR_SYSTEM;
-    problem = "cannot be opened: " + (system    ? LastSystemError()
-                                      : unclear ? "it is damaged, or of a form that is not read"
-                                                : ErrorText(session));
+    problem = "cannot be opened: " + OpenProblem(session, name);
     return nullptr;
   }
   PdfValue const trailer = LastTrailer(name);

@@ -11,6 +11,7 @@
 #include <system_error>
 #include <vector>
 
+#include "tools/messages.h"
 #include "tools/text.h"
 
 namespace sorrelin::tool {

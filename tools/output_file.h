@@ -13,7 +13,6 @@ namespace sorrelin::tool {
 enum class Durability { kOnDisk, kUsual };
 
 // What to do where writing fails.
-inline constexpr char kRoomRemedy[] = " (see that there is room, and that it may be written to)";
 
 // The document is written inside a directory of its own beside the target, which no other process
 // can have a file in, and is renamed when it is complete. What goes to standard output is written

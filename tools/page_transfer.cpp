@@ -12,6 +12,7 @@
 #include <optional>
 
 #include "tools/child.h"
+#include "tools/messages.h"
 
 namespace sorrelin::tool {
 namespace {
@@ -72,7 +73,7 @@ class Sender : public PictureSink {
 };
 
 void SendPage(PageSource& source, DWORD page, Sender& sender) {
-  std::string problem = "there is not enough memory";
+  std::string problem = kMemoryProblem;
   bool read = false;
   try {
     read = source.Read(page, sender, problem);
@@ -105,7 +106,8 @@ class Transfer {
       EndPage();
       target_.Fail((*pages_)[current_], problem);
     }
-    problem = "too many pages end their reader; further ones are left out";
+    problem =
+        "too many pages end their reader; further ones are left out" + std::string(kMendRemedy);
     return false;
   }
 
@@ -113,7 +115,7 @@ class Transfer {
   // In the child. What the target chooses there, it will choose here.
   void Work(CHILD_LINK* link) {
     Sender sender(link, target_);
-    std::string problem = "there is not enough memory";
+    std::string problem = kMemoryProblem;
     try {
       auto const source = open_(name_, problem);
       if (source != nullptr) {

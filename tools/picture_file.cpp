@@ -7,6 +7,7 @@
 #include <system_error>
 
 #include "tools/group4_tiff.h"
+#include "tools/messages.h"
 
 namespace sorrelin::tool {
 namespace {
@@ -66,7 +67,7 @@ struct LeptonicaBytes {
 
 // The picture as a file in memory, by the image library.
 bool Encode(Pix* pix, FileFormat format, LeptonicaBytes& bytes, std::string& problem) {
-  problem = "cannot be made: the picture does not fit this format";
+  problem = "cannot be made: the picture does not fit this format (choose another --format)";
   if (format != FileFormat::kJpeg) {
     return pixWriteMem(&bytes.data, &bytes.size, pix, LeptonicaForm(pix, format)) == 0;
   }
@@ -174,7 +175,7 @@ bool WriteBytes(std::filesystem::path const& path, std::span<BYTE const> bytes,
              static_cast<std::streamsize>(bytes.size()));
   file.close();
   if (file) return true;
-  problem = "cannot be written: " + std::generic_category().message(errno);
+  problem = "cannot be written: " + std::generic_category().message(errno) + kRoomRemedy;
   return false;
 }
 

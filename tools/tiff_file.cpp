@@ -16,6 +16,8 @@
 #include <system_error>
 #include <vector>
 
+#include "tools/messages.h"
+
 namespace sorrelin::tool {
 namespace {
 
@@ -87,16 +89,16 @@ bool TiffFile::Write(uint64_t at, std::span<BYTE const> bytes) {
 
 bool TiffFile::Add(std::span<BYTE const> file, std::string& problem) {
   uint64_t const place = size_ + size_ % 2;
-  problem = "is full: TIFF files end at 4 GiB";
+  problem = "is full: TIFF files end at 4 GiB (%d in the name makes a file for each page)";
   if (place + file.size() > std::numeric_limits<uint32_t>::max()) return false;
   OnePage page(file);
   auto const link = page.MoveBy(static_cast<uint32_t>(place));
-  problem = "cannot be made: the picture does not fit this format";
+  problem = "cannot be made: the picture does not fit this format (choose another --format)";
   if (!link) return false;
   errno = open_error_;
   bool written = Write(place, page.bytes());
   if (written && link_ != 0) written = Write(link_, page.bytes().subspan(kFirstDirectory, 4));
-  problem = "cannot be written: " + std::generic_category().message(errno);
+  problem = "cannot be written: " + std::generic_category().message(errno) + kRoomRemedy;
   size_ = place + file.size();
   link_ = place + *link;
   return written;

@@ -12,6 +12,7 @@
 #include <system_error>
 
 #include "tools/child.h"
+#include "tools/messages.h"
 #include "tools/open_document.h"
 #include "tools/output_file.h"
 #include "tools/page_adder.h"

@@ -14,7 +14,9 @@ class ReadTest : public MakeTest {
   // sorrelin with arguments as given.
   ProgramResult Run(std::vector<std::string> arguments) const {
     arguments.insert(arguments.begin(), SORRELIN_TOOL);
-    return RunProgram(std::move(arguments));
+    ProgramResult const result = RunProgram(std::move(arguments));
+    if (result.exit_code == 1) ExpectRemedies(result.err);
+    return result;
   }
 
   // sorrelin extract out.pdf OPTION..., which must succeed and say nothing.

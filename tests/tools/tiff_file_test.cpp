@@ -81,7 +81,9 @@ TEST_F(TiffFiles, WhatCannotBeMovedIsRefusedAndThePagesBeforeStand) {
 TEST_F(TiffFiles, FileThatCannotBeMadeIsNamed) {
   TiffFile file(directory_ / "no" / "all.tif");
   EXPECT_FALSE(file.Add(OnePage(8, 1, 1), problem_));
-  EXPECT_EQ(problem_, "cannot be written: No such file or directory");
+  EXPECT_EQ(problem_,
+            "cannot be written: No such file or directory (see that there is room, and that it may "
+            "be written to)");
 }
 
 }  // namespace

@@ -36,7 +36,7 @@ class DocumentPages : public PageSource {
   static std::unique_ptr<PageSource> Open(std::string const& name, std::string& problem) {
     auto document = OpenDocument::Open(name, problem);
     if (document == nullptr) return nullptr;
-    problem = "is encrypted, which is not read";
+    problem = "is encrypted, which is not read (qpdf --decrypt in.pdf out.pdf)";
     if (document->IsEncrypted()) return nullptr;
     return std::unique_ptr<PageSource>(new DocumentPages(std::move(document)));
   }
@@ -47,7 +47,9 @@ class DocumentPages : public PageSource {
   bool Read(DWORD page, PictureSink& sink, std::string& problem) override {
     PageFacts const facts = document_->Judge(page);
     problem = facts.problem;
-    return facts.image && document_->Decode(facts, sink, problem);
+    bool const read = facts.image && document_->Decode(facts, sink, problem);
+    if (!read) problem += kDrawRemedy;
+    return read;
   }
 
  private:
@@ -75,10 +77,12 @@ class Extract : public PageTarget {
 
   bool Start(DWORD count) override {
     if (options_.pages.GoesBeyond(count)) {
-      Report(options_.document, "has no more than " + std::to_string(count) + " pages to read");
+      Report(options_.document,
+             "has no more than " + std::to_string(count) + " pages to read (choose among them)");
     }
     wanted_ = Choose(count).size();
-    if (wanted_ == 0 && count == 0) Report(options_.document, "has no pages to read");
+    if (wanted_ == 0 && count == 0)
+      Report(options_.document, std::string("has no pages to read") + kMendRemedy);
     if (wanted_ == 0) return false;
     if (!IsShared()) return CheckNumber();
     shared_ = Open(pattern_.NameOf(0));
@@ -105,7 +109,7 @@ class Extract : public PageTarget {
     }
     PixPtr const pix = builder_.Take();
     if (pix == nullptr) {
-      Fail(page, "its picture has not come whole");
+      Fail(page, "its picture has not come whole (close other programs)");
       return;
     }
     if (shared_ != nullptr) {
@@ -131,7 +135,7 @@ class Extract : public PageTarget {
   bool CheckNumber() {
     if (pattern_.HasNumber() || wanted_ == 1) return true;
     Report(pattern_.NameOf(0), "is one name for " + std::to_string(wanted_) +
-                                   " pages: %d in it stands for the page's number");
+                                   " pages (%d in it stands for the page's number)");
     exit_code_ = kExitUsage;
     return false;
   }
@@ -148,7 +152,7 @@ class Extract : public PageTarget {
 
   // Null, with the problem reported, if there can be no such file.
   std::unique_ptr<OutputFile> Open(std::string const& name) {
-    std::string problem = "is the document itself";
+    std::string problem = "is the document itself (choose another name)";
     std::error_code error;
     bool const itself = fs::equivalent(name, options_.document, error) && !error;
     auto output = itself ? nullptr : OutputFile::Open(name, options_.force, problem);
@@ -178,7 +182,8 @@ class Extract : public PageTarget {
   }
 
   void FinishShared() {
-    std::string problem = "is not written: it would have no pages";
+    std::string problem =
+        "is not written: it would have no pages (choose pages that hold one picture)";
     bool const written = shared_pages_ != 0 && shared_->Commit(problem, Durability::kUsual);
     if (!written) Report(pattern_.NameOf(0), problem);
   }
