@@ -37,13 +37,7 @@ bool InflateRows(std::span<BYTE const> data, RebuiltDib& dib, sorrelin::RowWrite
 void* CCreatePDF::CreateDIBFromFLATEData(void* hData, DWORD nWidth, DWORD nHeight, DWORD nKind,
                                          void* hPalette) {
   sorrelin::LockedBlock data(hData);
-  if (!data) return nullptr;
-  if (data.bytes().empty() || !sorrelin::IsKnownKind(nKind) ||
-      (nKind == sorrelin::kKindIndexed && hPalette == nullptr)) {
-    // Kept: the block stays locked; callers free it without looking at its lock count.
-    data.LeaveLocked();
-    return nullptr;
-  }
+  if (!data || !sorrelin::CanBeRebuilt(data, nKind, hPalette)) return nullptr;
 
   int64_t const height = static_cast<LONG>(nHeight);
   RebuiltDib dib;

@@ -151,13 +151,7 @@ void DecodeInto(BYTE const* data, uint64_t size, std::span<BYTE> block, bool zer
 void* CCreatePDF::CreateDIBFromRLEData(void* hData, DWORD nWidth, DWORD nHeight, DWORD nKind,
                                        void* hPalette) {
   sorrelin::LockedBlock data(hData);
-  if (!data) return nullptr;
-  if (data.bytes().empty() || !sorrelin::IsKnownKind(nKind) ||
-      (nKind == sorrelin::kKindIndexed && hPalette == nullptr)) {
-    // Kept: the block stays locked; callers free it without looking at its lock count.
-    data.LeaveLocked();
-    return nullptr;
-  }
+  if (!data || !sorrelin::CanBeRebuilt(data, nKind, hPalette)) return nullptr;
 
   sorrelin::RebuiltDib dib;
   if (!dib.Create(nKind, nWidth, nHeight)) return FailBitmap(PDF_ERROR_MEMORY);

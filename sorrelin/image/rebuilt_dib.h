@@ -3,6 +3,7 @@
 #ifndef SORRELIN_IMAGE_REBUILT_DIB_H_
 #define SORRELIN_IMAGE_REBUILT_DIB_H_
 
+#include <sorrelin/image/locked_block.h>
 #include <sorrelin/platform/types.h>
 
 #include <cstddef>
@@ -20,6 +21,15 @@ inline constexpr DWORD kPaletteBytes = 256 * sizeof(RGBQUAD);
 
 inline bool IsKnownKind(DWORD kind) {
   return kind == kKindBilevel || kind == kKindIndexed || kind == kKindRgb;
+}
+
+// Whether there are data and a known kind with what it needs.
+// Kept: data that are refused stay locked; callers free them without looking at the lock count.
+inline bool CanBeRebuilt(LockedBlock& data, DWORD kind, void const* palette) {
+  bool const refused =
+      data.bytes().empty() || !IsKnownKind(kind) || (kind == kKindIndexed && palette == nullptr);
+  if (refused) data.LeaveLocked();
+  return !refused;
 }
 
 // The two colours of a 1-bit bitmap as grey values, in table order.

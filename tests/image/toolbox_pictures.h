@@ -12,16 +12,6 @@
 
 namespace test {
 
-// A block with these bytes.
-inline Block MakeBlock(Bytes const& bytes) {
-  Block block(GlobalAlloc(GHND, bytes.size()));
-  if (!bytes.empty()) {
-    std::memcpy(GlobalLock(block), bytes.data(), bytes.size());
-    GlobalUnlock(block);
-  }
-  return block;
-}
-
 // A bitmap without resolution; see MakeDib.
 inline Block MakePicture(LONG width, LONG height, WORD bits,
                          std::function<DWORD(LONG, LONG)> const& pixel) {

@@ -45,6 +45,16 @@ class Block {
   HGLOBAL handle_ = nullptr;
 };
 
+// A movable block with these bytes.
+inline Block MakeBlock(Bytes const& bytes) {
+  Block block(GlobalAlloc(GHND, bytes.size()));
+  if (!bytes.empty()) {
+    std::memcpy(GlobalLock(block), bytes.data(), bytes.size());
+    GlobalUnlock(block);
+  }
+  return block;
+}
+
 struct DibSpec {
   LONG width = 1;
   LONG height = 1;

@@ -10,16 +10,6 @@
 
 namespace test {
 
-// A movable block with these bytes.
-inline Block MakeBlock(Bytes const& bytes) {
-  Block block(GlobalAlloc(GHND, bytes.size()));
-  if (!bytes.empty()) {
-    std::memcpy(GlobalLock(block), bytes.data(), bytes.size());
-    GlobalUnlock(block);
-  }
-  return block;
-}
-
 // Locks that are held on a block; it is left without.
 inline int TakeLocks(HGLOBAL block) {
   int locks = 0;
