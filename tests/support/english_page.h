@@ -71,9 +71,7 @@ inline std::string EnglishPostScript() {
   return page.str();
 }
 
-inline LONG Pixels(double points) {
-  return static_cast<LONG>(std::lround(points * kPageDpi / 72));
-}
+inline LONG Pixels(double points) { return static_cast<LONG>(std::lround(points * kPageDpi / 72)); }
 
 inline std::vector<PlacedWord> ReadPlaces(std::filesystem::path const& path) {
   std::ifstream file(path);
