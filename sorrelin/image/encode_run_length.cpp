@@ -15,6 +15,12 @@ namespace {
 
 constexpr DWORD kLongestRun = 128;
 
+// What rows come to at the least, so that a size that cannot be counted is told at once.
+uint64_t LeastSize(uint64_t width, uint64_t height) {
+  uint64_t const runs = std::max<uint64_t>((width + kLongestRun - 1) / kLongestRun, 1);
+  return height * 2 * runs + 1;
+}
+
 class RunWriter {
  public:
   explicit RunWriter(BYTE* out) : out_(out) {}
@@ -105,6 +111,7 @@ void* CCreatePDF::EncodeRunLengthRows(DibView const& dib, DWORD& nSize) {
   BITMAPINFOHEADER const& header = dib.header();
   if (header.biWidth < 0 || header.biHeight < 0) return nullptr;
   DWORD const width = static_cast<DWORD>(header.biWidth);
+  if (LeastSize(width, static_cast<uint64_t>(header.biHeight)) > UINT32_MAX) return nullptr;
   uint64_t const stride = sorrelin::DibStride(header.biWidth, 8);
   size_t const row_bytes = std::max<size_t>(width, 1);
   OwnedBlock const row(GlobalAlloc(GHND, row_bytes));

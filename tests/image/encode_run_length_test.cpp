@@ -105,6 +105,17 @@ TEST_F(EncodeRunLength, NegativeSizesAre10) {
   }
 }
 
+// 129 equal pixels take two pairs; so many rows of them take more than a size can count.
+TEST_F(EncodeRunLength, SizeOf4GiBIs10AtOnce) {
+  Block const dib = MakeDib({.width = 2, .height = 1, .bits = 8}, [](LONG, LONG) { return 7u; });
+  auto* const header = static_cast<BITMAPINFOHEADER*>(GlobalLock(dib));
+  header->biWidth = 129;
+  header->biHeight = 0x7FFFFFFF;
+  GlobalUnlock(dib);
+  EXPECT_EQ(session_->ConvertDIB2RLEPDFImage(dib, size_, 5), INVALID_HANDLE_VALUE);
+  EXPECT_EQ(session_->PDF_GetLastError(), 10u);
+}
+
 // The address space that the process uses now and `more` bytes are all that it gets.
 void LimitMemory(rlim_t more) {
   rlim_t pages = 0;
