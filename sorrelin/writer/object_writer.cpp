@@ -18,6 +18,10 @@ constexpr size_t kLineBytes = 1024;  // a formatted line with its terminator
 constexpr BYTE kCarriageReturn = 0x0D;
 constexpr BYTE kLineFeed = 0x0A;
 
+bool IsFile(sorrelin::FileChannel const* channel) {
+  return sorrelin::IsUsableChannel(channel) && channel->bMemory == 0;
+}
+
 }  // namespace
 
 DWORD CCreatePDF::WriteRawDataToPDFFile(BYTE const* pData, DWORD nBytes) {
@@ -39,9 +43,20 @@ DWORD CCreatePDF::WriteEolToPDFFile() {
 int CCreatePDF::WriteToPDFFile(char const* szText, int bEol) {
   if (szText == nullptr) return static_cast<int>(Fail(PDF_ERROR_NULL_POINTER));
   DWORD const length = static_cast<DWORD>(std::strlen(szText));
-  if (WriteRawDataToPDFFile(reinterpret_cast<BYTE const*>(szText), length) == 0) return 0;
-  if (bEol != 0 && WriteEolToPDFFile() == 0) return 0;
-  return m_bUseChar13 != 0 ? 2 : 1;
+  bool const is_line = bEol != 0 && m_bUseChar13 == 0 && length != 0 && length < kLineBytes;
+  if (!is_line || !IsFile(m_hFile)) {
+    if (WriteRawDataToPDFFile(reinterpret_cast<BYTE const*>(szText), length) == 0) return 0;
+    if (bEol != 0 && WriteEolToPDFFile() == 0) return 0;
+    return m_bUseChar13 != 0 ? 2 : 1;
+  }
+  // The same in one call of the system, which is most of the time that a small page takes.
+  BYTE line[kLineBytes];
+  std::memcpy(line, szText, length);
+  line[length] = kLineFeed;
+  DWORD written = 0;
+  bool const done = sorrelin::ChannelWrite(m_hFile, line, length + 1, &written, nullptr) != 0;
+  m_nFilePos += written < length ? length : length + 1;  // what would have been tried in two
+  return done ? 1 : static_cast<int>(Fail(PDF_ERROR_SYSTEM));
 }
 
 bool CCreatePDF::WriteFormatted(int bEol, char const* szFormat, ...) {

@@ -1,10 +1,18 @@
 // Numbers, offsets, marks and codes of the object writer.
 #include <gtest/gtest.h>
+#include <sorrelin/channel/file_channel.h>
+#include <sorrelin/platform/file.h>
+#include <sorrelin/platform/wide_string.h>
+#include <sys/resource.h>
 
+#include <csignal>
 #include <cstring>
+#include <memory>
 
+#include "tests/platform/file_support.h"
 #include "tests/support/dib.h"
 #include "tests/support/document.h"
+#include "tests/support/temp_dir.h"
 
 namespace {
 
@@ -240,6 +248,43 @@ TEST(ObjectWriterDeathTest, LineOf1024BytesEndsTheProcess) {
   document->WritePDFHeader(fits.c_str(), "c");
   EXPECT_NE(document.Text().find("/Title (" + fits + ")\n"), std::string::npos);
   EXPECT_DEATH(document->WritePDFHeader((fits + "x").c_str(), "c"), "1024 bytes");
+}
+
+// What "abc" and its end of line leave where the file has room for so many bytes.
+struct CutLine {
+  int result;
+  DWORD error;
+  DWORD file_pos;
+};
+
+CutLine WriteLineInto(std::string const& name, rlim_t room) {
+  std::signal(SIGXFSZ, SIG_IGN);
+  rlimit const limit{room, RLIM_INFINITY};
+  setrlimit(RLIMIT_FSIZE, &limit);
+  auto const session = std::make_unique<CCreatePDF>();
+  SessionProbe::Channel(*session) = sorrelin::ChannelOpenFile(
+      sorrelin::ToWide(name.c_str()).c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, 0, nullptr);
+  int const result = session->WriteToPDFFile("abc", 1);
+  return {result, ErrorOf(*session), SessionProbe::FilePos(*session)};
+}
+
+TEST(ObjectWriter, OffsetOfACutLineMovesForWhatWasTried) {
+  test::TempDir const dir;
+  std::string const name = dir / "cut";
+  for (rlim_t room = 0; room <= 4; ++room) {
+    int const code = test::InChild([&] {
+      CutLine const line = WriteLineInto(name, room);
+      bool const whole = room == 4;
+      DWORD const tried = room < 3 ? 3 : 4;
+      return line.result == (whole ? 1 : 0) && line.error == (whole ? 32u : 1u) &&
+                     line.file_pos == tried
+                 ? 0
+                 : 1;
+    });
+    EXPECT_EQ(code, 0) << room;
+    std::vector<BYTE> const bytes = test::ReadAll(name);
+    EXPECT_EQ(std::string(bytes.begin(), bytes.end()), std::string("abc\n").substr(0, room));
+  }
 }
 
 }  // namespace
