@@ -123,7 +123,9 @@ bool DecodeRows(Decoder const& sibling, void* file, Size size, HDIB bitmap, Rewi
 DWORD DecodeFromMemory(Decoder const& sibling, MemoryFile const& memory, HGLOBAL data, Size size,
                        HDIB bitmap) {
   void* const file = memory.open(data, static_cast<DWORD>(GlobalSize(data)));
-  if (file == nullptr || file == INVALID_HANDLE_VALUE) return PDF_ERROR_CCITT_LIBRARY;
+  // Kept: -1 alone is failure here, unlike in the encoder; a sibling that answers 0 is asked to
+  // decode, and callers see the code of that.
+  if (file == INVALID_HANDLE_VALUE) return PDF_ERROR_CCITT_LIBRARY;
   bool const decoded =
       DecodeRows(sibling, file, size, bitmap, [&] { memory.seek(file, 0, FILE_BEGIN); });
   memory.close(file);

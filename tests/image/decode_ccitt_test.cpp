@@ -146,6 +146,15 @@ TEST_F(DecodeCcitt, MemoryFileThatCannotBeOpenedIsCode19) {
   EXPECT_EQ(mock->decodes, 0);
 }
 
+// Kept: the encoder takes 0 for failure; here the decode goes on with it and fails by itself.
+TEST_F(DecodeCcitt, MemoryFileOf0IsDecodedAndClosedLikeAnyOther) {
+  PreloadedSibling<MockCadwick> const mock(MockPath("full"));
+  mock->open_null = 1;
+  ExpectFailure({1}, 8, 1, 30);
+  EXPECT_EQ(mock->decodes, 1);
+  EXPECT_EQ(mock->closed, 1);
+}
+
 TEST_F(DecodeCcitt, CallbackStopsANullRow) {
   PreloadedSibling<MockCadwick> const mock(MockPath("full"));
   mock->null_rows = 1;
