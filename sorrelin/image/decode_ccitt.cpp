@@ -64,15 +64,22 @@ class RowTarget {
   RowTarget(RowTarget const&) = delete;
   RowTarget& operator=(RowTarget const&) = delete;
 
-  // The one of the decode that was given `bitmap` for its rows, or null.
-  static RowTarget const* Of(void* bitmap) {
-    bool const known = current_ != nullptr && current_->bitmap_ == bitmap && current_->block_;
-    return known ? current_ : nullptr;
+  // The one of the decode on this thread that was given `bitmap` for its rows, or null.
+  static RowTarget const* Of(HDIB bitmap) {
+    return current_ != nullptr && current_->bitmap_ == bitmap ? current_ : nullptr;
   }
 
-  // Puts row `index`, the top one being 0, in its place. A row that the block has no place for is
-  // dropped.
-  void Take(BYTE const* row, int32_t index) const {
+  // The row callback's result: stop if the bitmap cannot be locked. A row that the block has no
+  // place for is dropped.
+  int Take(BYTE const* row, int32_t index) const {
+    if (!block_) return CCITT_ROW_STOP;
+    Put(row, index);
+    return CCITT_ROW_DONE;
+  }
+
+ private:
+  // Puts row `index`, the top one being 0, in its place.
+  void Put(BYTE const* row, int32_t index) const {
     if (index < 0 || index >= header_.biHeight) return;
     uint64_t const width = static_cast<uint64_t>(std::max(header_.biWidth, LONG{0}));
     uint64_t const from_bottom = static_cast<uint64_t>(header_.biHeight - index - 1);
@@ -81,7 +88,6 @@ class RowTarget {
     if (at + payload <= bytes_.size()) std::memcpy(bytes_.data() + at, row, payload);
   }
 
- private:
   static thread_local RowTarget const* current_;
 
   HDIB bitmap_;
@@ -95,10 +101,10 @@ thread_local RowTarget const* RowTarget::current_ = nullptr;
 
 // The colour table tells that a set bit is black, so the rows stay as they are.
 int TakeRow(BYTE* row, int32_t index, void* bitmap) {
-  RowTarget const* const target = RowTarget::Of(bitmap);
-  if (row == nullptr || target == nullptr) return CCITT_ROW_STOP;
-  target->Take(row, index);
-  return CCITT_ROW_DONE;
+  if (row == nullptr || bitmap == nullptr) return CCITT_ROW_STOP;
+  if (RowTarget const* const target = RowTarget::Of(bitmap)) return target->Take(row, index);
+  // The sibling hands its rows over on a thread of its own.
+  return RowTarget(bitmap).Take(row, index);
 }
 
 // The height to try after data that ended early at `height`. The sibling may know how many rows the

@@ -155,12 +155,23 @@ TEST_F(DecodeCcitt, MemoryFileOf0IsDecodedAndClosedLikeAnyOther) {
   EXPECT_EQ(mock->closed, 1);
 }
 
-TEST_F(DecodeCcitt, CallbackStopsANullRow) {
+TEST_F(DecodeCcitt, CallbackStopsANullRowAndANullBitmap) {
   PreloadedSibling<MockCadwick> const mock(MockPath("full"));
-  mock->null_rows = 1;
-  mock->error = 4;
-  ExpectFailure({1}, 8, 1, 30);
-  EXPECT_EQ(mock->last_callback, 1);
+  for (int32_t MockCadwick::*const fault : {&MockCadwick::null_rows, &MockCadwick::no_bitmap}) {
+    *mock.operator->() = {};
+    mock->error = 4;
+    (*mock.operator->()).*fault = 1;
+    ExpectFailure({1}, 8, 1, 30);
+    EXPECT_EQ(mock->last_callback, 1);
+  }
+}
+
+TEST_F(DecodeCcitt, RowsMayComeFromAThreadOfTheSiblings) {
+  PreloadedSibling<MockCadwick> const mock(MockPath("full"));
+  mock->own_thread = 1;
+  Block const dib = Decode(Counting(6), 16, 3);
+  EXPECT_EQ(ReadDib(dib).rows, (std::vector<Bytes>{{1, 2, 0, 0}, {3, 4, 0, 0}, {5, 6, 0, 0}}));
+  EXPECT_EQ(TakeLocks(dib), 0);
 }
 
 TEST_F(DecodeCcitt, RowsOutsideThePictureAreDropped) {

@@ -6,6 +6,8 @@
 #include <string.h>
 #include <tests/image/mocks/mock_siblings.h>
 
+#include <thread>
+
 #define ENTRY extern "C" SORRELIN_PLATFORM_EXPORT
 
 static MockCadwick mock;
@@ -55,6 +57,15 @@ ENTRY int mSeek(void*, int32_t nOffset, int32_t nOrigin) {
 }
 
 #ifndef WITHOUT_DECODE
+static int HandOver(CcittRowCallback pRow, BYTE* row, int32_t index, void* user) {
+  if (mock.null_rows != 0) row = nullptr;
+  if (mock.no_bitmap != 0) user = nullptr;
+  if (mock.own_thread == 0) return pRow(row, index, user);
+  int result = 0;
+  std::thread([&] { result = pRow(row, index, user); }).join();
+  return result;
+}
+
 ENTRY int DecodeCcittImage(void* hFile, int32_t nWidth, int32_t nHeight, int32_t nCompression,
                            void* pUser, CcittRowCallback pRow) {
   ++mock.decodes;
@@ -66,7 +77,7 @@ ENTRY int DecodeCcittImage(void* hFile, int32_t nWidth, int32_t nHeight, int32_t
   BYTE row[8192];
   for (int32_t y = 0; y < nHeight; ++y) {
     if (!ReadRow(hFile, row, static_cast<DWORD>((nWidth + 7) / 8))) return 0;
-    mock.last_callback = pRow(mock.null_rows != 0 ? nullptr : row, mock.first_row + y, pUser);
+    mock.last_callback = HandOver(pRow, row, mock.first_row + y, pUser);
     if (mock.last_callback != CCITT_ROW_DONE) return 0;
     ++mock.last_rows;
   }

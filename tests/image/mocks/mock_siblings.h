@@ -12,6 +12,8 @@ struct MockCadwick {
   int32_t error;           // TiffError after data that are too short; else CCITT_ERROR_DATA_ENDED
   int32_t fails_at_all;    // every decode fails
   int32_t null_rows;       // hands null rows to the callback
+  int32_t no_bitmap;       // hands a null user pointer to the decoder's callback
+  int32_t own_thread;      // calls the decoder's callback on a thread of its own
   int32_t first_row;       // index of the first row handed out
   int32_t open_null;       // mOpen gives 0
   int32_t encode_fails;    // every encode fails, behind its first row
