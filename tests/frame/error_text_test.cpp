@@ -3,10 +3,13 @@
 #include <sorrelin/frame/error_text.h>
 #include <sorrelin/frame/session.h>
 #include <sorrelin/platform/error.h>
+#include <sorrelin/platform/wide_string.h>
 
 #include <cstring>
 #include <memory>
 #include <string>
+
+#include "tests/support/temp_dir.h"
 
 namespace sorrelin {
 namespace {
@@ -105,6 +108,15 @@ TEST(SessionError, FreshSessionIsNotInitialized) {
   EXPECT_EQ(session->GetLastPDFErrorText(text), 1);
   EXPECT_STREQ(text, "PDF Object not initialized");
   EXPECT_EQ(session->GetLastPDFErrorText(nullptr), 0);
+}
+
+TEST(SessionError, CodeOfAFailedCreateOutlivesALaterSuccess) {
+  test::TempDir const dir;
+  auto const session = std::make_unique<CCreatePDF>();
+  EXPECT_EQ(session->CreatePDFW(ToWide((dir / "none/a.pdf").c_str()).c_str()), 0);
+  ASSERT_EQ(session->PDF_GetLastError(), 1u);
+  EXPECT_EQ(session->SetTitleW(SORRELIN_TEXT("x")), 1);
+  EXPECT_EQ(session->PDF_GetLastError(), 1u);
 }
 
 TEST(SessionError, SetterOnlyStoresTheNumber) {

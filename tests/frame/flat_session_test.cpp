@@ -87,15 +87,32 @@ TEST(Session, AssignmentCopiesTheSideRecordsPointerToo) {
   ::operator delete(memory);
 }
 
-TEST(DllMain, StoresTheInstanceAtAttachOnlyAndReturns1) {
-  int instance = 0;
-  int other = 0;
+// Detach and attach of the process, attach and detach of a thread.
+constexpr DWORD kReasons[] = {DLL_PROCESS_DETACH, DLL_PROCESS_ATTACH, 2, 3};
+
+TEST(DllMain, StoresTheInstanceAtProcessAttachOnlyAndReturns1) {
   testing::internal::CaptureStdout();
-  EXPECT_EQ(DllMain(&instance, DLL_PROCESS_ATTACH, nullptr), 1);
-  EXPECT_EQ(DllMain(&other, DLL_PROCESS_DETACH, nullptr), 1);
-  std::string const printed = testing::internal::GetCapturedStdout();
-  EXPECT_EQ(sorrelin::ModuleInstance(), &instance);
-  EXPECT_TRUE(printed.empty() || printed == "Sorrelin DLLMain endSorrelin DLLMain end");
+  int instances[4] = {};
+  for (DWORD const reason : kReasons) {
+    EXPECT_EQ(DllMain(&instances[reason], reason, nullptr), 1) << reason;
+  }
+  testing::internal::GetCapturedStdout();
+  EXPECT_EQ(sorrelin::ModuleInstance(), &instances[DLL_PROCESS_ATTACH]);
+}
+
+TEST(DllMain, WritesItsLineOnceForEachCallWithoutALineEnd) {
+#if defined(SORRELIN_LOAD_LINE)
+  std::string const line = "Sorrelin DLLMain end";
+#else
+  std::string const line;
+#endif
+  std::string expected;
+  testing::internal::CaptureStdout();
+  for (DWORD const reason : kReasons) {
+    DllMain(nullptr, reason, nullptr);
+    expected += line;
+  }
+  EXPECT_EQ(testing::internal::GetCapturedStdout(), expected);
 }
 
 }  // namespace

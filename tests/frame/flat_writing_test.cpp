@@ -163,21 +163,4 @@ TEST(OneCall, FailedPageToMemoryLeavesThePointers) {
   EXPECT_EQ(size, 77u);
 }
 
-TEST(Trace, NoFlatCallPrintsALine) {
-  testing::internal::CaptureStdout();
-  testing::internal::CaptureStderr();
-  void* data = nullptr;
-  DWORD size = 0;
-  pdf_SaveDIBToPDFInMemory(&data, &size, Page(), kNoLibrary, 0, 0);
-  pdf_FreePDFInMemory(data);
-  {
-    Session session;
-    pdf_CreatePDFInMemory(session.pdf, nullptr, 0);
-    pdf_SaveDIBAsPDFPageW(session.pdf, Page(), kNoLibrary);
-    pdf_FinishPDF(session.pdf);
-  }
-  EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
-  EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
-}
-
 }  // namespace
