@@ -75,10 +75,12 @@ TEST(MemoryChannel, SeekReturnsTheOldPositionAndReadingAtTheEndFails) {
   Memory memory("abc", true);
   ChannelSeek(memory.channel, 2, nullptr, FILE_BEGIN);
   EXPECT_EQ(ChannelSeek(memory.channel, 0, nullptr, FILE_END), 2u);
+  SetLastError(kUntouched);
   char byte;
   DWORD count = 99;
   EXPECT_EQ(ChannelRead(memory.channel, &byte, 1, &count, nullptr), 0);
   EXPECT_EQ(count, 0u);
+  EXPECT_EQ(GetLastError(), kUntouched);
 }
 
 TEST(MemoryChannel, ReadPastTheEndSets38) {
@@ -103,6 +105,15 @@ TEST(MemoryChannel, WriteAfterABackwardSeekOverwritesInPlace) {
   ChannelSeek(memory.channel, 1, nullptr, FILE_BEGIN);
   EXPECT_NE(Write(memory.channel, "XY"), 0);
   EXPECT_EQ(Content(*memory.channel), "aXYdef");
+}
+
+TEST(MemoryChannel, OpensEmptyOverAZeroFilledBlock) {
+  Memory memory(8);
+  EXPECT_EQ(memory.channel->buffer.nSize, 0u);
+  EXPECT_EQ(memory.channel->buffer.nCapacity, 8u);
+  EXPECT_EQ(memory.channel->buffer.bReadOnly, 0);
+  BYTE const* const block = memory.channel->buffer.pData;
+  EXPECT_EQ(std::string(block, block + 8), std::string(8, '\0'));
 }
 
 TEST(MemoryChannel, WriteGrowsToTheExactFit) {
