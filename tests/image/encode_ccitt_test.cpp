@@ -7,7 +7,9 @@
 
 #include "tests/image/mocks/mock_siblings.h"
 #include "tests/support/dib.h"
+#include "tests/support/document.h"
 #include "tests/support/environment.h"
+#include "tests/support/golden.h"
 #include "tests/support/preloaded_sibling.h"
 #include "tests/support/session_probe.h"
 #include "tests/support/temp_dir.h"
@@ -140,6 +142,17 @@ TEST_F(EncodeCcitt, FailedFileRouteLeavesItsFile) {
   EXPECT_EQ(test::NamesIn(temp_.path())[0].substr(0, 3), "raw");
 }
 
+// Kept: the handle of the file stays open with it.
+TEST_F(EncodeCcitt, FailedFileRouteLeavesItsHandleOpen) {
+  test::PreloadedSibling<MockCadwick> const mock(PathOf("no_mopen"));
+  size_t const open = test::NamesIn("/proc/self/fd").size();
+  EXPECT_EQ(EncodeInFile(Stairs(), "no_mopen").Content(), kInvertedStairs);
+  EXPECT_EQ(test::NamesIn("/proc/self/fd").size(), open);
+  mock->encode_fails = 1;
+  EXPECT_EQ(EncodeInFile(Stairs(), "no_mopen").get(), INVALID_HANDLE_VALUE);
+  EXPECT_EQ(test::NamesIn("/proc/self/fd").size(), open + 1);
+}
+
 TEST_F(EncodeCcitt, EmptyFileIs10) {
   test::PreloadedSibling<MockCadwick> const mock(PathOf("no_mopen"));
   mock->writes_nothing = 1;
@@ -170,6 +183,44 @@ TEST_F(EncodeCcitt, BitmapIsUnlockedOnEveryWay) {
   session_->ConvertDIB2CcittPDFImage(dib, size_, PathOf("no_encode").c_str());
   EXPECT_EQ(GlobalUnlock(dib), 0);
   EXPECT_EQ(GetLastError(), ERROR_NOT_LOCKED);
+}
+
+// The page of the stairs at 96 dots per inch: 10 by 3 pixels are 7.5 by 2.25 points, rounded.
+std::string PageOf(std::vector<RGBQUAD> const& palette) {
+  test::MemoryDocument document;
+  document.Create();
+  EXPECT_EQ(document->SaveDIBAsColorPDFPage(Stairs(palette), PathOf("full").c_str(),
+                                            PDF_COMPRESSION_CCITT, 0),
+            1);
+  return test::WithoutDate(document.Finish());
+}
+
+std::string GoldenPage(std::string const& decode) {
+  std::string const data(kInvertedStairs.begin(), kInvertedStairs.end());
+  return test::GoldenDocument(
+      {test::kGoldenInfo, test::kGoldenOutlines, "4 0 obj\n[/PDF /ImageB ] \nendobj\n",
+       "5 0 obj\n<<\n/Type /XObject\n/Subtype /Image\n/Width 10\n/Height 3\n"
+       "/BitsPerComponent 1\n/Decode " +
+           decode +
+           "\n/ColorSpace /DeviceGray\n/Length 6 0 R \n/Filter /CCITTFaxDecode\n/DecodeParms\n<<\n"
+           "/K -1\n/BlackIs1 false\n/Columns 10\n/Rows 3\n/EndOfLine false\n"
+           "/EncodedByteAlign false\n/Columns 10\n/EndOfBlock true\n/DamagedRowsBeforeError 0\n"
+           ">>\n/ImageMask false\n>>\nstream\n" +
+           data + ">\nendstream\nendobj\n",
+       "6 0 obj\n8\nendobj\n",
+       "7 0 obj\n<<\n/Type /Page\n/Parent 3 0 R\n/MediaBox [0 0 8 2]\n/Resources <<\n"
+       "/XObject << /Im5 5 0 R >> \n/ProcSet 4 0 R\n>>\n/Contents 8 0 R\n>>\nendobj\n",
+       "8 0 obj\n<< /Length 9 0 R >>\nstream\n1.0000 0.0000 0.0000 1.0000 0.0000 0.0000 cm\n"
+       "8.0000 0.0000 0.0000  2.0000 0.0000 0.0000 cm\n/Im5 Do\nendstream\nendobj\n",
+       "9 0 obj\n99\nendobj\n",
+       "3 0 obj\n<<\n/Type /Pages\n/Count 1\n/Kids [ \n7 0 R \n]\n>>\nendobj\n",
+       "10 0 obj\n<<\n/Type /Catalog\n/Pages 3 0 R\n/Outlines 2 0 R\n>>\nendobj\n"});
+}
+
+TEST_F(EncodeCcitt, PageHasTheParametersOfGroup4) { EXPECT_EQ(PageOf({}), GoldenPage("[0 1]")); }
+
+TEST_F(EncodeCcitt, WhiteFirstColourIsToldByDecodeAlone) {
+  EXPECT_EQ(PageOf({test::kWhite, test::kBlack}), GoldenPage("[1 0]"));
 }
 
 }  // namespace

@@ -10,7 +10,9 @@
 
 #include "tests/image/mocks/mock_siblings.h"
 #include "tests/support/dib.h"
+#include "tests/support/document.h"
 #include "tests/support/environment.h"
+#include "tests/support/golden.h"
 #include "tests/support/preloaded_sibling.h"
 #include "tests/support/session_probe.h"
 #include "tests/support/temp_dir.h"
@@ -142,6 +144,31 @@ TEST_F(EncodeJpeg, WithoutTheMemoryEntryPointTheCallWaitsForIt) {
   EXPECT_EQ(jpeg.Content(), (Bytes{'J', 'F', 'I', 'F', 0x34}));
   EXPECT_EQ(GlobalUnlock(dib), 0);
   EXPECT_EQ(GetLastError(), ERROR_NOT_LOCKED);
+}
+
+// The whole file of the sibling is the stream; 2 by 2 pixels at 72 dots per inch.
+TEST_F(EncodeJpeg, PageHoldsTheSiblingsFile) {
+  Block const dib = MakeDib({.width = 2, .height = 2, .bits = 24, .x_per_metre = 2835},
+                            [](LONG, LONG) { return 0u; });
+  test::MemoryDocument document;
+  document.Create();
+  EXPECT_EQ(document->SaveDIBAsColorPDFPage(dib, PathOf("full").c_str(), PDF_COMPRESSION_JPEG, 50),
+            1);
+  EXPECT_EQ(
+      test::WithoutDate(document.Finish()),
+      test::GoldenDocument(
+          {test::kGoldenInfo, test::kGoldenOutlines, "4 0 obj\n[/PDF /ImageC ] \nendobj\n",
+           "5 0 obj\n<<\n/Type /XObject\n/Subtype /Image\n/Width 2\n/Height 2\n"
+           "/BitsPerComponent 8\n/ColorSpace /DeviceRGB\n/Length 6 0 R \n/Filter /DCTDecode\n"
+           ">>\nstream\nJFIF\x02>\nendstream\nendobj\n",
+           "6 0 obj\n7\nendobj\n",
+           "7 0 obj\n<<\n/Type /Page\n/Parent 3 0 R\n/MediaBox [0 0 2 2]\n/Resources <<\n"
+           "/XObject << /Im5 5 0 R >> \n/ProcSet 4 0 R\n>>\n/Contents 8 0 R\n>>\nendobj\n",
+           "8 0 obj\n<< /Length 9 0 R >>\nstream\n1.0000 0.0000 0.0000 1.0000 0.0000 0.0000 cm\n"
+           "2.0000 0.0000 0.0000  2.0000 0.0000 0.0000 cm\n/Im5 Do\nendstream\nendobj\n",
+           "9 0 obj\n99\nendobj\n",
+           "3 0 obj\n<<\n/Type /Pages\n/Count 1\n/Kids [ \n7 0 R \n]\n>>\nendobj\n",
+           "10 0 obj\n<<\n/Type /Catalog\n/Pages 3 0 R\n/Outlines 2 0 R\n>>\nendobj\n"}));
 }
 
 }  // namespace

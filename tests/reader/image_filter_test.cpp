@@ -47,6 +47,12 @@ TEST(ImageFilter, FlateImageIsInflated) {
   EXPECT_EQ(ReadDib(loaded.bitmap).rows[1][0], 'B');
 }
 
+TEST(ImageFilter, DecodeThatInvertsGivesAFlateImageTheEntries255And0) {
+  Loaded const loaded =
+      Load({.image = kBilevel + "/Decode [1 0] /Filter/FlateDecode", .data = Deflate("AB")});
+  EXPECT_EQ(ReadDib(loaded.bitmap).table, (Bytes{255, 255, 255, 255, 0, 0, 0, 0}));
+}
+
 TEST(ImageFilter, FlippedFlateImageKeepsTheOrderOfTheRows) {
   Loaded const loaded =
       Load({.image = kBilevel + "/Filter/FlateDecode", .data = Deflate("AB"), .content = kFlip});
