@@ -4,6 +4,7 @@
 
 #include <sys/resource.h>
 
+#include <csignal>
 #include <cstdlib>
 #include <filesystem>
 #include <optional>
@@ -46,6 +47,27 @@ auto WithoutFiles(Work work) {
   ::setrlimit(RLIMIT_NOFILE, &old);
   return result;
 }
+
+// No file grows past `bytes` bytes: a write behind them fails.
+class FileSizeLimit {
+ public:
+  explicit FileSizeLimit(size_t bytes) : handler_(::signal(SIGXFSZ, SIG_IGN)) {
+    ::getrlimit(RLIMIT_FSIZE, &old_);
+    rlimit limit = old_;
+    limit.rlim_cur = bytes;
+    ::setrlimit(RLIMIT_FSIZE, &limit);
+  }
+  ~FileSizeLimit() {
+    ::setrlimit(RLIMIT_FSIZE, &old_);
+    ::signal(SIGXFSZ, handler_);
+  }
+  FileSizeLimit(FileSizeLimit const&) = delete;
+  FileSizeLimit& operator=(FileSizeLimit const&) = delete;
+
+ private:
+  rlimit old_{};
+  sighandler_t handler_;
+};
 
 // Names of what a directory holds.
 inline std::vector<std::string> NamesIn(std::filesystem::path const& directory) {

@@ -7,6 +7,7 @@
 
 #include "tests/support/dib.h"
 #include "tests/support/document.h"
+#include "tests/support/short_file.h"
 #include "tests/support/temp_dir.h"
 
 namespace {
@@ -57,6 +58,10 @@ TEST(CreateFinish, EntriesAre20BytesWithLfAnd21WithCrLf) {
     size_t const first = text.find("0000000000 65535 f ");
     EXPECT_EQ(text.find("trailer") - first, 5u * (char13 != 0 ? 21 : 20));
   }
+}
+
+TEST(CreateFinish, WriteThatFailsAnywhereFailsTheSection) {
+  test::ExpectEveryWriteToCount([](CCreatePDF& s) { return static_cast<DWORD>(s.WriteXref()); });
 }
 
 TEST(CreateFinish, SubsectionCountEqualsSize) {
@@ -152,6 +157,19 @@ TEST(CreateFinish, SecondFinishIsError11) {
   document.Finish();
   EXPECT_EQ(document->FinishPDF(), 0);
   EXPECT_EQ(document->PDF_GetLastError(), 11u);
+}
+
+// Kept: a session serves one document; a second one goes on with the numbers and offsets of the
+// first, which ends with the number 5 of its table.
+TEST(CreateFinish, SecondDocumentOfASessionContinuesItsCounters) {
+  MemoryDocument document;
+  document.Create();
+  size_t const first = document.Finish().size();
+  document.Create();
+  EXPECT_EQ(document.Text().substr(16, 8), "6 0 obj\n");
+  EXPECT_EQ(SessionProbe::Row(document.session(), 6).nOffset, first + 16);
+  EXPECT_EQ(document->GetOutlinesObjectNr(), 7u);
+  EXPECT_EQ(document->GetPagesRootObjectNr(), 8u);
 }
 
 TEST(CreateFinish, CloseTwiceDoesNoHarm) {

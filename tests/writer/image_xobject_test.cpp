@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/support/document.h"
+#include "tests/support/short_file.h"
 
 namespace {
 
@@ -68,16 +69,33 @@ TEST(ImageXObject, IdentifierAndFlagWriteTheSameBytes) {
   }
 }
 
-TEST(ImageXObject, FilterLineFollowsTheCompression) {
-  EXPECT_EQ(Image(Params(24), FilterOf(0)).find("/Filter"), std::string::npos);
-  EXPECT_NE(Image(Params(8), FilterOf(5)).find("/Filter /RunLengthDecode\n"), std::string::npos);
-  EXPECT_NE(Image(Params(8), FilterOf(7)).find("/Filter /DCTDecode\n"), std::string::npos);
+TEST(ImageXObject, NoCompressionHasNoFilterLine) {
+  for (DWORD const compression : {0u, 32u}) {
+    EXPECT_EQ(Image(Params(24), FilterOf(compression)).find("/Filter"), std::string::npos);
+  }
+}
+
+TEST(ImageXObject, IndexedImageWithJpeg) {
+  EXPECT_EQ(Image(Params(8), FilterOf(7)),
+            "12 0 obj\n<<\n/Type /XObject\n/Subtype /Image\n/Width 17\n/Height 22\n"
+            "/BitsPerComponent 8\n/ColorSpace [/Indexed /DeviceRGB 255 14 0 R ]\n"
+            "/Length 13 0 R \n/Filter /DCTDecode\n>>\nstream\ndata>\nendstream\nendobj\n"
+            "13 0 obj\n6\nendobj\n");
+}
+
+TEST(ImageXObject, IndexedImageWithRunLengths) {
+  EXPECT_EQ(Image(Params(8), FilterOf(1024)),
+            "12 0 obj\n<<\n/Type /XObject\n/Subtype /Image\n/Width 17\n/Height 22\n"
+            "/BitsPerComponent 8\n/ColorSpace [/Indexed /DeviceRGB 255 14 0 R ]\n"
+            "/Length 13 0 R \n/Filter /RunLengthDecode\n>>\nstream\ndata>\nendstream\nendobj\n"
+            "13 0 obj\n6\nendobj\n");
 }
 
 TEST(ImageXObject, OtherDepthHas8BitsAndNoColorSpace) {
-  std::string const text = Image(Params(4), FilterOf(0));
-  EXPECT_NE(text.find("/BitsPerComponent 8\n/Length 13 0 R \n"), std::string::npos);
-  EXPECT_EQ(text.find("/ColorSpace"), std::string::npos);
+  EXPECT_EQ(Image(Params(4), FilterOf(0)),
+            "12 0 obj\n<<\n/Type /XObject\n/Subtype /Image\n/Width 17\n/Height 22\n"
+            "/BitsPerComponent 8\n/Length 13 0 R \n>>\nstream\ndata>\nendstream\nendobj\n"
+            "13 0 obj\n6\nendobj\n");
 }
 
 TEST(ImageXObject, UnsupportedCompressionIsError15InAnObjectBegun) {
@@ -90,11 +108,16 @@ TEST(ImageXObject, UnsupportedCompressionIsError15InAnObjectBegun) {
   }
 }
 
-TEST(ImageXObject, CcittWithoutAFilledRecordIsError15) {
-  MemoryDocument document;
-  document.OpenBare();
-  EXPECT_EQ(document->CreateImageXObject(Params(1), kData, 4, FilterOf(6)), 0u);
-  EXPECT_EQ(document->PDF_GetLastError(), 15u);
+TEST(ImageXObject, CcittRecordOfAnotherTypeIsError15InAnObjectBegun) {
+  for (int32_t const type : {0, 5, 7, 2048, -6}) {
+    MemoryDocument document;
+    document.OpenBare();
+    _FILTER filter = FilterOf(6);
+    filter.CcittParams.FilterType = type;
+    EXPECT_EQ(document->CreateImageXObject(Params(1), kData, 4, filter), 0u);
+    EXPECT_EQ(document->PDF_GetLastError(), 15u) << type;
+    EXPECT_TRUE(document.Text().ends_with("/Length 2 0 R \n")) << type;
+  }
 }
 
 TEST(ImageXObject, NoBytesIsError8BehindTheDictionary) {
@@ -104,6 +127,19 @@ TEST(ImageXObject, NoBytesIsError8BehindTheDictionary) {
   EXPECT_EQ(document->PDF_GetLastError(), 8u);
   std::string const text = document.Text();
   EXPECT_EQ(text.substr(text.size() - 10), ">>\nstream\n");
+}
+
+_FILTER FilledFilter(DWORD compression) {
+  return {compression, {6, _CCITT_ENCODE_TYPE{-1}, 0, 0, 8, 9, 1, 0, 0}};
+}
+
+TEST(ImageXObject, WriteThatFailsAnywhereFailsTheImage) {
+  test::ExpectEveryWriteToCount([](CCreatePDF& s) {
+    return s.CreateImageXObject(Params(1), kData, sizeof kData, FilledFilter(6));
+  });
+  test::ExpectEveryWriteToCount([](CCreatePDF& s) {
+    return s.CreateImageXObject(Params(8), kData, sizeof kData, FilledFilter(4));
+  });
 }
 
 TEST(ImageXObject, NullDataWritesNothing) {

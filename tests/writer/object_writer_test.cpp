@@ -12,6 +12,7 @@
 #include "tests/platform/file_support.h"
 #include "tests/support/dib.h"
 #include "tests/support/document.h"
+#include "tests/support/short_file.h"
 #include "tests/support/temp_dir.h"
 
 namespace {
@@ -62,6 +63,17 @@ TEST(ObjectWriter, TakenNumberIsRefusedAndTheAutomaticFormStillConsumesOne) {
   EXPECT_EQ(ErrorOf(document.session()), 11u);
   EXPECT_EQ(document.Text(), "");
   EXPECT_EQ(document->GetCurrentObject(), 1u);
+}
+
+TEST(ObjectWriter, TakenNumberOfTheCallersIsRefusedWithNothingWrittenOrConsumed) {
+  MemoryDocument document;
+  document.OpenBare();
+  document->WriteToPDFFile("x", 1);
+  ASSERT_EQ(document->ObjectStart(0, 1), 1u);
+  EXPECT_EQ(document.Added([](CCreatePDF& s) { EXPECT_EQ(s.ObjectStart(1, 1, 1), 0u); }), "");
+  EXPECT_EQ(ErrorOf(document.session()), 11u);
+  EXPECT_EQ(document->GetCurrentObject(), 1u);
+  EXPECT_EQ(SessionProbe::Row(document.session(), 1).nOffset, 2u);
 }
 
 TEST(ObjectWriter, ReservedNumberOpensExactlyOnce) {
@@ -218,6 +230,18 @@ TEST(ObjectWriter, DataStreamOfAnEmptyBlockIsError14) {
   test::Block const empty(GlobalAlloc(GHND, 0));
   EXPECT_EQ(document->WriteDataStreamObject(empty, 0), 0u);
   EXPECT_EQ(ErrorOf(document.session()), 14u);
+}
+
+TEST(ObjectWriter, WriteThatFailsAnywhereFailsTheStream) {
+  test::ExpectEveryWriteToCount([](CCreatePDF& s) {
+    bool const written = s.BeginStream() != 0 && s.WriteToPDFFile("12345", 1) != 0 &&
+                         s.EndStream() != 0 && s.WriteStreamLengthObject() != 0;
+    return DWORD{written};
+  });
+  test::ExpectEveryWriteToCount([](CCreatePDF& s) {
+    test::Block const block = BlockOf("RGB");
+    return s.WriteDataStreamObject(block, 0);
+  });
 }
 
 TEST(ObjectWriter, NumbersPastTheTableAreError40) {
