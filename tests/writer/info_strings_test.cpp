@@ -2,10 +2,10 @@
 #include <gtest/gtest.h>
 #include <sorrelin/frame/pdf.h>
 
-#include <algorithm>
 #include <string>
 
 #include "tests/support/document.h"
+#include "tests/support/pdf_builder.h"
 
 namespace {
 
@@ -97,12 +97,82 @@ TEST_P(InfoStrings, BadHandlesAre2) {
   }
 }
 
+// A document of one page, by the classic route or the stream route.
+test::Bytes DocumentWith(std::string const& info, bool stream_route) {
+  test::PdfBuilder pdf("%PDF-1.5");
+  test::AddPageTree(pdf, 1);
+  std::string keys = "/Root 1 0 R";
+  if (!info.empty()) {
+    pdf.Object(4, info);
+    keys += " /Info 4 0 R";
+  }
+  if (stream_route) {
+    pdf.XrefStream(5, {.keys = keys});
+  } else {
+    pdf.Classic({.keys = keys});
+  }
+  return pdf.Document();
+}
+
+void Open(hPDF pdf, test::Bytes const& document) {
+  EXPECT_EQ(pdf_OpenPDFInMemory(pdf, document.data(), static_cast<DWORD>(document.size())), 0u);
+}
+
+TEST_P(InfoStrings, ComeFromTheDocumentThatIsRead) {
+  for (bool const stream_route : {false, true}) {
+    for (char const* const value : {"<FEFF00410042>", "(AB)"}) {
+      family_.set_a(pdf_, "old");
+      test::Bytes const document =
+          DocumentWith(std::string("<</") + family_.name + " " + value + " >>", stream_route);
+      Open(pdf_, document);
+      WCHAR text[8] = {};
+      DWORD size = 8;
+      EXPECT_EQ(family_.get_w(pdf_, text, &size), 0u);
+      EXPECT_EQ(sorrelin::WideString(text), SORRELIN_TEXT("AB")) << value;
+      EXPECT_EQ(size, 3u);
+      pdf_ClosePDFFile(pdf_);
+    }
+  }
+}
+
+TEST_P(InfoStrings, StayWhereTheDocumentHasNoInfoObject) {
+  for (bool const stream_route : {false, true}) {
+    family_.set_a(pdf_, "old");
+    test::Bytes const document = DocumentWith("", stream_route);
+    Open(pdf_, document);
+    char text[8] = {};
+    DWORD size = 8;
+    EXPECT_EQ(family_.get_a(pdf_, text, &size), 0u);
+    EXPECT_STREQ(text, "old");
+    pdf_ClosePDFFile(pdf_);
+  }
+}
+
 TEST(InfoStringMethods, NullTextIsError7) {
   test::MemoryDocument document;
   EXPECT_EQ(document->SetSubjectW(nullptr), 0);
   EXPECT_EQ(document->PDF_GetLastError(), 7u);
   EXPECT_EQ(document->GetSubjectW(nullptr, nullptr), 0);
   EXPECT_EQ(document->PDF_GetLastError(), 7u);
+}
+
+TEST(InfoStringMethods, WithoutTheSideRecordTheyAreError2) {
+  test::MemoryDocument document;
+  sorrelin::ReaderState* const reader = &SessionProbe::Reader(document.session());
+  SessionProbe::ReaderPointer(document.session()) = nullptr;
+  DWORD size = 5;
+  EXPECT_EQ(document->SetTitleW(SORRELIN_TEXT("x")), 0);
+  EXPECT_EQ(document->PDF_GetLastError(), 2u);
+  document->PDF_SetLastError(0);
+  EXPECT_EQ(document->GetTitleW(nullptr, &size), 0);
+  EXPECT_EQ(document->PDF_GetLastError(), 2u);
+  document->PDF_SetLastError(0);
+  EXPECT_EQ(document->GetTitleA(nullptr, nullptr), 0);
+  EXPECT_EQ(document->PDF_GetLastError(), 2u);
+  EXPECT_EQ(document->SetTitleW(nullptr), 0);
+  EXPECT_EQ(document->PDF_GetLastError(), 7u);
+  EXPECT_EQ(size, 5u);
+  SessionProbe::ReaderPointer(document.session()) = reader;
 }
 
 TEST(InfoStringMethods, EmptyKeywordsAfterOthersRemoveTheKey) {

@@ -60,10 +60,13 @@ TEST(PageAssembly, ZeroWidthOrHeightIs4) {
   EXPECT_EQ(SaveCode(Changed(Dib(24), [](auto& h) { h.biHeight = 0; }), 0), 4u);
 }
 
+TEST(PageAssembly, RunsOfABilevelBitmapAre5BeforeAnythingIsWritten) {
+  bool wrote = true;
+  EXPECT_EQ(SaveCode(Dib(1), PDF_COMPRESSION_RUN_LENGTH, &wrote), 5u);
+  EXPECT_FALSE(wrote);
+}
+
 TEST(PageAssembly, OtherDepthsAre5BeforeAnythingIsWritten) {
-  bool wrote_runs = true;
-  EXPECT_EQ(SaveCode(Dib(1), PDF_COMPRESSION_RUN_LENGTH, &wrote_runs), 5u);
-  EXPECT_FALSE(wrote_runs);
   for (WORD const bits : std::initializer_list<WORD>{0, 2, 4, 15, 16, 32}) {
     bool wrote = true;
     EXPECT_EQ(SaveCode(Changed(Dib(24), [&](auto& h) { h.biBitCount = bits; }), 0, &wrote), 5u);
@@ -112,28 +115,49 @@ struct Cell {
   char const* color_space;
 };
 
-// What each depth and compression gives. The siblings are missing here: 19 and 21 tell that the
-// pair is accepted and its coder was looked for.
+// What each depth and compression gives, the last rows for values that name no coder. The siblings
+// are missing here: 19 and 21 tell that the pair is accepted and its coder was looked for.
+constexpr Cell kCells[] = {
+    {1, 0, 0, nullptr, "/DeviceGray"},
+    {1, 32, 0, nullptr, "/DeviceGray"},
+    {8, 0, 0, nullptr, "[/Indexed"},
+    {8, 32, 0, nullptr, "[/Indexed"},
+    {24, 0, 0, nullptr, "/DeviceRGB"},
+    {24, 32, 0, nullptr, "/DeviceRGB"},
+    {1, 4, 0, "/FlateDecode", "/DeviceGray"},
+    {1, 512, 0, "/FlateDecode", "/DeviceGray"},
+    {8, 4, 0, "/FlateDecode", "[/Indexed"},
+    {8, 512, 0, "/FlateDecode", "[/Indexed"},
+    {24, 4, 0, "/FlateDecode", "/DeviceRGB"},
+    {24, 512, 0, "/FlateDecode", "/DeviceRGB"},
+    {1, 5, 5, nullptr, nullptr},
+    {1, 1024, 5, nullptr, nullptr},
+    {8, 5, 0, "/RunLengthDecode", "[/Indexed"},
+    {8, 1024, 0, "/RunLengthDecode", "[/Indexed"},
+    {24, 5, 5, nullptr, nullptr},
+    {24, 1024, 5, nullptr, nullptr},
+    {1, 6, 19, nullptr, nullptr},
+    {1, 2048, 19, nullptr, nullptr},
+    {8, 6, 15, nullptr, nullptr},
+    {8, 2048, 15, nullptr, nullptr},
+    {24, 6, 15, nullptr, nullptr},
+    {24, 2048, 15, nullptr, nullptr},
+    {1, 7, 15, nullptr, nullptr},
+    {1, 4096, 15, nullptr, nullptr},
+    {8, 7, 21, nullptr, nullptr},
+    {8, 4096, 21, nullptr, nullptr},
+    {24, 7, 21, nullptr, nullptr},
+    {24, 4096, 21, nullptr, nullptr},
+    {1, 1, 15, nullptr, nullptr},
+    {1, 2049, 15, nullptr, nullptr},
+    {8, 1, 15, nullptr, nullptr},
+    {8, 2049, 15, nullptr, nullptr},
+    {24, 1, 15, nullptr, nullptr},
+    {24, 2049, 15, nullptr, nullptr},
+};
+
 TEST(PageAssembly, DepthAndCompressionDecideTheResult) {
-  for (Cell const& cell : {
-           Cell{1, 0, 0, nullptr, "/DeviceGray"},
-           Cell{1, 4, 0, "/FlateDecode", "/DeviceGray"},
-           Cell{1, 5, 5, nullptr, nullptr},
-           Cell{1, 6, 19, nullptr, nullptr},
-           Cell{1, 7, 15, nullptr, nullptr},
-           Cell{1, 4096, 15, nullptr, nullptr},
-           Cell{8, 32, 0, nullptr, "[/Indexed"},
-           Cell{8, 512, 0, "/FlateDecode", "[/Indexed"},
-           Cell{8, 1024, 0, "/RunLengthDecode", "[/Indexed"},
-           Cell{8, 6, 15, nullptr, nullptr},
-           Cell{8, 2049, 15, nullptr, nullptr},
-           Cell{8, 7, 21, nullptr, nullptr},
-           Cell{24, 0, 0, nullptr, "/DeviceRGB"},
-           Cell{24, 4, 0, "/FlateDecode", "/DeviceRGB"},
-           Cell{24, 5, 5, nullptr, nullptr},
-           Cell{24, 2048, 15, nullptr, nullptr},
-           Cell{24, 4096, 21, nullptr, nullptr},
-       }) {
+  for (Cell const& cell : kCells) {
     MemoryDocument document;
     document.Create();
     document->SaveDIBAsColorPDFPageW(Dib(cell.bits), test::kNoLibrary, cell.compression, 0);
@@ -234,6 +258,13 @@ TEST(PageAssembly, FailedWriteOfTheProcSetFailsThePage) {
   }
 }
 
+// Kept: the palette's object clears the code, and a write that failed before it is forgotten.
+TEST(PageAssembly, FailedWriteOfTheProcSetIsForgottenAtThePalette) {
+  test::TempDir const dir;
+  std::string const name = dir / "8.pdf";
+  EXPECT_EQ(test::InChild([&] { return SaveWithAFailedProcSet(name, 8); }), 100);
+}
+
 TEST(PageAssembly, BitmapIsUnlockedAndUnchanged) {
   test::Block const dib = Dib(24);
   test::Bytes const before = dib.Content();
@@ -270,6 +301,11 @@ TEST(PageAssembly, FailedFirstPageOfAnUpdateCountsAsBegun) {
   EXPECT_EQ(document->PDF_GetLastError(), 2u);
   EXPECT_EQ(SessionProbe::FirstAppendedPage(document.session()), 0u);
   EXPECT_EQ(document.Text(), "\n\n");
+  // The next attempt neither seeks nor writes the empty line again.
+  std::string const next = document.Added(
+      [](CCreatePDF& s) { s.SaveDIBAsColorPDFPageW(Dib(24), test::kNoLibrary, 0, 0); });
+  EXPECT_EQ(next.substr(0, 7), "1 0 obj");
+  EXPECT_EQ(SessionProbe::Row(document.session(), 1).nOffset, 2u);
 }
 
 }  // namespace

@@ -123,6 +123,7 @@ struct TrailerRow {
 // Kept: /ID and /Encrypt go out as far as the reader took them.
 TEST_F(Update, IdAndEncryptGoOutAsTheyWereRead) {
   for (TrailerRow const& row : {
+           TrailerRow{"/ID [<a> <b>]", "/ID [<a>\n"},
            TrailerRow{"/ID [<0A> <0B>]", "/ID [<0A>\n"},
            TrailerRow{"/ID [<0A><0B>]", ""},
            TrailerRow{"/Encrypt 3 0 R", "/Encrypt 3\n"},
