@@ -172,14 +172,25 @@ TEST(CreateFinish, SecondDocumentOfASessionContinuesItsCounters) {
   EXPECT_EQ(document->GetPagesRootObjectNr(), 8u);
 }
 
+void ExpectNoChannel(CCreatePDF& session) {
+  EXPECT_EQ(SessionProbe::Channel(session), sorrelin::InvalidChannel());
+  EXPECT_EQ(SessionProbe::Reader(session).m_pChannel, sorrelin::InvalidChannel());
+}
+
 TEST(CreateFinish, CloseTwiceDoesNoHarm) {
   MemoryDocument document;
   document.Create();
   document->ClosePDFFile();
+  ExpectNoChannel(document.session());
+  SetLastError(4711);
   document->ClosePDFFile();
-  document->ClosePDFFileInMemory(nullptr, nullptr);
-  EXPECT_EQ(SessionProbe::Channel(document.session()), sorrelin::InvalidChannel());
-  EXPECT_EQ(SessionProbe::Reader(document.session()).m_pChannel, sorrelin::InvalidChannel());
+  int64_t data = 99;
+  DWORD size = 99;
+  document->ClosePDFFileInMemory(&data, &size);
+  ExpectNoChannel(document.session());
+  EXPECT_EQ(GetLastError(), 4711u);
+  EXPECT_EQ(data, 99);
+  EXPECT_EQ(size, 99u);
 }
 
 TEST(CreateFinish, CreateOnAnOpenSessionClosesTheFirstTarget) {
