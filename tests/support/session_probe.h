@@ -20,6 +20,7 @@ struct SessionProbe {
   static DWORD& AppendMode(CCreatePDF& s) { return s.m_bAppendMode; }
   static DWORD& FirstAppendedPage(CCreatePDF& s) { return s.m_bFirstAppendedPage; }
   static DWORD& AppendedPages(CCreatePDF& s) { return s.m_nAppendedPages; }
+  static DWORD& AppendedPage(CCreatePDF& s, DWORD index) { return s.m_AppendedPageObjects[index]; }
   static DWORD& BlackIs1(CCreatePDF& s) { return s.m_bBlackIs1; }
   static DWORD& DecodeNormal(CCreatePDF& s) { return s.m_bDecodeNormal; }
   static DWORD& ProcSetFlags(CCreatePDF& s) { return s.m_nProcSetFlags; }

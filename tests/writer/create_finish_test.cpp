@@ -89,6 +89,22 @@ TEST(CreateFinish, ReservedNumberThatStaysUnwrittenIsAFreeEntry) {
   EXPECT_NE(document.Finish().find(" 00000 n \n0000000000 00000 f \n"), std::string::npos);
 }
 
+TEST(CreateFinish, EntriesTellTheGeneration) {
+  MemoryDocument document;
+  document.Create();
+  document->ObjectStartNewGen(2, 0, 1, 1);
+  EXPECT_NE(document.Finish().find(" 00000 n \n0000000254 00001 n \n"), std::string::npos);
+}
+
+TEST(CreateFinish, RowOfTheTableHoldsItsOffsetAndStaysFree) {
+  MemoryDocument document;
+  document.Create();
+  std::string const text = document.Finish();
+  EXPECT_EQ(document->GetCurrentObject(), 5u);
+  EXPECT_EQ(SessionProbe::Row(document.session(), 5).nOffset, text.find("xref\n"));
+  EXPECT_EQ(SessionProbe::Row(document.session(), 5).bInUse, 0u);
+}
+
 TEST(CreateFinish, OffsetsOf2GiBPrintAsSignedNumbers) {
   MemoryDocument document;
   document.Create();
@@ -117,6 +133,28 @@ TEST(CreateFinish, MissingDirectoryIsError1WithTheSystemsText) {
   char text[512] = {};
   EXPECT_EQ(session->GetLastPDFErrorText(text), 1);
   EXPECT_STREQ(text, "No such file or directory");
+}
+
+TEST(CreateFinish, FailedOpenLeavesNoChannelInTheSideRecordEither) {
+  TempDir const dir;
+  auto const session = std::make_unique<CCreatePDF>();
+  EXPECT_EQ(session->CreatePDFFile((dir / "none/a.pdf").c_str()), 0);
+  EXPECT_EQ(SessionProbe::Channel(*session), sorrelin::InvalidChannel());
+  EXPECT_EQ(SessionProbe::Reader(*session).m_pChannel, sorrelin::InvalidChannel());
+}
+
+TEST(CreateFinish, NameDecidesBetweenANewDocumentAndAnUpdate) {
+  TempDir const dir;
+  std::string const name = dir / "a.pdf";
+  auto const session = std::make_unique<CCreatePDF>();
+  for (DWORD const update : {0u, 1u}) {
+    ASSERT_EQ(session->CreatePDFFile(name.c_str()), 1);
+    EXPECT_EQ(SessionProbe::AppendMode(*session), update);
+    EXPECT_EQ(SessionProbe::FirstAppendedPage(*session), update);
+  }
+  ASSERT_EQ(session->CreatePDFFile((dir / "b.pdf").c_str()), 1);
+  EXPECT_EQ(SessionProbe::AppendMode(*session), 0u);
+  session->ClosePDFFile();
 }
 
 TEST(CreateFinish, TargetHeldByAnotherSessionIsError1AndStaysAsItIs) {
@@ -223,6 +261,11 @@ TEST(CreateFinish, ClearsAnOlderError) {
   document->PDF_SetLastError(20);
   document.Create();
   EXPECT_EQ(document->PDF_GetLastError(), 0u);
+  TempDir const dir;
+  auto const session = std::make_unique<CCreatePDF>();
+  EXPECT_EQ(session->CreatePDF((dir / "a.pdf").c_str()), 1);
+  EXPECT_EQ(session->PDF_GetLastError(), 0u);
+  session->ClosePDFFile();
 }
 
 TEST(CreateFinish, NamesBeyondAsciiReachTheDisk) {

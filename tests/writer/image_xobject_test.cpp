@@ -179,7 +179,8 @@ TEST(CcittParams, AnyKIsTakenAndAnOlderErrorCleared) {
   EXPECT_EQ(params.EncodedByteAlign, 5);
   EXPECT_EQ(params.EndOfBlock, 6);
   EXPECT_EQ(params.DamagedRowsBeforeError, 7);
-  EXPECT_EQ(document->SetCCITTFilterParams(nullptr, 1, 2, _CCITT_ENCODE_TYPE{0}, 0, 0, 0, 0, 0), 0);
+  EXPECT_EQ(document->SetCCITTFilterParams(nullptr, -1, 2, _CCITT_ENCODE_TYPE{0}, 0, 0, 0, 0, 0),
+            0);
   EXPECT_EQ(document->PDF_GetLastError(), 7u);
 }
 

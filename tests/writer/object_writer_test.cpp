@@ -96,6 +96,17 @@ TEST(ObjectWriter, NewGenerationRewritesAnObject) {
   EXPECT_EQ(SessionProbe::Row(document.session(), 1).nOffset, 18u);
 }
 
+TEST(ObjectWriter, NewGenerationPutsTheRowInUse) {
+  MemoryDocument document;
+  document.OpenBare();
+  SessionProbe::Row(document.session(), 4) = {99, 65535, 2};
+  EXPECT_EQ(document.Added([](CCreatePDF& s) { s.ObjectStartNewGen(4, 1, 1, 0); }),
+            "4 65535 obj\n<<\n");
+  EXPECT_EQ(SessionProbe::Row(document.session(), 4).bInUse, 1u);
+  EXPECT_EQ(SessionProbe::Row(document.session(), 4).nOffset, 0u);
+  EXPECT_EQ(document->GetCurrentObject(), 0u);
+}
+
 TEST(ObjectWriter, NewGenerationOfAMissingObjectIsError11) {
   MemoryDocument document;
   document.OpenBare();
@@ -113,6 +124,17 @@ TEST(ObjectWriter, EmptyTextIsError8AndNullIsError7) {
   EXPECT_EQ(ErrorOf(document.session()), 7u);
   EXPECT_EQ(document->WriteRawDataToPDFFile(nullptr, 4), 0u);
   EXPECT_EQ(ErrorOf(document.session()), 7u);
+}
+
+TEST(ObjectWriter, NullIsToldBeforeNoBytesAndNoBytesBeforeNoChannel) {
+  MemoryDocument document;
+  BYTE const byte = 1;
+  EXPECT_EQ(document->WriteRawDataToPDFFile(nullptr, 0), 0u);
+  EXPECT_EQ(ErrorOf(document.session()), 7u);
+  EXPECT_EQ(document->WriteRawDataToPDFFile(&byte, 0), 0u);
+  EXPECT_EQ(ErrorOf(document.session()), 8u);
+  EXPECT_EQ(document->WriteRawDataToPDFFile(&byte, 1), 0u);
+  EXPECT_EQ(ErrorOf(document.session()), 2u);
 }
 
 TEST(ObjectWriter, WithoutAChannelWritesAreError2AndMoveNothing) {
@@ -255,6 +277,17 @@ TEST(ObjectWriter, NumbersPastTheTableAreError40) {
   document->PDF_SetLastError(0);
   EXPECT_EQ(document->ReserveOneObject(), 0u);
   EXPECT_EQ(ErrorOf(document.session()), 40u);
+}
+
+TEST(ObjectWriter, PageListIsClearedOnRequestOnly) {
+  MemoryDocument document;
+  document.OpenBare();
+  document->WriteToPDFFile("x", 1);
+  document->CreatePageObject(3, 1, 1, 1, "", {1, 1});
+  EXPECT_EQ(document->GetPageObjectNumber(1), 1u);
+  document->InitPageObjectsList();
+  EXPECT_EQ(document->GetPageObjectNumber(1), 0u);
+  EXPECT_EQ(document->GetNumberOfPages(), 1u);
 }
 
 TEST(ObjectWriter, PageListOfSlot30000IsThePageCount) {

@@ -152,6 +152,32 @@ TEST(Skeleton, FailedPagesRootLeavesNumber0) {
   EXPECT_EQ(document->GetPagesRootObjectNr(), 0u);
 }
 
+// An open document whose next number is taken.
+MemoryDocument& WithNextNumberTaken(MemoryDocument& document) {
+  SessionProbe::Row(document.session(), document->GetNextObject()).nOffset = 99;
+  return document;
+}
+
+TEST(Skeleton, OutlinesAndCatalogUnderATakenNumberLeaveNumber0) {
+  MemoryDocument document;
+  document.Create();
+  ASSERT_EQ(document->CreateCatalogObject(3, 2), 4u);
+  EXPECT_EQ(WithNextNumberTaken(document)->CreateOutlinesObject(0), 0u);
+  EXPECT_EQ(document->PDF_GetLastError(), 11u);
+  EXPECT_EQ(document->GetOutlinesObjectNr(), 0u);
+  EXPECT_EQ(WithNextNumberTaken(document)->CreateCatalogObject(3, 2), 0u);
+  EXPECT_EQ(document->GetCatalogObjectNr(), 0u);
+}
+
+TEST(Skeleton, PageUnderATakenNumberCountsAllTheSame) {
+  MemoryDocument document;
+  document.Create();
+  EXPECT_EQ(WithNextNumberTaken(document)->CreatePageObject(3, 1, 5, 6, "", {1, 2}), 0u);
+  EXPECT_EQ(document->PDF_GetLastError(), 11u);
+  EXPECT_EQ(document->GetNumberOfPages(), 1u);
+  EXPECT_EQ(document->GetCurrentPageNumber(), 1u);
+}
+
 TEST(Skeleton, PageNamesItsResourcesAndTheNextObject) {
   MemoryDocument document;
   document.OpenBare();
@@ -225,10 +251,12 @@ TEST(Skeleton, FontHasItsFiveLines) {
 TEST(Skeleton, CatalogNamesPagesAndOutlines) {
   MemoryDocument document;
   document.OpenBare();
+  SessionProbe::CatalogGeneration(document.session()) = 5;
   EXPECT_EQ(document->CreateCatalogObject(3, 2), 1u);
   EXPECT_EQ(document.Text(),
             "1 0 obj\n<<\n/Type /Catalog\n/Pages 3 0 R\n/Outlines 2 0 R\n>>\nendobj\n");
   EXPECT_EQ(document->GetCatalogObjectNr(), 1u);
+  EXPECT_EQ(SessionProbe::CatalogGeneration(document.session()), 0u);
 }
 
 constexpr Create kProcSet = [](CCreatePDF& s) { return s.CreateProcSetObject(0, 0); };

@@ -155,6 +155,16 @@ TEST_F(UpdateFailure, IndirectKidsBeforeAnArrayAre26BehindThePagesThatWereWritte
   EXPECT_EQ(Text(), expected);
 }
 
+// The page's own code comes back, whatever becomes of the finish behind it.
+TEST_F(UpdateFailure, CodeOfAFailedPageStandsOverThatOfTheFinish) {
+  PdfBuilder pdf = Tree("", "<</Type/Pages /Kids 4 0 R /Count 1 /Box [0 0 9 9 ] >>");
+  pdf.Object(4, "[3 0 R ]");
+  pdf.Classic();
+  test::WriteAll(name_, pdf.Document());
+  EXPECT_EQ(pdf_SaveDIBToPDF(name_.c_str(), SmallPage(), "", PDF_COMPRESSION_CCITT, 0), 15u);
+  EXPECT_EQ(Text(), pdf.Content() + "\n\n");
+}
+
 TEST_F(UpdateFailure, ObjectsInObjectStreamsAre25InAFileAndInMemory) {
   PdfBuilder pdf("%PDF-1.5");
   pdf.Object(1, "<</Type/Catalog /Pages 2 0 R >>");

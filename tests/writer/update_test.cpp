@@ -96,6 +96,20 @@ TEST_F(Update, CountMayGrowByADigit) {
   EXPECT_THAT(Added(pdf, 1), HasSubstr("11 0 R  15 0 R\r] /Count 10 >>\nendobj\n"));
 }
 
+// Pages that the session counts without their being its appended ones do not show.
+TEST_F(Update, CountGrowsByTheAppendedPagesOnly) {
+  PdfBuilder pdf;
+  test::AddPageTree(pdf, 1);
+  pdf.Classic();
+  Write(pdf);
+  ASSERT_EQ(session_->CreatePDF(name_.c_str()), 1);
+  EXPECT_EQ(session_->SaveDIBAsColorPDFPageW(SmallPage(), test::kNoLibrary, 0, 0), 1);
+  session_->CreatePageObject(2, 1, 5, 6, "", {1, 2});
+  EXPECT_EQ(session_->GetNumberOfPages(), 3u);
+  EXPECT_EQ(session_->FinishPDF(), 1);
+  EXPECT_THAT(Text(), HasSubstr("/Kids [3 0 R  7 0 R\r] /Count 2 >>"));
+}
+
 // Kept: a trailer without /Info leaves that of the reader, which is the catalog's number.
 TEST_F(Update, WithoutInfoTheFreedCatalogIsNamedAsInfo) {
   PdfBuilder pdf;
@@ -269,8 +283,13 @@ TEST_F(Update, AppendedPagesAreNotedAndThenCleared) {
   Added(pdf, 2);
   EXPECT_EQ(SessionProbe::AppendedPages(*session_), 2u);
   EXPECT_EQ(session_->GetNumberOfPages(), 4u);
+  // The objects of the first page begin at 5, those of the second at 11; the page is the fourth.
+  EXPECT_EQ(SessionProbe::AppendedPage(*session_, 0), 8u);
+  EXPECT_EQ(SessionProbe::AppendedPage(*session_, 1), 14u);
   EXPECT_EQ(session_->CreatePDF(name_.c_str()), 1);
   EXPECT_EQ(SessionProbe::AppendedPages(*session_), 0u);
+  EXPECT_EQ(SessionProbe::AppendedPage(*session_, 0), 0u);
+  EXPECT_EQ(SessionProbe::AppendedPage(*session_, 1), 0u);
 }
 
 }  // namespace
