@@ -190,14 +190,22 @@ TEST_F(DecodeCcitt, NullHandleGivesNullWithoutACode) {
   EXPECT_EQ(session_->PDF_GetLastError(), 32u);
 }
 
-TEST_F(DecodeCcitt, BitmapPast4GiBIsCode10BeforeTheSiblingIsLoaded) {
-  PreloadedSibling<MockCadwick> const mock(MockPath("none"));
-  ExpectFailure({1}, 0xFFFFFFFF, 1, 10);
-  ExpectFailure({1}, 1, 0xFFFFFFFF, 10);
-  ExpectFailure({1}, 0x7FFFFFFF, 100, 10);
-  session_->PDF_SetLastError(0);
-  EXPECT_EQ(session_->CreateDIBFromCCITTDataFile(data_, 1, 0xFFFFFFFF), nullptr);
-  EXPECT_EQ(session_->PDF_GetLastError(), 10u);
+TEST_F(DecodeCcitt, BitmapPast4GiBIsCode10BeforeTheSiblingIsLookedFor) {
+  CCreatePDF& session = *session_;
+  Block const data = MakeBlock({1});
+  HGLOBAL const block = data.get();
+  struct {
+    DWORD width, height;
+  } const sizes[] = {{0xFFFFFFFF, 1}, {1, 0xFFFFFFFF}, {0x7FFFFFFF, 100}};
+  for (auto const& size : sizes) {
+    for (auto const create :
+         {&CCreatePDF::CreateDIBFromCCITTData, &CCreatePDF::CreateDIBFromCCITTDataFile}) {
+      session.PDF_SetLastError(0);
+      EXPECT_EQ(WithoutFiles([&] { return (session.*create)(block, size.width, size.height); }),
+                nullptr);
+      EXPECT_EQ(session.PDF_GetLastError(), 10u);
+    }
+  }
 }
 
 TEST_F(DecodeCcitt, SiblingThatCannotBeLoadedIsCode19) {

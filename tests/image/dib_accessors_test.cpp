@@ -5,6 +5,7 @@
 #include <memory>
 
 #include "tests/support/dib.h"
+#include "tests/support/dib_content.h"
 #include "tests/support/session_probe.h"
 
 namespace {
@@ -86,6 +87,8 @@ TEST_F(DibAccessors, PaletteIsRedGreenBlueTriples) {
   Block const palette(session_->ExtractPaletteFromDIB(dib, &size));
   EXPECT_EQ(size, 6u);
   EXPECT_EQ(palette.Content(), (Bytes{3, 2, 1, 7, 6, 5}));
+  EXPECT_EQ(test::TakeLocks(palette), 0);
+  EXPECT_EQ(test::TakeLocks(dib), 0);
 }
 
 TEST_F(DibAccessors, PaletteHasTheUsedColoursOrThoseOfTheDepth) {

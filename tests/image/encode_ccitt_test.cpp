@@ -59,6 +59,7 @@ TEST_F(EncodeCcitt, RowsComeFromTheTopInverted) {
   EXPECT_EQ(mock->last_callback, 0);
   EXPECT_EQ(mock->past_end, 3);
   EXPECT_EQ(mock->opened_bytes, 1u);
+  EXPECT_EQ(mock->opened_block_bytes, 1u);
   EXPECT_EQ(mock->closed, 1);
 }
 
@@ -94,6 +95,14 @@ TEST_F(EncodeCcitt, DepthOtherThan1Is5BeforeAnyLibraryIsTouched) {
     EXPECT_EQ(session_->ConvertDIB2CcittPDFImageFileW(dib, size_, nullptr), INVALID_HANDLE_VALUE);
     EXPECT_EQ(Code(), 5u);
   }
+}
+
+TEST_F(EncodeCcitt, HandleThatCannotBeLockedGivesMinus1WithoutACode) {
+  for (HDIB const bad : {HDIB{nullptr}, HDIB{INVALID_HANDLE_VALUE}}) {
+    EXPECT_EQ(session_->ConvertDIB2CcittPDFImageW(bad, size_, nullptr), INVALID_HANDLE_VALUE);
+    EXPECT_EQ(session_->ConvertDIB2CcittPDFImageFileW(bad, size_, nullptr), INVALID_HANDLE_VALUE);
+  }
+  EXPECT_EQ(Code(), 32u);
 }
 
 TEST_F(EncodeCcitt, LibraryThatCannotBeUsedIs19) {

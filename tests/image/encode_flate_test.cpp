@@ -5,6 +5,7 @@
 #include <memory>
 
 #include "tests/support/dib.h"
+#include "tests/support/dib_content.h"
 #include "tests/support/session_probe.h"
 
 namespace {
@@ -77,6 +78,11 @@ TEST_F(EncodeFlate, QualityBecomesTheLevelOrTheDefault) {
     Block const flate(session_->ConvertDIB2PDFImageW(dib, size_, 4, nullptr, quality));
     return flate.Content(size_);
   };
+  for (int level = 0; level <= 9; ++level) {
+    Block const flate(session_->ConvertDIB2FlatePDFImage(dib, size_, 4, level));
+    EXPECT_EQ(with(level), flate.Content(size_)) << level;
+  }
+  EXPECT_NE(with(9), with(6));
   EXPECT_GT(with(0).size(), 10000u);  // stored
   EXPECT_EQ(with(10), with(6));       // zlib's default level is 6
   EXPECT_EQ(with(-5), with(6));
@@ -90,10 +96,18 @@ TEST_F(EncodeFlate, TailBehindTheDataIsZero) {
   EXPECT_EQ(Bytes(all.begin() + size_, all.end()), Bytes(all.size() - size_, 0));
 }
 
-TEST_F(EncodeFlate, NothingToCompressIs10) {
+TEST_F(EncodeFlate, NothingToCompressIs10AndLeavesTheBitmapLocked) {
   Block const dib = MakeDib({.bits = 4}, [](LONG, LONG) { return 0u; });
   EXPECT_EQ(session_->ConvertDIB2FlatePDFImage(dib, size_, 4, 6), INVALID_HANDLE_VALUE);
   EXPECT_EQ(session_->PDF_GetLastError(), 10u);
+  EXPECT_EQ(test::TakeLocks(dib), 1);
+}
+
+TEST_F(EncodeFlate, BitmapAndResultAreUnlocked) {
+  Block const dib = Noise(5, 5);
+  Block const flate(session_->ConvertDIB2FlatePDFImage(dib, size_, 4, 6));
+  EXPECT_EQ(test::TakeLocks(dib), 0);
+  EXPECT_EQ(test::TakeLocks(flate), 0);
 }
 
 }  // namespace

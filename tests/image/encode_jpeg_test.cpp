@@ -69,11 +69,22 @@ TEST_F(EncodeJpeg, FileRouteGivesTheSameBytesAndDeletesItsFile) {
   EXPECT_TRUE(test::NamesIn(temp_.path()).empty());
 }
 
-TEST_F(EncodeJpeg, BilevelBitmapIs5) {
-  EXPECT_EQ(Encode(Picture(1), PathOf("full")), INVALID_HANDLE_VALUE);
+TEST_F(EncodeJpeg, BilevelBitmapIs5BeforeAnyLibraryIsTouched) {
+  EXPECT_EQ(session_->ConvertDIB2DctJpegPDFImageW(Picture(1), size_, nullptr, 75, 7),
+            INVALID_HANDLE_VALUE);
   EXPECT_EQ(Code(), 5u);
-  EXPECT_EQ(EncodeInFile(Picture(1), PathOf("full")), INVALID_HANDLE_VALUE);
+  session_->PDF_SetLastError(0);
+  EXPECT_EQ(session_->ConvertDIB2DctJpegPDFImageFileW(Picture(1), size_, nullptr, 75, 7),
+            INVALID_HANDLE_VALUE);
   EXPECT_EQ(Code(), 5u);
+}
+
+TEST_F(EncodeJpeg, HandleThatCannotBeLockedGivesMinus1WithoutACode) {
+  for (HDIB const bad : {HDIB{nullptr}, HDIB{INVALID_HANDLE_VALUE}}) {
+    EXPECT_EQ(Encode(bad, PathOf("full")), INVALID_HANDLE_VALUE);
+    EXPECT_EQ(EncodeInFile(bad, PathOf("full")), INVALID_HANDLE_VALUE);
+  }
+  EXPECT_EQ(Code(), 32u);
 }
 
 TEST_F(EncodeJpeg, LibraryThatCannotBeLoadedIs21) {
@@ -116,11 +127,15 @@ TEST_F(EncodeJpeg, FailedSaveIs18AndLeavesItsFile) {
   EXPECT_EQ(test::NamesIn(temp_.path())[0].substr(0, 3), "~tm");
 }
 
-TEST_F(EncodeJpeg, EmptyFileIs10) {
+// Unlike the fax coder's file, that of a failure is closed; both stay.
+TEST_F(EncodeJpeg, EmptyFileIs10AndStaysButClosed) {
   test::PreloadedSibling<MockRennick> const mock(PathOf("full"));
   mock->encode_empty = 1;
+  size_t const open = test::NamesIn("/proc/self/fd").size();
   EXPECT_EQ(EncodeInFile(Picture(), PathOf("full")), INVALID_HANDLE_VALUE);
   EXPECT_EQ(Code(), 10u);
+  EXPECT_EQ(test::NamesIn("/proc/self/fd").size(), open);
+  EXPECT_EQ(test::NamesIn(temp_.path()).size(), 1u);
 }
 
 TEST_F(EncodeJpeg, MissingTempDirectoryIs18) {

@@ -9,6 +9,7 @@
 
 #include "tests/platform/file_support.h"
 #include "tests/support/dib.h"
+#include "tests/support/dib_content.h"
 #include "tests/support/session_probe.h"
 
 namespace {
@@ -83,12 +84,20 @@ TEST_F(EncodeRunLength, RowsAreSoughtBehind256ColoursWhateverIsUsed) {
   EXPECT_EQ(Encode(dib), (Bytes{253, 0, 0}));
 }
 
-TEST_F(EncodeRunLength, OtherDepthsAre5) {
+TEST_F(EncodeRunLength, OtherDepthsAre5AndLeaveTheBitmapUnlocked) {
   for (WORD const bits : std::initializer_list<WORD>{1, 4, 24}) {
     Block const dib = MakeDib({.bits = bits}, [](LONG, LONG) { return 0u; });
     EXPECT_EQ(session_->ConvertDIB2RLEPDFImage(dib, size_, 5), INVALID_HANDLE_VALUE);
     EXPECT_EQ(session_->PDF_GetLastError(), 5u);
+    EXPECT_EQ(test::TakeLocks(dib), 0);
   }
+}
+
+TEST_F(EncodeRunLength, BitmapAndResultAreUnlocked) {
+  Block const dib = MakeDib({.width = 2, .height = 2, .bits = 8}, [](LONG, LONG) { return 7u; });
+  Block const runs(session_->ConvertDIB2RLEPDFImage(dib, size_, 5));
+  EXPECT_EQ(test::TakeLocks(dib), 0);
+  EXPECT_EQ(test::TakeLocks(runs), 0);
 }
 
 // A negative height would be a bitmap with its top row first, which no encoder takes.
@@ -102,6 +111,7 @@ TEST_F(EncodeRunLength, NegativeSizesAre10) {
     session_->PDF_SetLastError(0);
     EXPECT_EQ(session_->ConvertDIB2RLEPDFImage(dib, size_, 5), INVALID_HANDLE_VALUE);
     EXPECT_EQ(session_->PDF_GetLastError(), 10u) << width << " " << height;
+    EXPECT_EQ(test::TakeLocks(dib), 0);
   }
 }
 

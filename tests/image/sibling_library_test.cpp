@@ -57,6 +57,21 @@ TEST(SiblingLibrary, EmptyAndUnknownNamesFail) {
   EXPECT_FALSE(SiblingLibrary(nullptr).IsLoaded());
 }
 
+// Kept: of the name, what goes behind the folder is cut to half the room left in 260 characters.
+TEST(SiblingLibrary, LongNameIsNotFoundBesideTheHostProgram) {
+  size_t const folder = BesideTheProgram().string().size() + 1;
+  ASSERT_LT(folder, 200u);
+  size_t const half = (MAX_PATH - folder) / 2;
+  for (bool const fits : {true, false}) {
+    size_t const length = fits ? half - 2 : half + 2;
+    std::string const name = std::string(length - 3, 'x') + ".so";
+    CopyBesideTheProgram const copy(name);
+    HMODULE const module = LoadSibling(ToWide(name.c_str()).c_str());
+    EXPECT_EQ(module != nullptr, fits) << length;
+    if (module != nullptr) FreeLibrary(module);
+  }
+}
+
 TEST(SiblingLibrary, EndlessNameFailsWithoutHarm) {
   WideString const endless(100000, WCHAR{'x'});
   EXPECT_EQ(LoadSibling(endless.c_str()), nullptr);

@@ -27,6 +27,7 @@ ENTRY void* mOpen(HGLOBAL hBlock, DWORD nSize) {
   if (mock.open_null != 0) return nullptr;
   ++mock.opened;
   mock.opened_bytes = nSize;
+  mock.opened_block_bytes = static_cast<DWORD>(GlobalSize(hBlock));
   memory_file = {hBlock, nSize, 0};
   return &memory_file;
 }

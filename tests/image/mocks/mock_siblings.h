@@ -29,6 +29,7 @@ struct MockCadwick {
   int32_t last_callback;  // the row callback's last result
   int32_t last_rows;      // rows delivered
   DWORD opened_bytes;
+  DWORD opened_block_bytes;  // of the block itself
   void* last_user;
   int32_t encodes;
   int32_t width;
