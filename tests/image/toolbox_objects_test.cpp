@@ -1,6 +1,7 @@
 // Colour tables, wrappers of blocks, and text conversion.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <malloc.h>
 #include <sorrelin/image/toolbox/color_table.h>
 #include <sorrelin/image/toolbox/dib_image.h>
 #include <sorrelin/image/toolbox/dib_toolbox.h>
@@ -263,6 +264,14 @@ TEST(GlobalBuffer, ThrowsTheSystemsError) {
   EXPECT_EQ(Thrown([&] { GlobalBuffer(nullptr, 5); }), ERROR_INVALID_PARAMETER);
 }
 
+// A file of the system that claims a page and gives a line.
+TEST(GlobalBuffer, ThrowsForAFileThatEndsBeforeItsSize) {
+  char const* const path = "/sys/devices/system/cpu/online";
+  if (!std::filesystem::exists(path)) GTEST_SKIP() << "needs sysfs";
+  ASSERT_LT(test::ReadAll(path).size(), std::filesystem::file_size(path));
+  EXPECT_THROW(GlobalBuffer(sorrelin::ToWide(path).c_str()), DWORD);
+}
+
 TEST(GlobalBuffer, RefusesAFileOfFourGigabytes) {
   test::TempDir const dir;
   test::WriteAll(dir / "file", {});
@@ -300,6 +309,14 @@ TEST(DibImage, ResolutionIsTruncatedAfterAddingAHalf) {
     DibImage const image(std::exchange(dib, Block()).get());
     EXPECT_EQ(image.nDpiX, row.dpi) << row.per_metre;
   }
+}
+
+// 1968520 / 39.3701 + 0.5 is 50000.88; by the factor of new bitmaps, 39.37, it would be 50001.01.
+TEST(DibImage, FactorOfABitmapTakenOverIsNotThatOfNewOnes) {
+  Block dib = test::MakeDib({.bits = 24, .x_per_metre = 1968520}, [](LONG, LONG) { return 0u; });
+  DibImage image(dib);
+  EXPECT_EQ(image.nDpiX, 50000);
+  image.Detach();
 }
 
 TEST(DibImage, MakesABlankBitmap) {
@@ -389,6 +406,7 @@ TEST(WideToUtf8, ConvertsWithAByteToSpare) {
   ASSERT_NE(text, nullptr);
   EXPECT_EQ(std::string(text.get()), "a\xC3\xA9\xD0\xBC\xF0\x9F\x98\x80");
   EXPECT_EQ(text.get()[std::strlen(text.get()) + 1], 0);
+  EXPECT_GE(malloc_usable_size(text.get()), std::strlen(text.get()) + 2);
 }
 
 TEST(WideToUtf8, EmptyText) {

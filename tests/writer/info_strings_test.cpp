@@ -94,6 +94,11 @@ TEST_P(InfoStrings, BadHandlesAre2) {
     EXPECT_EQ(family_.set_w(bad, SORRELIN_TEXT("x")), 2u);
     EXPECT_EQ(family_.get_a(bad, nullptr, &size), 2u);
     EXPECT_EQ(family_.get_w(bad, nullptr, &size), 2u);
+    // The handle is looked at first.
+    EXPECT_EQ(family_.set_a(bad, nullptr), 2u);
+    EXPECT_EQ(family_.set_w(bad, nullptr), 2u);
+    EXPECT_EQ(family_.get_a(bad, nullptr, nullptr), 2u);
+    EXPECT_EQ(family_.get_w(bad, nullptr, nullptr), 2u);
   }
 }
 
