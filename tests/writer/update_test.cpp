@@ -165,7 +165,7 @@ TEST_F(Update, NumbersGoOnAboveTheHighestThatWasRead) {
   EXPECT_THAT(added, HasSubstr("\n\n8 0 obj\n[/PDF /ImageC ] \n"));
   EXPECT_THAT(added, HasSubstr("xref\n0 15\n"));
   size_t const rows = added.find("xref\n0 15\n") + 10;
-  for (size_t object : {4, 5, 6}) {
+  for (size_t object : {4u, 5u, 6u}) {
     EXPECT_EQ(added.substr(rows + 20 * object, 20), "0000000000 00000 f \n");
   }
 }
