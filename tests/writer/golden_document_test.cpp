@@ -193,6 +193,18 @@ TEST(GoldenDocument, CrLfLineEndsCountInLengthsAndOffsets) {
   EXPECT_EQ(WithoutDate(document.Finish()), GoldenDocument(objects, "\r\n"));
 }
 
+TEST(GoldenDocument, CrLfLineEndsCountInThePaletteToo) {
+  MemoryDocument document;
+  document->SetChar13(1);
+  document.Create();
+  document->SaveDIBAsColorPDFPageW(Indexed(), test::kNoLibrary, PDF_COMPRESSION_NONE, 0);
+  // Data, bracket and two bytes; each line of the contents has a byte more.
+  std::vector<std::string> objects = IndexedPage("", "\x01\x01\x02\x03\x03\x03", 9);
+  objects[6] = "8 0 obj\n771\nendobj\n";
+  objects[9] = "11 0 obj\n102\nendobj\n";
+  EXPECT_EQ(WithoutDate(document.Finish()), GoldenDocument(objects, "\r\n"));
+}
+
 TEST(GoldenDocument, SeveralPagesContinueTheNumbersWithoutAGap) {
   MemoryDocument document;
   document.Create();
