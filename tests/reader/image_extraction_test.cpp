@@ -64,8 +64,27 @@ TEST(ImageExtraction, PageThatTheTreeLacksGivesNullWithoutACode) {
   pdf.Object(1, "<</Type/Catalog /Pages 2 0 R >>");
   pdf.Object(2, "<</Type/Pages /Kids [] /Count 1 >>");
   PageDocument document(pdf);
+  EXPECT_EQ(document->GetNumberOfPages(), 1u);
+  EXPECT_EQ(document->GetPageObjectNumber(0), 0u);
   EXPECT_EQ(document.Load().get(), nullptr);
   EXPECT_EQ(document->PDF_GetLastError(), 0u);
+}
+
+TEST(ImageExtraction, PagesThatTheRootCountsAndTheTreeLacksFailAtTheLoad) {
+  PdfBuilder pdf;
+  pdf.Object(1, "<</Type/Catalog /Pages 2 0 R >>");
+  pdf.Object(2, "<</Type/Pages /Kids [3 0 R 3 0 R 3 0 R ] /Count 5 >>");
+  pdf.Object(3, "<</Resources <</XObject <</Im0 4 0 R >> >> >>");
+  pdf.Stream(4, kBilevel, "AB");
+  PageDocument document(pdf);
+  EXPECT_EQ(document->GetNumberOfPages(), 5u);
+  EXPECT_NE(document.Load(2).get(), nullptr);
+  for (DWORD const page : {3u, 4u}) {
+    EXPECT_EQ(document.Load(page).get(), nullptr);
+    EXPECT_EQ(document->PDF_GetLastError(), 0u) << page;
+  }
+  EXPECT_EQ(document.Load(5).get(), nullptr);
+  EXPECT_EQ(document->PDF_GetLastError(), 31u);
 }
 
 TEST(ImageExtraction, PageBeyondTheCountOfTheRootIsOutOfReach) {
@@ -102,7 +121,7 @@ std::string PageWithBox(std::string const& box) {
 
 // 8 * 2834 / 612 is 37.05, and 2 * 2834 / 792 is 7.16.
 TEST(ImageExtraction, PageWithoutAReadableMediaBoxIs612By792) {
-  std::string const boxes[] = {"[-10 -10 100 100]", "[0 0]", "[0 0 612.5 792.5]"};
+  std::string const boxes[] = {"[-10 -10 612 792]", "[-10 -10 100 100]", "[0 0]"};
   for (std::string const& box : boxes) {
     BITMAPINFOHEADER const header = Extract({.page = PageWithBox(box)}).header;
     EXPECT_EQ(header.biXPelsPerMeter, 37) << box;
@@ -110,6 +129,19 @@ TEST(ImageExtraction, PageWithoutAReadableMediaBoxIs612By792) {
   }
   OnePage const without{.page = "/Resources <</XObject <</Im0 4 0 R >> >>"};
   EXPECT_EQ(Extract(without).header.biXPelsPerMeter, 37);
+}
+
+// 8 * 2834 / 100 is 226.72, and 2 * 2834 / 100 is 56.68; 225.6 and 56.4 with the fractions.
+TEST(ImageExtraction, FractionsOfTheMediaBoxAreCut) {
+  BITMAPINFOHEADER const header = Extract({.page = PageWithBox("[0 0 100.5 100.5]")}).header;
+  EXPECT_EQ(header.biXPelsPerMeter, 226);
+  EXPECT_EQ(header.biYPelsPerMeter, 56);
+  BITMAPINFOHEADER const letter =
+      Extract({.page = PageWithBox("[0 0 612.5 792.5]"),
+               .image = "/Subtype/Image /Width 6120 /Height 7920 /BitsPerComponent 1 "})
+          .header;
+  EXPECT_EQ(letter.biXPelsPerMeter, 28340);
+  EXPECT_EQ(letter.biYPelsPerMeter, 28340);
 }
 
 // Kept: the origin is not subtracted: 8 * 2834 / 300, 2 * 2834 / 400.
@@ -418,6 +450,16 @@ TEST(ImageExtraction, OfContentInAnArrayTheFirstElementCounts) {
 }
 
 // Data
+
+// Nothing is decrypted: the bytes of the stream are those of the picture.
+TEST(ImageExtraction, ImageOfAnEncryptedDocumentComesOutAsStored) {
+  PdfBuilder pdf = OnePage{.data = "\x9C\x31"}.Build();
+  pdf.Object(9, "<</Filter/Standard /V 1 /R 2 >>");
+  PageDocument document(pdf, {.keys = "/Root 1 0 R /Encrypt 9 0 R"});
+  DibContent const dib = ReadDib(document.Load());
+  EXPECT_EQ(dib.rows, (std::vector<Bytes>{{0x9C, 0, 0, 0}, {0x31, 0, 0, 0}}));
+  EXPECT_EQ(document->PDF_GetLastError(), 0u);
+}
 
 TEST(ImageExtraction, DataThatBeginWithDelimitersLoseThem) {
   DibContent const dib = Extract({.data = " [AB"});

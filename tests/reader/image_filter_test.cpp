@@ -41,6 +41,12 @@ TEST(ImageFilter, ImageWithoutFilterIsRaw) {
   EXPECT_EQ(ReadDib(loaded.bitmap).rows[0][0], 'A');
 }
 
+TEST(ImageFilter, ImageMaskOfOneBitWithoutColourSpaceIsBilevel) {
+  Loaded const loaded = Load({.image = kBilevel + "/ImageMask true"});
+  EXPECT_EQ(loaded.kind, 1u);
+  EXPECT_EQ(ReadDib(loaded.bitmap).header.biBitCount, 1);
+}
+
 TEST(ImageFilter, FlateImageIsInflated) {
   Loaded const loaded = Load({.image = kBilevel + "/Filter/FlateDecode", .data = Deflate("AB")});
   EXPECT_EQ(loaded.compression, 512u);

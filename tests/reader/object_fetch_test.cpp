@@ -68,6 +68,19 @@ TEST_P(TableFetch, ObjectWithNulReachesToTheNextOffset) {
   EXPECT_EQ(document.Load(4), Text(4, body) + "between");
 }
 
+TEST_P(TableFetch, ImageWithNulInItsDataReachesToTheNextOffset) {
+  PdfBuilder pdf;
+  test::AddPageTree(pdf, 1);
+  size_t const begin =
+      pdf.Stream(4, "/Subtype/Image /Width 3 /Height 1 /BitsPerComponent 8", {"A\0B", 3});
+  pdf.Text("% behind endobj\n");
+  size_t const next = pdf.Object(5, "x");
+  pdf.Classic();
+  OpenDocument document(pdf, GetParam());
+  ASSERT_NE(document.Build(), 0u);
+  EXPECT_EQ(document->GetObjectSize(4), next - begin);
+}
+
 TEST_P(TableFetch, LastObjectWithNulReachesToTheEnd) {
   PdfBuilder pdf;
   test::AddPageTree(pdf, 1);

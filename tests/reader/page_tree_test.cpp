@@ -193,6 +193,17 @@ TEST(PageTree, HoldsThirtyThousandPages) {
   EXPECT_THAT(walk.pages, SizeIs(30000));
 }
 
+TEST(PageTree, InitClearsTheWholeListAndNotThePageCount) {
+  ObjectSession session({});
+  SessionProbe::TotalPages(*session) = 5;
+  EXPECT_THAT(WalkText(session, Kids("9 0 R ", 30000)).pages, SizeIs(30000));
+  session->InitPageObjectsList();
+  for (DWORD page = 0; page < 30000; ++page) {
+    ASSERT_EQ(session->GetPageObjectNumber(page), 0u) << page;
+  }
+  EXPECT_EQ(session->GetNumberOfPages(), 5u);
+}
+
 TEST(PageTree, OnePageMoreFailsAndKeepsThePageCount) {
   ObjectSession session({});
   SessionProbe::TotalPages(*session) = 5;

@@ -118,6 +118,19 @@ INSTANTIATE_TEST_SUITE_P(
                         "trailer << /Size 9 " + std::string(290, ' ') + "/Root 3 0 R >> "}),
     [](auto const& row) { return row.param.name; });
 
+// The blank behind a number ends it, and that of the second one is byte 300 or 301.
+TEST(ClassicTrailer, ThreeHundredBytesAreLookedAt) {
+  std::string const front = "trailer << /Prev 5 /Size 9 ";
+  std::string const root = "/Root 3 1 ";
+  std::string const blanks(300 - front.size() - root.size(), ' ');
+  std::string const behind = "R /Info 4 2 R >> ";
+  Trailer fits(front + blanks + root + behind);
+  EXPECT_EQ(fits.result, 1u);
+  EXPECT_EQ(SessionProbe::Catalog(*fits.document), 3u);
+  EXPECT_EQ(SessionProbe::Info(*fits.document), 3u);
+  EXPECT_EQ(Trailer(front + " " + blanks + root + behind).result, 0u);
+}
+
 TEST(ClassicTrailer, NothingToReadIsErrorOne) {
   for (auto const target : {test::Target::kMemory, test::Target::kFile}) {
     OpenDocument document(test::ToBytes("x"), target);

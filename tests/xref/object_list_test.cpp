@@ -67,6 +67,23 @@ TEST(ObjectList, StreamRouteFillsTheSession) {
   }
 }
 
+// The rows behind the highest object in use count, too.
+TEST(ObjectList, IndexReachesToSizeWithZerosBehindTheLastObject) {
+  PdfBuilder pdf("%PDF-1.5");
+  test::AddPageTree(pdf, 1);
+  pdf.XrefStream(4, {.size = 9});
+  OpenDocument document(pdf);
+  EXPECT_EQ(document.Build(), 9u);
+  auto const& index = document.reader().m_pXRef->ObjectIndex();
+  ASSERT_EQ(index.size(), 9u);
+  EXPECT_EQ(index[4].nType, 1u);
+  for (size_t number = 5; number < 9; ++number) {
+    EXPECT_EQ(index[number].nOffset, 0u) << number;
+    EXPECT_EQ(index[number].nGeneration, 0u) << number;
+    EXPECT_EQ(index[number].nType, 0u) << number;
+  }
+}
+
 TEST(ObjectList, StreamRouteLeavesTheTrailerTextsAlone) {
   PdfBuilder pdf("%PDF-1.5");
   test::AddPageTree(pdf, 1);
@@ -121,6 +138,18 @@ TEST(ObjectList, MissingInfoObjectLeavesTheStrings) {
   document.reader().m_Title = Wide("before");
   EXPECT_NE(document.Build(), 0u);
   EXPECT_EQ(document.reader().m_Title, Wide("before"));
+}
+
+TEST(ObjectList, TitleInAnObjectOfItsOwnStaysEmpty) {
+  PdfBuilder pdf("%PDF-1.5");
+  test::AddPageTree(pdf, 1);
+  pdf.Object(4, "<</Title 5 0 R /Author (A) >>");
+  pdf.Object(5, "(T)");
+  pdf.XrefStream(6, {.keys = "/Root 1 0 R /Info 4 0 R"});
+  OpenDocument document(pdf);
+  EXPECT_NE(document.Build(), 0u);
+  EXPECT_EQ(document.reader().m_Title, Wide(""));
+  EXPECT_EQ(document.reader().m_Author, Wide("A"));
 }
 
 // An update in memory takes the position behind the Info object for the place of its first page.
@@ -196,6 +225,18 @@ TEST(ObjectList, CountThatLooksLikeAReferenceWithoutNumbersFails) {
   OpenDocument document(pdf);
   EXPECT_EQ(document.Build(), 0u);
   EXPECT_EQ(document.error(), 1u);
+}
+
+// Kept: one number in front of the "R" is no readable pair, and so the object is looked at.
+TEST(ObjectList, CountWithOneNumberInFrontOfRIsFollowed) {
+  PdfBuilder pdf;
+  test::AddPageTree(pdf, 1);
+  pdf.Object(2, "<</Kids [3 0 R] /Count 4 R>>");
+  pdf.Object(4, "7");
+  pdf.Classic();
+  OpenDocument document(pdf);
+  EXPECT_EQ(document.Build(), 5u);
+  EXPECT_EQ(document->GetNumberOfPages(), 7u);
 }
 
 TEST(ObjectList, RootThatIsObjectZeroFailsWithoutCode) {
@@ -393,27 +434,67 @@ TEST(StreamRoute, SectionWithoutEndFails) {
   EXPECT_EQ(document.error(), 0u);
 }
 
-// Kept: rows of the document before stay, and block what an older section says.
+// A second document on the session of a first one, which is closed.
+class SecondDocument {
+ public:
+  SecondDocument(OpenDocument& first, PdfBuilder const& pdf)
+      : session_(*first), bytes_(pdf.Document()) {
+    session_.ClosePDFFile();
+    channel_ =
+        sorrelin::ChannelAttachMemory(bytes_.data(), static_cast<DWORD>(bytes_.size()), true);
+    SessionProbe::Channel(session_) = first.reader().m_pChannel = channel_;
+  }
+  ~SecondDocument() {
+    session_.ClosePDFFile();
+    delete channel_;
+  }
+  SecondDocument(SecondDocument const&) = delete;
+  SecondDocument& operator=(SecondDocument const&) = delete;
+
+  DWORD Build() { return session_.BuildObjectListFromFile(); }
+
+ private:
+  CCreatePDF& session_;
+  test::Bytes bytes_;
+  sorrelin::FileChannel* channel_;
+};
+
+// Objects stand behind `gap` bytes.
+PdfBuilder Pages(DWORD pages, size_t gap = 0) {
+  PdfBuilder pdf;
+  pdf.Text(std::string(gap, '\n'));
+  test::AddPageTree(pdf, pages);
+  pdf.Classic();
+  return pdf;
+}
+
+// Kept: only a new session has an empty table.
 TEST(ObjectList, SecondDocumentKeepsRowsOfTheFirst) {
-  PdfBuilder first;
-  test::AddPageTree(first, 4);
-  first.Classic();
-  PdfBuilder second;
-  test::AddPageTree(second, 1);
-  second.Classic();
-  OpenDocument document(first);
+  OpenDocument document(Pages(4));
   EXPECT_EQ(document.Build(), 7u);
   DWORD const left = document.row(6).nOffset;
-  document->ClosePDFFile();
-  test::Bytes const bytes = second.Document();
-  sorrelin::FileChannel* const channel =
-      sorrelin::ChannelAttachMemory(bytes.data(), static_cast<DWORD>(bytes.size()), true);
-  SessionProbe::Channel(*document) = document.reader().m_pChannel = channel;
-  EXPECT_EQ(document.Build(), 4u);
+  SecondDocument second(document, Pages(1));
+  EXPECT_EQ(second.Build(), 4u);
   EXPECT_EQ(document.row(6).nOffset, left);
   EXPECT_EQ(document->GetNumberOfPages(), 1u);
-  document->ClosePDFFile();
-  delete channel;
+}
+
+// The rows of the first lie behind the second, where they cut no object short.
+TEST(ObjectList, RowsOfTheFirstDocumentBlockAnOlderSectionOfTheSecond) {
+  OpenDocument document(Pages(4, 2000));
+  EXPECT_EQ(document.Build(), 7u);
+  DWORD const left = document.row(6).nOffset;
+  PdfBuilder pdf;
+  pdf.Object(6, "6");
+  pdf.Object(7, "7");
+  pdf.Classic();
+  test::AddPageTree(pdf, 1);
+  pdf.Classic({.prev = pdf.LastSection()});
+  SecondDocument second(document, pdf);
+  EXPECT_EQ(second.Build(), 8u);
+  EXPECT_NE(left, pdf.OffsetOf(6));
+  EXPECT_EQ(document.row(6).nOffset, left);
+  EXPECT_EQ(document.row(7).nOffset, pdf.OffsetOf(7));
 }
 
 TEST(ObjectList, ClosingDestroysTheReadersObjects) {

@@ -198,6 +198,13 @@ TEST(DecodeRecords, SizeOfOneSkipsThePredictor) {
   EXPECT_THAT(section.Records(), ElementsAre(Record{1, 500, 0}));
 }
 
+TEST(DecodeRecords, SizeOfZeroSkipsThePredictor) {
+  Decoded section =
+      Flate("/Size 0 /Index [0 1] /W [1 2 1] /DecodeParms <</Predictor 2 >> ", Raw({{1, 500, 0}}));
+  EXPECT_EQ(section.result, 1);
+  EXPECT_THAT(section.Records(), ElementsAre(Record{1, 500, 0}));
+}
+
 TEST(DecodeRecords, TiffPredictorFails) {
   EXPECT_EQ(Flate("/Size 2 /W [1 2 1] /DecodeParms <</Predictor 2 >> ", Raw({{1, 500, 0}})).result,
             0);
@@ -211,6 +218,27 @@ TEST(DecodeRecords, ParametersOfTheSectionBeforeStand) {
   Decoded section(first + Object(keys, rows));
   section.document->MergeRecords();
   section.document->Prev() = first.size();
+  EXPECT_EQ(section.Step(true), 1);
+  EXPECT_THAT(section.Records(), ElementsAre(Record{1, 500, 0}, Record{1, 600, 0}));
+}
+
+// Kept: neither is a section of one row read by them, nor are its own parameters taken.
+TEST(DecodeRecords, SizeOfOneLeavesTheParametersOfTheSectionBeforeAlone) {
+  std::string const rows = Deflate(test::PngRows(Raw({{1, 500, 0}, {1, 600, 0}}), 4, 2));
+  std::string const plain = Deflate(Raw({{1, 700, 0}}));
+  auto const keys = [](std::string const& packed, std::string const& size) {
+    return "/Filter /A /W [1 2 1] /Length " + std::to_string(packed.size()) + " /Size " + size;
+  };
+  std::string const first =
+      Object(keys(rows, "2 ") + "/DecodeParms <</Predictor 12 /Columns 4 >> ", rows);
+  std::string const second = Object(keys(plain, "1 ") + "/DecodeParms <</Predictor 2 >> ", plain);
+  Decoded section(first + second + Object(keys(rows, "2 "), rows));
+  section.document->MergeRecords();
+  section.document->Prev() = first.size();
+  EXPECT_EQ(section.Step(true), 1);
+  EXPECT_THAT(section.Records(), ElementsAre(Record{1, 700, 0}));
+  section.document->MergeRecords();
+  section.document->Prev() = first.size() + second.size();
   EXPECT_EQ(section.Step(true), 1);
   EXPECT_THAT(section.Records(), ElementsAre(Record{1, 500, 0}, Record{1, 600, 0}));
 }
@@ -264,6 +292,16 @@ TEST(MergeRecords, PlacesRecordsByTheirSubsections) {
   EXPECT_EQ(merged.Entry(4), (Record{1, 40, 0}));
   EXPECT_EQ(merged.Entry(10), (Record{1, 100, 0}));
   EXPECT_EQ(merged.Entry(5), (Record{0, 0, 0}));
+}
+
+TEST(MergeRecords, WithoutIndexTheRecordsAreThoseOfObjectsFromZeroUpToSize) {
+  Merged merged({{3, "", {{1, 10, 0}, {1, 20, 0}, {1, 30, 0}, {1, 40, 0}}}});
+  ASSERT_EQ(merged.document->ObjectIndex().size(), 3u);
+  EXPECT_EQ(merged.Entry(0), (Record{1, 10, 0}));
+  EXPECT_EQ(merged.Entry(1), (Record{1, 20, 0}));
+  EXPECT_EQ(merged.Entry(2), (Record{1, 30, 0}));
+  EXPECT_THAT(merged.Marks(),
+              ElementsAre(std::pair(10u, true), std::pair(20u, true), std::pair(30u, true)));
 }
 
 // /Size and the first subsection's first number together.
