@@ -42,7 +42,7 @@ struct Image {
   OwnedBlock data;
 };
 
-// Content is inflated up to this many times its coded size, and tested as far as it came.
+// Content is inflated up to this many times its /Length, and tested as far as it came.
 constexpr uint64_t kMostContentGrowth = 10;
 constexpr size_t kContentPieceBytes = 16384;
 
@@ -74,11 +74,10 @@ size_t SkipLineEnd(CCreatePDF& session, std::string_view text, size_t at) {
   return at;
 }
 
-int IsInflatedFlipped(std::span<BYTE const> data) {
+int IsInflatedFlipped(std::span<BYTE const> data, uint64_t room) {
   sorrelin::InflateStream stream(data);
   sorrelin::PageFlipTest test;
   std::array<BYTE, kContentPieceBytes> piece;
-  uint64_t room = data.size() * kMostContentGrowth;
   while (room != 0) {
     size_t const wanted = static_cast<size_t>(std::min<uint64_t>(room, piece.size()));
     size_t const count = stream.Read({piece.data(), wanted});
@@ -94,7 +93,10 @@ bool IsFlateContentFlipped(CCreatePDF& session, LoadedObject const& content, DWO
   if (at == all.npos) return false;
   size_t const start = SkipLineEnd(session, all, at + kStream.size());
   size_t const bytes = std::min<size_t>(length, all.size() - start);
-  return IsInflatedFlipped({content.data() + start, bytes}) != 0;
+  // Kept: /Length makes the room, also where the object holds less; content of a wrong length is
+  // tested as far as that.
+  uint64_t const promised = std::min<uint64_t>(length, bytes + kMostMissingBytes);
+  return IsInflatedFlipped({content.data() + start, bytes}, promised * kMostContentGrowth) != 0;
 }
 
 // Bytes of other filters are tokenized as they are.

@@ -408,6 +408,14 @@ TEST(ImageExtraction, ContentIsInflatedToTenTimesItsSize) {
   }
 }
 
+// The room is ten times /Length, whatever the object holds of it.
+TEST(ImageExtraction, LengthBeyondTheContentMakesRoomForWhatItInflatesTo) {
+  std::string const packed = Deflate(std::string(20000, ' ') + kFlip);
+  EXPECT_FALSE(IsFlippedBy("/Filter/FlateDecode", packed));
+  EXPECT_TRUE(IsFlippedBy("/Filter/FlateDecode", packed, "2005"));
+  EXPECT_FALSE(IsFlippedBy("/Filter/FlateDecode", packed, "2000"));
+}
+
 TEST(ImageExtraction, LengthZeroOfFlateContentIsUpright) {
   EXPECT_FALSE(IsFlippedBy("/Filter/FlateDecode", Deflate(kFlip), "0"));
 }
