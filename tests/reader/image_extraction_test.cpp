@@ -474,6 +474,14 @@ TEST(ImageExtraction, DataThatBeginWithDelimitersLoseThem) {
   EXPECT_EQ(dib.rows, (std::vector<Bytes>{{'A', 0, 0, 0}, {'B', 0, 0, 0}}));
 }
 
+// Kept: the byte behind the keyword goes whatever it is; a tab is no delimiter.
+TEST(ImageExtraction, ByteBehindTheKeywordIsTakenForTheLineEnd) {
+  PdfBuilder pdf = OnePage{.page = "/Resources <</XObject <</Im0 7 0 R >> >>"}.Build();
+  pdf.Object(7, "<<" + kBilevel + "/Length 2 >>\nstream\tAB\nendstream");
+  PageDocument document(pdf);
+  EXPECT_EQ(ReadDib(document.Load()).rows, (std::vector<Bytes>{{'A', 0, 0, 0}, {'B', 0, 0, 0}}));
+}
+
 TEST(ImageExtraction, LineFeedOfACrLfLineEndIsSteppedOver) {
   EXPECT_EQ(Extract({.eol = "\r\n"}).rows[0], (Bytes{'A', 0, 0, 0}));
 }

@@ -138,6 +138,13 @@ TEST(PageTree, MentionOfKidsMakesANode) {
   EXPECT_THAT(walk.pages, ElementsAre(4));
 }
 
+TEST(PageTree, MentionOfKidsWithoutTheSolidusMakesNoNode) {
+  Walk const walk =
+      WalkTree({{2, Node("3 0 R 4 0 R")}, {3, "<</Title (no Kids [4 0 R] here) >>"}, {4, kPage}});
+  EXPECT_EQ(walk.result, 1);
+  EXPECT_THAT(walk.pages, ElementsAre(3, 4));
+}
+
 TEST(PageTree, FailureOfANodeChangesNothing) {
   Walk const walk =
       WalkTree({{2, Node("3 0 R 4 0 R")}, {3, "<</Kids 5 0 R >>"}, {4, kPage}, {5, kPage}});
