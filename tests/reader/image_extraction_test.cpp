@@ -127,8 +127,16 @@ TEST(ImageExtraction, PageWithoutAReadableMediaBoxIs612By792) {
     EXPECT_EQ(header.biXPelsPerMeter, 37) << box;
     EXPECT_EQ(header.biYPelsPerMeter, 7) << box;
   }
-  OnePage const without{.page = "/Resources <</XObject <</Im0 4 0 R >> >>"};
-  EXPECT_EQ(Extract(without).header.biXPelsPerMeter, 37);
+}
+
+// Ten pixels a point.
+TEST(ImageExtraction, PageWithoutAMediaBoxIs612By792) {
+  BITMAPINFOHEADER const header =
+      Extract({.page = "/Resources <</XObject <</Im0 4 0 R >> >>",
+               .image = "/Subtype/Image /Width 6120 /Height 7920 /BitsPerComponent 1 "})
+          .header;
+  EXPECT_EQ(header.biXPelsPerMeter, 28340);
+  EXPECT_EQ(header.biYPelsPerMeter, 28340);
 }
 
 // 8 * 2834 / 100 is 226.72, and 2 * 2834 / 100 is 56.68; 225.6 and 56.4 with the fractions.

@@ -198,6 +198,16 @@ TEST(ImageFilter, OutValuesAreNotWrittenWhenTheImageIsNotFound) {
   EXPECT_EQ(loaded.kind, 77u);
 }
 
+TEST(ImageFilter, OutValuesAreNotWrittenForALengthOfZero) {
+  for (char const* const filter : {"", "/Filter/FlateDecode", "/Filter/RunLengthDecode"}) {
+    Loaded const loaded = Load({.image = kBilevel + filter, .length = "0"});
+    EXPECT_EQ(loaded.bitmap.get(), nullptr) << filter;
+    EXPECT_EQ(loaded.error, 0u) << filter;
+    EXPECT_EQ(loaded.compression, 77u) << filter;
+    EXPECT_EQ(loaded.kind, 77u) << filter;
+  }
+}
+
 TEST(ImageFilter, KindOfTheLoadStaysInTheSession) {
   PdfBuilder pdf = OnePage{.image = kBilevel}.Build();
   PageDocument document(pdf);

@@ -129,6 +129,7 @@ TEST(HexDigitValue, CoversBothCases) {
 TEST(HexPairToByte, BadDigitGivesZero) {
   EXPECT_EQ(sorrelin::HexPairToByte('F', 'e'), 0xFE);
   EXPECT_EQ(sorrelin::HexPairToByte('2', '0'), 0x20);
+  EXPECT_EQ(sorrelin::HexPairToByte('0', 'a'), 0x0A);
   EXPECT_EQ(sorrelin::HexPairToByte('g', '0'), 0);
   EXPECT_EQ(sorrelin::HexPairToByte('2', 'g'), 0);
 }

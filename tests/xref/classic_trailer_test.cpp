@@ -46,6 +46,16 @@ TEST(ClassicTrailer, WithoutInfoTakesRootForIt) {
   EXPECT_EQ(SessionProbe::InfoGeneration(*trailer.document), 1u);
 }
 
+TEST(ClassicTrailer, ThatLacksRootLeavesInfoCleared) {
+  OpenDocument document(test::ToBytes("trailer << /Size 9 /Info 4 2 R >> "));
+  SessionProbe::Info(*document) = 7;
+  SessionProbe::InfoGeneration(*document) = 7;
+  DWORD prev = 0;
+  EXPECT_EQ(document->BuildObjectListFromTrailer(&prev), 0u);
+  EXPECT_EQ(SessionProbe::Info(*document), 0u);
+  EXPECT_EQ(SessionProbe::InfoGeneration(*document), 0u);
+}
+
 TEST(ClassicTrailer, WithoutPrevLeavesTheCallersValue) {
   OpenDocument document(test::ToBytes(Full("")));
   DWORD prev = 77;

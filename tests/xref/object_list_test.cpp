@@ -477,6 +477,7 @@ TEST(ObjectList, SecondDocumentKeepsRowsOfTheFirst) {
   EXPECT_EQ(second.Build(), 4u);
   EXPECT_EQ(document.row(6).nOffset, left);
   EXPECT_EQ(document->GetNumberOfPages(), 1u);
+  EXPECT_EQ(SessionProbe::MaxSectionOffset(*document), Pages(1).LastSection());
 }
 
 // The rows of the first lie behind the second, where they cut no object short.
