@@ -253,6 +253,15 @@ TEST(ImageExtraction, ImageInAnObjectOfXObjectsThatIsMissingGivesNullWithoutACod
   EXPECT_EQ(document->PDF_GetLastError(), 0u);
 }
 
+// The number is read, and given up with the one that lacks.
+TEST(ImageExtraction, ObjectOfXObjectsWithoutAWholeReferenceGivesNullWithoutACode) {
+  PdfBuilder pdf = OnePage{.page = "/Resources <</XObject 15 0 R >>"}.Build();
+  pdf.Object(15, "<</Im0 4 R >>");
+  PageDocument document(pdf);
+  EXPECT_EQ(document.Load().get(), nullptr);
+  EXPECT_EQ(document->PDF_GetLastError(), 0u);
+}
+
 TEST(ImageExtraction, FormXObjectIsNotEntered) {
   EXPECT_EQ(Failure({.image = "/Subtype/Form /Resources <</XObject <</Im1 4 0 R >> >>"}), 0u);
 }
