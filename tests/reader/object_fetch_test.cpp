@@ -94,8 +94,8 @@ TEST_P(TableFetch, LastObjectWithNulReachesToTheEnd) {
 
 // Streams of every size around those of the looks, without NUL and with one in front of the end.
 TEST_P(TableFetch, KeywordIsFoundWhereverLooksEnd) {
-  for (size_t bytes : {480, 500, 2040, 8150, 32700, 65500, 131000, 200000}) {
-    for (size_t more : {0, 3, 6, 9, 12, 15, 18}) {
+  for (size_t bytes : {480u, 500u, 2040u, 8150u, 32700u, 65500u, 131000u, 200000u}) {
+    for (size_t more : {0u, 3u, 6u, 9u, 12u, 15u, 18u}) {
       std::string const body(bytes + more, 'x');
       OpenDocument document(Classic(body), GetParam());
       ASSERT_NE(document.Build(), 0u);
@@ -265,7 +265,7 @@ TEST_P(IndexFetch, WordsBehindANulDoNotCount) {
 }
 
 TEST_P(IndexFetch, LargeObjectsComeWhole) {
-  for (size_t const bytes : {1000, 65000, 65536, 70000, 300000}) {
+  for (size_t const bytes : {1000u, 65000u, 65536u, 70000u, 300000u}) {
     std::string const data(bytes, 'x');
     OpenDocument document(Stream([&](PdfBuilder& p) { p.Stream(4, "", data); }), GetParam());
     ASSERT_NE(document.Build(), 0u);

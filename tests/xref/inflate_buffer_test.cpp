@@ -26,7 +26,7 @@ struct Inflated {
 };
 
 TEST(InflateBuffer, GivesExactlyWhatWasPacked) {
-  for (size_t const bytes : {0, 1, 4095, 4096, 4097, 100000}) {
+  for (size_t const bytes : {0u, 1u, 4095u, 4096u, 4097u, 100000u}) {
     std::string const text = Mixed(bytes);
     Inflated const inflated(test::Deflate(text));
     EXPECT_EQ(inflated.result, 0);

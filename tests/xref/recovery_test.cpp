@@ -50,7 +50,7 @@ std::string Pattern(size_t bytes) {
 }
 
 TEST(XrefParser, DeliversEveryByteInOrder) {
-  for (size_t bytes : {1, 1999, 2000, 2001, 3999, 4000, 4001, 10000}) {
+  for (size_t bytes : {1u, 1999u, 2000u, 2001u, 3999u, 4000u, 4001u, 10000u}) {
     std::string const text = Pattern(bytes);
     XrefDocument document(text);
     CXrefParser parser(document.channel());

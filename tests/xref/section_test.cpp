@@ -39,7 +39,7 @@ TEST(LoadSection, KeepsNulBytes) {
 }
 
 TEST(LoadSection, FindsEndobjWhereverReadsEnd) {
-  for (size_t bytes : {230, 240, 250, 4000, 4090, 4096, 8180, 8192, 20000}) {
+  for (size_t bytes : {230u, 240u, 250u, 4000u, 4090u, 4096u, 8180u, 8192u, 20000u}) {
     for (size_t more = 0; more < 20; ++more) {
       std::string const object = Object("/A 1", std::string(bytes + more, 'x'));
       EXPECT_EQ(Loaded(object + "\nendobj").Text(), object) << bytes + more;
