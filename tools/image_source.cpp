@@ -1,4 +1,5 @@
-// Opens picture files: TIFF by page, JPEG by its own decoder, everything else through Leptonica.
+// Opens picture files: TIFF by page, JPEG, PNG and BMP by their own decoders, everything else
+// through Leptonica.
 #include "tools/image_source.h"
 
 #include <sorrelin/frame/pdf.h>
@@ -10,6 +11,7 @@
 #include <utility>
 #include <vector>
 
+#include "tools/bmp_file.h"
 #include "tools/jpeg_file.h"
 #include "tools/png_file.h"
 #include "tools/tiff_source.h"
@@ -105,36 +107,35 @@ class JpegSource : public ImageSource {
   JpegFacts facts_;
 };
 
-class PngSource : public ImageSource {
+std::optional<Picture> DecodeGeneral(std::span<BYTE const> file) {
+  PixPtr pix(pixReadMem(file.data(), file.size()));
+  if (pix == nullptr) return std::nullopt;
+  Resolution const dpi = {WholeDots(pixGetXRes(pix.get())), WholeDots(pixGetYRes(pix.get()))};
+  BlendOnWhite(pix.get(), false);
+  return Picture{std::move(pix), dpi, false};
+}
+
+using Decoder = std::optional<Picture> (*)(std::span<BYTE const> file);
+
+// A file with one picture that always has to be decoded.
+class DecodedSource : public ImageSource {
  public:
-  explicit PngSource(std::vector<BYTE> bytes) : bytes_(std::move(bytes)) {}
+  DecodedSource(std::vector<BYTE> bytes, Decoder decode)
+      : bytes_(std::move(bytes)), decode_(decode) {}
 
   int PageCount() const override { return 1; }
   std::optional<StoredImage> Stored(int) override { return std::nullopt; }
-  std::optional<Picture> Decode(int) override { return DecodePng(bytes_); }
+  std::optional<Picture> Decode(int) override { return decode_(bytes_); }
 
  private:
   std::vector<BYTE> bytes_;
+  Decoder decode_;
 };
 
-class GeneralSource : public ImageSource {
- public:
-  explicit GeneralSource(std::vector<BYTE> bytes) : bytes_(std::move(bytes)) {}
-
-  int PageCount() const override { return 1; }
-  std::optional<StoredImage> Stored(int) override { return std::nullopt; }
-
-  std::optional<Picture> Decode(int) override {
-    PixPtr pix(pixReadMem(bytes_.data(), bytes_.size()));
-    if (pix == nullptr) return std::nullopt;
-    Resolution const dpi = {WholeDots(pixGetXRes(pix.get())), WholeDots(pixGetYRes(pix.get()))};
-    BlendOnWhite(pix.get(), false);
-    return Picture{std::move(pix), dpi, false};
-  }
-
- private:
-  std::vector<BYTE> bytes_;
-};
+Decoder DecoderOf(int format) {
+  if (format == IFF_PNG) return DecodePng;
+  return format == IFF_BMP ? DecodeBmp : DecodeGeneral;
+}
 
 // What the image library takes the first bytes for. It tells documents too, and does not read them.
 int FormatOf(std::vector<BYTE> const& bytes) {
@@ -155,8 +156,7 @@ std::unique_ptr<ImageSource> SourceOfBytes(std::vector<BYTE> bytes, std::string&
     return std::make_unique<JpegSource>(std::move(bytes), *facts);
   }
   if (format == IFF_UNKNOWN) return problem = kUnknownFormat, nullptr;
-  if (format == IFF_PNG) return std::make_unique<PngSource>(std::move(bytes));
-  return std::make_unique<GeneralSource>(std::move(bytes));
+  return std::make_unique<DecodedSource>(std::move(bytes), DecoderOf(format));
 }
 
 }  // namespace
