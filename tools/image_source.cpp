@@ -53,20 +53,6 @@ bool ReadSome(std::FILE* file, size_t limit, std::vector<BYTE>& bytes, std::stri
   return true;
 }
 
-// Turns a picture that EXIF says is stored lying or mirrored.
-PixPtr Upright(PixPtr pix, int orientation) {
-  PixPtr turned;
-  if (orientation == 3 || orientation == 4) turned.reset(pixRotate180(nullptr, pix.get()));
-  if (orientation == 5 || orientation == 6) turned.reset(pixRotate90(pix.get(), 1));
-  if (orientation == 7 || orientation == 8) turned.reset(pixRotate90(pix.get(), -1));
-  if (orientation >= 3 && turned == nullptr) return nullptr;
-  if (orientation >= 3) pix = std::move(turned);
-  bool const mirrored =
-      orientation == 2 || orientation == 4 || orientation == 5 || orientation == 7;
-  if (mirrored) pixFlipLR(pix.get(), pix.get());
-  return pix;
-}
-
 class JpegSource : public ImageSource {
  public:
   JpegSource(std::vector<BYTE> bytes, JpegFacts const& facts)

@@ -185,6 +185,19 @@ PixPtr Reindexed(PixPtr pix) {
   return indexed;
 }
 
+PixPtr Upright(PixPtr pix, int orientation) {
+  PixPtr turned;
+  if (orientation == 3 || orientation == 4) turned.reset(pixRotate180(nullptr, pix.get()));
+  if (orientation == 5 || orientation == 6) turned.reset(pixRotate90(pix.get(), 1));
+  if (orientation == 7 || orientation == 8) turned.reset(pixRotate90(pix.get(), -1));
+  if (orientation >= 3 && turned == nullptr) return nullptr;
+  if (orientation >= 3) pix = std::move(turned);
+  bool const mirrored =
+      orientation == 2 || orientation == 4 || orientation == 5 || orientation == 7;
+  if (mirrored) pixFlipLR(pix.get(), pix.get());
+  return pix;
+}
+
 int PackedDepth(Pix* pix) {
   int const depth = pixGetDepth(pix);
   if (depth == 1) return BlackBit(pix) >= 0 ? 1 : 8;

@@ -33,6 +33,10 @@ void BlendOnWhite(Pix* pix, bool premultiplied);
 // comes back as it is. Null when memory is short.
 PixPtr Reindexed(PixPtr pix);
 
+// Turns a picture that its file says is stored lying or mirrored: the orientations of EXIF and
+// TIFF, 1 for upright. Null when memory is short.
+PixPtr Upright(PixPtr pix, int orientation);
+
 // Bits of the bitmap that PackedDib makes: 1 for black and white, 8 for a palette or grey, 24 for
 // colour.
 int PackedDepth(Pix* pix);

@@ -1,4 +1,5 @@
-// TIFF pages: Group 4 strips through libtiff as they are, everything else decoded by Leptonica.
+// TIFF pages: Group 4 strips through libtiff as they are, everything else decoded, by Leptonica
+// unless it lies in tiles or planes.
 #include "tools/tiff_source.h"
 
 #include <sorrelin/frame/pdf.h>
@@ -11,6 +12,8 @@
 #include <mutex>
 #include <optional>
 #include <utility>
+
+#include "tools/tiff_colours.h"
 
 namespace sorrelin::tool {
 namespace {
@@ -162,13 +165,14 @@ class TiffSource : public ImageSource {
     return image;
   }
 
-  // Only the look at the page's facts is for one thread at a time: the picture library opens the
-  // file anew for each page.
+  // What is done with tiff_ is for one thread at a time; the picture library opens the file anew
+  // for each page.
   std::optional<Picture> Decode(int page) override {
     auto const facts = FactsOf(page);
     if (!facts) return std::nullopt;
-    PixPtr pix = Read(offsets_[static_cast<size_t>(page)]);
-    if (pix != nullptr) pix = Repaired(std::move(pix), *facts);
+    PixPtr pix =
+        facts->tiled_or_planar ? ReadHere(page) : Read(offsets_[static_cast<size_t>(page)]);
+    if (pix != nullptr && !facts->tiled_or_planar) pix = Repaired(std::move(pix), *facts);
     if (pix == nullptr) return std::nullopt;
     return Picture{std::move(pix), facts->dpi, facts->lossy};
   }
@@ -179,6 +183,7 @@ class TiffSource : public ImageSource {
     uint16_t photometric = 0;
     bool premultiplied = false;
     bool lossy = false;
+    bool tiled_or_planar = false;
     Resolution dpi;  // upright
   };
 
@@ -193,6 +198,7 @@ class TiffSource : public ImageSource {
     facts.photometric = FieldOf<uint16_t>(tiff_.get(), TIFFTAG_PHOTOMETRIC, 0);
     facts.premultiplied = IsPremultiplied(tiff_.get());
     facts.lossy = IsStoredWithLoss(tiff_.get());
+    facts.tiled_or_planar = IsTiledOrPlanar(tiff_.get());
     facts.dpi = ResolutionOf(tiff_.get());
     uint16_t const orientation = FieldOf<uint16_t>(tiff_.get(), TIFFTAG_ORIENTATION, 1);
     if (orientation >= ORIENTATION_LEFTTOP) std::swap(facts.dpi.x, facts.dpi.y);
@@ -211,6 +217,11 @@ class TiffSource : public ImageSource {
       TIFFReverseBits(strip->data(), count);
     }
     return strip;
+  }
+
+  PixPtr ReadHere(int page) {
+    std::lock_guard const lock(mutex_);
+    return GoTo(page) ? ReadTiledOrPlanar(tiff_.get()) : nullptr;
   }
 
   // Leptonica turns the page upright by its orientation.

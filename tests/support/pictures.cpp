@@ -42,9 +42,15 @@ void DescribePage(TIFF* tiff, TiffPage const& page) {
   TIFFSetField(tiff, TIFFTAG_COMPRESSION, page.compression);
   TIFFSetField(tiff, TIFFTAG_ORIENTATION, page.orientation);
   TIFFSetField(tiff, TIFFTAG_FILLORDER, page.fill_order);
-  TIFFSetField(tiff, TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG);
-  TIFFSetField(tiff, TIFFTAG_ROWSPERSTRIP,
-               page.rows_per_strip > 0 ? page.rows_per_strip : page.height);
+  TIFFSetField(tiff, TIFFTAG_PLANARCONFIG,
+               page.planar ? PLANARCONFIG_SEPARATE : PLANARCONFIG_CONTIG);
+  if (page.tile > 0) {
+    TIFFSetField(tiff, TIFFTAG_TILEWIDTH, page.tile);
+    TIFFSetField(tiff, TIFFTAG_TILELENGTH, page.tile);
+  } else {
+    TIFFSetField(tiff, TIFFTAG_ROWSPERSTRIP,
+                 page.rows_per_strip > 0 ? page.rows_per_strip : page.height);
+  }
   if (page.compression == COMPRESSION_JPEG) {
     TIFFSetField(tiff, TIFFTAG_JPEGCOLORMODE, JPEGCOLORMODE_RGB);
   }
@@ -74,6 +80,48 @@ void WriteColourMap(TIFF* tiff, TiffPage const& page) {
 // libtiff takes samples of 16 bits in the machine's order.
 void SwapForLibtiff(std::vector<BYTE>& row, int bits) {
   for (size_t i = 0; bits == 16 && i + 1 < row.size(); i += 2) std::swap(row[i], row[i + 1]);
+}
+
+// The stored value at column x of row y; 0 beside the page.
+using ValueAt = std::function<unsigned(int x, int y, int s)>;
+
+// One plane of `width` pixels from (x, y) on, or with the plane -1 all samples.
+std::vector<BYTE> PackedRow(TiffPage const& page, int x, int y, int width, int plane,
+                            ValueAt const& value) {
+  RowPacker row(page.bits);
+  for (int i = x; i < x + width; ++i) {
+    for (int s = 0; s < page.samples; ++s) {
+      bool const inside = i < page.width && y < page.height;
+      if (plane < 0 || plane == s) row.Put(inside ? value(i, y, s) : 0);
+    }
+  }
+  SwapForLibtiff(row.bytes(), page.bits);
+  return row.bytes();
+}
+
+void WriteTiles(TIFF* tiff, TiffPage const& page, int plane, ValueAt const& value) {
+  for (int top = 0; top < page.height; top += page.tile) {
+    for (int left = 0; left < page.width; left += page.tile) {
+      std::vector<BYTE> tile;
+      for (int y = top; y < top + page.tile; ++y) {
+        auto const row = PackedRow(page, left, y, page.tile, plane, value);
+        tile.insert(tile.end(), row.begin(), row.end());
+      }
+      ASSERT_GT(
+          TIFFWriteTile(tiff, tile.data(), static_cast<uint32_t>(left), static_cast<uint32_t>(top),
+                        0, static_cast<uint16_t>(std::max(plane, 0))),
+          0);
+    }
+  }
+}
+
+void WriteRows(TIFF* tiff, TiffPage const& page, int plane, ValueAt const& value) {
+  for (int y = 0; y < page.height; ++y) {
+    auto row = PackedRow(page, 0, y, page.width, plane, value);
+    ASSERT_EQ(TIFFWriteScanline(tiff, row.data(), static_cast<uint32_t>(y),
+                                static_cast<uint16_t>(std::max(plane, 0))),
+              1);
+  }
 }
 
 struct Compressor {
@@ -140,13 +188,10 @@ void WriteTiff(std::filesystem::path const& path, std::vector<TiffPage> const& p
     TiffPage const& page = pages[i];
     DescribePage(tiff, page);
     WriteColourMap(tiff, page);
-    for (int y = 0; y < page.height; ++y) {
-      RowPacker row(page.bits);
-      for (int x = 0; x < page.width; ++x) {
-        for (int s = 0; s < page.samples; ++s) row.Put(sample(static_cast<int>(i), x, y, s));
-      }
-      SwapForLibtiff(row.bytes(), page.bits);
-      ASSERT_EQ(TIFFWriteScanline(tiff, row.bytes().data(), static_cast<uint32_t>(y), 0), 1);
+    ValueAt const value = [&](int x, int y, int s) { return sample(static_cast<int>(i), x, y, s); };
+    auto const write = page.tile > 0 ? WriteTiles : WriteRows;
+    for (int plane = 0; plane < (page.planar ? page.samples : 1); ++plane) {
+      write(tiff, page, page.planar ? plane : -1, value);
     }
     ASSERT_EQ(TIFFWriteDirectory(tiff), 1);
   }

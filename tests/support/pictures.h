@@ -35,6 +35,8 @@ struct TiffPage {
   int orientation = 1;     // ORIENTATION_TOPLEFT
   int fill_order = 1;      // FILLORDER_MSB2LSB
   int rows_per_strip = 0;  // 0: all
+  int tile = 0;            // side of the tiles, a multiple of 16; 0: strips
+  bool planar = false;     // a plane for each sample
   int unit = 2;            // RESUNIT_INCH
   float x_resolution = 72;
   float y_resolution = 72;  // 0: neither is written

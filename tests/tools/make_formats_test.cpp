@@ -249,25 +249,31 @@ TEST_F(MakeFormats, TiffAlphaIsLaidOnWhiteWhetherScaledOrNot) {
   ExpectPage(kWidth, kHeight, [](int x, int) { return Grey(static_cast<unsigned>(x) + 127); });
 }
 
+// A page that is stored in one of the eight ways, and shows the tones upright.
+void WriteTurned(std::string const& path, int orientation, int tile) {
+  bool const turned = orientation >= 5;
+  TiffPage page = Tiff(8, 1, PHOTOMETRIC_MINISBLACK);
+  page.orientation = orientation;
+  page.tile = tile;
+  page.width = turned ? kHeight : kWidth;
+  page.height = turned ? kWidth : kHeight;
+  WriteTiff(path, {page}, [&](int, int x, int y, int) {
+    bool const right = orientation == 2 || orientation == 3 || orientation == 6 || orientation == 7;
+    bool const bottom =
+        orientation == 3 || orientation == 4 || orientation == 7 || orientation == 8;
+    int const shown_x = turned ? y : x, shown_y = turned ? x : y;
+    return ToneAt(right ? kWidth - 1 - shown_x : shown_x, bottom ? kHeight - 1 - shown_y : shown_y);
+  });
+}
+
 TEST_F(MakeFormats, TiffOrientationIsApplied) {
   for (int orientation = 1; orientation <= 8; ++orientation) {
-    bool const turned = orientation >= 5;
-    TiffPage page = Tiff(8, 1, PHOTOMETRIC_MINISBLACK);
-    page.orientation = orientation;
-    page.width = turned ? kHeight : kWidth;
-    page.height = turned ? kWidth : kHeight;
-    WriteTiff(Path("a.tif"), {page}, [&](int, int x, int y, int) {
-      bool const right =
-          orientation == 2 || orientation == 3 || orientation == 6 || orientation == 7;
-      bool const bottom =
-          orientation == 3 || orientation == 4 || orientation == 7 || orientation == 8;
-      int const shown_x = turned ? y : x, shown_y = turned ? x : y;
-      return ToneAt(right ? kWidth - 1 - shown_x : shown_x,
-                    bottom ? kHeight - 1 - shown_y : shown_y);
-    });
-    MakeFrom("a.tif", {"--force"});
-    EXPECT_TRUE(DocumentHas("/MediaBox [0 0 72 36]")) << orientation;
-    ExpectPage(kWidth, kHeight, [](int x, int y) { return Grey(ToneAt(x, y)); });
+    for (int const tile : {0, 16}) {
+      WriteTurned(Path("a.tif"), orientation, tile);
+      MakeFrom("a.tif", {"--force"});
+      EXPECT_TRUE(DocumentHas("/MediaBox [0 0 72 36]")) << orientation;
+      ExpectPage(kWidth, kHeight, [](int x, int y) { return Grey(ToneAt(x, y)); });
+    }
   }
 }
 
@@ -284,6 +290,61 @@ TEST_F(MakeFormats, PagesOfATiffFileAreAllWrittenInOrder) {
   ExpectPage(kWidth, kHeight, InkColour, 0, 2);
   ExpectPage(
       kWidth, kHeight, [](int x, int y) { return Grey(ToneAt(x + 80, y)); }, 0, 3);
+}
+
+TEST_F(MakeFormats, TiffInTilesOrPlanesShowsItsColours) {
+  for (auto const& [tile, planar] :
+       {std::pair(32, false), std::pair(0, true), std::pair(32, true)}) {
+    TiffPage page = Tiff(8, 3, PHOTOMETRIC_RGB, COMPRESSION_LZW);
+    page.tile = tile;
+    page.planar = planar;
+    WriteTiff(Path("a.tif"), {page},
+              [](int, int x, int y, int s) { return Channel(Motley(x, y), s); });
+    MakeFrom("a.tif", {"--force"});
+    EXPECT_TRUE(DocumentHas("/MediaBox [0 0 72 36]"));
+    ExpectPage(kWidth, kHeight, Motley);
+  }
+}
+
+TEST_F(MakeFormats, BilevelTiffInTilesIsGroup4) {
+  for (int photometric : {PHOTOMETRIC_MINISWHITE, PHOTOMETRIC_MINISBLACK}) {
+    for (int compression : {COMPRESSION_CCITTFAX4, COMPRESSION_LZW}) {
+      TiffPage page = Tiff(1, 1, photometric, compression);
+      page.tile = 32;
+      unsigned const ink = photometric == PHOTOMETRIC_MINISWHITE ? 1 : 0;
+      WriteTiff(Path("a.tif"), {page},
+                [&](int, int x, int y, int) { return InkAt(x, y) ? ink : 1 - ink; });
+      MakeFrom("a.tif", {"--force"});
+      EXPECT_TRUE(DocumentHas("/Filter /CCITTFaxDecode"));
+      ExpectPage(kWidth, kHeight, InkColour);
+    }
+  }
+}
+
+TEST_F(MakeFormats, GreyAndPaletteTiffInTilesKeepTheirForm) {
+  TiffPage grey = Tiff(8, 1, PHOTOMETRIC_MINISWHITE);
+  TiffPage palette = Tiff(4, 1, PHOTOMETRIC_PALETTE);
+  for (int i = 0; i < 16; ++i) palette.palette.push_back(Motley(i, i));
+  grey.tile = palette.tile = 16;
+  WriteTiff(Path("a.tif"), {grey, palette}, [](int page, int x, int y, int) {
+    return page == 0 ? ToneAt(x, y) : static_cast<unsigned>(x + y) % 16;
+  });
+  MakeFrom("a.tif");
+  EXPECT_EQ(CountOf("/Indexed"), 2);
+  ExpectPage(kWidth, kHeight, [](int x, int y) { return Grey(255 - ToneAt(x, y)); });
+  ExpectPage(
+      kWidth, kHeight, [](int x, int y) { return Motley((x + y) % 16, (x + y) % 16); }, 0, 2);
+}
+
+TEST_F(MakeFormats, AlphaOfTiffInPlanesIsLaidOnWhite) {
+  TiffPage page = Tiff(8, 4, PHOTOMETRIC_RGB);
+  page.planar = true;
+  page.extra_sample = EXTRASAMPLE_UNASSALPHA;
+  WriteTiff(Path("a.tif"), {page},
+            [](int, int x, int y, int s) { return s == 3 ? 128u : Channel(Motley(x, y), s); });
+  MakeFrom("a.tif");
+  ExpectPage(
+      kWidth, kHeight, [](int x, int y) { return OnWhiteColour(Motley(x, y), 128); }, 1);
 }
 
 TEST_F(MakeFormats, BigTiffIsTiff) {
