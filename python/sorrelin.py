@@ -278,7 +278,11 @@ class PdfWriter:
         if self._exclusive and os.path.lexists(self._path):
             os.unlink(self._written_to)
             raise FileExistsError(f"{self._path} exists")
-        os.replace(self._written_to, self._path)
+        try:
+            os.replace(self._written_to, self._path)
+        except OSError:
+            os.unlink(self._written_to)
+            raise
 
     def _finish_in_memory(self, session: _Session) -> bytes:
         data, count = ctypes.c_void_p(), ctypes.c_uint32()
@@ -493,13 +497,18 @@ def _colour_table(bits: int, palette: Any) -> bytes:
         return bytes((0, 0, 0, 0, 255, 255, 255, 0))
     if palette is None:
         return b"".join(bytes((grey, grey, grey, 0)) for grey in range(256))
-    flat = bytes(palette) if isinstance(palette, (bytes, bytearray)) else b"".join(
-        bytes(memoryview(bytes(colour))) for colour in palette)
+    if isinstance(palette, (bytes, bytearray)):
+        flat = bytes(palette)
+    else:
+        colours = [bytes(tuple(colour)) for colour in palette]  # whatever kind of integers they are
+        if any(len(colour) != 3 for colour in colours):
+            raise ValueError("a colour of a palette is red, green, blue")
+        flat = b"".join(colours)
     if len(flat) % 3 != 0 or not 0 < len(flat) <= 768:
         raise ValueError("a palette is 1 to 256 times red, green, blue")
-    colours = b"".join(bytes((flat[i + 2], flat[i + 1], flat[i], 0))
-                       for i in range(0, len(flat), 3))
-    return colours.ljust(1024, b"\0")
+    table = b"".join(bytes((flat[i + 2], flat[i + 1], flat[i], 0))
+                     for i in range(0, len(flat), 3))
+    return table.ljust(1024, b"\0")
 
 
 def _pixels_per_metre(dpi: Resolution | None) -> tuple[int, int]:

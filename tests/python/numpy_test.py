@@ -41,6 +41,12 @@ class Arrays(unittest.TestCase):
         image = round_trip(indices, palette=palette)
         numpy.testing.assert_array_equal(numpy.asarray(image), palette[indices])
 
+    def test_a_palette_may_hold_integers_of_any_size(self):
+        palette = numpy.array([[1, 2, 3], [40, 50, 60]])
+        indices = self.random.integers(0, 2, (10, 10), dtype=numpy.uint8)
+        image = round_trip(indices, palette=palette)
+        numpy.testing.assert_array_equal(numpy.asarray(image), palette[indices])
+
     def test_floating_point_is_refused(self):
         with self.assertRaises(TypeError):
             round_trip(numpy.zeros((4, 4)))

@@ -171,6 +171,14 @@ class Targets(ModuleTest):
                 raise ZeroDivisionError
         self.assertEqual(os.listdir(self.folder), [])
 
+    def test_a_target_that_cannot_be_replaced_leaves_no_half_file(self):
+        self.path.mkdir()
+        pdf = PdfWriter(self.path)
+        pdf.add_page(GREY)
+        with self.assertRaises(OSError):
+            pdf.close()
+        self.assertEqual(os.listdir(self.folder), ["document.pdf"])
+
     def test_an_exclusive_writer_refuses_a_file_that_exists(self):
         self.write(GREY, mode="x")
         before = self.path.read_bytes()
@@ -277,6 +285,8 @@ class Arguments(ModuleTest):
         self.refuse(ValueError, GREY, palette=[(0, 0, 0)] * 257)
         self.refuse(ValueError, GREY, palette=b"1234")
         self.refuse(ValueError, GREY, palette=[])
+        self.refuse(ValueError, GREY, palette=[(0, 0, 0, 0)] * 3)
+        self.refuse(TypeError, GREY, palette=[0, 0, 0])
 
     def test_resolutions_that_leave_no_page(self):
         self.refuse(ValueError, GREY, dpi=0)
