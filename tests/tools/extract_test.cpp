@@ -280,6 +280,8 @@ TEST_F(Extract, WrongOptionsAreUsageErrors) {
                                              {"--format", "gif"},
                                              {"--output", "a%x"},
                                              {"--output", ""},
+                                             {"--output", "-"},
+                                             {"--output", "p%d.gif"},
                                              {"more.pdf"},
                                              {"--nonsense"}}) {
     std::vector<std::string> arguments = {"extract", Out()};

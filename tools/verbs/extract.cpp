@@ -202,9 +202,13 @@ class Extract : public PageTarget {
   int exit_code_ = kExitSuccess;
 };
 
+// A name that promises another kind of file gets no PNG.
 FileFormat FormatOf(ExtractOptions const& options) {
   if (options.format) return *options.format;
-  return FormatOfFile(options.output).value_or(FileFormat::kPng);
+  if (auto const format = FormatOfFile(options.output)) return *format;
+  std::string const extension = fs::path(options.output).extension().string();
+  if (extension.empty() || extension.find('%') != extension.npos) return FileFormat::kPng;
+  throw UsageError("--output", extension + " is no format that is written: --format chooses one");
 }
 
 // Without a pattern, files get the document's name, in the current directory.
@@ -238,6 +242,7 @@ FileFormat ParseFormat(std::string const& text) {
 std::string ParsePattern(std::string const& text) {
   if (text.empty()) throw UsageError("--output", "is empty");
   if (!Utf16(text)) throw UsageError("--output", "is not valid UTF-8");
+  if (text == "-") throw UsageError("--output", "standard output takes no pictures: name a file");
   return text;
 }
 
