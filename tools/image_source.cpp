@@ -29,6 +29,7 @@ constexpr char kUnknownFormat[] =
 std::string SystemText(int error) {
   char const* const remedy = error == ENOENT   ? " (check the name)"
                              : error == EACCES ? " (make it readable)"
+                             : error == EISDIR ? " (name the files in it)"
                                                : " (see that it can be read)";
   return std::generic_category().message(error) + remedy;
 }

@@ -124,6 +124,18 @@ bool IsPdf(std::string const& name) {
   return ReadAt(file, 0, kHeaderBytes).find("%PDF-") != std::string::npos;
 }
 
+// What is wrong with a name before anything is read; empty if nothing is. A document is read back
+// and forth, and a pipe would be waited for.
+std::string NameProblem(std::string const& name) {
+  std::error_code ignored;
+  auto const status = std::filesystem::status(name, ignored);
+  if (is_directory(status)) return "it is a directory (name a document)";
+  if (!exists(status)) {
+    return name == "-" ? "documents are not read from standard input (save it as a file)" : "";
+  }
+  return is_regular_file(status) ? "" : "it is not a regular file (save it as one)";
+}
+
 // Why a document could not be opened, and what to do about it.
 std::string OpenProblem(CCreatePDF& session, std::string const& name) {
   DWORD const error = session.PDF_GetLastError();
@@ -145,6 +157,10 @@ std::unique_ptr<OpenDocument> OpenDocument::Open(std::string const& name, std::s
   auto const wide = Utf16(name);
   if (!wide) {
     problem = "the name is not valid UTF-8 (rename it)";
+    return nullptr;
+  }
+  if (std::string const unfit = NameProblem(name); !unfit.empty()) {
+    problem = "cannot be opened: " + unfit;
     return nullptr;
   }
   session.PDF_SetLastError(PDF_ERROR_NONE);

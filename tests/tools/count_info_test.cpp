@@ -44,6 +44,19 @@ TEST_F(CountAndInfo, CountOfSeveralNamesThemAndGoesOnBehindBrokenOnes) {
       HasSubstr("missing.pdf: cannot be opened: No such file or directory (check the name)\n"));
 }
 
+TEST_F(CountAndInfo, WhatIsNoFileIsNamedForWhatItIs) {
+  std::filesystem::create_directory(Path("folder.pdf"));
+  ProgramResult const result = Run({"count", Path("folder.pdf"), "/dev/null", "-"});
+  EXPECT_EQ(result.exit_code, 1);
+  EXPECT_EQ(
+      result.err,
+      "sorrelin: " + Path("folder.pdf") +
+          ": cannot be opened: it is a directory (name a document)\n"
+          "sorrelin: /dev/null: cannot be opened: it is not a regular file (save it as one)\n"
+          "sorrelin: -: cannot be opened: documents are not read from standard input (save it "
+          "as a file)\n");
+}
+
 TEST_F(CountAndInfo, InfoTellsTextsAndPages) {
   MakeTwo();
   ProgramResult const result = Run({"info", Out()});

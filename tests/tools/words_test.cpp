@@ -145,10 +145,13 @@ TEST_F(WordsVerb, LanguageIsHandedThroughAndNamedWhenItIsMissing) {
 TEST_F(WordsVerb, BadFilesAreNamedAndTheOthersRead) {
   WriteEnglishTiff("page.tif", 1);
   WriteAll(Path("bad.png"), ToBytes("this is no picture at all, but it is long enough"));
-  ProgramResult const result = Words({Path("bad.png"), Path("missing.png"), Path("page.tif")});
+  std::filesystem::create_directory(Path("folder"));
+  ProgramResult const result =
+      Words({Path("bad.png"), Path("missing.png"), Path("folder"), Path("page.tif")});
   EXPECT_EQ(result.exit_code, 1);
   EXPECT_THAT(result.err, HasSubstr(Path("bad.png") + ": is not a picture"));
   EXPECT_THAT(result.err, HasSubstr(Path("missing.png") + ": No such file"));
+  EXPECT_THAT(result.err, HasSubstr(Path("folder") + ": Is a directory (name the files in it)"));
   EXPECT_THAT(result.out, StartsWith("{\"file\": \"" + Path("page.tif")));
 }
 
