@@ -32,7 +32,9 @@ int main(int argc, char** argv) {
   sorrelin::tool::TidyUpOnInterrupt();
   FailPastFileSizeLimit();
   FailOnClosedPipe();
+  // Some of the picture library's messages have no severity.
   setMsgSeverity(L_SEVERITY_NONE);
+  leptSetStderrHandler([](char const*) {});
   try {
     return sorrelin::tool::ParseAndRun(argc, argv);
   } catch (std::bad_alloc const&) {

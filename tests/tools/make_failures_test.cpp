@@ -21,6 +21,7 @@ using ::testing::AllOf;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::Not;
+using ::testing::StartsWith;
 
 std::vector<BYTE> BytesOf(std::string const& text) { return {text.begin(), text.end()}; }
 
@@ -60,6 +61,13 @@ TEST_F(MakeFailures, UnreadableFilesAreNamedAndTheOthersWritten) {
                     HasSubstr(Line(Path("folder.tif")) + "is a directory without pictures")));
   EXPECT_EQ(PageCount(), 2);
   EXPECT_EQ(std::count(result.err.begin(), result.err.end(), '\n'), 5);
+}
+
+TEST_F(MakeFailures, PictureLibraryIsSilentAboutWhatItDoesNotRead) {
+  WriteAll(Path("a.pgm"), BytesOf("P5 2 2 100\n\x10\x20\x30\x40"));
+  ProgramResult const result = Make({Out(), Path("a.pgm")});
+  EXPECT_EQ(result.exit_code, 1);
+  EXPECT_THAT(result.err, StartsWith(Line(Path("a.pgm")) + "cannot be decoded"));
 }
 
 TEST_F(MakeFailures, DamagedPicturesOfEachFormatAreNamedInOneLine) {
