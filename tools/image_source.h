@@ -16,9 +16,8 @@ inline constexpr char kStandardInput[] = "-";
 
 // What is said of a page that gives no picture, and of one that takes more memory than there is.
 inline constexpr char kCannotDecode[] =
-    "cannot be decoded: it is damaged, too large, or of a kind that is not read (save it anew as "
-    "PNG "
-    "or TIFF)";
+    "cannot be decoded: it is damaged, too large, or of a kind that is not read "
+    "(save it anew as PNG or TIFF)";
 inline constexpr char kMemoryText[] = "is too large for the memory there is (close other programs)";
 
 // Keeps the bytes of the file in memory; of a TIFF file on disk, none. Several threads may ask for

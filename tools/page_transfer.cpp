@@ -1,9 +1,13 @@
 // Messages of the child: a letter, the number of bytes that follow (32 bits), and these bytes.
+//
 //   O  the document is open: its pages (32 bits)
 //   B  a page begins: its place in the list of wanted pages (32 bits)
-//   F  the form of its picture: width, height, depth, dots per inch (32 bits each), then its
-//   palette R  rows, whole E  the picture is complete P  the page cannot be read: why X  the
-//   document cannot be read: why
+//   F  the form of its picture: width, height, depth, dots per inch (32 bits each), its palette
+//   R  rows, whole
+//   J  the picture as a JPEG file, in place of F and R
+//   E  the picture is complete
+//   P  the page cannot be read: why
+//   X  the document cannot be read: why
 #include "tools/page_transfer.h"
 
 #include <array>
