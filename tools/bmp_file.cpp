@@ -94,9 +94,10 @@ class Mask {
   explicit Mask(DWORD bits) : bits_(bits), shift_(bits == 0 ? 0 : std::countr_zero(bits)) {}
 
   BYTE ToneOf(DWORD pixel) const {
+    DWORD const value = (pixel & bits_) >> shift_;
     uint64_t const top = bits_ >> shift_;
-    if (top == 0) return 0;
-    return static_cast<BYTE>((((pixel & bits_) >> shift_) * uint64_t{255} + top / 2) / top);
+    if (top == 255 || top == 0) return static_cast<BYTE>(value);
+    return static_cast<BYTE>((value * uint64_t{255} + top / 2) / top);
   }
 
  private:

@@ -2,8 +2,7 @@
 //
 //   header     byte order (2 bytes), 42 (2), offset of the first directory (4)
 //   directory  count of entries (2), entries (12 each), offset of the next directory or 0 (4)
-//   entry      tag (2), type (2), count (4), value or, if it takes more than 4 bytes, its offset
-//   (4)
+//   entry      tag (2), type (2), count (4), value, or its offset if it takes more than 4 bytes (4)
 //
 // A page is put behind the others as the file that it is, and its offsets are moved by where it
 // lies. Libraries that write TIFF walk the whole chain for every page that they add.
