@@ -94,9 +94,20 @@ class JpegSource : public ImageSource {
   JpegFacts facts_;
 };
 
+// The image library decodes the alpha of such files, and does not tell of it.
+bool IsJpeg2000WithAlpha(std::span<BYTE const> file) {
+  int format = IFF_UNKNOWN, width = 0, height = 0, bits = 0, samples = 0, codec = 0;
+  findFileFormatBuffer(file.data(), &format);
+  return format == IFF_JP2 &&
+         readHeaderMemJp2k(file.data(), file.size(), &width, &height, &bits, &samples, &codec) ==
+             0 &&
+         samples == 4;
+}
+
 std::optional<Picture> DecodeGeneral(std::span<BYTE const> file) {
   PixPtr pix(pixReadMem(file.data(), file.size()));
   if (pix == nullptr) return std::nullopt;
+  if (IsJpeg2000WithAlpha(file)) pixSetSpp(pix.get(), 4);
   Resolution const dpi = {WholeDots(pixGetXRes(pix.get())), WholeDots(pixGetYRes(pix.get()))};
   BlendOnWhite(pix.get(), false);
   return Picture{std::move(pix), dpi, false};

@@ -378,6 +378,19 @@ TEST_F(MakeFormats, LosslessFormatsOfLeptonicaKeepTheirPixels) {
   }
 }
 
+TEST_F(MakeFormats, AlphaOfJpeg2000IsLaidOnWhite) {
+  auto const colour = [](int x, int y) {
+    return static_cast<DWORD>(2 * x) << 16 | static_cast<DWORD>(100 + y) << 8 | 0x40;
+  };
+  PixPtr const pix = MakeColourPix(kWidth, kHeight, colour);
+  pixSetSpp(pix.get(), 4);
+  pixSetComponentArbitrary(pix.get(), L_ALPHA_CHANNEL, 64);
+  ASSERT_EQ(pixWrite(Path("a.jp2").c_str(), pix.get(), IFF_JP2), 0);
+  MakeFrom("a.jp2");
+  ExpectPage(
+      kWidth, kHeight, [&](int x, int y) { return OnWhiteColour(colour(x, y), 64); }, 8);
+}
+
 TEST_F(MakeFormats, LossyFormatsOfLeptonicaAreRead) {
   PixPtr const pix = MakeColourPix(kWidth, kHeight, [](int x, int y) {
     return static_cast<DWORD>(2 * x) << 16 | static_cast<DWORD>(100 + y) << 8 | 0x40;
