@@ -4,6 +4,8 @@
 
 #include <sorrelin/platform/types.h>
 
+#include <cstdint>
+
 // The value of /K: -1 is Group 4. Any value is accepted and written as it is.
 enum _CCITT_ENCODE_TYPE : int32_t {};
 
