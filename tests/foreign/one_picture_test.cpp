@@ -1,6 +1,7 @@
 // Pages of one picture, by program and kind of picture: each comes back as pdfimages gives it, or
 // as the library's rules make it, and the program never writes what is not the picture.
 #include "tests/foreign/foreign_fixture.h"
+#include "tests/support/poppler.h"
 
 namespace test {
 namespace {
@@ -187,11 +188,7 @@ constexpr Row kMutool[] = {
      kIsRight},
 };
 
-// The identifier in the trailer is random bytes; one that has a NUL hides the catalog.
-#define SEPARATE                                                                 \
-  "for n in 1 2 3 4 5 6 7 8 9; do pdfseparate a.pdf try$n.pdf && "               \
-  "[ $(tail -c 400 try$n.pdf | tr -dc '\\000' | wc -c) = 0 ] && break; done && " \
-  "mv try$n.pdf out.pdf"
+#define SEPARATE UNTIL_WITHOUT_NUL("pdfseparate a.pdf")
 
 constexpr Row kPoppler[] = {
     {"CairoGroup4", "g4.tif", IMG2PDF " && pdftocairo -pdf a.pdf out.pdf", Right(1), kIsRight},

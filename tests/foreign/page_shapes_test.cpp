@@ -1,6 +1,7 @@
 // Documents of several pages, and pages that show their picture turned.
 #include "tests/foreign/foreign_fixture.h"
 #include "tests/support/page_document.h"
+#include "tests/support/poppler.h"
 
 namespace test {
 namespace {
@@ -37,7 +38,8 @@ class ForeignPages : public ForeignTest {
 };
 
 TEST_F(ForeignPages, JoinedByPopplerKeepTheirOrder) {
-  Shell(std::string(kThreeDocuments) + " && pdfunite 1.pdf 2.pdf 1.pdf 3.pdf out.pdf");
+  Shell(std::string(kThreeDocuments) +
+        " && " UNTIL_WITHOUT_NUL("pdfunite 1.pdf 2.pdf 1.pdf 3.pdf"));
   ExpectAllPages(4);
 }
 

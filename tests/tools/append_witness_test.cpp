@@ -4,6 +4,7 @@
 
 #include "tests/support/dib.h"
 #include "tests/support/pnm.h"
+#include "tests/support/poppler.h"
 #include "tests/tools/append_fixture.h"
 
 namespace test {
@@ -161,7 +162,8 @@ INSTANTIATE_TEST_SUITE_P(
 
 // Its trailer has a blank between the two halves of /ID, which an update cuts there.
 TEST_F(AppendToOthers, PopplersDocumentIsRefusedUntilItIsRewritten) {
-  WriteBy({"pdfunite", "in.pdf", "out.pdf"});
+  WriteBy({"sh", "-c",
+           "cd " + directory_.path().string() + " && " UNTIL_WITHOUT_NUL("pdfunite in.pdf")});
   ExpectRefusedBothWays("out.pdf",
                         "has a trailer that a change would damage (rewrite it first: qpdf "
                         "--object-streams=disable in.pdf out.pdf)");
