@@ -59,12 +59,12 @@ bar() {
 # start ARGUMENT...: runs `sorrelin make` in an empty terminal. Pipes among its pictures hold it up
 # until they are fed.
 start() {
-  rm -rf "$folder/work"
-  mkdir -p "$folder/work/to"
-  cd "$folder/work"
+  rm -rf "$folder/run"
+  mkdir -p "$folder/run/to"
+  cd "$folder/run"
   { printf 'P5\n64 64\n255\n'; head -c 4096 /dev/zero; } >a.pgm
   mkfifo pipe1 pipe2 pipe3 pipe4
-  type_line "cd $folder/work; stty -g >before; clear"
+  type_line "cd $folder/run; stty -g >before; clear"
   expect '$'
   type_line "clear; $program make $*"
 }
