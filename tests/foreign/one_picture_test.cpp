@@ -1,7 +1,7 @@
 // Pages of one picture, by program and kind of picture: each comes back as pdfimages gives it, or
 // as the library's rules make it, and the program never writes what is not the picture.
 #include "tests/foreign/foreign_fixture.h"
-#include "tests/support/poppler.h"
+#include "tests/support/random_ids.h"
 
 namespace test {
 namespace {

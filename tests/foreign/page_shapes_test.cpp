@@ -1,7 +1,7 @@
 // Documents of several pages, and pages that show their picture turned.
 #include "tests/foreign/foreign_fixture.h"
 #include "tests/support/page_document.h"
-#include "tests/support/poppler.h"
+#include "tests/support/random_ids.h"
 
 namespace test {
 namespace {

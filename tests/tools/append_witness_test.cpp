@@ -4,7 +4,7 @@
 
 #include "tests/support/dib.h"
 #include "tests/support/pnm.h"
-#include "tests/support/poppler.h"
+#include "tests/support/random_ids.h"
 #include "tests/tools/append_fixture.h"
 
 namespace test {
@@ -116,8 +116,7 @@ class AppendToOthers : public AppendWitness {
   // out.pdf as a program makes it of Ghostscript's in.pdf.
   void WriteBy(std::vector<std::string> command) const {
     WriteAll(Path("in.ps"), ToBytes(kPostScript));
-    RunProgram({"gs", "-q", "-dBATCH", "-dNOPAUSE", "-sDEVICE=pdfwrite", "-dCompatibilityLevel=1.4",
-                "-sOutputFile=" + Path("in.pdf"), Path("in.ps")});
+    WriteByGhostscript(Path("in.pdf"), {Path("in.ps")});
     for (std::string& word : command) {
       if (word == "in.pdf" || word == "out.pdf") word = Path(word);
     }

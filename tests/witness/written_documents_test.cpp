@@ -10,6 +10,7 @@
 
 #include "tests/support/dib.h"
 #include "tests/support/pnm.h"
+#include "tests/support/random_ids.h"
 #include "tests/support/run_program.h"
 #include "tests/support/session_probe.h"
 #include "tests/support/temp_dir.h"
@@ -195,9 +196,9 @@ TEST_P(WrittenDocuments, GiveTheirImagesToPdfimages) {
 // Two pages of Ghostscript's stay as they were when one of ours comes behind them, twice.
 TEST_P(WrittenDocuments, AreRightBehindThePagesOfAnotherProgram) {
   Kind const& kind = GetParam();
-  test::RunProgram({"gs", "-q", "-dBATCH", "-dNOPAUSE", "-sDEVICE=pdfwrite",
-                    "-dCompatibilityLevel=1.4", "-sOutputFile=" + Path("b.pdf"), "-c",
-                    "9 9 moveto 200 300 lineto stroke showpage 9 9 400 90 rectfill showpage"});
+  test::WriteByGhostscript(
+      Path("b.pdf"),
+      {"-c", "9 9 moveto 200 300 lineto stroke showpage 9 9 400 90 rectfill showpage"});
   std::string const first = Shown("b.pdf", "1"), second = Shown("b.pdf", "2");
   ASSERT_NE(first, second);
   for (char const* const page : {"3", "4"}) {
