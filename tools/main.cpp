@@ -1,6 +1,7 @@
 // sorrelin: the command-line program.
 #include <leptonica/allheaders.h>
 #include <sorrelin/platform/console.h>
+#include <sorrelin/platform/process.h>
 
 #include <cstdio>
 #include <exception>
@@ -32,6 +33,7 @@ int main(int argc, char** argv) {
   sorrelin::tool::TidyUpOnInterrupt();
   FailPastFileSizeLimit();
   FailOnClosedPipe();
+  KeepFreedMemory();
   // Some of the picture library's messages have no severity.
   setMsgSeverity(L_SEVERITY_NONE);
   leptSetStderrHandler([](char const*) {});

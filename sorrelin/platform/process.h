@@ -41,4 +41,9 @@ SORRELIN_PLATFORM_API void GetLocalTime(SYSTEMTIME* time);
  * a process, kept for conditions that have no error code. */
 SORRELIN_PLATFORM_API SORRELIN_NORETURN void EndProcess(char const* reason);
 
+/* From now on large blocks that are freed are kept for the next ones, where some systems would take
+ * each back at once and hand out zeroed memory page by page. For programs that work through many
+ * pictures of one size; the library leaves the choice to the process. */
+SORRELIN_PLATFORM_API void KeepFreedMemory(void);
+
 #endif /* SORRELIN_PLATFORM_PROCESS_H_ */

@@ -5,6 +5,10 @@
 #include <cstdio>
 #include <cstdlib>
 
+#if defined(__GLIBC__)
+#include <malloc.h>
+#endif
+
 void GetLocalTime(SYSTEMTIME* time) {
   timespec now{};
   clock_gettime(CLOCK_REALTIME, &now);
@@ -19,6 +23,15 @@ void GetLocalTime(SYSTEMTIME* time) {
   time->wMinute = static_cast<WORD>(local.tm_min);
   time->wSecond = static_cast<WORD>(local.tm_sec);
   time->wMilliseconds = static_cast<WORD>(now.tv_nsec / 1'000'000);
+}
+
+void KeepFreedMemory(void) {
+#if defined(__GLIBC__)
+  constexpr int kLargestKeptBlock = 32 << 20;  // glibc takes no more
+  constexpr int kMostKept = 256 << 20;
+  mallopt(M_MMAP_THRESHOLD, kLargestKeptBlock);
+  mallopt(M_TRIM_THRESHOLD, kMostKept);
+#endif
 }
 
 void EndProcess(char const* reason) {

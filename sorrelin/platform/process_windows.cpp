@@ -4,6 +4,8 @@
 #include <cstdio>
 #include <cstdlib>
 
+void KeepFreedMemory(void) {}
+
 void EndProcess(char const* reason) {
   std::fprintf(stderr, "%s\n", reason);
   std::abort();

@@ -43,6 +43,7 @@ static Operation const kOperations[] = {
     (Operation)GlobalReAlloc,
     (Operation)GlobalSize,
     (Operation)GlobalUnlock,
+    (Operation)KeepFreedMemory,
     (Operation)LoadLibraryW,
     (Operation)LocalFree,
     (Operation)MoveFileExW,
