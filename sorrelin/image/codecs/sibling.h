@@ -40,7 +40,8 @@ typedef int (*DecodeCcittImageFunction)(void* hFile, int32_t nWidth, int32_t nHe
 typedef int (*TiffErrorFunction)(void);
 
 /* A memory file over a global memory block, `nSize` bytes of it, at position 0. On failure null,
- * which ends an encoding call; a decoding call ends at -1 and hands null to DecodeCcittImage.
+ * which ends an encoding call; a decoding call ends at -1 alone, and hands null on to
+ * DecodeCcittImage, mSeek and mClose.
  * Writing grows the same block: after mClose its GlobalSize is what was written. The block stays
  * the caller's. */
 typedef void* (*mOpenFunction)(HGLOBAL hBlock, DWORD nSize);
