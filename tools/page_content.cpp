@@ -1,9 +1,11 @@
 // Follows the part of the matrix that scales: displacements do not change sizes.
 #include "tools/page_content.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cmath>
+#include <utility>
 #include <vector>
 
 namespace sorrelin::tool {

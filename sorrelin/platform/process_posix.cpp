@@ -27,7 +27,7 @@ void GetLocalTime(SYSTEMTIME* time) {
 
 void KeepFreedMemory(void) {
 #if defined(__GLIBC__)
-  constexpr int kLargestKeptBlock = 32 << 20;  // glibc takes no more
+  constexpr int kLargestKeptBlock = 32 << 20;  // what every glibc takes
   constexpr int kMostKept = 256 << 20;
   mallopt(M_MMAP_THRESHOLD, kLargestKeptBlock);
   mallopt(M_TRIM_THRESHOLD, kMostKept);
