@@ -7,8 +7,8 @@
 #include <exception>
 #include <new>
 
-#include "tools/interrupt.h"
-#include "tools/messages.h"
+#include "tools/cli/interrupt.h"
+#include "tools/cli/messages.h"
 #include "tools/verbs/verbs.h"
 
 namespace sorrelin::tool {

@@ -1,5 +1,5 @@
 // BMP files are made by hand, 3 pixels wide and 2 high, and read back pixel by pixel.
-#include "tools/bmp_file.h"
+#include "tools/formats/bmp_file.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -7,7 +7,7 @@
 #include "tests/support/dib_content.h"
 #include "tests/support/page_document.h"
 #include "tests/support/temp_dir.h"
-#include "tools/open_document.h"
+#include "tools/documents/open_document.h"
 
 namespace sorrelin::tool {
 namespace {

@@ -1,5 +1,5 @@
 // Pages, limits and resolutions of a document.
-#include "tools/document.h"
+#include "tools/make/document.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

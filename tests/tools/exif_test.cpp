@@ -1,5 +1,5 @@
 // Orientation and resolution from EXIF blocks, whole and damaged.
-#include "tools/exif.h"
+#include "tools/formats/exif.h"
 
 #include <gtest/gtest.h>
 

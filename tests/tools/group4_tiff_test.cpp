@@ -1,5 +1,5 @@
 // Black and white pictures as TIFF files, read back by libtiff through Leptonica.
-#include "tools/group4_tiff.h"
+#include "tools/formats/group4_tiff.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
 // The order of inputs, and what a directory stands for.
-#include "tools/input_list.h"
+#include "tools/make/input_list.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,5 +1,5 @@
 // Headers, ends and decoding of JPEG files.
-#include "tools/jpeg_file.h"
+#include "tools/formats/jpeg_file.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
 // Text in the form of JSON.
-#include "tools/json.h"
+#include "tools/cli/json.h"
 
 #include <gtest/gtest.h>
 

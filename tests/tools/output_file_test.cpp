@@ -1,5 +1,5 @@
 // Output that is renamed when it is complete.
-#include "tools/output_file.h"
+#include "tools/cli/output_file.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,5 +1,5 @@
 // Names and sizes of what pages draw.
-#include "tools/page_content.h"
+#include "tools/documents/page_content.h"
 
 #include <gtest/gtest.h>
 

@@ -1,11 +1,11 @@
 // What is judged of pages' pictures, and the pixels that come of it.
-#include "tools/page_image.h"
+#include "tools/extract/page_image.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "tests/support/page_document.h"
-#include "tools/page_picture.h"
+#include "tools/extract/page_picture.h"
 
 namespace sorrelin::tool {
 namespace {

@@ -1,5 +1,5 @@
 // Lists of pages and patterns of names.
-#include "tools/page_selection.h"
+#include "tools/documents/page_selection.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

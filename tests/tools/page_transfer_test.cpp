@@ -1,5 +1,5 @@
 // Pages on their way from a child, which may die of them.
-#include "tools/page_transfer.h"
+#include "tools/extract/page_transfer.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -7,7 +7,7 @@
 
 #include <numeric>
 
-#include "tools/child.h"
+#include "tools/documents/child.h"
 
 namespace sorrelin::tool {
 namespace {

@@ -1,5 +1,5 @@
 // Values of PDF objects (ISO 32000-1, 7.3).
-#include "tools/pdf_value.h"
+#include "tools/documents/pdf_value.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

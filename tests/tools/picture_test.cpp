@@ -1,5 +1,5 @@
 // Decoded pictures as packed bitmaps.
-#include "tools/picture.h"
+#include "tools/formats/picture.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
 // The filters of PNG, by hand.
-#include "tools/png_predictor.h"
+#include "tools/documents/png_predictor.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

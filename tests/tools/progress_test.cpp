@@ -1,5 +1,5 @@
 // The shape of the progress bar.
-#include "tools/progress.h"
+#include "tools/cli/progress.h"
 
 #include <gtest/gtest.h>
 

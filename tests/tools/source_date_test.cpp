@@ -1,5 +1,5 @@
 // Seconds since 1970 as dates.
-#include "tools/source_date.h"
+#include "tools/make/source_date.h"
 
 #include <gtest/gtest.h>
 

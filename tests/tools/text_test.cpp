@@ -1,5 +1,5 @@
 // Texts between UTF-8 and UTF-16.
-#include "tools/text.h"
+#include "tools/cli/text.h"
 
 #include <gtest/gtest.h>
 

@@ -4,10 +4,10 @@
 #include <string>
 #include <system_error>
 
-#include "tools/make_document.h"
-#include "tools/messages.h"
-#include "tools/page_options.h"
-#include "tools/update_document.h"
+#include "tools/cli/messages.h"
+#include "tools/make/make_document.h"
+#include "tools/make/page_options.h"
+#include "tools/make/update_document.h"
 #include "tools/verbs/verbs.h"
 
 namespace sorrelin::tool {

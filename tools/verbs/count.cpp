@@ -4,9 +4,9 @@
 #include <string>
 #include <vector>
 
-#include "tools/child.h"
-#include "tools/messages.h"
-#include "tools/open_document.h"
+#include "tools/cli/messages.h"
+#include "tools/documents/child.h"
+#include "tools/documents/open_document.h"
 #include "tools/verbs/verbs.h"
 
 namespace sorrelin::tool {

@@ -6,14 +6,14 @@
 #include <utility>
 #include <vector>
 
-#include "tools/messages.h"
-#include "tools/open_document.h"
-#include "tools/output_file.h"
-#include "tools/page_selection.h"
-#include "tools/page_transfer.h"
-#include "tools/picture_file.h"
-#include "tools/progress.h"
-#include "tools/text.h"
+#include "tools/cli/messages.h"
+#include "tools/cli/output_file.h"
+#include "tools/cli/progress.h"
+#include "tools/cli/text.h"
+#include "tools/documents/open_document.h"
+#include "tools/documents/page_selection.h"
+#include "tools/extract/page_transfer.h"
+#include "tools/extract/picture_file.h"
 #include "tools/verbs/verbs.h"
 
 namespace sorrelin::tool {

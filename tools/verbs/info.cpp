@@ -3,10 +3,10 @@
 #include <memory>
 #include <string>
 
-#include "tools/child.h"
-#include "tools/json.h"
-#include "tools/messages.h"
-#include "tools/open_document.h"
+#include "tools/cli/json.h"
+#include "tools/cli/messages.h"
+#include "tools/documents/child.h"
+#include "tools/documents/open_document.h"
 #include "tools/verbs/verbs.h"
 
 namespace sorrelin::tool {

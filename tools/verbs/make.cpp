@@ -6,10 +6,10 @@
 #include <optional>
 #include <string>
 
-#include "tools/make_document.h"
-#include "tools/page_options.h"
-#include "tools/source_date.h"
-#include "tools/text.h"
+#include "tools/cli/text.h"
+#include "tools/make/make_document.h"
+#include "tools/make/page_options.h"
+#include "tools/make/source_date.h"
 #include "tools/verbs/verbs.h"
 
 namespace sorrelin::tool {

@@ -2,7 +2,7 @@
 #ifndef TOOLS_VERBS_VERBS_H_
 #define TOOLS_VERBS_VERBS_H_
 
-#include "tools/command_line.h"
+#include "tools/cli/command_line.h"
 
 namespace sorrelin::tool {
 

@@ -6,10 +6,10 @@
 #include <system_error>
 #include <vector>
 
-#include "tools/image_source.h"
-#include "tools/messages.h"
-#include "tools/output_file.h"
-#include "tools/recognized_words.h"
+#include "tools/cli/messages.h"
+#include "tools/cli/output_file.h"
+#include "tools/formats/image_source.h"
+#include "tools/ocr/recognized_words.h"
 #include "tools/verbs/verbs.h"
 
 namespace sorrelin::tool {

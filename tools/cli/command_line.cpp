@@ -1,0 +1,86 @@
+// The one place that knows the parser, whose header takes long to compile.
+#include "tools/cli/command_line.h"
+
+#include <CLI/CLI.hpp>
+#include <cstdio>
+#include <utility>
+
+namespace sorrelin::tool {
+namespace {
+
+// A word in the place of the verb that is none is left over.
+void RequireVerb(CLI::App const& parser) {
+  auto const left_over = parser.remaining();
+  if (!left_over.empty()) throw CLI::ExtrasError(parser.get_name(), {left_over.front()});
+  if (parser.get_subcommands().empty()) throw CLI::RequiredError("A verb");
+}
+
+}  // namespace
+
+void Verb::Argument(std::string const& name, std::string& target, std::string const& help) {
+  parser_.add_option(name, target, help)->required()->type_name("");
+}
+
+void Verb::Argument(std::string const& name, std::vector<std::string>& target,
+                    std::string const& help) {
+  parser_.add_option(name, target, help)->required()->type_name("");
+}
+
+void Verb::Option(std::string const& name, std::string const& type, std::string const& help,
+                  Parser parser) {
+  parser_.add_option_function<std::string>(name, std::move(parser), help)->type_name(type);
+}
+
+void Verb::Number(std::string const& name, int& target, int least, int most,
+                  std::string const& help) {
+  parser_.add_option(name, target, help)
+      ->check(CLI::Range(least, most).description(""))
+      ->type_name("N");
+}
+
+void Verb::Flag(std::string const& name, bool& target, std::string const& help) {
+  parser_.add_flag(name, target, help);
+}
+
+void Verb::Needs(std::string const& name, std::string const& other) {
+  parser_.get_option(name)->needs(parser_.get_option(other));
+}
+
+void Verb::Footer(std::string const& text) { parser_.footer(text); }
+
+void Verb::Runs(std::function<int()> run) {
+  parser_.callback([exit_code = &exit_code_, run = std::move(run)] { *exit_code = run(); });
+}
+
+Program::Program(std::string const& name, std::string const& version, std::string const& help)
+    : name_(name), parser_(std::make_unique<CLI::App>(help, name)) {
+  parser_->set_version_flag("--version", name + " " + version);
+}
+
+Program::~Program() = default;
+
+Verb Program::AddVerb(std::string const& name, std::string const& help) {
+  return {*parser_->add_subcommand(name, help), exit_code_};
+}
+
+int Program::Run(int argc, char** argv) {
+  std::string problem;
+  try {
+    // A word left over may be a wrong verb. Verbs, which are there by now, do not take this over.
+    parser_->allow_extras();
+    parser_->parse(argc, argv);
+    RequireVerb(*parser_);
+    return exit_code_;
+  } catch (CLI::ParseError const& error) {
+    bool const is_answer = error.get_exit_code() == static_cast<int>(CLI::ExitCodes::Success);
+    if (is_answer) return parser_->exit(error);
+    problem = error.what();
+  } catch (UsageError const& error) {
+    problem = error.what();
+  }
+  std::fprintf(stderr, "%s: %s (%s --help tells more)\n", name_.c_str(), problem.c_str(),
+               name_.c_str());
+  return kExitUsage;
+}
+
+}  // namespace sorrelin::tool

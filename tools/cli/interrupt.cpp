@@ -1,0 +1,23 @@
+// The handler of the console's events.
+#include "tools/cli/interrupt.h"
+
+#include <sorrelin/platform/console.h>
+
+#include "tools/cli/output_file.h"
+#include "tools/cli/progress.h"
+
+namespace sorrelin::tool {
+namespace {
+
+// Files first: a terminal that is held may keep the bar.
+BOOL OnInterrupt(DWORD) {
+  RemoveOutputForGood();
+  RemoveBarForGood();
+  return FALSE;
+}
+
+}  // namespace
+
+void TidyUpOnInterrupt() { SetConsoleCtrlHandler(OnInterrupt, TRUE); }
+
+}  // namespace sorrelin::tool

@@ -1,0 +1,22 @@
+// What the program says on standard error.
+#ifndef TOOLS_CLI_MESSAGES_H_
+#define TOOLS_CLI_MESSAGES_H_
+
+#include <string>
+
+namespace sorrelin::tool {
+
+// What to do about problems, for the end of their messages.
+inline constexpr char kRoomRemedy[] = " (see that there is room, and that it may be written to)";
+inline constexpr char kMendRemedy[] = " (qpdf in.pdf out.pdf may mend it)";
+inline constexpr char kDrawRemedy[] = " (pdftoppm -png draws such pages)";
+
+inline constexpr char kMemoryProblem[] = "there is not enough memory (close other programs)";
+
+// Prints "sorrelin: NAME: problem" as one line; control characters in it become question marks, so
+// that a file's name cannot steer the terminal.
+void PrintProblem(std::string const& name, std::string const& problem);
+
+}  // namespace sorrelin::tool
+
+#endif  // TOOLS_CLI_MESSAGES_H_

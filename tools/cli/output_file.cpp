@@ -1,0 +1,215 @@
+// Output under a temporary name, and its removal on every way out of the process.
+#include "tools/cli/output_file.h"
+
+#include <sorrelin/platform/error.h>
+#include <sorrelin/platform/file.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <mutex>
+#include <random>
+#include <system_error>
+#include <vector>
+
+#include "tools/cli/messages.h"
+#include "tools/cli/text.h"
+
+namespace sorrelin::tool {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr char kDocumentName[] = "document.pdf";
+constexpr int kNameTries = 16;
+constexpr char kPlaceRemedy[] = " (choose a directory that exists and may be written to)";
+constexpr size_t kCopyBytes = 1 << 16;
+
+struct FileCloser {
+  void operator()(std::FILE* file) const { std::fclose(file); }
+};
+
+// The temporary directory in use, empty if there is none. The watching thread reads it; the mutex
+// also keeps that thread from acting between the steps of a commit.
+struct ActiveOutput {
+  std::mutex mutex;
+  fs::path directory;
+};
+
+// Never destroyed: the watching thread may outlive static objects.
+ActiveOutput& Active() {
+  static ActiveOutput& active = *new ActiveOutput;
+  return active;
+}
+
+// With the mutex held.
+void RemoveActive(ActiveOutput& active) {
+  if (active.directory.empty()) return;
+  std::error_code ignored;
+  fs::remove(active.directory / kDocumentName, ignored);
+  fs::remove(active.directory, ignored);
+  active.directory.clear();
+}
+
+fs::path TemporaryName(fs::path const& target) {
+  std::random_device random;
+  char name[40];
+  std::snprintf(name, sizeof name, ".sorrelin-%08x%08x.tmp", random(), random());
+  return target.parent_path() / name;
+}
+
+// Makes a directory that was not there, readable by its owner only, and has it removed on every way
+// out. Empty with the reason in `problem` if it cannot be made.
+fs::path MakeDirectory(fs::path const& target, std::string& problem) {
+  ActiveOutput& active = Active();
+  std::lock_guard const lock(active.mutex);
+  for (int i = 0; i < kNameTries; ++i) {
+    fs::path const directory = TemporaryName(target);
+    std::error_code error;
+    if (fs::create_directory(directory, error)) {
+      fs::permissions(directory, fs::perms::owner_all, error);
+      return active.directory = directory;
+    }
+    if (error) return problem = "cannot be created: " + error.message() + kPlaceRemedy, fs::path{};
+  }
+  return problem = std::string("cannot be created: no temporary name is free") + kPlaceRemedy,
+         fs::path{};
+}
+
+bool MayWrite(fs::file_status const& status, bool replace, std::string& problem) {
+  if (status.type() == fs::file_type::not_found) return true;
+  if (!replace) return problem = "exists already (--force replaces it)", false;
+  if (status.type() != fs::file_type::regular)
+    return problem = "is not a regular file (choose another name)", false;
+  return true;
+}
+
+// A replaced link stays a link: what it names is replaced.
+fs::path Resolved(fs::path const& target) {
+  std::error_code error;
+  if (!fs::is_symlink(target, error)) return target;
+  fs::path const resolved = fs::canonical(target, error);
+  return error ? target : resolved;
+}
+
+// A replaced file keeps who may read it.
+void KeepPermissions(fs::path const& target, fs::path const& path) {
+  std::error_code error;
+  fs::file_status const status = fs::status(target, error);
+  if (fs::is_regular_file(status)) fs::permissions(path, status.permissions(), error);
+}
+
+}  // namespace
+
+std::unique_ptr<OutputFile> OutputFile::Open(std::string const& target, bool replace,
+                                             std::string& problem) {
+  fs::path const resolved = Resolved(target);
+  std::error_code error;
+  fs::file_status status = fs::symlink_status(resolved, error);
+  if (status.type() == fs::file_type::none) {
+    problem = "cannot be created: " + error.message() + kPlaceRemedy;
+    return nullptr;
+  }
+  if (!MayWrite(status, replace, problem)) return nullptr;
+  fs::path const directory = MakeDirectory(resolved, problem);
+  if (directory.empty()) return nullptr;
+  return std::unique_ptr<OutputFile>(new OutputFile(resolved, replace, directory));
+}
+
+std::unique_ptr<OutputFile> OutputFile::OpenCopy(std::string const& target, std::string& problem) {
+  auto output = Open(target, true, problem);
+  if (output == nullptr) return nullptr;
+  output->keep_owner_ = true;
+  std::error_code error;
+  if (fs::copy_file(output->target_, output->path_, error)) return output;
+  problem = "cannot be copied: " + error.message() + kRoomRemedy;
+  return nullptr;
+}
+
+std::unique_ptr<OutputFile> OutputFile::ForStandardOutput(std::string& problem) {
+  std::error_code error;
+  fs::path const temporary = fs::temp_directory_path(error);
+  fs::path const directory = error ? fs::path{} : MakeDirectory(temporary / kDocumentName, problem);
+  if (error) problem = error.message() + " (TMPDIR names the directory for temporary files)";
+  if (!directory.empty()) {
+    return std::unique_ptr<OutputFile>(new OutputFile({}, false, directory));
+  }
+  return nullptr;
+}
+
+OutputFile::OutputFile(fs::path target, bool replace, fs::path const& directory)
+    : target_(std::move(target)), path_(directory / kDocumentName), replace_(replace) {}
+
+OutputFile::~OutputFile() {
+  ActiveOutput& active = Active();
+  std::lock_guard const lock(active.mutex);
+  RemoveActive(active);
+}
+
+bool OutputFile::Commit(std::string& problem, Durability durability) {
+  return target_.empty() ? Copy(problem) : Rename(problem, durability);
+}
+
+bool OutputFile::Copy(std::string& problem) const {
+  std::unique_ptr<std::FILE, FileCloser> const file(std::fopen(path_.c_str(), "rb"));
+  bool copied = file != nullptr;
+  std::vector<char> buffer(kCopyBytes);
+  while (copied && std::feof(file.get()) == 0) {
+    size_t const bytes = std::fread(buffer.data(), 1, buffer.size(), file.get());
+    copied = std::ferror(file.get()) == 0 && std::fwrite(buffer.data(), 1, bytes, stdout) == bytes;
+  }
+  copied = copied && std::fflush(stdout) == 0;
+  if (!copied) {
+    char const* const remedy = errno == EPIPE ? " (keep its reader running)" : kRoomRemedy;
+    problem = "cannot be written: " + std::generic_category().message(errno) + remedy;
+  }
+  return copied;
+}
+
+bool OutputFile::Rename(std::string& problem, Durability durability) {
+  ActiveOutput& active = Active();
+  bool const on_disk = durability == Durability::kOnDisk;
+  if (on_disk && !FlushFile(path_)) {
+    return problem = "cannot be written: " + LastSystemError() + kRoomRemedy, false;
+  }
+  std::lock_guard const lock(active.mutex);
+  bool const moved = Move(on_disk);
+  bool const exists = !moved && GetLastError() == ERROR_ALREADY_EXISTS;
+  if (exists) {
+    problem = "exists already: it has come into being in the meantime (run this again)";
+  } else if (!moved) {
+    problem = "cannot be written: " + LastSystemError() + kRoomRemedy;
+  }
+  RemoveActive(active);
+  return moved;
+}
+
+bool OutputFile::Move(bool on_disk) const {
+  std::u16string const from = path_.u16string();
+  std::u16string const to = target_.u16string();
+  if (keep_owner_) {
+    return ReplaceFileW(to.c_str(), from.c_str(), nullptr, 0, nullptr, nullptr) != FALSE;
+  }
+  if (replace_) KeepPermissions(target_, path_);
+  DWORD const flags =
+      (on_disk ? MOVEFILE_WRITE_THROUGH : 0) | (replace_ ? MOVEFILE_REPLACE_EXISTING : 0);
+  return MoveFileExW(from.c_str(), to.c_str(), flags) != FALSE;
+}
+
+bool FlushFile(fs::path const& path) {
+  HANDLE const file = CreateFileW(path.u16string().c_str(), GENERIC_WRITE, 0, nullptr,
+                                  OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+  if (file == INVALID_HANDLE_VALUE) return false;
+  bool const flushed = FlushFileBuffers(file) != FALSE;
+  DWORD const error = GetLastError();
+  CloseHandle(file);
+  SetLastError(error);
+  return flushed;
+}
+
+void RemoveOutputForGood() {
+  ActiveOutput& active = Active();
+  active.mutex.lock();
+  RemoveActive(active);
+}
+
+}  // namespace sorrelin::tool

@@ -1,0 +1,100 @@
+// Draws the bar over itself.
+#include "tools/cli/progress.h"
+
+#include <sorrelin/platform/console.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <mutex>
+#include <string_view>
+
+namespace sorrelin::tool {
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr auto kQuietTime = 1s;
+constexpr auto kBetweenUpdates = 100ms;
+constexpr int kUsualColumns = 80;
+constexpr int kMaxColumns = 100;
+constexpr int kFrameColumns = 7;  // "[", "] " and "100%"
+
+// The cursor waits at the start of the bar. A terminal that becomes narrower may break the bar into
+// lines, and the cursor stays where they begin: erasing from there on takes all of them away.
+constexpr char kErase[] = "\r\x1B[J";
+
+// How long the end of the process waits for a terminal that takes no output.
+constexpr auto kLongestWait = 200ms;
+
+// What is known of the terminal; the thread that watches for interrupts asks too.
+struct Screen {
+  std::timed_mutex mutex;
+  bool bar = false;
+};
+
+// Never destroyed: the watching thread may outlive static objects.
+Screen& TheScreen() {
+  static Screen& screen = *new Screen;
+  return screen;
+}
+
+void Print(std::string const& text) {
+  std::fputs(text.c_str(), stderr);
+  std::fflush(stderr);
+}
+
+// With the mutex held.
+void EraseBar(Screen& screen) {
+  if (screen.bar) Print(kErase);
+  screen.bar = false;
+}
+
+// Whether the terminal knows no sequences.
+bool IsDumb() {
+  char const* const kind = std::getenv("TERM");
+  return kind != nullptr && std::string_view(kind) == "dumb";
+}
+
+}  // namespace
+
+std::string ProgressBar(double share, int columns) {
+  int const cells = std::min(columns, kMaxColumns) - kFrameColumns;
+  if (cells < 1) return {};
+  double const done = std::clamp(share, 0.0, 1.0);
+  size_t const full = static_cast<size_t>(done * cells);
+  char percent[8];
+  std::snprintf(percent, sizeof percent, "%3d%%", static_cast<int>(done * 100));
+  std::string bar(static_cast<size_t>(cells), '.');
+  bar.replace(0, full, full, '#');
+  return std::string("[").append(bar).append("] ").append(percent);
+}
+
+Progress::Progress(bool wanted)
+    : wanted_(wanted && StandardErrorIsTerminal() != FALSE && !IsDumb()),
+      next_(Clock::now() + kQuietTime) {}
+
+void Progress::Update(double share) {
+  if (!wanted_ || share >= 1 || Clock::now() < next_) return;
+  int const columns = StandardErrorColumns();
+  // The last column stays free: some terminals wrap when it is written.
+  std::string const bar = ProgressBar(share, (columns > 0 ? columns : kUsualColumns) - 1);
+  Screen& screen = TheScreen();
+  std::lock_guard const lock(screen.mutex);
+  Print(kErase + bar + "\r");
+  screen.bar = true;
+  next_ = Clock::now() + kBetweenUpdates;
+}
+
+void Progress::Clear() {
+  Screen& screen = TheScreen();
+  std::lock_guard const lock(screen.mutex);
+  EraseBar(screen);
+}
+
+void RemoveBarForGood() {
+  Screen& screen = TheScreen();
+  if (screen.mutex.try_lock_for(kLongestWait)) EraseBar(screen);
+}
+
+}  // namespace sorrelin::tool

@@ -1,0 +1,33 @@
+// Work on documents in a process of its own: the library ends the process on some damaged ones.
+#ifndef TOOLS_DOCUMENTS_CHILD_H_
+#define TOOLS_DOCUMENTS_CHILD_H_
+
+#include <sorrelin/platform/child.h>
+#include <sorrelin/platform/types.h>
+
+#include <functional>
+#include <optional>
+#include <span>
+#include <string>
+
+namespace sorrelin::tool {
+
+// What is said of a document, or a page, that ended its reader.
+inline constexpr char kEndedReader[] =
+    "is damaged in a way that ends its reader (qpdf in.pdf out.pdf may mend it)";
+
+using ChildWork = std::function<void(CHILD_LINK* link)>;
+using ChildReceiver = std::function<bool(std::span<BYTE const> bytes)>;
+
+// Runs `work` in a child whose standard error is dropped. True if it came to its end and everything
+// that it sent was taken; otherwise false, with the reason in `problem`.
+bool RunChild(ChildWork const& work, ChildReceiver const& receiver, std::string& problem);
+
+// Runs `work` in a child and gives its result, or nothing if it gave none; the problem is the one
+// that it told, or how the child ended.
+using ChildAnswer = std::function<std::optional<std::string>(std::string& problem)>;
+std::optional<std::string> AskChild(ChildAnswer const& work, std::string& problem);
+
+}  // namespace sorrelin::tool
+
+#endif  // TOOLS_DOCUMENTS_CHILD_H_

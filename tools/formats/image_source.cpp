@@ -1,0 +1,189 @@
+// Opens picture files: TIFF by page, JPEG, PNG and BMP by their own decoders, everything else
+// through Leptonica.
+#include "tools/formats/image_source.h"
+
+#include <sorrelin/frame/pdf.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <filesystem>
+#include <system_error>
+#include <utility>
+#include <vector>
+
+#include "tools/formats/bmp_file.h"
+#include "tools/formats/jpeg_file.h"
+#include "tools/formats/png_file.h"
+#include "tools/formats/tiff_source.h"
+
+namespace sorrelin::tool {
+namespace {
+
+constexpr size_t kReadBytes = 1 << 16;
+// The image library looks at this many bytes to tell a format, whatever there is.
+constexpr size_t kFormatBytes = 12;
+constexpr char kUnknownFormat[] =
+    "is not a picture of a known format (convert it to PNG, TIFF or JPEG)";
+
+// The system's reason why a file cannot be read, and what to do about it.
+std::string SystemText(int error) {
+  char const* const remedy = error == ENOENT   ? " (check the name)"
+                             : error == EACCES ? " (make it readable)"
+                             : error == EISDIR ? " (name the files in it)"
+                                               : " (see that it can be read)";
+  return std::generic_category().message(error) + remedy;
+}
+
+struct FileCloser {
+  void operator()(std::FILE* file) const { std::fclose(file); }
+};
+using FilePtr = std::unique_ptr<std::FILE, FileCloser>;
+
+// Appends at most `limit` bytes. False with the system's reason if reading fails.
+bool ReadSome(std::FILE* file, size_t limit, std::vector<BYTE>& bytes, std::string& problem) {
+  size_t const end = bytes.size() + limit;
+  while (bytes.size() < end) {
+    size_t const old = bytes.size();
+    bytes.resize(old + std::min(kReadBytes, end - old));
+    errno = 0;
+    size_t const count = std::fread(bytes.data() + old, 1, bytes.size() - old, file);
+    bytes.resize(old + count);
+    if (std::ferror(file) != 0) return problem = SystemText(errno), false;
+    if (count == 0) return true;
+  }
+  return true;
+}
+
+class JpegSource : public ImageSource {
+ public:
+  JpegSource(std::vector<BYTE> bytes, JpegFacts const& facts)
+      : bytes_(std::make_shared<std::vector<BYTE> const>(std::move(bytes))), facts_(facts) {}
+
+  int PageCount() const override { return 1; }
+
+  std::optional<StoredImage> Stored(int) override {
+    if (!facts_.common || JpegEnd(*bytes_) == 0) return std::nullopt;
+    StoredImage image;
+    auto const upright = facts_.orientation == 1 ? bytes_ : TurnedJpeg(*bytes_, facts_);
+    if (upright == nullptr) return std::nullopt;
+    image.bytes = *upright;
+    image.owner = upright;
+    image.width = facts_.width;
+    image.height = facts_.height;
+    image.bits_per_pixel = facts_.components == 1 ? 8 : 24;
+    image.compression = PDF_COMPRESSION_JPEG;
+    image.dpi = facts_.dpi;
+    if (facts_.orientation >= 5) {
+      std::swap(image.width, image.height);
+      std::swap(image.dpi.x, image.dpi.y);
+    }
+    return image;
+  }
+
+  std::optional<Picture> Decode(int) override {
+    PixPtr pix = DecodeJpeg(*bytes_);
+    if (pix != nullptr) pix = Upright(std::move(pix), facts_.orientation);
+    if (pix == nullptr) return std::nullopt;
+    Resolution dpi = facts_.dpi;
+    if (facts_.orientation >= 5) std::swap(dpi.x, dpi.y);
+    return Picture{std::move(pix), dpi, true};
+  }
+
+ private:
+  std::shared_ptr<std::vector<BYTE> const> bytes_;
+  JpegFacts facts_;
+};
+
+// The image library decodes the alpha of such files, and does not tell of it.
+bool IsJpeg2000WithAlpha(std::span<BYTE const> file) {
+  int format = IFF_UNKNOWN, width = 0, height = 0, bits = 0, samples = 0, codec = 0;
+  findFileFormatBuffer(file.data(), &format);
+  return format == IFF_JP2 &&
+         readHeaderMemJp2k(file.data(), file.size(), &width, &height, &bits, &samples, &codec) ==
+             0 &&
+         samples == 4;
+}
+
+std::optional<Picture> DecodeGeneral(std::span<BYTE const> file) {
+  PixPtr pix(pixReadMem(file.data(), file.size()));
+  if (pix == nullptr) return std::nullopt;
+  if (IsJpeg2000WithAlpha(file)) pixSetSpp(pix.get(), 4);
+  Resolution const dpi = {WholeDots(pixGetXRes(pix.get())), WholeDots(pixGetYRes(pix.get()))};
+  BlendOnWhite(pix.get(), false);
+  return Picture{std::move(pix), dpi, false};
+}
+
+using Decoder = std::optional<Picture> (*)(std::span<BYTE const> file);
+
+// A file with one picture that always has to be decoded.
+class DecodedSource : public ImageSource {
+ public:
+  DecodedSource(std::vector<BYTE> bytes, Decoder decode)
+      : bytes_(std::move(bytes)), decode_(decode) {}
+
+  int PageCount() const override { return 1; }
+  std::optional<StoredImage> Stored(int) override { return std::nullopt; }
+  std::optional<Picture> Decode(int) override { return decode_(bytes_); }
+
+ private:
+  std::vector<BYTE> bytes_;
+  Decoder decode_;
+};
+
+Decoder DecoderOf(int format) {
+  if (format == IFF_PNG) return DecodePng;
+  return format == IFF_BMP ? DecodeBmp : DecodeGeneral;
+}
+
+// What the image library takes the first bytes for. It tells documents too, and does not read them.
+int FormatOf(std::vector<BYTE> const& bytes) {
+  int format = IFF_UNKNOWN;
+  if (bytes.size() >= kFormatBytes) findFileFormatBuffer(bytes.data(), &format);
+  return format == IFF_PS || format == IFF_LPDF ? IFF_UNKNOWN : format;
+}
+
+std::unique_ptr<ImageSource> SourceOfBytes(std::vector<BYTE> bytes, std::string& problem) {
+  if (bytes.empty()) return problem = "is empty (scan or save it again)", nullptr;
+  if (IsTiff(bytes)) return OpenTiff(std::move(bytes), problem);
+  int const format = FormatOf(bytes);
+  if (format == IFF_JFIF_JPEG) {
+    auto const facts = ReadJpegFacts(bytes);
+    if (!facts)
+      return problem = "is a damaged JPEG file, or one of a kind that is not read (save it anew)",
+             nullptr;
+    return std::make_unique<JpegSource>(std::move(bytes), *facts);
+  }
+  if (format == IFF_UNKNOWN) return problem = kUnknownFormat, nullptr;
+  return std::make_unique<DecodedSource>(std::move(bytes), DecoderOf(format));
+}
+
+}  // namespace
+
+std::unique_ptr<ImageSource> OpenImage(std::string const& name, std::string& problem) {
+  std::vector<BYTE> bytes;
+  if (name == kStandardInput) {
+    if (!ReadSome(stdin, bytes.max_size(), bytes, problem)) return nullptr;
+    return SourceOfBytes(std::move(bytes), problem);
+  }
+  FilePtr const file(std::fopen(name.c_str(), "rb"));
+  if (file == nullptr) return problem = SystemText(errno), nullptr;
+  if (!ReadSome(file.get(), kTiffHeaderBytes, bytes, problem)) return nullptr;
+  std::error_code ignored;
+  if (IsTiff(bytes) && std::filesystem::is_regular_file(name, ignored)) {
+    return OpenTiff(name, problem);
+  }
+  auto const size = std::filesystem::file_size(name, ignored);
+  if (!ignored) bytes.reserve(size + kReadBytes);
+  if (!ReadSome(file.get(), bytes.max_size() - bytes.size(), bytes, problem)) return nullptr;
+  return SourceOfBytes(std::move(bytes), problem);
+}
+
+bool StartsAsPicture(std::string const& name) {
+  FilePtr const file(std::fopen(name.c_str(), "rb"));
+  std::vector<BYTE> bytes;
+  std::string ignored;
+  if (file == nullptr || !ReadSome(file.get(), kFormatBytes, bytes, ignored)) return false;
+  return IsTiff(bytes) || FormatOf(bytes) != IFF_UNKNOWN;
+}
+
+}  // namespace sorrelin::tool

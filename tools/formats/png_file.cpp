@@ -1,0 +1,188 @@
+// PNG files through libpng, with its messages kept back.
+#include "tools/formats/png_file.h"
+
+#include <png.h>
+
+#include <csetjmp>
+#include <cstring>
+#include <utility>
+
+namespace sorrelin::tool {
+namespace {
+
+constexpr double kMetresPerInch = 0.0254;
+
+struct Input {
+  std::span<BYTE const> left;
+};
+
+void Give(png_structp png, png_bytep out, size_t bytes) {
+  Input& input = *static_cast<Input*>(png_get_io_ptr(png));
+  if (bytes > input.left.size()) png_error(png, "the file ends early");
+  std::memcpy(out, input.left.data(), bytes);
+  input.left = input.left.subspan(bytes);
+}
+
+// One decompressor. libpng leaves it by a jump when it gives up, so whatever runs inside Try has no
+// destructors of its own.
+class PngReader {
+ public:
+  explicit PngReader(std::span<BYTE const> file) : input_{file} {
+    png_ = png_create_read_struct(
+        PNG_LIBPNG_VER_STRING, nullptr, [](png_structp png, auto) { png_longjmp(png, 1); },
+        [](auto, auto) {});
+    if (png_ != nullptr) info_ = png_create_info_struct(png_);
+  }
+  ~PngReader() { png_destroy_read_struct(&png_, &info_, nullptr); }
+  PngReader(PngReader const&) = delete;
+  PngReader& operator=(PngReader const&) = delete;
+
+  // Reads the header, and has rows come as the picture library lays them out on a machine whose
+  // words start with their highest byte: packed indices or greys, or red, green, blue, alpha.
+  bool ReadHeader() {
+    return info_ != nullptr && Try([&] {
+             png_set_read_fn(png_, &input_, Give);
+             png_read_info(png_, info_);
+             bits_ = png_get_bit_depth(png_, info_);
+             png_set_strip_16(png_);
+             if (type() == PNG_COLOR_TYPE_GRAY_ALPHA) png_set_gray_to_rgb(png_);
+             if (type() == PNG_COLOR_TYPE_RGB) png_set_filler(png_, 0, PNG_FILLER_AFTER);
+             passes_ = png_set_interlace_handling(png_);
+             png_read_update_info(png_, info_);
+           });
+  }
+
+  // Each row is read once a pass, and a later pass keeps what an earlier one has put there.
+  bool ReadRows(Pix* pix) {
+    return Try([&] {
+      for (int pass = 0; pass < passes_; ++pass) {
+        for (int y = 0; y < height(); ++y) {
+          l_uint32* const line = pixGetData(pix) + static_cast<ptrdiff_t>(y) * pixGetWpl(pix);
+          png_read_row(png_, reinterpret_cast<png_bytep>(line), nullptr);
+        }
+      }
+      png_read_end(png_, nullptr);
+    });
+  }
+
+  int width() const { return static_cast<int>(png_get_image_width(png_, info_)); }
+  int height() const { return static_cast<int>(png_get_image_height(png_, info_)); }
+  // Bits of a sample in the file.
+  int bits() const { return bits_; }
+  int type() const { return png_get_color_type(png_, info_); }
+  bool IsPalette() const { return type() == PNG_COLOR_TYPE_PALETTE; }
+  bool HasAlpha() const { return (type() & PNG_COLOR_MASK_ALPHA) != 0; }
+  // Of the rows that come.
+  int Depth() const { return png_get_bit_depth(png_, info_) * png_get_channels(png_, info_); }
+
+  Resolution Dpi() const {
+    return {WholeDots(png_get_x_pixels_per_meter(png_, info_) * kMetresPerInch),
+            WholeDots(png_get_y_pixels_per_meter(png_, info_) * kMetresPerInch)};
+  }
+
+  std::span<png_color const> Palette() const {
+    png_colorp entries = nullptr;
+    int count = 0;
+    if (png_get_PLTE(png_, info_, &entries, &count) == 0) count = 0;
+    return {entries, static_cast<size_t>(count)};
+  }
+
+  // The alpha of the first palette entries.
+  std::span<BYTE const> PaletteAlpha() const {
+    png_bytep alpha = nullptr;
+    int count = 0;
+    if (png_get_tRNS(png_, info_, &alpha, &count, nullptr) == 0 || alpha == nullptr) count = 0;
+    return {alpha, static_cast<size_t>(count)};
+  }
+
+  // The one tone or colour that is transparent, or null.
+  png_color_16 const* Key() const {
+    png_color_16p key = nullptr;
+    if (png_get_tRNS(png_, info_, nullptr, nullptr, &key) == 0) return nullptr;
+    return key;
+  }
+
+ private:
+  template <typename Work>
+  bool Try(Work work) {
+    if (setjmp(png_jmpbuf(png_)) != 0) return false;
+    work();
+    return true;
+  }
+
+  Input input_;
+  png_structp png_ = nullptr;
+  png_infop info_ = nullptr;
+  int bits_ = 0;
+  int passes_ = 1;
+};
+
+// Every index has a colour: what the file leaves out is black.
+PixColormap* MapOf(PngReader const& reader) {
+  PixColormap* const map = pixcmapCreate(reader.Depth());
+  if (map == nullptr) return nullptr;
+  std::span<png_color const> const palette = reader.Palette();
+  std::span<BYTE const> const alpha = reader.PaletteAlpha();
+  size_t const entries = size_t{1} << reader.Depth();
+  for (size_t i = 0; i < entries; ++i) {
+    png_color const entry = i < palette.size() ? palette[i] : png_color{};
+    BYTE const opacity = i < alpha.size() ? alpha[i] : BYTE{255};
+    pixcmapAddRGBA(map, entry.red, entry.green, entry.blue, opacity);
+  }
+  return map;
+}
+
+// The pixel value of the key in the decoded picture, in which a set bit is black.
+l_uint32 PixelOfKey(int depth, png_color_16 const& key) {
+  if (depth == 1) return key.gray == 0 ? 1 : 0;
+  if (depth != 32) return key.gray;
+  l_uint32 pixel = 0;
+  composeRGBPixel(key.red & 0xFF, key.green & 0xFF, key.blue & 0xFF, &pixel);
+  return pixel;
+}
+
+void WhitenKey(Pix* pix, png_color_16 const& key) {
+  int const depth = pixGetDepth(pix);
+  l_uint32 const mask = depth == 32 ? ~l_uint32{0xFF} : (l_uint32{1} << depth) - 1;
+  l_uint32 const clear = PixelOfKey(depth, key);
+  l_uint32 const white = depth == 1 ? 0 : mask;
+  for (int y = 0; y < pixGetHeight(pix); ++y) {
+    for (int x = 0; x < pixGetWidth(pix); ++x) {
+      l_uint32 pixel = 0;
+      pixGetPixel(pix, x, y, &pixel);
+      if ((pixel & mask) == clear) pixSetPixel(pix, x, y, white);
+    }
+  }
+}
+
+// From rows of bytes to what the file shows.
+bool Finish(PngReader const& reader, Pix* pix) {
+  pixEndianByteSwap(pix);
+  if (reader.IsPalette()) {
+    PixColormap* const map = MapOf(reader);
+    return map != nullptr && pixSetColormap(pix, map) == 0;
+  }
+  if (pixGetDepth(pix) == 1) pixInvert(pix, pix);
+  if (reader.HasAlpha()) {
+    pixSetSpp(pix, 4);
+    BlendOnWhite(pix, false);
+  } else if (reader.Key() != nullptr && reader.bits() <= 8) {
+    // A key of 16 bits has lost the half that would tell its pixels.
+    WhitenKey(pix, *reader.Key());
+  }
+  return true;
+}
+
+}  // namespace
+
+std::optional<Picture> DecodePng(std::span<BYTE const> file) {
+  PngReader reader(file);
+  if (!reader.ReadHeader()) return std::nullopt;
+  PixPtr pix(pixCreate(reader.width(), reader.height(), reader.Depth()));
+  if (pix == nullptr || !reader.ReadRows(pix.get()) || !Finish(reader, pix.get())) {
+    return std::nullopt;
+  }
+  return Picture{std::move(pix), reader.Dpi(), false};
+}
+
+}  // namespace sorrelin::tool

@@ -1,0 +1,276 @@
+// TIFF pages: Group 4 strips through libtiff as they are, everything else decoded, by Leptonica
+// unless it lies in tiles or planes.
+#include "tools/formats/tiff_source.h"
+
+#include <sorrelin/frame/pdf.h>
+#include <tiffio.h>
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <limits>
+#include <mutex>
+#include <optional>
+#include <utility>
+
+#include "tools/formats/tiff_colours.h"
+
+namespace sorrelin::tool {
+namespace {
+
+struct TiffCloser {
+  void operator()(TIFF* tiff) const { TIFFClose(tiff); }
+};
+using TiffPtr = std::unique_ptr<TIFF, TiffCloser>;
+
+// A file in memory as libtiff reads it.
+struct MemoryFile {
+  std::vector<BYTE> bytes;
+  toff_t position = 0;
+};
+
+tmsize_t ReadMemory(thandle_t handle, void* buffer, tmsize_t bytes) {
+  MemoryFile& file = *static_cast<MemoryFile*>(handle);
+  if (bytes <= 0 || file.position >= file.bytes.size()) return 0;
+  size_t const at = static_cast<size_t>(file.position);
+  size_t const count = std::min(static_cast<size_t>(bytes), file.bytes.size() - at);
+  std::memcpy(buffer, file.bytes.data() + at, count);
+  file.position += count;
+  return static_cast<tmsize_t>(count);
+}
+
+tmsize_t RefuseWrite(thandle_t, void*, tmsize_t) { return -1; }
+
+toff_t SeekMemory(thandle_t handle, toff_t offset, int origin) {
+  MemoryFile& file = *static_cast<MemoryFile*>(handle);
+  if (origin == SEEK_SET) file.position = offset;
+  if (origin == SEEK_CUR) file.position += offset;
+  if (origin == SEEK_END) file.position = file.bytes.size() + offset;
+  return file.position;
+}
+
+int CloseMemory(thandle_t) { return 0; }
+
+toff_t SizeOfMemory(thandle_t handle) { return static_cast<MemoryFile*>(handle)->bytes.size(); }
+
+// Without mapping: a file that another process cuts short must not end this one.
+constexpr char kReadUnmapped[] = "rm";
+
+TiffPtr OpenMemory(MemoryFile& file) {
+  return TiffPtr(TIFFClientOpen("memory", kReadUnmapped, &file, ReadMemory, RefuseWrite, SeekMemory,
+                                CloseMemory, SizeOfMemory, nullptr, nullptr));
+}
+
+template <typename Value>
+Value FieldOf(TIFF* tiff, uint32_t tag, Value fallback) {
+  Value value{};
+  return TIFFGetFieldDefaulted(tiff, tag, &value) == 1 ? value : fallback;
+}
+
+Resolution ResolutionOf(TIFF* tiff) {
+  uint16_t const unit = FieldOf<uint16_t>(tiff, TIFFTAG_RESOLUTIONUNIT, RESUNIT_INCH);
+  double const scale = unit == RESUNIT_INCH         ? 1.0
+                       : unit == RESUNIT_CENTIMETER ? kCentimetresPerInch
+                                                    : 0.0;
+  float x = 0, y = 0;
+  if (TIFFGetField(tiff, TIFFTAG_XRESOLUTION, &x) != 1) x = 0;
+  if (TIFFGetField(tiff, TIFFTAG_YRESOLUTION, &y) != 1) y = 0;
+  return {WholeDots(x * scale), WholeDots(y * scale)};
+}
+
+// Whether the colours of a page with alpha come out of the decoder scaled by it. The image library
+// has colours of three samples read by libtiff's own converter, which scales them.
+bool IsPremultiplied(TIFF* tiff) {
+  uint16_t count = 0;
+  uint16_t* kinds = nullptr;
+  if (TIFFGetField(tiff, TIFFTAG_EXTRASAMPLES, &count, &kinds) != 1) count = 0;
+  bool const associated = count > 0 && kinds[0] == EXTRASAMPLE_ASSOCALPHA;
+  return associated || FieldOf<uint16_t>(tiff, TIFFTAG_SAMPLESPERPIXEL, 1) > 3;
+}
+
+// Whether one strip holds the page as plain Group 4 data, upright, in black and white.
+bool IsStorable(TIFF* tiff) {
+  uint32_t const width = FieldOf<uint32_t>(tiff, TIFFTAG_IMAGEWIDTH, 0);
+  uint32_t const height = FieldOf<uint32_t>(tiff, TIFFTAG_IMAGELENGTH, 0);
+  uint16_t const photometric = FieldOf<uint16_t>(tiff, TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_PALETTE);
+  uint32_t const options = FieldOf<uint32_t>(tiff, TIFFTAG_GROUP4OPTIONS, 0);
+  return std::max(width, height) <= static_cast<uint32_t>(std::numeric_limits<LONG>::max()) &&
+         FieldOf<uint16_t>(tiff, TIFFTAG_COMPRESSION, 0) == COMPRESSION_CCITTFAX4 &&
+         (options & GROUP4OPT_UNCOMPRESSED) == 0 &&
+         FieldOf<uint16_t>(tiff, TIFFTAG_BITSPERSAMPLE, 1) == 1 &&
+         FieldOf<uint16_t>(tiff, TIFFTAG_SAMPLESPERPIXEL, 1) == 1 &&
+         (photometric == PHOTOMETRIC_MINISWHITE || photometric == PHOTOMETRIC_MINISBLACK) &&
+         FieldOf<uint16_t>(tiff, TIFFTAG_ORIENTATION, 1) == ORIENTATION_TOPLEFT &&
+         TIFFIsTiled(tiff) == 0 && TIFFNumberOfStrips(tiff) == 1 &&
+         FieldOf<uint32_t>(tiff, TIFFTAG_ROWSPERSTRIP, 0) >= height;
+}
+
+bool IsStoredWithLoss(TIFF* tiff) {
+  uint16_t const compression = FieldOf<uint16_t>(tiff, TIFFTAG_COMPRESSION, COMPRESSION_NONE);
+  return compression == COMPRESSION_JPEG || compression == COMPRESSION_OJPEG;
+}
+
+// The handlers are the process's; other threads may be reading.
+void KeepQuiet() {
+  static std::once_flag once;
+  std::call_once(once, [] {
+    TIFFSetErrorHandler(nullptr);
+    TIFFSetWarningHandler(nullptr);
+  });
+}
+
+class TiffSource : public ImageSource {
+ public:
+  // A file on disk is opened by `name`, any other lies in `memory`.
+  TiffSource(std::string name, std::vector<BYTE> bytes)
+      : name_(std::move(name)), memory_{std::move(bytes)} {}
+
+  bool Open() {
+    KeepQuiet();
+    tiff_ = name_.empty() ? OpenMemory(memory_) : TiffPtr(TIFFOpen(name_.c_str(), kReadUnmapped));
+    if (tiff_ == nullptr) return false;
+    offsets_.push_back(TIFFCurrentDirOffset(tiff_.get()));
+    while (TIFFLastDirectory(tiff_.get()) == 0) {
+      broken_ = TIFFReadDirectory(tiff_.get()) == 0;
+      if (broken_) break;
+      offsets_.push_back(TIFFCurrentDirOffset(tiff_.get()));
+    }
+    return true;
+  }
+
+  int PageCount() const override { return static_cast<int>(offsets_.size()); }
+
+  std::string Damage() const override {
+    if (!broken_) return {};
+    return "is damaged: only the first " + std::to_string(offsets_.size()) +
+           " of its pages can be found (scan or save it again)";
+  }
+
+  std::optional<StoredImage> Stored(int page) override {
+    std::lock_guard const lock(mutex_);
+    if (!GoTo(page) || !IsStorable(tiff_.get())) return std::nullopt;
+    auto const strip = ReadStrip();
+    if (strip == nullptr) return std::nullopt;
+    StoredImage image;
+    image.bytes = *strip;
+    image.owner = strip;
+    image.width = static_cast<int>(FieldOf<uint32_t>(tiff_.get(), TIFFTAG_IMAGEWIDTH, 0));
+    image.height = static_cast<int>(FieldOf<uint32_t>(tiff_.get(), TIFFTAG_IMAGELENGTH, 0));
+    image.bits_per_pixel = 1;
+    image.compression = PDF_COMPRESSION_CCITT;
+    // The coder's white is the bit 0, which such a page shows as white or as black.
+    image.zero_is_black =
+        FieldOf<uint16_t>(tiff_.get(), TIFFTAG_PHOTOMETRIC, 0) == PHOTOMETRIC_MINISWHITE;
+    image.dpi = ResolutionOf(tiff_.get());
+    return image;
+  }
+
+  // What is done with tiff_ is for one thread at a time; the picture library opens the file anew
+  // for each page.
+  std::optional<Picture> Decode(int page) override {
+    auto const facts = FactsOf(page);
+    if (!facts) return std::nullopt;
+    PixPtr pix =
+        facts->tiled_or_planar ? ReadHere(page) : Read(offsets_[static_cast<size_t>(page)]);
+    if (pix != nullptr && !facts->tiled_or_planar) pix = Repaired(std::move(pix), *facts);
+    if (pix == nullptr) return std::nullopt;
+    return Picture{std::move(pix), facts->dpi, facts->lossy};
+  }
+
+ private:
+  // What decoding takes from a page's directory.
+  struct PageFacts {
+    uint16_t photometric = 0;
+    bool premultiplied = false;
+    bool lossy = false;
+    bool tiled_or_planar = false;
+    Resolution dpi;  // upright
+  };
+
+  bool GoTo(int page) {
+    return TIFFSetSubDirectory(tiff_.get(), offsets_[static_cast<size_t>(page)]) == 1;
+  }
+
+  std::optional<PageFacts> FactsOf(int page) {
+    std::lock_guard const lock(mutex_);
+    if (!GoTo(page)) return std::nullopt;
+    PageFacts facts;
+    facts.photometric = FieldOf<uint16_t>(tiff_.get(), TIFFTAG_PHOTOMETRIC, 0);
+    facts.premultiplied = IsPremultiplied(tiff_.get());
+    facts.lossy = IsStoredWithLoss(tiff_.get());
+    facts.tiled_or_planar = IsTiledOrPlanar(tiff_.get());
+    facts.dpi = ResolutionOf(tiff_.get());
+    uint16_t const orientation = FieldOf<uint16_t>(tiff_.get(), TIFFTAG_ORIENTATION, 1);
+    if (orientation >= ORIENTATION_LEFTTOP) std::swap(facts.dpi.x, facts.dpi.y);
+    return facts;
+  }
+
+  // Null if the file does not hold the strip.
+  std::shared_ptr<std::vector<BYTE> const> ReadStrip() {
+    uint64_t const bytes = TIFFRawStripSize64(tiff_.get(), 0);
+    uint64_t const all = TIFFGetSizeProc(tiff_.get())(TIFFClientdata(tiff_.get()));
+    if (bytes == 0 || bytes > all) return nullptr;
+    auto const strip = std::make_shared<std::vector<BYTE>>(static_cast<size_t>(bytes));
+    tmsize_t const count = static_cast<tmsize_t>(bytes);
+    if (TIFFReadRawStrip(tiff_.get(), 0, strip->data(), count) != count) return nullptr;
+    if (FieldOf<uint16_t>(tiff_.get(), TIFFTAG_FILLORDER, 1) == FILLORDER_LSB2MSB) {
+      TIFFReverseBits(strip->data(), count);
+    }
+    return strip;
+  }
+
+  PixPtr ReadHere(int page) {
+    std::lock_guard const lock(mutex_);
+    return GoTo(page) ? ReadTiledOrPlanar(tiff_.get()) : nullptr;
+  }
+
+  // Leptonica turns the page upright by its orientation.
+  PixPtr Read(toff_t offset) const {
+    size_t at = static_cast<size_t>(offset);
+    if (!name_.empty()) return PixPtr(pixReadFromMultipageTiff(name_.c_str(), &at));
+    return PixPtr(pixReadMemFromMultipageTiff(memory_.bytes.data(), memory_.bytes.size(), &at));
+  }
+
+  // Leptonica leaves the greys of these depths as they are where 0 is white, spreads bilevel
+  // palettes to colours, and does not blend alpha.
+  static PixPtr Repaired(PixPtr pix, PageFacts const& facts) {
+    int const depth = pixGetDepth(pix.get());
+    bool const untouched = depth == 2 || depth == 4 || depth == 16;
+    if (facts.photometric == PHOTOMETRIC_MINISWHITE && untouched) pixInvert(pix.get(), pix.get());
+    BlendOnWhite(pix.get(), facts.premultiplied);
+    return facts.photometric == PHOTOMETRIC_PALETTE ? Reindexed(std::move(pix)) : std::move(pix);
+  }
+
+  std::string name_;
+  MemoryFile memory_;
+  std::mutex mutex_;  // of tiff_, and of the position in memory_
+  TiffPtr tiff_;
+  std::vector<toff_t> offsets_;
+  bool broken_ = false;
+};
+
+std::unique_ptr<ImageSource> Opened(std::unique_ptr<TiffSource> source, std::string& problem) {
+  if (source->Open()) return source;
+  problem = "is a damaged TIFF file (scan or save it again)";
+  return nullptr;
+}
+
+}  // namespace
+
+bool IsTiff(std::span<BYTE const> start) {
+  constexpr std::array<char const*, 4> kMarks = {"II*\0", "MM\0*", "II+\0", "MM\0+"};
+  return start.size() >= kTiffHeaderBytes &&
+         std::any_of(kMarks.begin(), kMarks.end(), [&](char const* mark) {
+           return std::memcmp(start.data(), mark, kTiffHeaderBytes) == 0;
+         });
+}
+
+std::unique_ptr<ImageSource> OpenTiff(std::string const& name, std::string& problem) {
+  return Opened(std::make_unique<TiffSource>(name, std::vector<BYTE>{}), problem);
+}
+
+std::unique_ptr<ImageSource> OpenTiff(std::vector<BYTE> bytes, std::string& problem) {
+  return Opened(std::make_unique<TiffSource>(std::string{}, std::move(bytes)), problem);
+}
+
+}  // namespace sorrelin::tool

@@ -1,0 +1,68 @@
+// The document that pages are added to, one at a time.
+#ifndef TOOLS_MAKE_DOCUMENT_H_
+#define TOOLS_MAKE_DOCUMENT_H_
+
+#include <sorrelin/frame/session.h>
+
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "tools/make/page_coder.h"
+
+namespace sorrelin::tool {
+
+// Texts of the document's description; an empty one is left out.
+struct Description {
+  std::u16string title;
+  std::u16string author;
+  std::u16string subject;
+  std::u16string keywords;
+  std::optional<SYSTEMTIME> created;  // in place of the time of its making
+};
+
+// Units of UTF-16 that the library writes of a text; more would end the process.
+inline constexpr size_t kMaxTextUnits = 252;
+inline constexpr size_t kMaxKeywordsUnits = 251;
+
+// What to do with a document whose form takes no pages; ends a problem.
+inline constexpr char kRewriteHint[] =
+    " (rewrite it first: qpdf --object-streams=disable in.pdf out.pdf)";
+
+enum class PageResult {
+  kWritten,
+  kFull,   // the document takes no more pages and can be finished
+  kBroken  // writing has failed, and the document is lost
+};
+
+class Document {
+ public:
+  Document() : session_(std::make_unique<CCreatePDF>()) {}
+  ~Document() { session_->ClosePDFFile(); }
+  Document(Document const&) = delete;
+  Document& operator=(Document const&) = delete;
+
+  // Each of these tells in `problem` what went wrong.
+
+  bool Create(std::filesystem::path const& path, Description const& description,
+              std::string& problem);
+  // Opens a document that exists; pages go behind its own. PageCount counts both.
+  bool Update(std::filesystem::path const& path, std::string& problem);
+  PageResult Add(CodedPage const& coded, std::string& problem);
+  bool Finish(std::string& problem);
+
+  unsigned PageCount() { return session_->GetNumberOfPages(); }
+
+ private:
+  PageResult Failure(std::string& problem);
+  std::string SessionText();
+
+  // Large, as its tables are inside it.
+  std::unique_ptr<CCreatePDF> session_;
+  std::filesystem::path path_;
+};
+
+}  // namespace sorrelin::tool
+
+#endif  // TOOLS_MAKE_DOCUMENT_H_

@@ -1,0 +1,51 @@
+// The document comes into being under a temporary name.
+#include "tools/make/make_document.h"
+
+#include <memory>
+#include <string>
+
+#include "tools/cli/output_file.h"
+#include "tools/make/page_adder.h"
+
+namespace sorrelin::tool {
+namespace {
+
+std::unique_ptr<OutputFile> OpenOutput(MakeOptions const& options, std::string& problem) {
+  if (options.pages.output == kStandardOutput) return OutputFile::ForStandardOutput(problem);
+  return OutputFile::Open(options.pages.output, options.force, problem);
+}
+
+// False with the reason in `problem`, unless that has been reported.
+bool WriteDocument(MakeOptions const& options, PageAdder& adder, std::string& problem) {
+  auto const output = OpenOutput(options, problem);
+  if (output == nullptr) return false;
+  unsigned pages = 0;
+  {
+    Document document;
+    if (!document.Create(output->path(), options.description, problem)) return false;
+    if (!adder.AddImages(document)) return false;
+    pages = document.PageCount();
+    if (pages == 0) {
+      return problem = "is not written: it would have no pages (name pictures)", false;
+    }
+    if (!document.Finish(problem)) return false;
+  }
+  std::error_code ignored;
+  uint64_t const bytes = std::filesystem::file_size(output->path(), ignored);
+  if (!output->Commit(problem)) return false;
+  adder.NoteWritten(pages, bytes);
+  return true;
+}
+
+}  // namespace
+
+int MakeDocument(MakeOptions const& options) {
+  PageAdder adder(options.pages);
+  std::string problem;
+  bool const written = WriteDocument(options, adder, problem);
+  if (!problem.empty()) adder.ReportDocument(problem);
+  adder.Finish();
+  return written && !adder.failed() ? kExitSuccess : kExitFailure;
+}
+
+}  // namespace sorrelin::tool

@@ -1,0 +1,22 @@
+// One run that makes a document: from files to pages.
+#ifndef TOOLS_MAKE_MAKE_DOCUMENT_H_
+#define TOOLS_MAKE_MAKE_DOCUMENT_H_
+
+#include "tools/make/document.h"
+#include "tools/make/page_options.h"
+
+namespace sorrelin::tool {
+
+struct MakeOptions {
+  PageOptions pages;
+  Description description;
+  bool force = false;  // replace the document if it exists
+};
+
+// Writes the document, naming on standard error what cannot become a page of it, and gives the exit
+// code.
+int MakeDocument(MakeOptions const& options);
+
+}  // namespace sorrelin::tool
+
+#endif  // TOOLS_MAKE_MAKE_DOCUMENT_H_

@@ -1,0 +1,57 @@
+// The pages of many files, coded and in order, with as few of them in memory as keep the workers
+// busy.
+#ifndef TOOLS_MAKE_PAGE_FEED_H_
+#define TOOLS_MAKE_PAGE_FEED_H_
+
+#include <deque>
+#include <future>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "tools/make/input_list.h"
+#include "tools/make/page_workers.h"
+
+namespace sorrelin::tool {
+
+// A page, or something that is wrong with a file or one of its pages.
+struct FeedItem {
+  size_t input = 0;     // index of the file
+  int page = 0;         // counted from 1; 0: the problem is the file's
+  int pages = 0;        // that the file has, as far as it can be read
+  CodingResult result;  // no page: a problem
+  bool last = false;    // nothing of the file comes behind it
+};
+
+class PageFeed {
+ public:
+  // `inputs` and `style` outlive the feed.
+  PageFeed(std::vector<Input> const& inputs, PageStyle const& style, int jobs);
+
+  // The next item, or nothing behind the last. Problems come in their place between the pages, for
+  // any number of jobs.
+  std::optional<FeedItem> Next();
+
+ private:
+  // What is under way.
+  struct Step {
+    FeedItem item;
+    std::future<CodingResult> coding;  // not valid: the item is whole
+  };
+
+  bool Advance();
+  bool OpenNext();
+  void AddProblem(std::string problem);
+
+  std::vector<Input> const& inputs_;
+  PageWorkers workers_;
+  size_t next_input_ = 0;
+  std::shared_ptr<ImageSource> source_;  // the file that is being taken apart
+  int next_page_ = 0;
+  std::deque<Step> steps_;
+};
+
+}  // namespace sorrelin::tool
+
+#endif  // TOOLS_MAKE_PAGE_FEED_H_

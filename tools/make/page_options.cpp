@@ -1,0 +1,126 @@
+// Arguments as they are typed, and what is wrong with them.
+#include "tools/make/page_options.h"
+
+#include <algorithm>
+#include <charconv>
+#include <filesystem>
+#include <system_error>
+#include <thread>
+
+#include "tools/cli/text.h"
+#include "tools/formats/image_source.h"
+
+namespace sorrelin::tool {
+namespace {
+
+constexpr int kMaxDpi = 100000;
+constexpr int kMaxQuality = 100;
+constexpr int kMaxJobs = 64;
+constexpr int kUsualMostJobs = 4;
+
+int DotsOf(std::string const& option, std::string_view text) {
+  int value = 0;
+  auto const [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+  bool const whole = error == std::errc{} && end == text.data() + text.size();
+  if (whole && value >= 1 && value <= kMaxDpi) return value;
+  throw UsageError(option,
+                   "takes a number from 1 to " + std::to_string(kMaxDpi) + ", or two as in 204x98");
+}
+
+Resolution ParseDpi(std::string const& option, std::string const& text) {
+  size_t const cross = text.find('x');
+  if (cross == std::string::npos) return {DotsOf(option, text), DotsOf(option, text)};
+  return {DotsOf(option, std::string_view(text).substr(0, cross)),
+          DotsOf(option, std::string_view(text).substr(cross + 1))};
+}
+
+Paper ParsePage(std::string const& text) {
+  if (auto const paper = ParsePaper(text)) return *paper;
+  throw UsageError("--page",
+                   "takes a3, a4, a5, a6, letter, legal, tabloid, or a size of 3 to 14400 "
+                   "points such as 210x297mm, 21x29.7cm, 8.5x11in or 595x842pt");
+}
+
+Fit ParseFit(std::string const& text) {
+  if (text == "within") return Fit::kWithin;
+  if (text == "shrink") return Fit::kShrink;
+  if (text == "fill") return Fit::kFill;
+  if (text == "stretch") return Fit::kStretch;
+  throw UsageError("--fit", "takes within, shrink, fill or stretch, not " + text);
+}
+
+Compression ParseCompression(std::string const& text) {
+  constexpr std::pair<std::string_view, Compression> kNames[] = {
+      {"auto", Compression::kAuto},   {"g4", Compression::kGroup4},
+      {"flate", Compression::kFlate}, {"runlength", Compression::kRunLength},
+      {"jpeg", Compression::kJpeg},   {"none", Compression::kNone}};
+  for (auto const& [name, compression] : kNames) {
+    if (name == text) return compression;
+  }
+  throw UsageError("--compression", "takes auto, g4, flate, runlength, jpeg or none, not " + text);
+}
+
+Sort ParseSort(std::string const& text) {
+  if (text == "none") return Sort::kNone;
+  if (text == "name") return Sort::kName;
+  if (text == "natural") return Sort::kNatural;
+  throw UsageError("--sort", "takes natural, name or none, not " + text);
+}
+
+// Processors, but not more than pictures of a usual size leave memory for.
+int UsualJobs() {
+  return std::clamp(static_cast<int>(std::thread::hardware_concurrency()), 1, kUsualMostJobs);
+}
+
+}  // namespace
+
+void AddFiles(Verb& verb, PageOptions& options, std::string const& name, std::string const& help) {
+  verb.Argument(name, options.output, help);
+  verb.Argument("IMAGE", options.images, "Pictures, or directories of them");
+}
+
+void AddPageStyle(Verb& verb, PageOptions& options) {
+  PageStyle& style = options.style;
+  verb.Option("--dpi", "N|NxM", "Dots per inch, in place of the files' own",
+              [&style](std::string const& text) { style.dpi = ParseDpi("--dpi", text); });
+  verb.Option(
+      "--default-dpi", "N|NxM", "Dots per inch of files without their own (96)",
+      [&style](std::string const& text) { style.default_dpi = ParseDpi("--default-dpi", text); });
+  verb.Option("--page", "SIZE", "Page size: a4, letter, 210x297mm, ...",
+              [&style](std::string const& text) { style.paper = ParsePage(text); });
+  verb.Option("--fit", "KIND", "within, shrink, fill or stretch, with --page",
+              [&style](std::string const& text) { style.fit = ParseFit(text); });
+  verb.Needs("--fit", "--page");
+  verb.Option("--compression", "KIND", "auto, g4, flate, runlength, jpeg or none",
+              [&style](std::string const& text) { style.compression = ParseCompression(text); });
+  verb.Number("--quality", style.quality, 1, kMaxQuality, "Of JPEG coding, from 1 to 100 (75)");
+  verb.Flag("--recode", style.recode, "Decode and code JPEG and Group 4 files anew");
+}
+
+void AddRun(Verb& verb, PageOptions& options) {
+  options.jobs = UsualJobs();
+  verb.Option("--sort", "KIND", "natural, name or none: the order of the files",
+              [&options](std::string const& text) { options.sort = ParseSort(text); });
+  verb.Number("--jobs", options.jobs, 1, kMaxJobs, "Pages to code at a time (processors, up to 4)");
+  verb.Flag("--json", options.json, "Report on standard output as JSON");
+  verb.Flag("--quiet", options.quiet, "Show no progress bar");
+}
+
+void ListFiles(PageOptions& options, std::string const& name) {
+  auto const& images = options.images;
+  if (std::count(images.begin(), images.end(), kStandardInput) > 1) {
+    throw UsageError("IMAGE", "- stands more than once, and standard input is one file");
+  }
+  if (options.output.empty()) throw UsageError(name, "the name is empty");
+  if (!Utf16(options.output)) throw UsageError(name, "the name is not valid UTF-8");
+  options.inputs = ListInputs(images, options.sort);
+  std::error_code error;
+  if (!std::filesystem::exists(options.output, error)) return;
+  for (Input const& input : options.inputs) {
+    if (std::filesystem::equivalent(options.output, input.name, error) && !error) {
+      throw UsageError(name, input.name + " is one of the images");
+    }
+  }
+}
+
+}  // namespace sorrelin::tool

@@ -1,0 +1,69 @@
+// The part of the command line that the verbs share which make pages of pictures.
+#ifndef TOOLS_MAKE_PAGE_OPTIONS_H_
+#define TOOLS_MAKE_PAGE_OPTIONS_H_
+
+#include <string>
+#include <vector>
+
+#include "tools/cli/command_line.h"
+#include "tools/make/input_list.h"
+#include "tools/make/page_style.h"
+
+namespace sorrelin::tool {
+
+// The name of a document that goes to standard output.
+inline constexpr char kStandardOutput[] = "-";
+
+struct PageOptions {
+  std::string output;
+  std::vector<std::string> images;  // as they are typed
+  Sort sort = Sort::kNone;
+  std::vector<Input> inputs;  // the files that they stand for, in order
+  PageStyle style;
+  int jobs = 1;
+  bool quiet = false;
+  bool json = false;  // a report goes to standard output
+};
+
+// Adds the document, called `name` in the help, and the images.
+void AddFiles(Verb& verb, PageOptions& options, std::string const& name, std::string const& help);
+
+// Adds how pages are made: resolution, size, compression.
+void AddPageStyle(Verb& verb, PageOptions& options);
+
+// Adds how the run goes: --sort, --jobs, --json, --quiet.
+void AddRun(Verb& verb, PageOptions& options);
+
+// Finds the files that the images stand for. Leaves as UsageError if files are named that
+// do not go together. `name` is that of the document in the help.
+void ListFiles(PageOptions& options, std::string const& name);
+
+// What the help says of pictures and of the options above.
+inline constexpr char kPicturesHelp[] =
+    R"(Every file that holds a picture will do: BMP, GIF, JPEG, JPEG 2000, PNG, PNM,
+TIFF with any number of pages, WebP. A directory stands for the pictures in it,
+by name. - is standard input. Pages keep the resolution of their picture;
+without one it is 96 dots per inch.
+
+The order is that of the command line unless --sort says otherwise: "name" goes
+by bytes, and in "natural" page2 comes before page10. Any number of --jobs makes
+the same document.
+
+Compression "auto" is Group 4 for black and white and Flate for everything
+else, so that nothing is lost. JPEG files, and Group 4 TIFF pages of one strip,
+go into the document as they are. A JPEG file that EXIF says lies on its side is
+turned upright, without loss if its sides are whole blocks of the coding. If
+they must be decoded, JPEG files are coded as JPEG again.
+
+With --page all pages have one size, and the picture stands in the middle:
+"within" makes it as large as goes, "shrink" keeps its own size if that goes,
+"fill" covers the page and cuts off the rest, "stretch" changes its shape. A
+page size with a name lies on its side for a wide picture.
+
+The report of --json has the keys document, written, pages, bytes and problem,
+an array of objects with the keys file, page and problem, always in this order.
+)";
+
+}  // namespace sorrelin::tool
+
+#endif  // TOOLS_MAKE_PAGE_OPTIONS_H_

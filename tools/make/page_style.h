@@ -1,0 +1,29 @@
+// How pages are made of pictures: what the command line says of it.
+#ifndef TOOLS_MAKE_PAGE_STYLE_H_
+#define TOOLS_MAKE_PAGE_STYLE_H_
+
+#include <optional>
+
+#include "tools/formats/resolution.h"
+#include "tools/make/page_layout.h"
+
+namespace sorrelin::tool {
+
+enum class Compression { kAuto, kGroup4, kFlate, kRunLength, kJpeg, kNone };
+
+// Bitmaps and pictures without a resolution are taken to have this one.
+inline constexpr int kUsualDotsPerInch = 96;
+
+struct PageStyle {
+  Compression compression = Compression::kAuto;
+  int quality = 0;                // of JPEG, 1 to 100; 0: the coder's usual one
+  bool recode = false;            // coded pictures do not go in as they are
+  std::optional<Resolution> dpi;  // in place of the picture's own
+  Resolution default_dpi = {kUsualDotsPerInch, kUsualDotsPerInch};  // where a picture has none
+  std::optional<Paper> paper;  // otherwise each page is as large as its picture
+  Fit fit = Fit::kWithin;
+};
+
+}  // namespace sorrelin::tool
+
+#endif  // TOOLS_MAKE_PAGE_STYLE_H_

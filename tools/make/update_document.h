@@ -1,0 +1,22 @@
+// One run that adds pages to a document that exists.
+#ifndef TOOLS_MAKE_UPDATE_DOCUMENT_H_
+#define TOOLS_MAKE_UPDATE_DOCUMENT_H_
+
+#include "tools/make/page_options.h"
+
+namespace sorrelin::tool {
+
+struct UpdateOptions {
+  PageOptions pages;
+  bool in_place = false;
+};
+
+// Adds a page for each picture, naming on standard error what cannot become one, and gives the exit
+// code. The pages are added to a copy, which takes the document's place when it is whole; or, in
+// place, to the document itself, which is cut back to what it was after a failure. A document that
+// the change would damage is left alone.
+int UpdateDocument(UpdateOptions const& options);
+
+}  // namespace sorrelin::tool
+
+#endif  // TOOLS_MAKE_UPDATE_DOCUMENT_H_
