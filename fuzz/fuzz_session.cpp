@@ -2,11 +2,11 @@
 #include "fuzz/fuzz_session.h"
 
 #include <sorrelin/channel/file_channel.h>
+#include <sorrelin/document/loaded_object.h>
 #include <sorrelin/image/codecs/sibling_library.h>
 #include <sorrelin/image/owned_block.h>
 #include <sorrelin/platform/memory.h>
 #include <sorrelin/platform/wide_string.h>
-#include <sorrelin/reader/loaded_object.h>
 #include <tests/support/dib.h>
 #include <tests/support/session_probe.h>
 

@@ -2,7 +2,7 @@
 // whole rows that are not of the Paeth form, in which the library deliberately differs.
 //
 // The input is colours, bits and columns (2 bytes each), then tagged rows.
-#include <sorrelin/xref/decode_parms.h>
+#include <sorrelin/document/decode_parms.h>
 #include <tools/png_predictor.h>
 
 #include <vector>

@@ -3,7 +3,7 @@
 //
 // The input is a line with the key that is looked for, then the bytes of an object.
 #include <sorrelin/frame/session.h>
-#include <sorrelin/reader/scanner.h>
+#include <sorrelin/syntax/scanner.h>
 
 #include <cstring>
 #include <vector>

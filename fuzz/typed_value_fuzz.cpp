@@ -1,9 +1,9 @@
 // The typed reader: the value of "/K" in the input as every type, with references into a document
 // whose objects lead on, back, and nowhere; then the same bytes as /ID and /DecodeParms.
-#include <sorrelin/reader/typed_value.h>
-#include <sorrelin/xref/decode_parms.h>
-#include <sorrelin/xref/id_key.h>
-#include <sorrelin/xref/typed_lookup.h>
+#include <sorrelin/document/decode_parms.h>
+#include <sorrelin/document/id_key.h>
+#include <sorrelin/document/typed_lookup.h>
+#include <sorrelin/syntax/typed_value.h>
 #include <tests/support/pdf_builder.h>
 #include <tests/support/session_probe.h>
 

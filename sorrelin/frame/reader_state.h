@@ -3,10 +3,10 @@
 #define SORRELIN_FRAME_READER_STATE_H_
 
 #include <sorrelin/channel/read_window.h>
+#include <sorrelin/document/offset_index.h>
 #include <sorrelin/platform/process.h>
 #include <sorrelin/platform/types.h>
 #include <sorrelin/platform/wide_string.h>
-#include <sorrelin/xref/offset_index.h>
 
 #include <cstdint>
 #include <optional>

@@ -1,9 +1,9 @@
 // Construction and destruction of a session.
 #include <sorrelin/channel/file_channel.h>
+#include <sorrelin/document/object_fetch.h>
 #include <sorrelin/frame/banner.h>
 #include <sorrelin/frame/reader_state.h>
 #include <sorrelin/frame/session.h>
-#include <sorrelin/reader/object_fetch.h>
 
 #include <algorithm>
 #include <iterator>

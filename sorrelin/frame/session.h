@@ -319,7 +319,7 @@ class SORRELIN_EXPORT CCreatePDF {
   // The colour table of nHighValue + 1 entries that object nObject holds, as a new block, or 0.
   void* LoadPalette(DWORD nBitsPerComponent, DWORD nHighValue, DWORD nObject);
 
-  // Cross-reference reading (xref/)
+  // Cross-reference reading (document/)
 
   // Reads the open document's index, catalog, page list and strings: the number of object rows,
   // or 0.
@@ -333,7 +333,7 @@ class SORRELIN_EXPORT CCreatePDF {
   // The number that the object at an offset declares, or 0.
   DWORD GetRealObjectNumber(DWORD nOffset);
 
-  // Document reading (reader/)
+  // Document reading (document/)
 
   // See pdf_OpenPDFFile and pdf_OpenPDFInMemory. 1 or 0 with error 22, 23, 24, 25 or 1.
   int OpenPDFFile(char const* szFileName);
@@ -362,7 +362,7 @@ class SORRELIN_EXPORT CCreatePDF {
   // Notes which image kinds a /ProcSet names. 1, or 0 with error 33.
   int GetProcSetData(BYTE* pData, DWORD nSize);
 
-  // Scanner (reader/): values behind a key text in an object's bytes. The buffer's last byte is
+  // Scanner (syntax/): values behind a key text in an object's bytes. The buffer's last byte is
   // written while a search runs, and never part of a match.
 
   // 1 for CR, LF, blank and "["; for a digit; for a digit or a letter; else 0.

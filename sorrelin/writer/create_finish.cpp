@@ -1,13 +1,13 @@
 // Opens the target of a write session and ends it with the pages root, the catalog and the
 // cross-reference section.
 #include <sorrelin/channel/file_channel.h>
+#include <sorrelin/document/object_fetch.h>
 #include <sorrelin/frame/banner.h>
 #include <sorrelin/frame/reader_state.h>
 #include <sorrelin/frame/session.h>
 #include <sorrelin/frame/trace.h>
 #include <sorrelin/platform/file.h>
 #include <sorrelin/platform/wide_string.h>
-#include <sorrelin/reader/object_fetch.h>
 
 #include <string>
 

@@ -14,10 +14,10 @@ MAY_INCLUDE = {
     "sorrelin/image": {"platform"},
     "sorrelin/ocr": {"image", "platform"},
     # One layer: the way to an object asks for values, and values may be objects of their own.
-    "sorrelin/xref": {"reader", "channel", "platform"},
-    "sorrelin/reader": {"xref", "image", "channel", "platform"},
-    "sorrelin/writer": {"reader", "image", "channel", "platform"},
-    "sorrelin/frame": {"writer", "reader", "xref", "image", "channel", "platform"},
+    "sorrelin/syntax": {"document", "channel", "platform"},
+    "sorrelin/document": {"syntax", "image", "channel", "platform"},
+    "sorrelin/writer": {"document", "image", "channel", "platform"},
+    "sorrelin/frame": {"writer", "document", "syntax", "image", "channel", "platform"},
     "siblings": {"image/codecs/sibling.h", "platform"},
 }
 # What every folder of the library but platform and channel may know of frame.

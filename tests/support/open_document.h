@@ -4,11 +4,11 @@
 #define TESTS_SUPPORT_OPEN_DOCUMENT_H_
 
 #include <sorrelin/channel/file_channel.h>
+#include <sorrelin/document/object_fetch.h>
 #include <sorrelin/frame/session.h>
 #include <sorrelin/platform/file.h>
 #include <sorrelin/platform/memory.h>
 #include <sorrelin/platform/wide_string.h>
-#include <sorrelin/reader/object_fetch.h>
 #include <tests/support/pdf_builder.h>
 #include <tests/support/session_probe.h>
 #include <tests/support/temp_dir.h>

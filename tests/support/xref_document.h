@@ -3,8 +3,8 @@
 #define TESTS_SUPPORT_XREF_DOCUMENT_H_
 
 #include <sorrelin/channel/file_channel.h>
+#include <sorrelin/document/cxref_stm.h>
 #include <sorrelin/frame/reader_state.h>
-#include <sorrelin/xref/cxref_stm.h>
 #include <tests/support/pdf_builder.h>
 #include <tests/support/xref_probe.h>
 

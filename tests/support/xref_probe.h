@@ -2,9 +2,9 @@
 #ifndef TESTS_SUPPORT_XREF_PROBE_H_
 #define TESTS_SUPPORT_XREF_PROBE_H_
 
-#include <sorrelin/reader/object_stream.h>
-#include <sorrelin/xref/cxref_parser.h>
-#include <sorrelin/xref/cxref_stm.h>
+#include <sorrelin/document/cxref_parser.h>
+#include <sorrelin/document/cxref_stm.h>
+#include <sorrelin/document/object_stream.h>
 
 #include <list>
 #include <set>

@@ -2,8 +2,8 @@
 #ifndef TOOLS_DOCUMENTS_PDF_OBJECTS_H_
 #define TOOLS_DOCUMENTS_PDF_OBJECTS_H_
 
+#include <sorrelin/document/loaded_object.h>
 #include <sorrelin/frame/session.h>
-#include <sorrelin/reader/loaded_object.h>
 
 #include <algorithm>
 #include <cstdint>

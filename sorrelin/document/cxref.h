@@ -1,0 +1,103 @@
+// The model of a document's cross-reference: for every object number where the object lies and in
+// which form, and the byte range that each plain object takes.
+#ifndef SORRELIN_DOCUMENT_CXREF_H_
+#define SORRELIN_DOCUMENT_CXREF_H_
+
+#include <sorrelin/platform/types.h>
+
+#include <compare>
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <set>
+#include <vector>
+
+struct XrefProbe;
+
+namespace sorrelin {
+
+struct FileChannel;
+struct ReaderState;
+
+// Rows of a session's object table, which bound the index.
+inline constexpr DWORD kIndexRows = 90050;
+
+struct ObjectId {
+  DWORD nNumber = 0;
+  DWORD nGeneration = 0;
+  auto operator<=>(ObjectId const&) const = default;
+};
+
+// One element of the object index. All zero: no section named the object.
+struct XRefObjectEntry {
+  uint64_t nOffset = 0;   // type 1: of the object header; type 2: number of the object stream
+  DWORD nGeneration = 0;  // type 2: index in the object stream
+  DWORD nType = 0;        // 0 free or unknown, 1 plain, 2 in an object stream
+};
+
+// Bytes of a plain object, half open. For one in an object stream nStart is the stream's number,
+// and nEnd stays 0.
+struct ObjectExtent {
+  DWORD nStart = 0;
+  DWORD nEnd = 0;
+};
+
+// An offset at which something begins. Without an extent it only ends the object in front of it.
+struct OffsetMark {
+  uint64_t nOffset = 0;
+  ObjectExtent* pExtent = nullptr;  // not owned: an element of the extent map
+};
+
+// A pair of /Index.
+struct XRefSubsection {
+  DWORD nFirst = 0;
+  DWORD nCount = 0;
+};
+
+// A record of a cross-reference stream.
+struct XRefRecord {
+  DWORD nType = 0;
+  DWORD nField2 = 0;
+  DWORD nField3 = 0;
+};
+
+using ExtentMap = std::map<ObjectId, ObjectExtent>;
+
+class CXRef {
+ public:
+  explicit CXRef(ReaderState* context) : m_pContext(context) {}
+  virtual ~CXRef() = default;
+  CXRef(CXRef const&) = delete;
+  CXRef& operator=(CXRef const&) = delete;
+
+  // The channel is not owned.
+  void SetFile(FileChannel* file) { m_pFile = file; }
+
+  std::vector<XRefObjectEntry>& ObjectIndex() { return m_ObjectIndex; }
+  ExtentMap& Extents() { return m_Extents; }
+  // Null until the newest section was read, and for a document without the key.
+  ObjectId const* Root() const { return m_pRoot.get(); }
+  ObjectId const* Info() const { return m_pInfo.get(); }
+  int32_t StartXref() const { return m_nStartXref; }
+
+ protected:
+  friend struct ::XrefProbe;
+
+  ReaderState* m_pContext;         // not owned
+  FileChannel* m_pFile = nullptr;  // not owned
+  DWORD m_nTableSize = 0;          // no route fills it
+  std::vector<XRefObjectEntry> m_ObjectIndex;
+  int32_t m_nStartXref = 0;  // offset of the newest section
+  ExtentMap m_Extents;
+  std::vector<OffsetMark> m_Marks;  // sorted when all sections are read
+  std::unique_ptr<ObjectId> m_pRoot;
+  std::unique_ptr<ObjectId> m_pInfo;
+  DWORD m_nPrevOffset = 0;              // no route fills it
+  std::set<DWORD> m_PrevOffsets;        // no route fills it; a scan takes each for a boundary
+  std::set<uint64_t> m_PendingOffsets;  // no route fills it
+  DWORD m_nEntryLength = 20;            // no route reads it
+};
+
+}  // namespace sorrelin
+
+#endif  // SORRELIN_DOCUMENT_CXREF_H_

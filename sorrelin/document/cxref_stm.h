@@ -1,0 +1,103 @@
+// The stream route to the object index: cross-reference streams from the newest section back, and
+// the scan of the whole document that replaces an index which leads nowhere.
+#ifndef SORRELIN_DOCUMENT_CXREF_STM_H_
+#define SORRELIN_DOCUMENT_CXREF_STM_H_
+
+#include <sorrelin/document/cxref.h>
+#include <sorrelin/document/decode_parms.h>
+
+#include <list>
+#include <memory>
+#include <span>
+#include <string>
+#include <vector>
+
+namespace sorrelin {
+
+class CXrefParser;
+
+// All steps give 1, or 0 for failure; none sets an error code.
+class CXRefStm : public CXRef {
+ public:
+  explicit CXRefStm(ReaderState* context);
+  ~CXRefStm() override = default;
+
+  // Where the reading starts
+
+  // Looks for startxref in the last bytes of the document and takes its number for the offset of
+  // the newest section.
+  int ReadStartXref();
+  // Whether a classic table stands at the offset (null: of the newest section) or near it, in which
+  // case the newest section's offset moves onto it.
+  int IsClassicTableAt(DWORD const* offset);
+  // Looks for a table's keyword around the offset, backward or forward, and moves the offset onto
+  // it.
+  int SearchXrefKeyword(DWORD* offset, bool backward);
+
+  // One section
+
+  // Reads the section's object: at Prev() if `older`, else of the newest section.
+  int LoadSection(bool hybrid, bool older);
+  // /Root and /Info of the section in hand. 0 without /Root.
+  int ReadTrailerKeys();
+  // /Length, /Filter, /W, /Size, /Index and /Prev. 0 without /Length or /Size. Throws
+  // SorrelinStringError for an /Index of an odd number of tokens.
+  int ParseStreamDict();
+  int DecodeRecords();
+  // Merges the records into the index. 0 also when the index or the number of records is beyond
+  // what the library holds, see IsTooLarge.
+  int MergeRecords();
+  bool IsTooLarge() const { return m_bTooLarge; }
+  // Sorts the marks and ends each extent at the next mark.
+  int FinishExtents();
+  // Lets go of the last section's bytes and records.
+  void ReleaseSection();
+
+  std::vector<BYTE>& SectionText() { return m_SectionText; }
+  uint64_t& Prev() { return m_nPrev; }
+
+  // Recovery
+
+  // Whether the text can be an object: "obj" in front of "endobj", or of a ">" at its end.
+  static int IsObjectTextValid(BYTE const* text, uint64_t size);
+  // Replaces index, extents and marks by what a scan of the document for " obj" finds.
+  int RebuildByScan();
+  // Whether the scan was made; a second one could only find the same.
+  bool IsRebuilt() const { return m_bRebuilt; }
+  // Enters the object whose header ends at `position`, the blank before "obj".
+  void RegisterScannedObject(CXrefParser& parser, DWORD position);
+
+ private:
+  friend struct ::XrefProbe;
+
+  std::string ReadFlat(uint64_t offset, DWORD bytes);
+  void ReadFieldWidths();
+  void ReadIndexArray();
+  bool InflateSection();
+  bool UndoPredictor();
+  void ReadRecords();
+  void MergeRecord(DWORD number, XRefRecord const& record);
+  void AddBoundary(uint64_t offset);
+
+  std::vector<std::string> m_FilterNames;
+  DWORD m_nHybridOffset = 0;  // no route fills it
+  DWORD m_nFieldWidth[3] = {};
+  std::list<XRefSubsection> m_Subsections;
+  DWORD m_nRecordCount = 0;
+  std::vector<XRefRecord> m_Records;
+  DWORD m_nLength = 0;
+  std::vector<BYTE> m_RawData;  // of the m_nLength bytes those that the section holds
+  uint64_t m_nDecodedSize = 0;
+  std::vector<BYTE> m_DecodedData;  // what it lacks of m_nDecodedSize reads as 0
+  uint64_t m_nPrev = 0;             // 0 ends the chain
+  std::vector<BYTE> m_SectionText;
+  std::unique_ptr<CDecodeParms> m_pDecodeParms;
+  DWORD m_nSize = 0;
+  uint64_t m_nRecordsMerged = 0;
+  bool m_bTooLarge = false;
+  bool m_bRebuilt = false;
+};
+
+}  // namespace sorrelin
+
+#endif  // SORRELIN_DOCUMENT_CXREF_STM_H_

@@ -1,0 +1,100 @@
+// Objects that are held in object streams. One of them is dressed up like an object of the file, so
+// that every scan works on both alike.
+#ifndef SORRELIN_DOCUMENT_OBJECT_STREAM_H_
+#define SORRELIN_DOCUMENT_OBJECT_STREAM_H_
+
+#include <sorrelin/document/object_fetch.h>
+#include <sorrelin/platform/types.h>
+
+#include <cstdint>
+#include <list>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+struct XrefProbe;
+
+namespace sorrelin {
+
+class CDecodeParms;
+
+// One decoded object stream. A stream that cannot be read holds no objects.
+class ObjectStreamReader {
+ public:
+  // Reads and decodes the stream object at `stream_offset`.
+  ObjectStreamReader(ReaderState* state, uint64_t stream_offset);
+  ~ObjectStreamReader();
+  ObjectStreamReader(ObjectStreamReader const&) = delete;
+  ObjectStreamReader& operator=(ObjectStreamReader const&) = delete;
+
+  // Bytes of the text that Serve gives for object `number`, or less where it gives none.
+  uint64_t SizeOf(DWORD number) const { return Body(number).value_or(std::string_view{}).size(); }
+
+  // The text of object `number`, empty and invalid if the stream does not list it.
+  void Serve(DWORD number, ObjectBytes* out) const;
+
+  // Bytes that the reader keeps in memory.
+  uint64_t HeldBytes() const;
+  // Bytes that building it read and inflated.
+  uint64_t Work() const { return work_; }
+
+ private:
+  friend struct ::XrefProbe;
+
+  // Where an object begins behind the header, and its number; ordered by offset.
+  struct Place {
+    DWORD nOffset;
+    DWORD nNumber;
+  };
+
+  // The object's bytes; nothing if the stream does not list it.
+  std::optional<std::string_view> Body(DWORD number) const;
+  void ReadDictionary(std::span<BYTE> text);
+  void Decode(std::span<BYTE> text);
+  bool Inflate(std::span<BYTE const> raw);
+  void ReadIndex();
+  void KeepLastOfEachOffset();
+
+  ReaderState* state_;  // not owned
+  uint64_t stream_offset_;
+  std::vector<std::string> filter_names_;
+  DWORD object_count_ = 0;                          // /N, which nothing goes by
+  DWORD first_offset_ = 0;                          // /First
+  std::optional<std::pair<DWORD, DWORD>> extends_;  // /Extends, which nothing follows
+  DWORD length_ = 0;                                // /Length
+  std::vector<BYTE> decoded_;
+  std::unique_ptr<CDecodeParms> decode_parms_;
+  std::vector<Place> places_;
+  std::vector<std::pair<DWORD, DWORD>> by_number_;  // number, position in places_
+  uint64_t work_ = 0;
+};
+
+// The streams decoded last, at most 49 of them; the one that came first goes first.
+class ObjectStreamList {
+ public:
+  explicit ObjectStreamList(ReaderState* state) : state_(state) {}
+
+  // Object `number` of the stream object at `stream_offset`. Empty and invalid also for a stream
+  // that needs an object of its own to be read.
+  void Fetch(uint64_t stream_offset, DWORD number, ObjectBytes* out);
+
+ private:
+  friend struct ::XrefProbe;
+
+  ObjectStreamReader const* Find(uint64_t stream_offset) const;
+  ObjectStreamReader const* Build(uint64_t stream_offset);
+  void Evict();
+
+  ReaderState* state_;  // not owned
+  std::list<std::pair<uint64_t, std::unique_ptr<ObjectStreamReader>>> streams_;
+  std::vector<uint64_t> in_progress_;  // offsets of the streams that are being built
+  uint64_t held_bytes_ = 0;
+};
+
+}  // namespace sorrelin
+
+#endif  // SORRELIN_DOCUMENT_OBJECT_STREAM_H_

@@ -1,0 +1,66 @@
+// The cache of decoded object streams.
+#include <sorrelin/document/object_stream.h>
+
+#include <algorithm>
+
+namespace sorrelin {
+
+namespace {
+
+constexpr size_t kMostStreams = 49;
+// More decoded bytes than this are not kept, however few streams they are of.
+constexpr uint64_t kMostHeldBytes = 16 * 1024 * 1024;
+// An offset that stands in a list for the time of a scope.
+class Entered {
+ public:
+  Entered(std::vector<uint64_t>& offsets, uint64_t offset) : offsets_(offsets) {
+    offsets_.push_back(offset);
+  }
+  ~Entered() { offsets_.pop_back(); }
+  Entered(Entered const&) = delete;
+  Entered& operator=(Entered const&) = delete;
+
+ private:
+  std::vector<uint64_t>& offsets_;
+};
+
+}  // namespace
+
+void ObjectStreamList::Fetch(uint64_t stream_offset, DWORD number, ObjectBytes* out) {
+  ObjectStreamReader const* reader = Find(stream_offset);
+  if (reader == nullptr) reader = Build(stream_offset);
+  if (reader != nullptr && state_->Spend(reader->SizeOf(number))) reader->Serve(number, out);
+}
+
+ObjectStreamReader const* ObjectStreamList::Find(uint64_t stream_offset) const {
+  auto const entry = std::find_if(streams_.begin(), streams_.end(), [&](auto const& stream) {
+    return stream.first == stream_offset;
+  });
+  return entry != streams_.end() ? entry->second.get() : nullptr;
+}
+
+// Building may fetch objects, and so come back here for other streams.
+ObjectStreamReader const* ObjectStreamList::Build(uint64_t stream_offset) {
+  bool const entered =
+      std::find(in_progress_.begin(), in_progress_.end(), stream_offset) != in_progress_.end();
+  if (entered || !state_->Spend(1)) return nullptr;
+  std::unique_ptr<ObjectStreamReader> reader;
+  {
+    Entered const entry(in_progress_, stream_offset);
+    reader = std::make_unique<ObjectStreamReader>(state_, stream_offset);
+  }
+  state_->Spend(reader->Work());
+  held_bytes_ += reader->HeldBytes();
+  streams_.emplace_back(stream_offset, std::move(reader));
+  Evict();
+  return streams_.back().second.get();
+}
+
+void ObjectStreamList::Evict() {
+  while (streams_.size() > kMostStreams || (streams_.size() > 1 && held_bytes_ > kMostHeldBytes)) {
+    held_bytes_ -= streams_.front().second->HeldBytes();
+    streams_.pop_front();
+  }
+}
+
+}  // namespace sorrelin

@@ -1,0 +1,50 @@
+// The key searches that the scanner methods and functions share. A key is text: it is found
+// wherever its bytes stand, inside a longer name, a string or stream data, in front of the first
+// NUL byte.
+//
+// The terminated searches treat the buffer's last byte as a NUL: it is never part of a match. Which
+// of them leave that NUL behind when nothing is found is part of what callers see.
+#ifndef SORRELIN_SYNTAX_KEY_SEARCH_H_
+#define SORRELIN_SYNTAX_KEY_SEARCH_H_
+
+#include <sorrelin/platform/types.h>
+#include <sorrelin/syntax/byte_view.h>
+
+#include <cstdint>
+
+namespace sorrelin {
+
+inline constexpr uint64_t kNotFound = UINT64_MAX;
+
+enum class LastByte {
+  kKept,              // the buffer's last byte stands as it was in every case
+  kTerminatedOnMiss,  // a search that fails leaves a NUL in the buffer's last byte
+};
+
+// CR, LF, space, "[": what separates numbers and tokens. Tab and NUL do not.
+constexpr bool IsSeparator(BYTE c) { return c == '\r' || c == '\n' || c == ' ' || c == '['; }
+
+constexpr bool IsAlphanumeric(BYTE c) {
+  return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
+}
+
+// Offset of the first byte from `at` on that is no LF, CR or space.
+uint64_t SkipWhiteSpace(ByteView text, uint64_t at);
+
+// Offset of the first occurrence of the key text in `size` bytes, at least 1, or kNotFound.
+uint64_t FindKey(BYTE* data, uint64_t size, char const* key, LastByte last_byte);
+
+// The same for "/" and the key, where a separator must follow: "/Decode" is not in "/DecodeParms".
+// A miss leaves a NUL in the last byte.
+uint64_t FindDelimitedName(BYTE* data, uint64_t size, char const* key);
+
+// Offset behind "/" and the key, whatever follows; the last byte takes part.
+uint64_t FindBehindName(ByteView buffer, char const* key);
+
+// Whether blanks, digits, blanks, digits, blanks and "R" stand at `at`. All but the "R" may be
+// missing: "R" alone is a reference to callers, who only tell references from direct values.
+bool HasReferenceShape(ByteView buffer, uint64_t at, bool (*is_blank)(BYTE));
+
+}  // namespace sorrelin
+
+#endif  // SORRELIN_SYNTAX_KEY_SEARCH_H_

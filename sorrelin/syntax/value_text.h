@@ -1,0 +1,31 @@
+// The text of one value, cut out of an object's bytes, with references followed.
+#ifndef SORRELIN_SYNTAX_VALUE_TEXT_H_
+#define SORRELIN_SYNTAX_VALUE_TEXT_H_
+
+#include <sorrelin/frame/reader_state.h>
+#include <sorrelin/platform/types.h>
+#include <sorrelin/syntax/byte_view.h>
+
+#include <optional>
+#include <string>
+
+namespace sorrelin {
+
+struct ValueText {
+  // Kept: 0 also for a reference to an object whose value could be read; string values of such
+  // references are refused through this, while the other types read on in `text`.
+  int result = 0;
+  // Nothing if a reference could not be followed. A NUL stands behind the text.
+  std::optional<std::string> text;
+  // Bytes as reported; nothing for a dictionary, whose size is not reported. It may be less than
+  // the text's, where a text begins with a number that is no reference, and counts the NUL of an
+  // object's text.
+  std::optional<DWORD> size;
+};
+
+// `rest` is what stands behind a key. Its last byte never belongs to a value.
+ValueText IsolateValue(ReaderState* state, ByteView rest);
+
+}  // namespace sorrelin
+
+#endif  // SORRELIN_SYNTAX_VALUE_TEXT_H_
