@@ -5,7 +5,7 @@
 # little. Fails below 1.8 times one job, from 100 MiB on, or when the documents differ.
 set -euo pipefail
 cd "$(dirname "$0")/.."
-build=${1:-build/release}
+build=${1:-build/bench}
 scans=${2:-1000}
 runs=${3:-3}
 

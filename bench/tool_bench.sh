@@ -3,16 +3,16 @@
 # itself. Each pair runs in turns, and the shortest time of each counts, so that a busy machine does
 # no harm.
 #
-# usage: bench/tool_bench.sh [BUILD-FOLDER] [RUNS]     (default: build/release 7)
+# usage: bench/tool_bench.sh [BUILD-FOLDER] [RUNS]     (default: build/bench 7)
 #
 # Prints the times, their ratio and its limit; fails if a limit is passed.
 set -euo pipefail
 cd "$(dirname "$0")/.."
-build=${1:-build/release}
+build=${1:-build/bench}
 runs=${2:-7}
 sorrelin=$build/bin/sorrelin
 if [ ! -x "$sorrelin" ]; then
-  echo "there is no $sorrelin: cmake --preset release && cmake --build --preset release" >&2
+  echo "there is no $sorrelin: cmake --preset bench && cmake --build --preset bench" >&2
   exit 2
 fi
 sorrelin=$(realpath "$sorrelin")

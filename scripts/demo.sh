@@ -11,8 +11,8 @@ scripts/packages.sh demo
 
 echo "building ..."
 {
-  cmake --preset release -DSORRELIN_BUILD_TESTS=OFF -DSORRELIN_BUILD_BENCH=OFF -B build/demo-build
-  cmake --build build/demo-build
+  cmake --preset release -B build/demo-build
+  cmake --build build/demo-build --parallel "$(nproc)"
 } >"$out/build.log" 2>&1 || { tail -n 40 "$out/build.log" >&2; exit 1; }
 sorrelin=$PWD/build/demo-build/bin/sorrelin
 

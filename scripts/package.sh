@@ -9,9 +9,8 @@ cd "$(dirname "$0")/.."
 try=
 if [ "${1:-}" = --try ]; then try=yes; shift; fi
 scripts/packages.sh package
-cmake --preset release -B build/package -DCMAKE_INSTALL_PREFIX=/usr \
-  -DSORRELIN_BUILD_TESTS=OFF -DSORRELIN_BUILD_BENCH=OFF "$@" >/dev/null
-cmake --build build/package
+cmake --preset release -B build/package -DCMAKE_INSTALL_PREFIX=/usr -DSORRELIN_PARTS=ON "$@" >/dev/null
+cmake --build build/package --parallel "$(nproc)"
 rm -rf build/package/packages
 (cd build/package && cpack >cpack.log 2>&1) || { cat build/package/cpack.log; exit 1; }
 ls build/package/packages/*.deb

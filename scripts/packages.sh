@@ -4,13 +4,13 @@
 set -euo pipefail
 
 packages=(
-  cmake g++ ninja-build pkg-config
+  cmake g++ make pkg-config
   zlib1g-dev libtiff-dev libjpeg62-turbo-dev libturbojpeg0-dev libpng-dev libutfcpp-dev
   librapidxml-dev libleptonica-dev libtesseract-dev libcli11-dev)
 viewers=(ghostscript graphicsmagick mupdf-tools poppler-utils)
 packaging=(dpkg-dev mmdebstrap)
-fuzzing=(clang libclang-rt-14-dev)
-witnesses=(ccache libgtest-dev libgmock-dev libbenchmark-dev qpdf
+fuzzing=(ninja-build clang libclang-rt-14-dev)
+witnesses=(ninja-build ccache libgtest-dev libgmock-dev libbenchmark-dev qpdf
   img2pdf libtiff-tools tesseract-ocr-eng doxygen python3 python3-numpy
   man-db mandoc zsh fish tmux)
 

@@ -50,7 +50,7 @@ run_windows() {
 }
 
 run_tests asan
-run_tests release -DSORRELIN_UNIT_TESTS=OFF -DSORRELIN_BUILD_BENCH=OFF
+run_tests bench -DSORRELIN_UNIT_TESTS=OFF -DSORRELIN_BUILD_BENCH=OFF
 run_windows
 
 echo "$passed passed, $failed failed"
