@@ -11,7 +11,9 @@ namespace {
 
 using sorrelin::RebuiltDib;
 
-// Copies rows of RGB triples and exchanges the first and third byte of each, in the data too.
+// Copies rows of RGB triples and exchanges the first and third byte of each, in the data too. Of a
+// triple that the data cut short the missing bytes read as 0, and the byte that would go there is
+// lost.
 void TakeRgbRows(RebuiltDib& dib, std::span<BYTE> data, bool from_top) {
   for (uint64_t row = 0; row < dib.height() && !data.empty(); ++row) {
     std::span<BYTE> const source = data.first(std::min(data.size(), dib.payload()));
@@ -20,6 +22,7 @@ void TakeRgbRows(RebuiltDib& dib, std::span<BYTE> data, bool from_top) {
     // Kept: the caller's block is left with its bytes exchanged; a caller that decodes it again
     // gets the colours the other way round.
     std::memcpy(source.data(), to, source.size());
+    std::fill(to + source.size(), to + dib.payload(), BYTE{0});
     data = data.subspan(source.size());
   }
 }

@@ -120,9 +120,26 @@ TEST_F(DecodeRaw, BytesThatTheDataLackAreZero) {
   EXPECT_EQ(dib.rows[2], (Bytes{0, 0, 0, 0}));
 }
 
-TEST_F(DecodeRaw, RgbTripleThatTheDataCutShortSwapsWithZero) {
-  DibContent const dib = ReadDib(Decode({1, 2, 3, 4, 5}, 2, 1, 4));
-  EXPECT_EQ(dib.rows[0], (Bytes{3, 2, 1, 0, 5, 4, 0, 0}));
+// The exchange takes the third byte from behind the data, where all is 0, and puts the first byte
+// there, where it is lost. Only what the block then holds goes into the row.
+TEST_F(DecodeRaw, TripleCutAfterItsFirstByteLosesIt) {
+  DibContent const dib = ReadDib(Decode({1, 2, 3, 0xA1}, 2, 1, 4));
+  EXPECT_EQ(data_.Content(), (Bytes{3, 2, 1, 0}));
+  EXPECT_EQ(dib.rows[0], (Bytes{3, 2, 1, 0, 0, 0, 0, 0}));
+}
+
+TEST_F(DecodeRaw, TripleCutAfterItsSecondByteKeepsThatByteAlone) {
+  DibContent const dib = ReadDib(Decode({1, 2, 3, 0xA1, 0xA2}, 2, 1, 4));
+  EXPECT_EQ(data_.Content(), (Bytes{3, 2, 1, 0, 0xA2}));
+  EXPECT_EQ(dib.rows[0], (Bytes{3, 2, 1, 0, 0xA2, 0, 0, 0}));
+}
+
+TEST_F(DecodeRaw, TripleCutInALowerRowLosesItsFirstByteInEitherOrderOfRows) {
+  Bytes const data = {1, 2, 3, 4, 5};  // rows of one pixel; the second lacks a byte
+  DibContent const dib = ReadDib(Decode(data, 1, 3, 4));
+  EXPECT_EQ(dib.rows, (std::vector<Bytes>{{3, 2, 1, 0}, {0, 5, 0, 0}, {0, 0, 0, 0}}));
+  DibContent const flipped = ReadDib(Decode(data, 1, -3, 4));
+  EXPECT_EQ(flipped.rows, (std::vector<Bytes>{{0, 0, 0, 0}, {0, 5, 0, 0}, {3, 2, 1, 0}}));
   EXPECT_EQ(data_.Content(), (Bytes{3, 2, 1, 0, 5}));
 }
 
