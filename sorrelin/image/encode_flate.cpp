@@ -17,8 +17,12 @@ namespace {
 constexpr int kHighestLevel = 9;
 constexpr uint64_t kFirstCapacityDivisor = 100;
 
+uint64_t FirstCapacity(uint64_t raw_bytes) {
+  return std::max<uint64_t>(raw_bytes / kFirstCapacityDivisor, 1);
+}
+
 uint64_t DoubledCapacity(uint64_t raw_bytes, uint64_t compressed_bytes) {
-  uint64_t capacity = std::max<uint64_t>(raw_bytes / kFirstCapacityDivisor, 1);
+  uint64_t capacity = FirstCapacity(raw_bytes);
   while (capacity < compressed_bytes) capacity *= 2;
   return capacity;
 }
@@ -36,8 +40,11 @@ OwnedBlock CompressFlate(std::span<BYTE const> raw, int level, DWORD& size) {
   OwnedBlock block(GlobalAlloc(GPTR, compressed));
   BYTE* const out = static_cast<BYTE*>(GlobalLock(block.get()));
   if (out == nullptr) return OwnedBlock();
-  compress2(out, &compressed, raw.data(), static_cast<uLong>(raw.size()), level);
+  int const result = compress2(out, &compressed, raw.data(), static_cast<uLong>(raw.size()), level);
   GlobalUnlock(block.get());
+  // Kept: a level that zlib refuses leaves the first block as it is, all of it zeros and all of it
+  // counted; callers write size bytes.
+  if (result == Z_STREAM_ERROR) compressed = static_cast<uLongf>(FirstCapacity(raw.size()));
   uint64_t const capacity = DoubledCapacity(raw.size(), compressed);
   if (capacity > UINT32_MAX) return OwnedBlock();
   HGLOBAL const resized =

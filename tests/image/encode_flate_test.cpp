@@ -89,6 +89,21 @@ TEST_F(EncodeFlate, QualityBecomesTheLevelOrTheDefault) {
   EXPECT_NE(with(1), with(9));
 }
 
+// The first capacity is a hundredth of the raw image, at least 1.
+TEST_F(EncodeFlate, LevelThatZlibRefusesGivesZerosOfTheFirstCapacity) {
+  session_->PDF_SetLastError(0);
+  for (auto const& [width, capacity] : {std::pair{1, 1u}, {199, 1u}, {200, 2u}, {2550, 25u}}) {
+    Block const dib = Noise(width, 1);
+    for (int const level : {-2, 10, INT32_MIN, INT32_MAX}) {
+      size_ = 77;
+      Block const flate(session_->ConvertDIB2FlatePDFImage(dib, size_, 4, level));
+      EXPECT_EQ(size_, capacity) << width << " " << level;
+      EXPECT_EQ(flate.Content(), Bytes(capacity, 0)) << width << " " << level;
+    }
+  }
+  EXPECT_EQ(session_->PDF_GetLastError(), 0u);
+}
+
 TEST_F(EncodeFlate, TailBehindTheDataIsZero) {
   Block const dib = Noise(50, 50);
   Block const flate(session_->ConvertDIB2FlatePDFImage(dib, size_, 4, 6));
