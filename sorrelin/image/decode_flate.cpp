@@ -15,10 +15,11 @@ using sorrelin::RebuiltDib;
 // A multiple of 3, so that no RGB triple falls apart.
 constexpr size_t kPieceBytes = 3 * 32768;
 
-// Inflates into the rows. False if the data hold more than height * stride bytes; the padding of
-// the rows counts, so what a stream holds beyond its rows is dropped up to there. Damaged data give
-// what they hold before the damage.
+// Inflates into the rows. False if the data hold more than height * stride bytes, and for rows of
+// no bytes; the padding of the rows counts, so what a stream holds beyond its rows is dropped up to
+// there. Damaged data give what they hold before the damage.
 bool InflateRows(std::span<BYTE const> data, RebuiltDib& dib, sorrelin::RowWriter rows) {
+  if (dib.stride() == 0) return false;
   sorrelin::InflateStream stream(data);
   auto const piece = std::make_unique<BYTE[]>(kPieceBytes);
   uint64_t room = dib.height() * dib.stride();

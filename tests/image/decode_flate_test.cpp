@@ -120,6 +120,15 @@ TEST_F(DecodeFlate, OneByteMoreThanHeightTimesStrideIsCode27) {
   EXPECT_EQ(TakeLocks(data_), 0);
 }
 
+TEST_F(DecodeFlate, PictureOfWidth0IsCode27WhateverTheData) {
+  for (Bytes const& data : {Deflated({1}), Deflated({}), Bytes{'n', 'o', 't', 'z'}}) {
+    session_->PDF_SetLastError(0);
+    EXPECT_EQ(Decode(data, 0, 5, 1).get(), nullptr);
+    EXPECT_EQ(session_->PDF_GetLastError(), 27u);
+    EXPECT_EQ(TakeLocks(data_), 0);
+  }
+}
+
 TEST_F(DecodeFlate, BombStopsAtThePictureSize) {
   EXPECT_EQ(Decode(Deflated(Bytes(50000000)), 100, 100, 4).get(), nullptr);
   EXPECT_EQ(session_->PDF_GetLastError(), 27u);
