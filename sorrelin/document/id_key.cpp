@@ -66,8 +66,7 @@ int ReadIdKey(std::span<BYTE const> text, DocumentId& id) {
   rest.remove_prefix(key + 3);
   auto permanent = TakeString(rest);
   auto changing = permanent ? TakeString(rest) : std::nullopt;
-  if (!changing) return 0;
-  id = {*std::move(permanent), *std::move(changing)};
+  if (changing) id = {*std::move(permanent), *std::move(changing)};
   return 1;
 }
 

@@ -14,8 +14,8 @@ struct DocumentId {
   std::string changing;
 };
 
-// Reads the two strings behind /ID, decoded. 1 also where the text has no "ID" at all; 0 if it has
-// one that is not the key, or does not lead to two closed strings.
+// Reads the two strings behind /ID, decoded; both stay empty where there are no two closed strings.
+// 0 only if the text has an "ID" that is not the key.
 int ReadIdKey(std::span<BYTE const> text, DocumentId& id);
 
 }  // namespace sorrelin

@@ -34,10 +34,11 @@ INSTANTIATE_TEST_SUITE_P(
                     IdRow{"AnythingInFront", "/ID 5 0 R /A [<41><42>]", 1, "A", "B"},
                     IdRow{"WithoutSolidus", "/UUID 1", 0, "", ""},
                     IdRow{"InALongerName", "/IDTree <41> <42>", 1, "A", "B"},
-                    IdRow{"NoString", "/ID [1 2]", 0, "", ""},
-                    IdRow{"OneString", "/ID [<41>]", 0, "", ""},
-                    IdRow{"OpenHexadecimal", "/ID [<41", 0, "", ""},
-                    IdRow{"OpenLiteral", "/ID [(a)(b", 0, "", ""},
+                    IdRow{"NoString", "/ID [1 2]", 1, "", ""},
+                    IdRow{"Reference", "/ID 7 0 R", 1, "", ""},
+                    IdRow{"OneString", "/ID [<41>]", 1, "", ""},
+                    IdRow{"OpenHexadecimal", "/ID [<41", 1, "", ""},
+                    IdRow{"OpenLiteral", "/ID [(a)(b", 1, "", ""},
                     IdRow{"BehindNul", std::string("a\0/ID", 5), 1, "", ""}),
     [](auto const& row) { return row.param.name; });
 
