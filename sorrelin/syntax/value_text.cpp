@@ -63,7 +63,8 @@ DictionaryPass FindDictionary(ByteView text) {
 class ValuePass {
  public:
   // Kept: the output begins with as many NULs as stand in front of an unclosed dictionary, so that
-  // such a value reads as empty, and its size does not.
+  // such a value reads as empty, and its size does not. It has room for one byte more than the
+  // text; what would go past that counts and reads as 0.
   ValuePass(ByteView text, uint64_t unclosed_at)
       : text_(text), output_(static_cast<size_t>(unclosed_at), '\0') {}
 
@@ -83,12 +84,14 @@ class ValuePass {
   void Take() {
     BYTE const c = text_[at_++];
     if (c == '\\') {
-      output_ += static_cast<char>(TakeEscaped());
+      Put(TakeEscaped());
       return;
     }
     Count(c);
-    output_ += static_cast<char>(c);
+    Put(c);
   }
+
+  void Put(BYTE c) { output_ += output_.size() <= text_.size ? static_cast<char>(c) : '\0'; }
 
   void Count(BYTE c) {
     if (parentheses_ == 0 && angles_ == 0) brackets_ += (c == '[') - (c == ']');
