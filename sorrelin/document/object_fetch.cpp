@@ -18,11 +18,6 @@ namespace {
 constexpr DWORD kFetchLevels = 32;
 constexpr uint64_t kBaseWork = 128 * 1024 * 1024;
 constexpr uint64_t kWorkPerByte = 64;
-// Of the bytes that an extent has beyond the file's end this many are kept, as zeros: enough that
-// the end of the file is not taken for the end of an object.
-constexpr uint64_t kBeyondFile = 8;
-// Up to this size it does not matter whether the file holds the extent.
-constexpr DWORD kSmallExtent = 4096;
 
 class FetchLevel {
  public:
@@ -40,15 +35,6 @@ struct FreeBlock {
 };
 using HeapBlock = std::unique_ptr<BYTE, FreeBlock>;
 
-// Bytes of the extent that the file holds, and a few more where it holds less.
-DWORD BytesOf(ReaderState const& state, ObjectExtent const& extent) {
-  DWORD const bytes = extent.nEnd - extent.nStart;
-  if (bytes <= kSmallExtent) return bytes;
-  DWORD const file_bytes = ChannelGetSize(state.m_pChannel, nullptr);
-  uint64_t const held = file_bytes - std::min(file_bytes, extent.nStart);
-  return static_cast<DWORD>(std::min<uint64_t>(bytes, held + kBeyondFile));
-}
-
 // An object that is no stream has its NUL bytes as blanks, so that scans see all of it.
 void BlankNuls(BYTE* text, DWORD bytes) {
   ByteView const view{text, bytes};
@@ -65,7 +51,10 @@ bool FetchPlain(ReaderState& state, ObjectBytes* out, ObjectId id) {
     return true;
   }
   ObjectExtent const extent = entry->second;
-  DWORD const bytes = BytesOf(state, extent);
+  DWORD const bytes = extent.nEnd - extent.nStart;
+  // Behind the file there is no text, and looking there costs nothing.
+  if (extent.nStart >= ChannelGetSize(state.m_pChannel, nullptr)) return false;
+  // What the file lacks of the extent stays 0.
   if (!state.Spend(bytes)) return true;
   HeapBlock block(static_cast<BYTE*>(std::calloc(size_t{bytes} + 2, 1)));
   if (block == nullptr) return true;

@@ -312,17 +312,61 @@ TEST(IndexFetch, LastMarksObjectIsServedByTheTable) {
   EXPECT_EQ(document.row(9).nOffset, section);
 }
 
-TEST(IndexFetch, ExtentBeyondTheFileHoldsWhatThereIs) {
-  PdfBuilder const pdf = Stream([](PdfBuilder& p) {
-    p.Object(4, "x");
-    p.Row(5, {1, 3000000000, 0});
-  });
-  OpenDocument document(pdf);
+// A document whose object 4 comes last, behind the section that lists it, and whose row 5 points
+// `bytes` bytes behind the start of object 4, which thereby is its extent.
+PdfBuilder EndingInObject4(std::string const& body, size_t bytes) {
+  size_t at = 0;
+  for (;;) {
+    PdfBuilder pdf("%PDF-1.5");
+    test::AddPageTree(pdf, 1);
+    pdf.Row(4, {1, at, 0}).Row(5, {1, at + bytes, 0});
+    size_t const section = pdf.XrefStream(9, {.stream = {.filter = ""}});
+    if (at == pdf.Size()) {
+      pdf.Object(4, body);
+      pdf.Text("startxref\n" + std::to_string(section) + "\n%%EOF\n");
+      return pdf;
+    }
+    at = pdf.Size();
+  }
+}
+
+// Two NULs end a fetched text, and what the file lacks of the extent is 0, which in a text that is
+// no stream becomes blanks.
+TEST_P(IndexFetch, ExtentThatReachesBehindTheFileIsServedInFull) {
+  for (size_t const bytes : {500u, 5000u, 100000u}) {
+    PdfBuilder const pdf = EndingInObject4("<</A 1>>", bytes);
+    OpenDocument document(pdf, GetParam());
+    ASSERT_NE(document.Build(), 0u);
+    std::string text = pdf.Content().substr(pdf.OffsetOf(4));
+    text.resize(bytes, ' ');
+    text.resize(bytes + 2, '\0');
+    EXPECT_EQ(document.Fetch(4).text, text) << bytes;
+    EXPECT_EQ(document.Load(4), text) << bytes;
+    EXPECT_EQ(document->GetObjectSize(4), bytes + 2);
+  }
+}
+
+TEST_P(IndexFetch, StreamThatReachesBehindTheFileEndsInZeros) {
+  PdfBuilder const pdf = EndingInObject4("<</Filter /A>>", 5000);
+  OpenDocument document(pdf, GetParam());
   ASSERT_NE(document.Build(), 0u);
-  document.reader().m_pXRef->Extents()[{4, 0}].nEnd = 3000000000;
-  auto const fetched = document.Fetch(4);
-  EXPECT_TRUE(fetched.valid);
-  EXPECT_LT(fetched.text.size(), pdf.Size() + 20);
+  std::string text = pdf.Content().substr(pdf.OffsetOf(4));
+  text.resize(5002, '\0');
+  EXPECT_EQ(document.Load(4), text);
+  EXPECT_EQ(document->GetObjectSize(4), 5002u);
+}
+
+// One fetch may handle 128 MiB and 64 times the document's bytes; the table row then serves.
+TEST_P(IndexFetch, ExtentBeyondTheWorkOfAFetchYieldsNothing) {
+  size_t const size = EndingInObject4("<</A 1>>", 500).Size();
+  size_t const work = 128 * 1024 * 1024 + 64 * size;
+  OpenDocument within(EndingInObject4("<</A 1>>", work), GetParam());
+  ASSERT_NE(within.Build(), 0u);
+  EXPECT_EQ(within->GetObjectSize(4), work + 2);
+  OpenDocument beyond(EndingInObject4("<</A 1>>", work + 1), GetParam());
+  ASSERT_NE(beyond.Build(), 0u);
+  EXPECT_FALSE(beyond.Fetch(4).valid);
+  EXPECT_EQ(beyond.Load(4), "4 0 obj\n<</A 1>>\nendobj\n");
 }
 
 // The end of the file is not taken for the end of the object.
