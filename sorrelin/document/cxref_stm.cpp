@@ -112,8 +112,7 @@ int CXRefStm::DecodeRecords() {
   auto const raw = data->first(std::min<size_t>(data->size(), m_nLength));
   m_RawData.assign(raw.begin(), raw.end());
   if (!StartsWithTwoIntegers(m_SectionText) || !InflateSection() || !UndoPredictor()) return 0;
-  ReadRecords();
-  return m_bTooLarge ? 0 : 1;
+  return ReadRecords() ? 1 : 0;
 }
 
 // Kept: the names are not compared, and each pass inflates the raw data again, taking the size of
@@ -121,7 +120,9 @@ int CXRefStm::DecodeRecords() {
 bool CXRefStm::InflateSection() {
   uint64_t size = m_nLength;
   for (size_t pass = 0; pass < std::min<size_t>(m_FilterNames.size(), 2); ++pass) {
-    if (InflateBuffer(m_RawData, size, m_DecodedData) != kInflated) return false;
+    if (InflateBuffer(m_RawData, size, m_DecodedData, m_pContext->m_nWorkLeft) != kInflated) {
+      return false;
+    }
     size = m_DecodedData.size();
   }
   if (m_FilterNames.empty()) m_DecodedData = m_RawData;
@@ -137,22 +138,20 @@ bool CXRefStm::UndoPredictor() {
     m_pDecodeParms->ParseDecodeParms(reinterpret_cast<BYTE*>(parms->data()), parms->size());
   }
   if (!m_pDecodeParms->HasPredictor()) return true;
-  if (m_nDecodedSize > InflateLimit(m_DecodedData.size())) return false;
+  uint64_t const lacking = m_nDecodedSize - m_DecodedData.size();
+  if (m_nDecodedSize > kMostInflated || !m_pContext->Spend(lacking)) return false;
   m_DecodedData.resize(static_cast<size_t>(m_nDecodedSize));
   return m_pDecodeParms->ApplyPredictor(m_DecodedData) != 0;
 }
 
-void CXRefStm::ReadRecords() {
+bool CXRefStm::ReadRecords() {
   uint64_t const widths[] = {m_nFieldWidth[0], m_nFieldWidth[1], m_nFieldWidth[2]};
   uint64_t const record_bytes = widths[0] + widths[1] + widths[2];
   uint64_t limit = 0;
   for (XRefSubsection const& subsection : m_Subsections) limit += subsection.nCount;
   if (record_bytes > 0) limit = std::min(limit, m_nDecodedSize / record_bytes);
-  // What no document needs: a few tables' worth, and more only where the file is large.
-  uint64_t const most = 4 * uint64_t{kIndexRows} + ChannelGetSize(m_pFile, nullptr) / 32;
-  m_nRecordsMerged += limit;
-  if (m_nRecordsMerged > most) m_bTooLarge = true;
-  if (m_bTooLarge) return;
+  if (limit > kIndexRows) m_bTooLarge = true;
+  if (m_bTooLarge || !m_pContext->Spend(limit * sizeof(OffsetMark))) return false;
   m_Records.reserve(static_cast<size_t>(limit));
   for (uint64_t at = 0; m_Records.size() < limit; at += record_bytes) {
     XRefRecord record;
@@ -164,6 +163,7 @@ void CXRefStm::ReadRecords() {
     m_Records.push_back(record);
   }
   m_nRecordCount = static_cast<DWORD>(m_Records.size());
+  return true;
 }
 
 int CXRefStm::MergeRecords() {

@@ -44,9 +44,9 @@ class CXRefStm : public CXRef {
   // SorrelinStringError for an /Index of an odd number of tokens.
   int ParseStreamDict();
   int DecodeRecords();
-  // Merges the records into the index. 0 also when the index or the number of records is beyond
-  // what the library holds, see IsTooLarge.
+  // Merges the records into the index. 0 when the index is beyond the object table, see IsTooLarge.
   int MergeRecords();
+  // Whether a section's index or its number of records is beyond the object table.
   bool IsTooLarge() const { return m_bTooLarge; }
   // Sorts the marks and ends each extent at the next mark.
   int FinishExtents();
@@ -75,7 +75,8 @@ class CXRefStm : public CXRef {
   void ReadIndexArray();
   bool InflateSection();
   bool UndoPredictor();
-  void ReadRecords();
+  // False for more records than the object table has rows, and when no work is left for them.
+  bool ReadRecords();
   void MergeRecord(DWORD number, XRefRecord const& record);
   void AddBoundary(uint64_t offset);
 
@@ -93,7 +94,6 @@ class CXRefStm : public CXRef {
   std::vector<BYTE> m_SectionText;
   std::unique_ptr<CDecodeParms> m_pDecodeParms;
   DWORD m_nSize = 0;
-  uint64_t m_nRecordsMerged = 0;
   bool m_bTooLarge = false;
   bool m_bRebuilt = false;
 };

@@ -15,10 +15,11 @@ constexpr BYTE kZeros[4096] = {};
 
 class Inflater {
  public:
-  Inflater(std::span<BYTE const> source, uint64_t source_size, std::vector<BYTE>& output)
+  Inflater(std::span<BYTE const> source, uint64_t source_size, std::vector<BYTE>& output,
+           uint64_t limit)
       : source_(source.first(static_cast<size_t>(std::min<uint64_t>(source.size(), source_size)))),
         zeros_(source_size - source_.size()),
-        limit_(InflateLimit(source_.size())),
+        limit_(limit),
         first_output_(std::min(limit_, std::max(kFirstOutput, 2 * uint64_t{source_.size()}))),
         output_(output) {}
   ~Inflater() { inflateEnd(&stream_); }
@@ -31,13 +32,13 @@ class Inflater {
       if (stream_.avail_in == 0) FeedInput();
       if (stream_.avail_out == 0 && !GrowOutput()) return kInflateNoMemory;
       int const result = inflate(&stream_, Z_NO_FLUSH);
-      if (result == Z_STREAM_END) break;
+      if (result == Z_STREAM_END) return kInflated;
       if (result == Z_BUF_ERROR && stream_.avail_in == 0 && !HasInput()) return kInflateDamaged;
       if (result != Z_OK && result != Z_BUF_ERROR) return kInflateDamaged;
     }
-    output_.resize(output_.size() - stream_.avail_out);
-    return kInflated;
   }
+  // Bytes that came out.
+  uint64_t Written() const { return output_.size() - stream_.avail_out; }
 
  private:
   bool HasInput() const { return !source_.empty() || zeros_ > 0; }
@@ -77,11 +78,16 @@ class Inflater {
 }  // namespace
 
 InflateResult InflateBuffer(std::span<BYTE const> source, uint64_t source_size,
-                            std::vector<BYTE>& output) {
+                            std::vector<BYTE>& output, uint64_t& work) {
   output.clear();
   if (source_size == 0) return kInflated;
-  InflateResult const result = Inflater(source, source_size, output).Run();
-  if (result != kInflated) output = {};
+  uint64_t const limit = std::min(kMostInflated, work);
+  Inflater inflater(source, source_size, output, limit + 1);
+  InflateResult result = inflater.Run();
+  if (inflater.Written() > limit) result = kInflateNoMemory;
+  work -= std::min(work, inflater.Written());
+  output.resize(result == kInflated ? static_cast<size_t>(inflater.Written()) : 0);
+  if (result != kInflated) output.shrink_to_fit();
   return result;
 }
 

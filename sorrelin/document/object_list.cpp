@@ -43,8 +43,15 @@ class Opening {
 
 }  // namespace
 
+// Where the work is used up, fetches yield nothing; rather than leave out pages and strings the
+// opening fails.
 DWORD CCreatePDF::BuildObjectListFromFile() {
   Opening const opening(*m_pReader);
+  DWORD const objects = ReadObjectList();
+  return m_pReader->m_nWorkLeft != 0 ? objects : Fail(PDF_ERROR_SYSTEM);
+}
+
+DWORD CCreatePDF::ReadObjectList() {
   DWORD start = 0;
   if (!FindStartXref(start)) return 0;
   m_nMaxSectionOffset = 0;
@@ -104,11 +111,11 @@ bool CCreatePDF::ReadStreamChain(CXRefStm& xref) {
     return false;
   }
   // Sections do not overlap, so that all of them together are no larger than the document.
-  uint64_t left = sorrelin::ChannelGetSize(m_hFile, nullptr);
+  uint64_t left = sorrelin::ChannelGetSize(m_hFile, nullptr) - xref.SectionText().size();
   std::set<uint64_t> seen{static_cast<DWORD>(xref.StartXref())};
   while (xref.Prev() != 0 && seen.insert(xref.Prev()).second) {
-    left -= std::min<uint64_t>(left, xref.SectionText().size());
-    if (left == 0 || xref.LoadSection(false, true) == 0) return false;
+    if (xref.LoadSection(false, true) == 0 || xref.SectionText().size() > left) return false;
+    left -= xref.SectionText().size();
     xref.Prev() = 0;
     if (!ReadStreamSection(xref)) return false;
   }

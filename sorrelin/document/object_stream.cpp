@@ -39,10 +39,9 @@ ObjectStreamReader::ObjectStreamReader(ReaderState* state, uint64_t stream_offse
       decode_parms_(std::make_unique<CDecodeParms>(state)) {
   auto text = ReadThroughEndobj(*state, stream_offset);
   if (!text) return;
-  work_ = text->size();
+  if (!state->Spend(text->size())) return;
   ReadDictionary(*text);
   Decode(*text);
-  work_ += decoded_.size();
   ReadIndex();
 }
 
@@ -81,7 +80,7 @@ bool ObjectStreamReader::Inflate(std::span<BYTE const> raw) {
                   raw.begin() + static_cast<ptrdiff_t>(std::min<size_t>(raw.size(), length_)));
   for (size_t pass = 0; pass < filter_names_.size(); ++pass) {
     std::vector<BYTE> output;
-    if (InflateBuffer(decoded_, length_, output) != kInflated) {
+    if (InflateBuffer(decoded_, length_, output, state_->m_nWorkLeft) != kInflated) {
       decoded_ = {};
       return false;
     }
@@ -123,33 +122,35 @@ void ObjectStreamReader::KeepLastOfEachOffset() {
 }
 
 // Kept: an object that is listed twice is taken from the lower offset.
-std::optional<std::string_view> ObjectStreamReader::Body(DWORD number) const {
+std::optional<ObjectStreamReader::Extent> ObjectStreamReader::ExtentOf(DWORD number) const {
   auto const entry =
       std::lower_bound(by_number_.begin(), by_number_.end(), std::pair<DWORD, DWORD>{number, 0});
   if (entry == by_number_.end() || entry->first != number) return std::nullopt;
   size_t const place = entry->second;
   uint64_t const begin = uint64_t{places_[place].nOffset} + first_offset_;
-  uint64_t const end = place + 1 < places_.size()
-                           ? uint64_t{places_[place + 1].nOffset} + first_offset_
-                           : decoded_.size();
-  std::string_view const rest = ByteView{decoded_.data(), decoded_.size()}.From(begin).Chars();
-  return rest.substr(0, end > begin ? static_cast<size_t>(end - begin) : 0);
+  if (place + 1 < places_.size()) {
+    return Extent{begin, uint64_t{places_[place + 1].nOffset} - places_[place].nOffset};
+  }
+  return Extent{begin, decoded_.size() - std::min<uint64_t>(begin, decoded_.size())};
 }
 
 // Kept: the generation is always 0.
 void ObjectStreamReader::Serve(DWORD number, ObjectBytes* out) const {
-  auto const found = Body(number);
-  if (!found) return;
-  std::string_view const body = *found;
+  auto const extent = ExtentOf(number);
+  if (!extent) return;
+  ByteView const rest = ByteView{decoded_.data(), decoded_.size()}.From(extent->begin);
+  std::string_view const held = rest.Chars().substr(0, static_cast<size_t>(extent->bytes));
+  size_t const body_bytes = static_cast<size_t>(extent->bytes);
   char head[32];
   size_t const head_bytes = static_cast<size_t>(
       std::snprintf(head, sizeof head, "%i %i obj\n", static_cast<int>(number), 0));
-  size_t const size = head_bytes + body.size() + kObjectEnd.size() + 1;
+  size_t const size = head_bytes + body_bytes + kObjectEnd.size() + 1;
   char* const text = static_cast<char*>(std::malloc(size));
   if (text == nullptr) throw SorrelinStringError(SorrelinStringError::kFailed);
   std::memcpy(text, head, head_bytes);
-  std::replace_copy(body.begin(), body.end(), text + head_bytes, '\0', ' ');
-  std::memcpy(text + head_bytes + body.size(), kObjectEnd.data(), kObjectEnd.size());
+  std::memset(text + head_bytes, ' ', body_bytes);
+  std::replace_copy(held.begin(), held.end(), text + head_bytes, '\0', ' ');
+  std::memcpy(text + head_bytes + body_bytes, kObjectEnd.data(), kObjectEnd.size());
   text[size - 1] = '\0';
   *out = {reinterpret_cast<BYTE*>(text), static_cast<DWORD>(size), 1};
 }

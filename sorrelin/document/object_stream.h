@@ -12,7 +12,6 @@
 #include <optional>
 #include <span>
 #include <string>
-#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -25,22 +24,20 @@ class CDecodeParms;
 // One decoded object stream. A stream that cannot be read holds no objects.
 class ObjectStreamReader {
  public:
-  // Reads and decodes the stream object at `stream_offset`.
+  // Reads and decodes the stream object at `stream_offset`, as far as the work that is left allows.
   ObjectStreamReader(ReaderState* state, uint64_t stream_offset);
   ~ObjectStreamReader();
   ObjectStreamReader(ObjectStreamReader const&) = delete;
   ObjectStreamReader& operator=(ObjectStreamReader const&) = delete;
 
-  // Bytes of the text that Serve gives for object `number`, or less where it gives none.
-  uint64_t SizeOf(DWORD number) const { return Body(number).value_or(std::string_view{}).size(); }
+  // Bytes of object `number`, without what Serve puts around them.
+  uint64_t SizeOf(DWORD number) const { return ExtentOf(number).value_or(Extent{}).bytes; }
 
   // The text of object `number`, empty and invalid if the stream does not list it.
   void Serve(DWORD number, ObjectBytes* out) const;
 
   // Bytes that the reader keeps in memory.
   uint64_t HeldBytes() const;
-  // Bytes that building it read and inflated.
-  uint64_t Work() const { return work_; }
 
  private:
   friend struct ::XrefProbe;
@@ -51,8 +48,14 @@ class ObjectStreamReader {
     DWORD nNumber;
   };
 
-  // The object's bytes; nothing if the stream does not list it.
-  std::optional<std::string_view> Body(DWORD number) const;
+  // An object's bytes in the decoded data, of which those that the data lack are 0.
+  struct Extent {
+    uint64_t begin = 0;
+    uint64_t bytes = 0;
+  };
+
+  // Nothing if the stream does not list the object.
+  std::optional<Extent> ExtentOf(DWORD number) const;
   void ReadDictionary(std::span<BYTE> text);
   void Decode(std::span<BYTE> text);
   bool Inflate(std::span<BYTE const> raw);
@@ -70,7 +73,6 @@ class ObjectStreamReader {
   std::unique_ptr<CDecodeParms> decode_parms_;
   std::vector<Place> places_;
   std::vector<std::pair<DWORD, DWORD>> by_number_;  // number, position in places_
-  uint64_t work_ = 0;
 };
 
 // The streams decoded last, at most 49 of them; the one that came first goes first.

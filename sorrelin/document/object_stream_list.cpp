@@ -9,7 +9,8 @@ namespace {
 
 constexpr size_t kMostStreams = 49;
 // More decoded bytes than this are not kept, however few streams they are of.
-constexpr uint64_t kMostHeldBytes = 16 * 1024 * 1024;
+constexpr uint64_t kMostHeldBytes = 128 * 1024 * 1024;
+
 // An offset that stands in a list for the time of a scope.
 class Entered {
  public:
@@ -49,7 +50,8 @@ ObjectStreamReader const* ObjectStreamList::Build(uint64_t stream_offset) {
     Entered const entry(in_progress_, stream_offset);
     reader = std::make_unique<ObjectStreamReader>(state_, stream_offset);
   }
-  state_->Spend(reader->Work());
+  // A stream that the work did not suffice for may be readable to the next fetch.
+  if (state_->m_nWorkLeft == 0) return nullptr;
   held_bytes_ += reader->HeldBytes();
   streams_.emplace_back(stream_offset, std::move(reader));
   Evict();

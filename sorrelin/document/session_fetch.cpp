@@ -128,11 +128,12 @@ void* CCreatePDF::LoadTableObject(DWORD nObject) {
     PDF_SetLastError(PDF_ERROR_SYSTEM);
     return nullptr;
   }
+  if (m_pReader->m_bOpening && m_pReader->m_nWorkLeft == 0) return nullptr;
   DWORD const size = TableObjectSize(nObject);
   DWORD const held = DocumentBytes() - std::min(DocumentBytes(), offset);
-  bool const allowed = !m_pReader->m_bOpening || m_pReader->Spend(size);
-  HGLOBAL const block =
-      allowed && size <= held ? ReadBlock(*m_pReader, m_hFile, offset, size) : nullptr;
+  // A size that the document does not hold costs an opening nothing: nothing is read.
+  bool const allowed = size <= held && (!m_pReader->m_bOpening || m_pReader->Spend(size));
+  HGLOBAL const block = allowed ? ReadBlock(*m_pReader, m_hFile, offset, size) : nullptr;
   SeekTo(m_hFile, offset + std::min(size, held));
   return block;
 }

@@ -506,6 +506,7 @@ class SORRELIN_EXPORT CCreatePDF {
   SORRELIN_LOCAL int ReadProcSetObject(BYTE* pData, DWORD nSize);
 
   // Cross-reference reading
+  SORRELIN_LOCAL DWORD ReadObjectList();
   SORRELIN_LOCAL bool FindStartXref(DWORD& nOffset);
   SORRELIN_LOCAL bool ReadClassicSections(DWORD nStart);
   SORRELIN_LOCAL bool ReadSubsection(sorrelin::TableCursor& cursor);

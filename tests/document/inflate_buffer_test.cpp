@@ -16,13 +16,16 @@ std::string Mixed(size_t bytes) {
 }
 
 struct Inflated {
-  explicit Inflated(std::string const& source, std::optional<uint64_t> size = std::nullopt) {
+  explicit Inflated(std::string const& source, std::optional<uint64_t> size = std::nullopt,
+                    uint64_t work_given = UINT64_MAX)
+      : work(work_given) {
     Bytes const bytes = test::ToBytes(source);
     output = {1, 2, 3};
-    result = InflateBuffer(bytes, size.value_or(bytes.size()), output);
+    result = InflateBuffer(bytes, size.value_or(bytes.size()), output, work);
   }
   int result;
   Bytes output;
+  uint64_t work;  // what is left of it
 };
 
 TEST(InflateBuffer, GivesExactlyWhatWasPacked) {
@@ -84,14 +87,35 @@ TEST(InflateBuffer, WhatTheSourceLacksOfItsSizeReadsAsZero) {
   EXPECT_EQ(Inflated(cut, uint64_t{1} << 40).result, 0);
 }
 
-// A thousandth of what comes out goes in.
-TEST(InflateBuffer, BombIsResultTwo) {
-  size_t const limit = sorrelin::InflateLimit(20000);
-  std::string const bomb = test::Deflate(std::string(limit + 1000000, '\0'));
-  EXPECT_LT(bomb.size(), 20000u);
-  Inflated const inflated(bomb);
-  EXPECT_EQ(inflated.result, 2);
-  EXPECT_TRUE(inflated.output.empty());
+TEST(InflateBuffer, TakesWhatComesOutOffTheWork) {
+  Inflated const inflated(test::Deflate(std::string(50000, 'x')), std::nullopt, 70000);
+  EXPECT_EQ(inflated.result, 0);
+  EXPECT_EQ(inflated.work, 20000u);
+}
+
+TEST(InflateBuffer, WorkThatJustSufficesIsEnough) {
+  for (size_t const bytes : {1u, 4096u, 50000u}) {
+    std::string const packed = test::Deflate(std::string(bytes, 'x'));
+    Inflated const enough(packed, std::nullopt, bytes);
+    EXPECT_EQ(enough.result, 0);
+    EXPECT_EQ(enough.output.size(), bytes);
+    EXPECT_EQ(enough.work, 0u);
+    Inflated const short_by_one(packed, std::nullopt, bytes - 1);
+    EXPECT_EQ(short_by_one.result, 2);
+    EXPECT_TRUE(short_by_one.output.empty());
+    EXPECT_EQ(short_by_one.work, 0u);
+  }
+}
+
+TEST(InflateBuffer, DamagedStreamCostsWhatItHeldBeforeTheDamage) {
+  std::string const packed = test::Deflate(std::string(50000, 'x'));
+  Inflated const inflated(packed.substr(0, packed.size() - 1), std::nullopt, 70000);
+  EXPECT_EQ(inflated.result, 9);
+  EXPECT_EQ(inflated.work, 20000u);
+}
+
+TEST(InflateBuffer, OneGiBIsTheMostThatComesOut) {
+  EXPECT_EQ(sorrelin::kMostInflated, 1024u * 1024u * 1024u);
 }
 
 TEST(InflateBuffer, EndlessZerosBehindACutStreamEnd) {

@@ -109,7 +109,11 @@ INSTANTIATE_TEST_SUITE_P(
                     HeaderRow{"RepeatedOffsetForTheLaterNumber", "5 1 4 1 ", "bcdef "},
                     HeaderRow{"TextIsZero", "4 x ", "abcdef "},
                     HeaderRow{"OffsetBehindTheData", "4 100 ", ""},
-                    HeaderRow{"NextOffsetBehindTheData", "4 3 5 100 ", "def "},
+                    // From offset 3 to 100 are 97 bytes, of which the data hold "def ".
+                    HeaderRow{"NextOffsetBehindTheData", "4 3 5 100 ",
+                              "def " + std::string(93, ' ')},
+                    HeaderRow{"BothOffsetsBehindTheData", "4 100 5 105 ", std::string(5, ' ')},
+                    HeaderRow{"NextOffsetBeyondAnyWork", "4 3 5 4000000000 ", std::nullopt},
                     HeaderRow{"NegativeOffset", "4 -1 ", ""}, HeaderRow{"None", "", std::nullopt}),
     [](auto const& row) { return row.param.name; });
 
@@ -247,18 +251,18 @@ TEST(ObjectStreamList, KeepsFortyNineStreamsFirstInFirstOut) {
   EXPECT_FALSE(holds(1));
 }
 
-// Decoded streams of 5 MiB: no more than three stay in memory, and all are served.
+// Decoded streams of 50 MiB: no more than two stay in memory, and all are served.
 TEST(ObjectStreamList, KeepsFewerLargeStreams) {
   PdfBuilder pdf("%PDF-1.5");
   test::AddPageTree(pdf, 1);
-  for (DWORD i = 0; i < 6; ++i) {
-    pdf.ObjectStream(100 + i, {{600 + i, std::string(5 * 1024 * 1024, 'x')}});
+  for (DWORD i = 0; i < 3; ++i) {
+    pdf.ObjectStream(100 + i, {{600 + i, "x"}, {500, std::string(50 * 1024 * 1024, 'x')}});
   }
   pdf.XrefStream(99);
   OpenDocument document(pdf);
   ASSERT_NE(document.Build(), 0u);
-  for (DWORD i = 0; i < 6; ++i) EXPECT_TRUE(document.Fetch(600 + i).valid);
-  EXPECT_EQ(XrefProbe::StreamCount(*document.reader().m_pObjectStreams), 3u);
+  for (DWORD i = 0; i < 3; ++i) EXPECT_TRUE(document.Fetch(600 + i).valid);
+  EXPECT_EQ(XrefProbe::StreamCount(*document.reader().m_pObjectStreams), 2u);
 }
 
 }  // namespace

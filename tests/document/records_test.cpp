@@ -368,15 +368,24 @@ TEST(MergeRecords, IndexBeyondTheObjectTableFails) {
   EXPECT_THAT(beyond.document->ObjectIndex(), IsEmpty());
 }
 
-TEST(MergeRecords, MoreRecordsThanAnyDocumentNeedsFail) {
-  std::string index;
-  for (int i = 0; i < 5; ++i) index += "0 90000 ";
-  std::string const packed = Deflate(std::string(450000, '\1'));
-  Decoded section(Object("/Size 90000 /W [1 0 0] /Filter /A /Index [" + index + "] /Length " +
-                             std::to_string(packed.size()),
-                         packed));
+// Both lists name more numbers than there are rows, but only the second has the records for it.
+TEST(DecodeRecords, RecordsOfOneSectionUpToTheObjectTableAreRead) {
+  Decoded section =
+      Flate("/Size 90000 /W [1 0 0] /Index [0 90050 0 90050]", std::string(90050, '\1'));
+  EXPECT_EQ(section.result, 1);
+  EXPECT_EQ(XrefProbe::RecordCount(*section.document), 90050u);
+}
+
+TEST(DecodeRecords, MoreRecordsInOneSectionThanTheObjectTableFail) {
+  Decoded section =
+      Flate("/Size 90000 /W [1 0 0] /Index [0 90050 0 90050]", std::string(90051, '\1'));
   EXPECT_EQ(section.result, 0);
   EXPECT_TRUE(section.document->IsTooLarge());
+}
+
+TEST(DecodeRecords, SectionsTogetherMayHaveMoreRecordsThanTheObjectTable) {
+  Decoded section = Flate("/Size 90000 /W [1 0 0]", std::string(90000, '\1'));
+  for (int i = 0; i < 5; ++i) EXPECT_EQ(section.Step(false), 1);
 }
 
 // Extents in the order in which the marks were added; nullopt is a boundary.
