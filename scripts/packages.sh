@@ -11,8 +11,8 @@ viewers=(ghostscript graphicsmagick mupdf-tools poppler-utils)
 packaging=(dpkg-dev mmdebstrap)
 fuzzing=(ninja-build clang libclang-rt-14-dev)
 witnesses=(ninja-build ccache libgtest-dev libgmock-dev libbenchmark-dev qpdf
-  img2pdf libtiff-tools tesseract-ocr-eng doxygen python3 python3-numpy
-  man-db mandoc zsh fish tmux)
+  img2pdf libtiff-tools tesseract-ocr-eng tesseract-ocr-heb tesseract-ocr-osd
+  doxygen python3 python3-numpy man-db mandoc zsh fish tmux)
 
 case "${1:-}" in
   build) ;;

@@ -1,12 +1,9 @@
-// Calls of Tesseract, which is kept from writing to standard error.
+// The frame of an hOCR document, around the page that the engine gives.
 #include <siblings/averna/averna.h>
+#include <siblings/averna/page_engine.h>
 #include <siblings/averna/recognizer.h>
-#include <tesseract/baseapi.h>
 
-#include <algorithm>
-#include <memory>
-#include <mutex>
-#include <vector>
+#include <utility>
 
 namespace sorrelin::averna {
 namespace {
@@ -22,56 +19,20 @@ constexpr char kHead[] =
     "</head>\n"
     "<body>\n";
 constexpr char kTail[] = "</body>\n</html>\n";
-
-// Leptonica's messages are off while this lives. One at a time.
-class QuietLeptonica {
- public:
-  QuietLeptonica() : severity_(setMsgSeverity(L_SEVERITY_NONE)) {}
-  ~QuietLeptonica() { setMsgSeverity(severity_); }
-  QuietLeptonica(QuietLeptonica const&) = delete;
-  QuietLeptonica& operator=(QuietLeptonica const&) = delete;
-
- private:
-  l_int32 severity_;
-};
-
-// The engine goes on without a language that it lacks, so what it has loaded is compared.
-bool HasLanguages(tesseract::TessBaseAPI const& engine, std::string const& languages) {
-  std::vector<std::string> loaded;
-  engine.GetLoadedLanguagesAsVector(&loaded);
-  for (size_t start = 0; start <= languages.size();) {
-    size_t const end = std::min(languages.find('+', start), languages.size());
-    std::string const language = languages.substr(start, end - start);
-    bool const wanted = !language.empty() && language[0] != '~';
-    if (wanted && std::find(loaded.begin(), loaded.end(), language) == loaded.end()) return false;
-    start = end + 1;
-  }
-  return true;
-}
-
-bool Start(tesseract::TessBaseAPI& engine, std::string const& languages) {
-  // Before Init, which writes already.
-  engine.SetVariable("debug_file", "/dev/null");
-  if (engine.Init(nullptr, languages.c_str()) != 0) return false;
-  engine.SetVariable("hocr_font_info", "1");
-  engine.SetPageSegMode(tesseract::PSM_AUTO);
-  return HasLanguages(engine, languages);
-}
+constexpr AVERNA_PAGE kUsualPage = {tesseract::PSM_AUTO, 0, nullptr, nullptr};
 
 }  // namespace
 
-int RecognizeHocr(PIX* pix, std::string const& languages, std::string& hocr) {
-  static std::mutex turn;
-  std::lock_guard const guard(turn);
-  QuietLeptonica const quiet;
-  tesseract::TessBaseAPI engine;
-  if (!Start(engine, languages)) return AVERNA_NO_LANGUAGE;
-  engine.SetImage(pix);
-  if (engine.Recognize(nullptr) != 0) return AVERNA_FAILED;
-  std::unique_ptr<char[]> const page(engine.GetHOCRText(0));
-  if (page == nullptr) return AVERNA_FAILED;
-  hocr = std::string(kHead) + page.get() + kTail;
-  return AVERNA_OK;
+int RecognizeHocr(PixPtr pix, std::string const& languages, std::string& hocr) {
+  PageEngine engine;
+  std::string missing;
+  if (engine.Open(languages, missing) != AVERNA_OK) return AVERNA_NO_LANGUAGE;
+  int const recognized = engine.Recognize(std::move(pix), kUsualPage);
+  if (recognized != AVERNA_OK) return recognized;
+  std::string page;
+  int const result = engine.GetResult(AVERNA_HOCR, 0, page);
+  if (result == AVERNA_OK) hocr = kHead + page + kTail;
+  return result;
 }
 
 }  // namespace sorrelin::averna
