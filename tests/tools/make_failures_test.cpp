@@ -51,7 +51,7 @@ TEST_F(MakeFailures, UnreadableFilesAreNamedAndTheOthersWritten) {
   std::filesystem::create_directory(Path("folder.tif"));
   ProgramResult const result =
       Make({Out(), Path("missing.png"), Path("a.png"), Path("text.png"), Path("empty.jpg"),
-            Path("short.bmp"), Path("folder.tif"), Path("b.png")});
+            Path("short.bmp"), Path("folder.tif"), Path("b.png"), "--quiet"});
   EXPECT_EQ(result.exit_code, 1);
   EXPECT_THAT(result.err,
               AllOf(HasSubstr(Line(Path("missing.png")) + "No such file or directory"),
@@ -82,7 +82,7 @@ TEST_F(MakeFailures, DamagedPicturesOfEachFormatAreNamedInOneLine) {
   tiff[3] = 0;
   WriteAll(Path("lost.tif"), tiff);
   for (std::string const name : {"cut.png", "bad.jpg", "bad.tif", "lost.tif"}) {
-    ProgramResult const result = Make({Out(), Path(name), Path("good.png"), "--force"});
+    ProgramResult const result = Make({Out(), Path(name), Path("good.png"), "--force", "--quiet"});
     EXPECT_EQ(result.exit_code, 1);
     EXPECT_THAT(result.err, HasSubstr(Line(Path(name))));
     EXPECT_EQ(std::count(result.err.begin(), result.err.end(), '\n'), 1) << result.err;

@@ -32,17 +32,19 @@ class MakeTest : public ::testing::Test {
     return result;
   }
 
-  // Every line tells what is wrong with what, and in parentheses what to do.
+  // Every line says what is wrong with what, and in parentheses what to do; or which pages were
+  // changed.
   static void ExpectRemedies(std::string const& messages) {
     std::istringstream lines(messages);
     for (std::string line; std::getline(lines, line);) {
-      EXPECT_THAT(line, ::testing::MatchesRegex("sorrelin: .+: .+ \\(.+\\)")) << messages;
+      EXPECT_THAT(line, ::testing::MatchesRegex("sorrelin: .+: (.+ \\(.+\\)|pages? [0-9, -]+)"))
+          << messages;
     }
   }
 
-  // sorrelin make out.pdf NAME OPTION..., which must succeed and say nothing.
+  // sorrelin make out.pdf NAME OPTION..., which must succeed and have no problem to name.
   void MakeFrom(std::string const& name, std::vector<std::string> const& options = {}) const {
-    std::vector<std::string> arguments = {Out(), Path(name)};
+    std::vector<std::string> arguments = {Out(), Path(name), "--quiet"};
     arguments.insert(arguments.end(), options.begin(), options.end());
     ProgramResult const result = Make(arguments);
     EXPECT_EQ(result.exit_code, 0);

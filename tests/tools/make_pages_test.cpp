@@ -145,10 +145,36 @@ TEST_F(MakePages, ReportTellsWhatCameOut) {
   WriteColour(0);
   ProgramResult const result = Make({Out(), Path("a.png"), "--json"});
   EXPECT_EQ(result.exit_code, 0);
-  EXPECT_EQ(result.err, "");
-  EXPECT_EQ(result.out, "{\n  \"document\": \"" + Out() +
-                            "\",\n  \"written\": true,\n  \"pages\": 1,\n  \"bytes\": " +
-                            std::to_string(Document().size()) + ",\n  \"problem\": []\n}\n");
+  EXPECT_THAT(result.out,
+              ::testing::StartsWith("{\n  \"document\": \"" + Out() +
+                                    "\",\n  \"written\": true,\n  \"pages\": 1,\n  \"bytes\": " +
+                                    std::to_string(Document().size()) +
+                                    ",\n  \"problem\": [],\n  \"page\": [\n    {\n"));
+  EXPECT_THAT(result.out, HasSubstr("\"file\": \"" + Path("a.png") + "\",\n      \"page\": 1,"));
+  EXPECT_THAT(result.out, HasSubstr("\"dpi_from\": \""));
+  EXPECT_THAT(result.out, ::testing::EndsWith("\n  ],\n  \"ignored\": []\n}\n"));
+}
+
+TEST_F(MakePages, ChangesAreSaidOnceAtTheEndUnlessTheRunIsQuiet) {
+  PngForm form;
+  WritePng(Path("b.png"), form, [](int x, int, int) { return static_cast<unsigned>(x); });
+  ProgramResult const result = Make({Out(), Path("b.png"), Path("b.png"), "--default-dpi", "100"});
+  EXPECT_EQ(result.err, "sorrelin: resolution assumed: pages 1, 2\n");
+  ProgramResult const quiet = Make({Out(), Path("b.png"), "--force", "--quiet"});
+  EXPECT_EQ(quiet.err, "");
+  ProgramResult const given = Make({Out(), Path("b.png"), "--force", "--dpi", "72"});
+  EXPECT_EQ(given.err, "");
+}
+
+TEST_F(MakePages, VerboseRunPrintsALineForEachPage) {
+  JpegForm form;
+  form.x_density = form.y_density = 300;
+  std::vector<BYTE> const file = MakeJpeg(form, [](int x, int, int) { return 3u * unsigned(x); });
+  WriteAll(Path("b.jpg"), file);
+  ProgramResult const result = Make({Out(), Path("b.jpg"), "--verbose"});
+  EXPECT_EQ(result.err, "sorrelin: " + Path("b.jpg") + ": page 1: jpeg, passed, " +
+                            std::to_string(file.size()) +
+                            " bytes, 300 x 300 dots per inch (file)\n");
 }
 
 TEST_F(MakePages, ReportNamesWhatFailed) {
@@ -166,7 +192,7 @@ TEST_F(MakePages, ReportNamesWhatFailed) {
   EXPECT_THAT(result.out, HasSubstr("\"problem\": [\n" + problem("a.png", "null") + "No such"));
   EXPECT_THAT(result.out, HasSubstr(",\n" + problem("b.tif", "2") + "cannot be decoded"));
   EXPECT_THAT(result.out, HasSubstr(",\n" + problem("out.pdf", "null") + "is not written"));
-  EXPECT_THAT(result.out, ::testing::EndsWith("\"\n    }\n  ]\n}\n"));
+  EXPECT_THAT(result.out, HasSubstr("\"\n    }\n  ],\n  \"page\": []"));
 }
 
 TEST_F(MakePages, ReportAndDocumentCannotShareStandardOutput) {

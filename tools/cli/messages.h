@@ -17,6 +17,9 @@ inline constexpr char kMemoryProblem[] = "there is not enough memory (close othe
 // that a file's name cannot steer the terminal.
 void PrintProblem(std::string const& name, std::string const& problem);
 
+// Prints "sorrelin: TEXT" in the same way.
+void PrintNote(std::string const& text);
+
 }  // namespace sorrelin::tool
 
 #endif  // TOOLS_CLI_MESSAGES_H_

@@ -1,6 +1,6 @@
 # Completion of sorrelin for bash.
 
-_sorrelin_pages='--dpi --default-dpi --page --fit --compression --quality --recode --sort --jobs --json --quiet'
+_sorrelin_pages='--dpi --default-dpi --page --fit --compression --quality --recode --keep-damaged --sort --jobs --json --verbose --quiet'
 
 _sorrelin_options() {
   case $1 in

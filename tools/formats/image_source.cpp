@@ -73,6 +73,7 @@ class JpegSource : public ImageSource {
     image.bits_per_pixel = facts_.components == 1 ? 8 : 24;
     image.compression = PDF_COMPRESSION_JPEG;
     image.dpi = facts_.dpi;
+    if (facts_.orientation != 1) image.changes.Add(Change::kTurned);
     if (facts_.orientation >= 5) {
       std::swap(image.width, image.height);
       std::swap(image.dpi.x, image.dpi.y);
@@ -80,13 +81,16 @@ class JpegSource : public ImageSource {
     return image;
   }
 
-  std::optional<Picture> Decode(int) override {
+  std::optional<Picture> Decode(int, std::string& problem) override {
+    problem = kCannotDecode;
     PixPtr pix = DecodeJpeg(*bytes_);
     if (pix != nullptr) pix = Upright(std::move(pix), facts_.orientation);
     if (pix == nullptr) return std::nullopt;
     Resolution dpi = facts_.dpi;
     if (facts_.orientation >= 5) std::swap(dpi.x, dpi.y);
-    return Picture{std::move(pix), dpi, true};
+    Changes changes;
+    if (facts_.orientation != 1) changes.Add(Change::kTurned);
+    return Picture{std::move(pix), dpi, true, changes};
   }
 
  private:
@@ -123,7 +127,10 @@ class DecodedSource : public ImageSource {
 
   int PageCount() const override { return 1; }
   std::optional<StoredImage> Stored(int) override { return std::nullopt; }
-  std::optional<Picture> Decode(int) override { return decode_(bytes_); }
+  std::optional<Picture> Decode(int, std::string& problem) override {
+    problem = kCannotDecode;
+    return decode_(bytes_);
+  }
 
  private:
   std::vector<BYTE> bytes_;
@@ -176,6 +183,10 @@ std::unique_ptr<ImageSource> OpenImage(std::string const& name, std::string& pro
   if (!ignored) bytes.reserve(size + kReadBytes);
   if (!ReadSome(file.get(), bytes.max_size() - bytes.size(), bytes, problem)) return nullptr;
   return SourceOfBytes(std::move(bytes), problem);
+}
+
+std::string DamageText(std::string const& damage) {
+  return "is damaged: " + damage + " (scan or save it again, or take what is left: --keep-damaged)";
 }
 
 bool StartsAsPicture(std::string const& name) {

@@ -20,6 +20,9 @@ inline constexpr char kCannotDecode[] =
     "(save it anew as PNG or TIFF)";
 inline constexpr char kMemoryText[] = "is too large for the memory there is (close other programs)";
 
+// The message about a damaged picture.
+std::string DamageText(std::string const& damage);
+
 // Keeps the bytes of the file in memory; of a TIFF file on disk, none. Several threads may ask for
 // pages at once.
 class ImageSource {
@@ -32,12 +35,13 @@ class ImageSource {
   // What is wrong with the file as a whole, beyond its reachable pages; empty if nothing is.
   virtual std::string Damage() const { return {}; }
 
-  // The page's coded bytes, if any reader of documents understands them as they are. Pages are
-  // counted from 0.
+  // The page's coded bytes, if any reader of documents understands them as they are and they are
+  // whole. Pages are counted from 0.
   virtual std::optional<StoredImage> Stored(int page) = 0;
 
-  // The page decoded. Nothing if it is damaged or too large.
-  virtual std::optional<Picture> Decode(int page) = 0;
+  // The page decoded: of a damaged one what could be read, and the damage. Nothing, with the reason
+  // in `problem`, if there is no picture to be had.
+  virtual std::optional<Picture> Decode(int page, std::string& problem) = 0;
 };
 
 // Opens a file by name. Null, with the reason in `problem`, if it cannot be read or holds no

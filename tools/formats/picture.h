@@ -7,7 +7,9 @@
 #include <sorrelin/image/owned_block.h>
 
 #include <memory>
+#include <string>
 
+#include "tools/formats/changes.h"
 #include "tools/formats/resolution.h"
 
 namespace sorrelin::tool {
@@ -22,7 +24,9 @@ using PixPtr = std::unique_ptr<Pix, PixDeleter>;
 struct Picture {
   PixPtr pix;
   Resolution dpi;
-  bool from_jpeg = false;  // it was stored with loss, so storing it so again is no surprise
+  bool from_jpeg = false;   // it was stored with loss, so storing it so again is no surprise
+  Changes changes = {};     // that decoding brought about
+  std::string damage = {};  // what is wrong with the file's data; empty: the picture is whole
 };
 
 // Lays a 32-bit picture with an alpha channel on white and drops the channel. `premultiplied` tells

@@ -8,6 +8,7 @@
 #include <memory>
 #include <span>
 
+#include "tools/formats/changes.h"
 #include "tools/formats/resolution.h"
 
 namespace sorrelin::tool {
@@ -21,6 +22,7 @@ struct StoredImage {
   DWORD compression = 0;              // PDF_COMPRESSION_*
   bool zero_is_black = true;          // 1 bit: how the decoded bits are to be read
   Resolution dpi;
+  Changes changes = {};  // beside the resolution that a file lacks
 };
 
 }  // namespace sorrelin::tool

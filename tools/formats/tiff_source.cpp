@@ -167,7 +167,8 @@ class TiffSource : public ImageSource {
 
   // What is done with tiff_ is for one thread at a time; the picture library opens the file anew
   // for each page.
-  std::optional<Picture> Decode(int page) override {
+  std::optional<Picture> Decode(int page, std::string& problem) override {
+    problem = kCannotDecode;
     auto const facts = FactsOf(page);
     if (!facts) return std::nullopt;
     PixPtr pix =

@@ -3,7 +3,6 @@
 
 #include <cstdio>
 
-#include "tools/cli/json.h"
 #include "tools/cli/messages.h"
 #include "tools/formats/image_source.h"
 
@@ -32,7 +31,24 @@ PageResult PageAdder::AddPage(Document& document, FeedItem const& item) {
   PageResult const result = document.Add(*item.result.page, problem);
   if (result == PageResult::kBroken) ReportDocument(problem);
   if (result == PageResult::kFull) ReportItem(item, problem);
+  if (result == PageResult::kWritten) NotePage(document, item);
   return result;
+}
+
+void PageAdder::NotePage(Document& document, FeedItem const& item) {
+  PageRecord record = item.result.page->record();
+  record.file = options_.inputs[item.input].name;
+  record.page_of_file = item.page;
+  record.page = document.PageCount();
+  if (!record.damage.empty()) {
+    ReportItem(item, "is damaged, and kept as far as it could be read: " + record.damage +
+                         " (scan or save it again)");
+  }
+  if (options_.verbose) {
+    progress_.Clear();
+    PrintNote(record.file + ": " + LineOf(record));
+  }
+  report_.AddPage(std::move(record));
 }
 
 void PageAdder::Report(std::string const& name, int page, std::string const& problem) {
@@ -40,12 +56,7 @@ void PageAdder::Report(std::string const& name, int page, std::string const& pro
   std::string const place = page > 0 ? "page " + std::to_string(page) + ": " : "";
   PrintProblem(name, place + problem);
   failed_ = true;
-  if (!options_.json) return;
-  JsonObject json(4);
-  json.Add("file", JsonString(name));
-  json.Add("page", page > 0 ? std::to_string(page) : "null");
-  json.Add("problem", JsonString(problem));
-  problems_ += (problems_.empty() ? "\n    " : ",\n    ") + json.Finish();
+  report_.AddProblem(name, page, problem);
 }
 
 void PageAdder::ReportDocument(std::string const& problem) {
@@ -74,18 +85,10 @@ void PageAdder::ShowProgress(FeedItem const& item) {
 
 void PageAdder::Finish() {
   progress_.Clear();
-  if (options_.json) std::fputs(ReportText().c_str(), stdout);
-}
-
-std::string PageAdder::ReportText() const {
-  Written const written = written_.value_or(Written{});
-  JsonObject json(0);
-  json.Add("document", JsonString(options_.output));
-  json.Add("written", written_ ? "true" : "false");
-  json.Add("pages", std::to_string(written.pages));
-  json.Add("bytes", std::to_string(written.bytes));
-  json.Add("problem", problems_.empty() ? "[]" : "[" + problems_ + "\n  ]");
-  return json.Finish() + "\n";
+  if (!options_.quiet) {
+    for (std::string const& line : report_.ChangeLines()) PrintNote(line);
+  }
+  if (options_.json) std::fputs(report_.Json(options_.output).c_str(), stdout);
 }
 
 }  // namespace sorrelin::tool

@@ -3,13 +3,13 @@
 #define TOOLS_MAKE_PAGE_ADDER_H_
 
 #include <cstdint>
-#include <optional>
 #include <string>
 
 #include "tools/cli/progress.h"
 #include "tools/make/document.h"
 #include "tools/make/page_feed.h"
 #include "tools/make/page_options.h"
+#include "tools/make/run_report.h"
 
 namespace sorrelin::tool {
 
@@ -26,32 +26,26 @@ class PageAdder {
   void Report(std::string const& name, int page, std::string const& problem);
   void ReportDocument(std::string const& problem);
 
-  // Tells for the report that the document stands.
-  void NoteWritten(unsigned pages, uint64_t bytes) { written_ = {pages, bytes}; }
+  // The document is complete.
+  void NoteWritten(unsigned pages, uint64_t bytes) { report_.NoteWritten(pages, bytes); }
 
-  // Takes the bar away, and prints the report if one is wanted.
+  // Takes the bar away, says what was changed, and prints the report if one is wanted.
   void Finish();
 
   // Whether anything was reported.
   bool failed() const { return failed_; }
 
  private:
-  struct Written {
-    unsigned pages = 0;
-    uint64_t bytes = 0;
-  };
-
   PageResult AddPage(Document& document, FeedItem const& item);
   void ReportItem(FeedItem const& item, std::string const& problem);
   void ReportRest(size_t last);
   void ShowProgress(FeedItem const& item);
-  std::string ReportText() const;
+  void NotePage(Document& document, FeedItem const& item);
 
   PageOptions const& options_;
   Progress progress_;
   bool failed_ = false;
-  std::optional<Written> written_;
-  std::string problems_;  // as members of an array, for the report
+  RunReport report_;
 };
 
 }  // namespace sorrelin::tool

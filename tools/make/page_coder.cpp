@@ -66,11 +66,33 @@ std::string SizeObjection(Compression compression, Pix* pix) {
          std::to_string(kMaxJpegSide) + " (--compression flate)";
 }
 
-Resolution PageResolution(Resolution own, PageStyle const& style) {
+// Puts the resolution of the page into its record, and where it comes from.
+void SetResolution(Resolution own, PageStyle const& style, PageRecord& record) {
   Resolution dpi = style.dpi.value_or(own);
   if (dpi.x == 0) dpi.x = dpi.y;
   if (dpi.y == 0) dpi.y = dpi.x;
-  return dpi.x == 0 ? style.default_dpi : dpi;
+  record.origin = style.dpi ? DpiOrigin::kOption : DpiOrigin::kFile;
+  if (dpi.x == 0) {
+    dpi = style.default_dpi;
+    record.origin = DpiOrigin::kDefault;
+    record.changes.Add(Change::kAssumedResolution);
+  }
+  record.dpi = dpi;
+}
+
+char const* NameOf(DWORD compression) {
+  switch (compression) {
+    case PDF_COMPRESSION_CCITT:
+      return "g4";
+    case PDF_COMPRESSION_FLATE:
+      return "flate";
+    case PDF_COMPRESSION_RUN_LENGTH:
+      return "runlength";
+    case PDF_COMPRESSION_JPEG:
+      return "jpeg";
+    default:
+      return "none";
+  }
 }
 
 // The palette in which each value is its own tone.
@@ -108,9 +130,13 @@ std::unique_ptr<CodedPage> PageCoder::Code(ImageSource& source, int page, std::s
     auto const stored = source.Stored(page);
     if (stored && Accepts(style_.compression, *stored)) return Code(*stored, problem);
   }
-  auto picture = source.Decode(page);
-  if (picture) return Code(std::move(*picture), problem);
-  return Refuse(problem, kCannotDecode);
+  auto picture = source.Decode(page, problem);
+  if (!picture) return nullptr;
+  std::string damage = std::move(picture->damage);
+  if (!damage.empty() && !style_.keep_damaged) return Refuse(problem, DamageText(damage));
+  auto coded = Code(std::move(*picture), problem);
+  if (coded != nullptr) coded->record_.damage = std::move(damage);
+  return coded;
 }
 
 std::unique_ptr<CodedPage> PageCoder::Code(StoredImage const& image, std::string& problem) {
@@ -119,7 +145,8 @@ std::unique_ptr<CodedPage> PageCoder::Code(StoredImage const& image, std::string
   }
   auto coded = std::make_unique<CodedPage>();
   EncodedPage& page = coded->page_;
-  if (!Place(image.width, image.height, image.dpi, page, problem)) return nullptr;
+  coded->record_.changes = image.changes;
+  if (!Place(image.width, image.height, image.dpi, *coded, problem)) return nullptr;
   if (image.bits_per_pixel == 8) {
     coded->palette_ = GreyPalette();
     if (!coded->palette_.IsValid()) return Refuse(problem, kMemoryText);
@@ -131,6 +158,9 @@ std::unique_ptr<CodedPage> PageCoder::Code(StoredImage const& image, std::string
   page.size = static_cast<DWORD>(image.bytes.size());
   page.palette = coded->palette_.get();
   coded->stored_ = image.owner;
+  coded->record_.coding = NameOf(page.compression);
+  coded->record_.passed = true;
+  coded->record_.bytes = page.size;
   return coded;
 }
 
@@ -144,8 +174,10 @@ std::unique_ptr<CodedPage> PageCoder::Code(Picture picture, std::string& problem
   auto coded = std::make_unique<CodedPage>();
   EncodedPage& page = coded->page_;
   int const width = pixGetWidth(picture.pix.get()), height = pixGetHeight(picture.pix.get());
-  if (!Place(width, height, picture.dpi, page, problem)) return nullptr;
+  coded->record_.changes = picture.changes;
+  if (!Place(width, height, picture.dpi, *coded, problem)) return nullptr;
   bool const jpeg = compression == Compression::kJpeg;
+  if (jpeg && picture.from_jpeg) coded->record_.changes.Add(Change::kRecodedJpeg);
   if (jpeg) picture.pix = WithoutPalette(picture.pix.get());
   if (picture.pix == nullptr) return Refuse(problem, kMemoryText);
   page.bits_per_pixel = PackedDepth(picture.pix.get());
@@ -154,13 +186,17 @@ std::unique_ptr<CodedPage> PageCoder::Code(Picture picture, std::string& problem
   picture.pix.reset();
   if (!dib.IsValid()) return Refuse(problem, kMemoryText);
   if (!Encode(std::move(dib), jpeg, *coded, problem)) return nullptr;
+  coded->record_.coding = NameOf(page.compression);
+  coded->record_.bytes = page.size;
   return coded;
 }
 
 // Size and resolution of the page; false if it would be too small to be one.
-bool PageCoder::Place(int width, int height, Resolution own, EncodedPage& page,
+bool PageCoder::Place(int width, int height, Resolution own, CodedPage& coded,
                       std::string& problem) {
-  Resolution const dpi = PageResolution(own, style_);
+  SetResolution(own, style_, coded.record_);
+  Resolution const dpi = coded.record_.dpi;
+  EncodedPage& page = coded.page_;
   page.width = width;
   page.height = height;
   page.dpi = {dpi.x, dpi.y};

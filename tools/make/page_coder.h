@@ -14,6 +14,7 @@
 #include "tools/formats/image_source.h"
 #include "tools/formats/picture.h"
 #include "tools/formats/stored_image.h"
+#include "tools/make/page_record.h"
 #include "tools/make/page_style.h"
 
 namespace sorrelin::tool {
@@ -27,11 +28,13 @@ class CodedPage {
   CodedPage& operator=(CodedPage const&) = delete;
 
   EncodedPage const& page() const { return page_; }
+  PageRecord const& record() const { return record_; }
 
  private:
   friend class PageCoder;
 
   EncodedPage page_;
+  PageRecord record_;
   std::shared_ptr<void const> stored_;
   OwnedBlock encoded_;  // locked while the page points to it
   OwnedBlock palette_;
@@ -54,7 +57,7 @@ class PageCoder {
   std::unique_ptr<CodedPage> Code(Picture picture, std::string& problem);
 
  private:
-  bool Place(int width, int height, Resolution own, EncodedPage& page, std::string& problem);
+  bool Place(int width, int height, Resolution own, CodedPage& coded, std::string& problem);
   bool Encode(OwnedBlock dib, bool jpeg, CodedPage& coded, std::string& problem);
   std::string Reason();
 

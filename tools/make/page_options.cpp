@@ -95,6 +95,7 @@ void AddPageStyle(Verb& verb, PageOptions& options) {
               [&style](std::string const& text) { style.compression = ParseCompression(text); });
   verb.Number("--quality", style.quality, 1, kMaxQuality, "Of JPEG coding, from 1 to 100 (75)");
   verb.Flag("--recode", style.recode, "Decode and code JPEG and Group 4 files anew");
+  verb.Flag("--keep-damaged", style.keep_damaged, "Make pages of damaged pictures too");
 }
 
 void AddRun(Verb& verb, PageOptions& options) {
@@ -103,7 +104,8 @@ void AddRun(Verb& verb, PageOptions& options) {
               [&options](std::string const& text) { options.sort = ParseSort(text); });
   verb.Number("--jobs", options.jobs, 1, kMaxJobs, "Pages to code at a time (processors, up to 4)");
   verb.Flag("--json", options.json, "Report on standard output as JSON");
-  verb.Flag("--quiet", options.quiet, "Show no progress bar");
+  verb.Flag("--verbose", options.verbose, "Print a line for each page");
+  verb.Flag("--quiet", options.quiet, "Print problems only: no progress bar, no changes");
 }
 
 void ListFiles(PageOptions& options, std::string const& name) {

@@ -22,6 +22,7 @@ struct PageOptions {
   PageStyle style;
   int jobs = 1;
   bool quiet = false;
+  bool verbose = false;
   bool json = false;  // a report goes to standard output
 };
 
@@ -31,7 +32,7 @@ void AddFiles(Verb& verb, PageOptions& options, std::string const& name, std::st
 // Adds how pages are made: resolution, size, compression.
 void AddPageStyle(Verb& verb, PageOptions& options);
 
-// Adds how the run goes: --sort, --jobs, --json, --quiet.
+// Adds how the run goes: --sort, --jobs, --json, --verbose, --quiet.
 void AddRun(Verb& verb, PageOptions& options);
 
 // Finds the files that the images stand for. Leaves as UsageError if files are named that
@@ -60,8 +61,15 @@ With --page all pages have one size, and the picture stands in the middle:
 "fill" covers the page and cuts off the rest, "stretch" changes its shape. A
 page size with a name lies on its side for a wide picture.
 
-The report of --json has the keys document, written, pages, bytes and problem,
-an array of objects with the keys file, page and problem, always in this order.
+What was changed of the pictures is printed at the end, a line for each kind of
+change. A damaged picture is named and left out; --keep-damaged makes a page of
+what could be read of it, and names it too.
+
+The report of --json has the keys document, written, pages and bytes; problem,
+an array of objects with the keys file, page and problem; page, an array of
+objects with the keys number, file, page, coding, data ("passed" as it is, or
+"coded"), bytes, changes, dpi_x, dpi_y, dpi_from ("file", "option" or "default")
+and damage; and ignored, an array of names. The order is always this one.
 )";
 
 }  // namespace sorrelin::tool

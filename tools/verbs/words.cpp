@@ -57,10 +57,10 @@ class Words {
 
   std::optional<std::vector<HocrWord>> ReadPage(ImageSource& source, int page,
                                                 std::string& problem) {
-    auto picture = source.Decode(page);
-    if (picture) return reader_.Read(std::move(*picture), problem);
-    problem = kCannotDecode;
-    return std::nullopt;
+    auto picture = source.Decode(page, problem);
+    if (picture && !picture->damage.empty()) problem = DamageText(picture->damage);
+    if (!picture || !picture->damage.empty()) return std::nullopt;
+    return reader_.Read(std::move(*picture), problem);
   }
 
   void Print(std::string const& name, int page, std::vector<HocrWord> const& words) {
