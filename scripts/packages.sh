@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Installs what a fresh Debian machine needs and does not have: packages.sh build|demo|package|fuzz|test
+# Installs what a fresh Debian machine needs and does not have: packages.sh build|demo|fuzz|lint|package|test
 # Needs root, or sudo, when something is missing.
 set -euo pipefail
 
@@ -12,15 +12,16 @@ packaging=(dpkg-dev mmdebstrap)
 fuzzing=(ninja-build clang libclang-rt-14-dev)
 witnesses=(ninja-build ccache libgtest-dev libgmock-dev libbenchmark-dev qpdf
   img2pdf libtiff-tools tesseract-ocr-eng tesseract-ocr-heb tesseract-ocr-osd
-  doxygen python3 python3-numpy man-db mandoc zsh fish tmux)
+  doxygen python3 python3-numpy man-db mandoc zsh fish tmux clang-format)
 
 case "${1:-}" in
   build) ;;
   demo) packages+=("${viewers[@]}") ;;
   package) packages+=("${packaging[@]}") ;;
+  lint) packages+=("${viewers[@]}" "${witnesses[@]}" clang-tidy) ;;
   fuzz) packages+=("${fuzzing[@]}") ;;
   test) packages+=("${viewers[@]}" "${witnesses[@]}") ;;
-  *) echo "usage: packages.sh build|demo|package|fuzz|test" >&2; exit 2 ;;
+  *) echo "usage: packages.sh build|demo|fuzz|lint|package|test" >&2; exit 2 ;;
 esac
 
 installed() { dpkg-query -W -f='${Status}' "$1" 2>/dev/null | grep -q 'ok installed'; }

@@ -57,7 +57,7 @@ inline std::string PngRows(std::string data, size_t row_bytes, int tag) {
   for (size_t row = 0; row < data.size(); row += row_bytes) {
     out += static_cast<char>(tag);
     for (size_t i = 0; i < row_bytes; ++i) {
-      int before = 0;
+      char before = 0;
       if (tag == 1 && i > 0) before = data[row + i - 1];
       if (tag == 2 && row > 0) before = data[row + i - row_bytes];
       out += static_cast<char>(data[row + i] - before);
@@ -126,7 +126,7 @@ struct ObjectStreamOptions {
 
 class PdfBuilder {
  public:
-  explicit PdfBuilder(std::string header = "%PDF-1.4", std::string eol = "\n")
+  explicit PdfBuilder(std::string const& header = "%PDF-1.4", std::string eol = "\n")
       : eol_(std::move(eol)) {
     Text(header + eol_);
     rows_[0] = {0, 0, 65535};
