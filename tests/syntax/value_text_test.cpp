@@ -71,15 +71,15 @@ TEST(ValueText, WhatEndsTheLookForADictionary) {
   ExpectCutouts(rows);
 }
 
-// The text has 14 bytes, and its block 15. The writing starts at 11, where the dictionary opens, with
-// the bytes 1 to 10, which take the places 11 to 20; the block has those up to 14.
+// The text has 14 bytes, and its block 15. The writing starts at 11, where the dictionary opens,
+// with the bytes 1 to 10, which take the places 11 to 20; the block has those up to 14.
 TEST(ValueText, InFrontOfAnUnclosedDictionaryStaysWithinItsBlock) {
   ScanBuffer buffer("/Title abcdefghij<<x");
   sorrelin::ReaderState state;
   void* out = nullptr;
   uint64_t size = 0;
-  ASSERT_EQ(
-      sorrelin::GetTypedValue(&state, buffer.data(), buffer.size(), "/Title", &out, &size, 1), 1);
+  ASSERT_EQ(sorrelin::GetTypedValue(&state, buffer.data(), buffer.size(), "/Title", &out, &size, 1),
+            1);
   // A string lacks the first and the last of the 21 places that count.
   EXPECT_EQ(std::string(static_cast<char const*>(out), size),
             std::string(10, '\0') + "abcd" + std::string(5, '\0'));
