@@ -8,8 +8,8 @@
 namespace sorrelin {
 namespace {
 
-// Different matrices that wait on the stack. Content that saves more of them is no page of one
-// image and counts as upright, so that a hostile text cannot take memory without end.
+// Matrices on the stack, so that a hostile text cannot take memory without end. Further ones are
+// not saved.
 constexpr size_t kMostSaved = 65536;
 
 bool IsSeparator(BYTE c) { return c == ' ' || c == '\r' || c == '\n' || c == '\t'; }
@@ -81,19 +81,13 @@ void PageFlipTest::Concatenate() {
 }
 
 void PageFlipTest::Save() {
-  if (!saved_.empty() && saved_.back().matrix == matrix_) {
-    ++saved_.back().times;
-  } else if (saved_.size() < kMostSaved) {
-    saved_.push_back({matrix_, 1});
-  } else {
-    ended_ = true;
-  }
+  if (saved_.size() < kMostSaved) saved_.push_back(matrix_);
 }
 
 void PageFlipTest::Restore() {
   if (saved_.empty()) return;
-  matrix_ = saved_.back().matrix;
-  if (--saved_.back().times == 0) saved_.pop_back();
+  matrix_ = saved_.back();
+  saved_.pop_back();
 }
 
 }  // namespace sorrelin

@@ -33,11 +33,6 @@ class PageFlipTest {
     double b = 0;
     double c = 0;
     double d = 1;
-    bool operator==(Matrix const&) const = default;
-  };
-  struct Saved {
-    Matrix matrix;
-    uint64_t times;  // equal matrices in a row
   };
 
   void EndToken();
@@ -49,7 +44,7 @@ class PageFlipTest {
   static constexpr size_t kTokenBytes = 512;  // kept of a token; numbers are shorter
 
   Matrix matrix_;
-  std::vector<Saved> saved_;
+  std::vector<Matrix> saved_;
   std::array<double, kOperands> operands_{};  // values of the last tokens, a ring
   uint64_t tokens_ = 0;                       // read so far
   std::array<char, kTokenBytes> token_;

@@ -126,15 +126,17 @@ TEST(PageFlip, AMillionEqualSavesAreFollowed) {
   EXPECT_EQ(IsPageContentFlipped((text + "Do").c_str()), 1);
 }
 
-std::string DifferentSaves(int count) {
-  std::string text = "1 0 0 -1 0 0 cm ";
-  for (int i = 0; i < count; ++i) text += "1 1 0 1 0 0 cm q ";
-  return text + "Do";
+// `count` saves of an upright matrix, one of a flipped matrix that is turned back afterwards, and
+// the restoring of the last that was saved.
+std::string FlippedAfter(int count) {
+  std::string text;
+  for (int i = 0; i < count; ++i) text += "q ";
+  return text + "1 0 0 -1 0 0 cm q 1 0 0 -1 0 0 cm Q Do";
 }
 
-TEST(PageFlip, SavesOfDifferentMatricesWithoutEndAreUpright) {
-  EXPECT_EQ(IsPageContentFlipped(DifferentSaves(65536).c_str()), 1);
-  EXPECT_EQ(IsPageContentFlipped(DifferentSaves(65537).c_str()), 0);
+TEST(PageFlip, NoMoreThan65536MatricesAreSaved) {
+  EXPECT_EQ(IsPageContentFlipped(FlippedAfter(65535).c_str()), 1);
+  EXPECT_EQ(IsPageContentFlipped(FlippedAfter(65536).c_str()), 0);
 }
 
 }  // namespace
