@@ -300,5 +300,44 @@ TEST_F(Extract, UsualNamesAreTheDocumentsInTheCurrentDirectory) {
   EXPECT_THAT(Names(), ElementsAre("1.png", "2.png", "3.png", "out-1.png", "out.pdf", "out.tif"));
 }
 
+// Rows of 10 and 200, top first, on a page whose content draws a form besides.
+PdfBuilder TwoRowsDrawnBy(std::string const& content) {
+  PdfBuilder pdf;
+  pdf.Object(1, "<</Type/Catalog /Pages 2 0 R >>");
+  pdf.Object(2, "<</Type/Pages /Kids [3 0 R ] /Count 1 >>");
+  pdf.Object(3,
+             "<</Type/Page /Parent 2 0 R /MediaBox [0 0 612 792] /Contents 4 0 R /Resources "
+             "<</XObject <</Fm0 5 0 R /Im0 6 0 R >> >> >>");
+  pdf.Stream(4, "", content);
+  pdf.Stream(5, "/Subtype/Form /BBox [0 0 9 9]", "0 0 9 9 re f");
+  pdf.Stream(6,
+             "/Subtype/Image /Width 1 /Height 2 /BitsPerComponent 8 /ColorSpace /DeviceGray "
+             "/Filter /FlateDecode",
+             Deflate("\x0A\xC8"));
+  return pdf;
+}
+
+TEST_F(Extract, MatrixOfThePictureItselfTurnsItOver) {
+  struct {
+    char const* content;
+    DWORD top;
+  } const pages[] = {
+      {"q /Fm0 Do Q q 612 0 0 792 0 0 cm /Im0 Do Q", 10},
+      {"q /Fm0 Do Q q 612 0 0 -792 0 792 cm /Im0 Do Q", 200},
+      {"q 1 0 0 -1 0 792 cm /Fm0 Do Q q 612 0 0 792 0 0 cm /Im0 Do Q", 10},
+      {"q 1 0 0 -1 0 792 cm /Fm0 Do Q q 612 0 0 -792 0 792 cm /Im0 Do Q", 200},
+      {"1 0 0 -1 0 792 cm /Fm0 Do 612 0 0 -792 0 792 cm /Im0 Do", 10},
+  };
+  for (auto const& page : pages) {
+    WriteDocument("out.pdf", TwoRowsDrawnBy(page.content));
+    ExtractAll({"--output", Path("p%d.png"), "--force"});
+    PixPtr const read = ReadPix("p1.png");
+    ASSERT_NE(read, nullptr) << page.content;
+    l_uint32 top = 0;
+    pixGetPixel(read.get(), 0, 0, &top);
+    EXPECT_EQ(top, page.top) << page.content;
+  }
+}
+
 }  // namespace
 }  // namespace test

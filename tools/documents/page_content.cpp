@@ -54,8 +54,8 @@ class Content {
   }
 
   void Draw(std::string const& name) {
-    drawn_.try_emplace(
-        name, DrawnSize{std::hypot(matrix_.a, matrix_.b), std::hypot(matrix_.c, matrix_.d)});
+    drawn_.try_emplace(name, DrawnSize{std::hypot(matrix_.a, matrix_.b),
+                                       std::hypot(matrix_.c, matrix_.d), matrix_.d < 0});
   }
 
   Matrix matrix_;

@@ -8,10 +8,11 @@
 
 namespace sorrelin::tool {
 
-// The sides of a picture as it stands on the page, in points.
+// The sides of a picture on its page, in points.
 struct DrawnSize {
   double width = 0;
   double height = 0;
+  bool flipped = false;  // the picture's first row is at the bottom
 };
 
 // The names that stand before "Do", each with the size of its first picture. The text is tokenized,

@@ -325,12 +325,14 @@ PageFacts PageJudge::Judge(DWORD number) {
   PageImage image;
   image.object = std::move(picture.object);
   if (image.object.is_stream) {
-    image.flipped = content && ShowsFlipped(*content);
-    auto const size = drawn.find(picture.name);
-    // A picture whose drawing cannot be found is taken to fill the page.
-    DrawnSize const whole = {facts.width, facts.height};
-    Picture(objects_, image.object, size == drawn.end() ? whole : size->second, facts, image)
-        .Judge();
+    auto const found = drawn.find(picture.name);
+    // A picture whose drawing cannot be found is taken to fill the page, the way up that the first
+    // drawing has.
+    DrawnSize const shown = found != drawn.end() ? found->second
+                                                 : DrawnSize{facts.width, facts.height,
+                                                             content && ShowsFlipped(*content)};
+    image.flipped = shown.flipped;
+    Picture(objects_, image.object, shown, facts, image).Judge();
   } else if (facts.problem.empty()) {
     facts.problem = "has a picture that cannot be read";
   }
