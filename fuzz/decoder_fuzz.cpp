@@ -2,7 +2,7 @@
 // of a temporary file.
 //
 // The input is decoder, width, height and kind (2 bytes each), then the data.
-#include <sorrelin/image/owned_block.h>
+#include <sorrelin/platform/block.h>
 #include <sorrelin/platform/memory.h>
 #include <tests/support/dib_content.h>
 

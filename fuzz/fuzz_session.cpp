@@ -4,7 +4,7 @@
 #include <sorrelin/channel/file_channel.h>
 #include <sorrelin/document/loaded_object.h>
 #include <sorrelin/image/codecs/sibling_library.h>
-#include <sorrelin/image/owned_block.h>
+#include <sorrelin/platform/block.h>
 #include <sorrelin/platform/memory.h>
 #include <sorrelin/platform/wide_string.h>
 #include <tests/support/dib.h>

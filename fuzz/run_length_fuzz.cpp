@@ -3,7 +3,7 @@
 //
 // The input is width, height, kind, header bits (2 bytes each), then data.
 #include <sorrelin/frame/session.h>
-#include <sorrelin/image/owned_block.h>
+#include <sorrelin/platform/block.h>
 #include <sorrelin/platform/memory.h>
 #include <tests/support/dib_content.h>
 

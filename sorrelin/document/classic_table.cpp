@@ -2,8 +2,7 @@
 // a line with first number and count, and an entry of 18 characters and a line end for each object.
 #include <sorrelin/channel/file_channel.h>
 #include <sorrelin/document/table_cursor.h>
-#include <sorrelin/frame/reader_state.h>
-#include <sorrelin/frame/session.h>
+#include <sorrelin/frame/session_state.h>
 #include <sorrelin/platform/file.h>
 #include <sorrelin/syntax/byte_view.h>
 #include <sorrelin/syntax/key_search.h>
@@ -57,7 +56,7 @@ std::optional<TableEntry> ParseEntry(std::string_view text) {
 
 }  // namespace
 
-int CCreatePDF::BuildObjectListFromXrefTable(DWORD nOffset, int bOlder) {
+int sorrelin::SessionState::BuildObjectListFromXrefTable(DWORD nOffset, int bOlder) {
   if (nOffset == 0) return 0;
   m_nMaxSectionOffset = std::max(m_nMaxSectionOffset, nOffset);
   if (bOlder == 0) {
@@ -72,7 +71,7 @@ int CCreatePDF::BuildObjectListFromXrefTable(DWORD nOffset, int bOlder) {
   return 1;
 }
 
-bool CCreatePDF::ReadSubsection(TableCursor& cursor) {
+bool sorrelin::SessionState::ReadSubsection(TableCursor& cursor) {
   DWORD count = 0;
   if (!ReadSubsectionHeader(cursor, count)) return false;
   for (DWORD i = 0; i < count; ++i) {
@@ -83,7 +82,7 @@ bool CCreatePDF::ReadSubsection(TableCursor& cursor) {
 
 // Kept: the line's length is computed and not measured; a line that holds more than its numbers and
 // delimiters is read from the wrong place.
-bool CCreatePDF::ReadSubsectionHeader(TableCursor& cursor, DWORD& nCount) {
+bool sorrelin::SessionState::ReadSubsectionHeader(TableCursor& cursor, DWORD& nCount) {
   BYTE header[kHeaderBytes];
   auto const read = cursor.Window.Read(m_hFile, cursor.nAt, header, kHeaderBytes);
   DWORD first = 0;
@@ -96,7 +95,7 @@ bool CCreatePDF::ReadSubsectionHeader(TableCursor& cursor, DWORD& nCount) {
 }
 
 // The line end of an entry counts as delimiters in front of the next one, whatever its length.
-bool CCreatePDF::ReadTableEntry(TableCursor& cursor) {
+bool sorrelin::SessionState::ReadTableEntry(TableCursor& cursor) {
   // Sections that overlap would list more entries than the document has room for.
   if (m_pReader->m_nTableEntriesLeft == 0) return Fail(PDF_ERROR_NOT_PDF) != 0;
   --m_pReader->m_nTableEntriesLeft;
@@ -118,7 +117,7 @@ bool CCreatePDF::ReadTableEntry(TableCursor& cursor) {
 }
 
 // Leaves the channel behind the delimiters, on the trailer or the next subsection.
-bool CCreatePDF::LookForTrailer(TableCursor& cursor) {
+bool sorrelin::SessionState::LookForTrailer(TableCursor& cursor) {
   auto const seen = cursor.Window.Look(m_hFile, cursor.nAt, kTrailerLook);
   if (!seen || seen->size() < kTrailer.size()) return Fail(PDF_ERROR_SYSTEM) != 0;
   DWORD const begin = SkipDelimiters(*seen, 0);
@@ -131,7 +130,7 @@ bool CCreatePDF::LookForTrailer(TableCursor& cursor) {
   return true;
 }
 
-DWORD CCreatePDF::GetRealObjectNumber(DWORD nOffset) {
+DWORD sorrelin::SessionState::GetRealObjectNumber(DWORD nOffset) {
   if (nOffset == 0) return 0;
   auto const seen = m_pReader->m_Window.Look(m_hFile, nOffset, kObjectHeaderBytes);
   if (!seen) return Fail(PDF_ERROR_SYSTEM);

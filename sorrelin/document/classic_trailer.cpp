@@ -1,6 +1,6 @@
 // Trailers of the classic route: the first 300 bytes from the word "trailer" on, searched as text.
 #include <sorrelin/channel/file_channel.h>
-#include <sorrelin/frame/session.h>
+#include <sorrelin/frame/session_state.h>
 
 #include <algorithm>
 
@@ -20,7 +20,7 @@ struct TrailerText {
 
 }  // namespace
 
-DWORD CCreatePDF::BuildObjectListFromTrailer(DWORD* pPrev) {
+DWORD sorrelin::SessionState::BuildObjectListFromTrailer(DWORD* pPrev) {
   TrailerText text;
   if (!text.Read(m_hFile)) return Fail(PDF_ERROR_SYSTEM);
   m_nInfoObject = 0;
@@ -46,8 +46,8 @@ DWORD CCreatePDF::BuildObjectListFromTrailer(DWORD* pPrev) {
 
 // The key with its value as text, all zeros where the trailer does not mention it. False if it does
 // and the text cannot be cut out, or is too long.
-bool CCreatePDF::TakeTrailerText(BYTE* pText, DWORD nSize, char const* szKey,
-                                 char (&szTarget)[kTrailerTextBytes]) {
+bool sorrelin::SessionState::TakeTrailerText(BYTE* pText, DWORD nSize, char const* szKey,
+                                             char (&szTarget)[kTrailerTextBytes]) {
   if (IsFlagSet(pText, nSize, szKey + 1) == 0) {
     std::fill(std::begin(szTarget), std::end(szTarget), '\0');
     return true;
@@ -56,7 +56,7 @@ bool CCreatePDF::TakeTrailerText(BYTE* pText, DWORD nSize, char const* szKey,
   return GetKeyWithValue(pText, nSize, szKey, reinterpret_cast<BYTE*>(szTarget), &size) != 0;
 }
 
-int CCreatePDF::ReadPrevFlag(DWORD* pPrev) {
+int sorrelin::SessionState::ReadPrevFlag(DWORD* pPrev) {
   TrailerText text;
   if (!text.Read(m_hFile)) return static_cast<int>(Fail(PDF_ERROR_SYSTEM));
   DWORD const entered = *pPrev;

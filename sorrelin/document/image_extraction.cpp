@@ -2,11 +2,11 @@
 // the decoder that the filter asks for.
 #include <sorrelin/document/loaded_object.h>
 #include <sorrelin/document/number_value.h>
-#include <sorrelin/frame/session.h>
+#include <sorrelin/frame/session_state.h>
 #include <sorrelin/image/inflate_stream.h>
-#include <sorrelin/image/owned_block.h>
 #include <sorrelin/image/page_flip.h>
 #include <sorrelin/image/rebuilt_dib.h>
+#include <sorrelin/platform/block.h>
 #include <sorrelin/platform/memory.h>
 #include <sorrelin/syntax/scanner.h>
 
@@ -68,7 +68,7 @@ std::string_view TextOf(LoadedObject const& object) {
 
 // Where the data begin whose keyword ends at `at`: CR LF counts as two bytes, anything else as the
 // run of delimiters.
-size_t SkipLineEnd(CCreatePDF& session, std::string_view text, size_t at) {
+size_t SkipLineEnd(sorrelin::SessionState& session, std::string_view text, size_t at) {
   if (text.substr(at).starts_with("\r\n")) return at + 2;
   while (at < text.size() && session.IsDelimiter(text[at]) != 0) ++at;
   return at;
@@ -87,7 +87,8 @@ int IsInflatedFlipped(std::span<BYTE const> data, uint64_t room) {
   return test.Finish();
 }
 
-bool IsFlateContentFlipped(CCreatePDF& session, LoadedObject const& content, DWORD length) {
+bool IsFlateContentFlipped(sorrelin::SessionState& session, LoadedObject const& content,
+                           DWORD length) {
   std::string_view const all = BytesOf(content);
   size_t const at = TextOf(content).find(kStream);
   if (at == all.npos) return false;
@@ -100,7 +101,7 @@ bool IsFlateContentFlipped(CCreatePDF& session, LoadedObject const& content, DWO
 }
 
 // Bytes of other filters are tokenized as they are.
-bool IsPlainContentFlipped(CCreatePDF& session, LoadedObject const& content) {
+bool IsPlainContentFlipped(sorrelin::SessionState& session, LoadedObject const& content) {
   std::string_view const text = TextOf(content);
   size_t const at = text.find(kStream);
   size_t const end = text.find("endstream");
@@ -113,7 +114,7 @@ bool IsPlainContentFlipped(CCreatePDF& session, LoadedObject const& content) {
 }
 
 // Looks at the first content stream only. False if its /Length cannot be read.
-bool ReadFlip(CCreatePDF& session, LoadedObject const& object, Page& page) {
+bool ReadFlip(sorrelin::SessionState& session, LoadedObject const& object, Page& page) {
   DWORD number = 0;
   DWORD generation = 0;
   if (session.GetValue(object.data(), object.size(), "Contents", &number, &generation) == 0) {
@@ -133,7 +134,7 @@ bool ReadFlip(CCreatePDF& session, LoadedObject const& object, Page& page) {
 
 // The first number behind "XObject" in the resources, which are a part of the page or an object of
 // their own; those of the page's ancestors are not looked for.
-bool ReadXObjectNumber(CCreatePDF& session, LoadedObject const& object, DWORD* number) {
+bool ReadXObjectNumber(sorrelin::SessionState& session, LoadedObject const& object, DWORD* number) {
   int is_dictionary = 0;
   if (session.IsDictionary(object.data(), object.size(), is_dictionary, "Resources") == 0) {
     return false;
@@ -152,7 +153,7 @@ bool ReadXObjectNumber(CCreatePDF& session, LoadedObject const& object, DWORD* n
          session.GetValue(resources.data(), resources.size(), "XObject", number, &generation) != 0;
 }
 
-bool ReadPage(CCreatePDF& session, DWORD number, Page& page) {
+bool ReadPage(sorrelin::SessionState& session, DWORD number, Page& page) {
   LoadedObject const object(session.LoadObject(number));
   if (object.data() == nullptr) return false;
   DWORD box[4] = {};
@@ -167,7 +168,8 @@ bool ReadPage(CCreatePDF& session, DWORD number, Page& page) {
 // The object that the page names, or the first one that it names if it is a dictionary of XObjects.
 // Kept: whatever mentions "Image" anywhere is the image, and one indirection is followed; tools
 // that read further choose other images of the same page.
-void LoadImageObject(CCreatePDF& session, DWORD number, std::optional<LoadedObject>& object) {
+void LoadImageObject(sorrelin::SessionState& session, DWORD number,
+                     std::optional<LoadedObject>& object) {
   object.emplace(session.LoadObject(number));
   if (session.IsFlagSet(object->data(), object->size(), "Image") != 0) return;
   DWORD first = 0;
@@ -176,7 +178,7 @@ void LoadImageObject(CCreatePDF& session, DWORD number, std::optional<LoadedObje
   object.emplace(session.LoadObject(first));
 }
 
-bool ReadShape(CCreatePDF& session, LoadedObject const& object, Image& image) {
+bool ReadShape(sorrelin::SessionState& session, LoadedObject const& object, Image& image) {
   if (!ReadNumber(session, object, "Width", &image.width) ||
       !ReadNumber(session, object, "Height", &image.height) ||
       !ReadNumber(session, object, "BitsPerComponent", &image.bits)) {
@@ -191,7 +193,7 @@ bool ReadShape(CCreatePDF& session, LoadedObject const& object, Image& image) {
 }
 
 // Kept: what is neither bilevel nor indexed is taken for RGB, grey images too.
-void ReadKind(CCreatePDF& session, LoadedObject const& object, Image& image) {
+void ReadKind(sorrelin::SessionState& session, LoadedObject const& object, Image& image) {
   bool const indexed = session.IsFlagSet(object.data(), object.size(), "Indexed") != 0;
   image.kind = image.bits == 1 ? sorrelin::kKindBilevel
                : indexed       ? sorrelin::kKindIndexed
@@ -209,7 +211,7 @@ bool EqualsIgnoringCase(char const* text, std::string_view lower) {
                     [](char a, char b) { return (a >= 'A' && a <= 'Z' ? a - 'A' + 'a' : a) == b; });
 }
 
-void ReadBlackIs1(CCreatePDF& session, LoadedObject const& object, Image& image) {
+void ReadBlackIs1(sorrelin::SessionState& session, LoadedObject const& object, Image& image) {
   constexpr uint64_t kScratchBytes = 10;
   char value[kScratchBytes + 1] = {};
   uint64_t size = kScratchBytes;
@@ -219,7 +221,7 @@ void ReadBlackIs1(CCreatePDF& session, LoadedObject const& object, Image& image)
 }
 
 // Filters are found anywhere in the text, in any order.
-void ReadCompression(CCreatePDF& session, LoadedObject const& object, Image& image) {
+void ReadCompression(sorrelin::SessionState& session, LoadedObject const& object, Image& image) {
   struct Filter {
     char const* name;
     DWORD flag;
@@ -241,7 +243,7 @@ void ReadCompression(CCreatePDF& session, LoadedObject const& object, Image& ima
 }
 
 // A block of /Length bytes; what the object lacks of them is 0.
-bool CopyData(CCreatePDF& session, LoadedObject const& object, Image& image) {
+bool CopyData(sorrelin::SessionState& session, LoadedObject const& object, Image& image) {
   DWORD length = 0;
   if (!ReadNumber(session, object, "Length", &length) || length == 0) return false;
   BYTE const* const key = session.GetKeyBeginning(object.data(), object.size(), "stream");
@@ -265,7 +267,7 @@ bool CopyData(CCreatePDF& session, LoadedObject const& object, Image& image) {
   return true;
 }
 
-bool ReadImage(CCreatePDF& session, LoadedObject const& object, Image& image) {
+bool ReadImage(sorrelin::SessionState& session, LoadedObject const& object, Image& image) {
   if (object.data() == nullptr || !ReadShape(session, object, image)) return false;
   ReadKind(session, object, image);
   ReadCompression(session, object, image);
@@ -274,7 +276,7 @@ bool ReadImage(CCreatePDF& session, LoadedObject const& object, Image& image) {
 
 // The order settles what becomes of several filters. False with the code of a filter that no
 // decoder takes.
-bool Decode(CCreatePDF& session, Image const& image, bool flipped, void** bitmap) {
+bool Decode(sorrelin::SessionState& session, Image const& image, bool flipped, void** bitmap) {
   DWORD const filters = image.compression;
   DWORD const signed_height = flipped ? 0 - image.height : image.height;
   HGLOBAL const data = image.data.get();
@@ -325,11 +327,12 @@ void SetResolution(void* bitmap, Image const& image, Page const& page) {
 
 }  // namespace
 
-void* CCreatePDF::LoadImageFromPDF(DWORD nPage) {
+void* sorrelin::SessionState::LoadImageFromPDF(DWORD nPage) {
   return LoadImageAndInfoFromPDF(nPage, nullptr, nullptr);
 }
 
-void* CCreatePDF::LoadImageAndInfoFromPDF(DWORD nPage, DWORD* pnCompression, DWORD* pnKind) {
+void* sorrelin::SessionState::LoadImageAndInfoFromPDF(DWORD nPage, DWORD* pnCompression,
+                                                      DWORD* pnKind) {
   m_bBlackIs1 = 0;
   m_bDecodeNormal = 1;
   if (nPage == UINT32_MAX || nPage + 1 > GetNumberOfPages()) {

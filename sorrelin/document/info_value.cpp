@@ -1,5 +1,5 @@
 // Text string values of a dictionary, as UTF-16.
-#include <sorrelin/frame/session.h>
+#include <sorrelin/frame/session_state.h>
 #include <sorrelin/platform/text.h>
 #include <sorrelin/syntax/byte_view.h>
 #include <sorrelin/syntax/heap_copy.h>
@@ -73,15 +73,16 @@ WCHAR* DecodeText(ByteView bytes) {
 
 }  // namespace
 
-int CCreatePDF::GetStringValue2W(BYTE* pData, uint64_t nSize, char const* szKey, WCHAR** ppValue,
-                                 uint64_t* pnLength) {
+int sorrelin::SessionState::GetStringValue2W(BYTE* pData, uint64_t nSize, char const* szKey,
+                                             WCHAR** ppValue, uint64_t* pnLength) {
   if (m_pReader == nullptr || pData == nullptr || nSize == 0 || szKey == nullptr ||
       ppValue == nullptr || pnLength == nullptr) {
     return 0;
   }
   void* block = nullptr;
   uint64_t size = 0;
-  if (sorrelin::GetTypedValue(m_pReader, pData, nSize, szKey, &block, &size, kStringType) == 0) {
+  if (sorrelin::GetTypedValue(m_pReader.get(), pData, nSize, szKey, &block, &size, kStringType) ==
+      0) {
     return 0;
   }
   HeapBytes const owner(block, std::free);
@@ -90,8 +91,8 @@ int CCreatePDF::GetStringValue2W(BYTE* pData, uint64_t nSize, char const* szKey,
   return *ppValue != nullptr ? 1 : 0;
 }
 
-int CCreatePDF::GetStringValue2A(BYTE* pData, uint64_t nSize, char const* szKey, char** ppValue,
-                                 uint64_t* pnLength) {
+int sorrelin::SessionState::GetStringValue2A(BYTE* pData, uint64_t nSize, char const* szKey,
+                                             char** ppValue, uint64_t* pnLength) {
   if (ppValue == nullptr) return 0;
   WCHAR* wide = nullptr;
   if (GetStringValue2W(pData, nSize, szKey, &wide, pnLength) == 0) return 0;

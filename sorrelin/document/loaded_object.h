@@ -2,7 +2,7 @@
 #ifndef SORRELIN_DOCUMENT_LOADED_OBJECT_H_
 #define SORRELIN_DOCUMENT_LOADED_OBJECT_H_
 
-#include <sorrelin/image/owned_block.h>
+#include <sorrelin/platform/block.h>
 #include <sorrelin/platform/memory.h>
 #include <sorrelin/platform/types.h>
 

@@ -3,12 +3,12 @@
 #define SORRELIN_DOCUMENT_NUMBER_VALUE_H_
 
 #include <sorrelin/document/loaded_object.h>
-#include <sorrelin/frame/session.h>
+#include <sorrelin/frame/session_state.h>
 
 namespace sorrelin {
 
 // The number behind `key`, or in the object that a reference behind it names.
-inline bool ReadNumber(CCreatePDF& session, LoadedObject const& object, char const* key,
+inline bool ReadNumber(sorrelin::SessionState& session, LoadedObject const& object, char const* key,
                        DWORD* value) {
   if (session.IsReference(object.data(), object.size(), key) == 0) {
     return session.GetValue(object.data(), object.size(), key, value) != 0;

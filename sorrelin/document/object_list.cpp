@@ -7,8 +7,7 @@
 #include <sorrelin/document/object_fetch.h>
 #include <sorrelin/document/object_stream.h>
 #include <sorrelin/document/start_xref.h>
-#include <sorrelin/frame/reader_state.h>
-#include <sorrelin/frame/session.h>
+#include <sorrelin/frame/session_state.h>
 #include <sorrelin/platform/file.h>
 
 #include <algorithm>
@@ -45,20 +44,20 @@ class Opening {
 
 // Where the work is used up, fetches yield nothing; rather than leave out pages and strings the
 // opening fails.
-DWORD CCreatePDF::BuildObjectListFromFile() {
+DWORD sorrelin::SessionState::BuildObjectListFromFile() {
   Opening const opening(*m_pReader);
   DWORD const objects = ReadObjectList();
   return m_pReader->m_nWorkLeft != 0 ? objects : Fail(PDF_ERROR_SYSTEM);
 }
 
-DWORD CCreatePDF::ReadObjectList() {
+DWORD sorrelin::SessionState::ReadObjectList() {
   DWORD start = 0;
   if (!FindStartXref(start)) return 0;
   m_nMaxSectionOffset = 0;
   m_nObjectsInFile = 0;
   sorrelin::DestroyReaderObjects(*m_pReader);
-  m_pReader->m_pObjectStreams = new sorrelin::ObjectStreamList(m_pReader);
-  CXRefStm* const xref = m_pReader->m_pXRef = new CXRefStm(m_pReader);
+  m_pReader->m_pObjectStreams = new sorrelin::ObjectStreamList(m_pReader.get());
+  CXRefStm* const xref = m_pReader->m_pXRef = new CXRefStm(m_pReader.get());
   xref->SetFile(m_hFile);
   xref->ReadStartXref();
   bool const classic = xref->IsClassicTableAt(nullptr) != 0;
@@ -70,7 +69,7 @@ DWORD CCreatePDF::ReadObjectList() {
 }
 
 // The number behind "startxref", which must stand in the document's last bytes.
-bool CCreatePDF::FindStartXref(DWORD& nOffset) {
+bool sorrelin::SessionState::FindStartXref(DWORD& nOffset) {
   char tail[kTailBytes];
   DWORD count = 0;
   LONG const target = -static_cast<LONG>(kTailBytes);
@@ -86,7 +85,7 @@ bool CCreatePDF::FindStartXref(DWORD& nOffset) {
 }
 
 // Newest section first; older ones fill the rows that it leaves free.
-bool CCreatePDF::ReadClassicSections(DWORD nStart) {
+bool sorrelin::SessionState::ReadClassicSections(DWORD nStart) {
   DWORD prev = 0;
   if (BuildObjectListFromXrefTable(nStart, 0) == 0) return false;
   if (BuildObjectListFromTrailer(&prev) == 0) return false;
@@ -96,7 +95,7 @@ bool CCreatePDF::ReadClassicSections(DWORD nStart) {
   return true;
 }
 
-bool CCreatePDF::ReadStreamSections(CXRefStm& xref) {
+bool sorrelin::SessionState::ReadStreamSections(CXRefStm& xref) {
   if (!ReadStreamChain(xref)) return xref.IsTooLarge() ? Fail(PDF_ERROR_MEMORY) != 0 : false;
   xref.FinishExtents();
   xref.ReleaseSection();
@@ -104,7 +103,7 @@ bool CCreatePDF::ReadStreamSections(CXRefStm& xref) {
   return true;
 }
 
-bool CCreatePDF::ReadStreamChain(CXRefStm& xref) {
+bool sorrelin::SessionState::ReadStreamChain(CXRefStm& xref) {
   sorrelin::DocumentId id;
   if (xref.LoadSection(false, false) == 0 || sorrelin::ReadIdKey(xref.SectionText(), id) == 0 ||
       xref.ReadTrailerKeys() == 0 || !ReadStreamSection(xref)) {
@@ -122,11 +121,11 @@ bool CCreatePDF::ReadStreamChain(CXRefStm& xref) {
   return true;
 }
 
-bool CCreatePDF::ReadStreamSection(CXRefStm& xref) {
+bool sorrelin::SessionState::ReadStreamSection(CXRefStm& xref) {
   return xref.ParseStreamDict() != 0 && xref.DecodeRecords() != 0 && xref.MergeRecords() != 0;
 }
 
-void CCreatePDF::TakeStreamIndex(CXRefStm& xref) {
+void sorrelin::SessionState::TakeStreamIndex(CXRefStm& xref) {
   static_assert(sorrelin::kIndexRows == kObjectRows);
   auto const& index = xref.ObjectIndex();
   m_nMaxSectionOffset = static_cast<DWORD>(xref.StartXref());
@@ -145,7 +144,7 @@ void CCreatePDF::TakeStreamIndex(CXRefStm& xref) {
   m_nInfoGeneration = info.nGeneration;
 }
 
-bool CCreatePDF::ReadCatalog() {
+bool sorrelin::SessionState::ReadCatalog() {
   LoadedObject const catalog(LoadObject(m_nCatalogObject));
   if (catalog.data() == nullptr) return false;
   DWORD generation = 0;
@@ -158,7 +157,7 @@ bool CCreatePDF::ReadCatalog() {
   return true;
 }
 
-bool CCreatePDF::ReadPagesRoot() {
+bool sorrelin::SessionState::ReadPagesRoot() {
   LoadedObject const root(LoadObject(m_nPagesRootObject));
   if (root.data() == nullptr) return false;
   if (!ReadPageCount(root.data(), root.size())) return Fail(PDF_ERROR_SYSTEM) != 0;
@@ -168,7 +167,7 @@ bool CCreatePDF::ReadPagesRoot() {
 
 // Kept: a count by reference is refused where its number can be read, so that such documents fail;
 // only one whose number cannot be read is followed.
-bool CCreatePDF::ReadPageCount(BYTE* pData, DWORD nSize) {
+bool sorrelin::SessionState::ReadPageCount(BYTE* pData, DWORD nSize) {
   if (IsReference(pData, nSize, "Count") == 0) {
     return GetValue(pData, nSize, "Count", &m_nTotalPages) != 0;
   }
@@ -178,7 +177,7 @@ bool CCreatePDF::ReadPageCount(BYTE* pData, DWORD nSize) {
   return GetValueFromReference(number, &m_nTotalPages) != 0;
 }
 
-void CCreatePDF::ReadInfoStrings() {
+void sorrelin::SessionState::ReadInfoStrings() {
   LoadedObject const info(LoadObject(m_nInfoObject));
   if (info.data() == nullptr) return;
   ReadInfoString(info.data(), info.size(), "/Title", m_pReader->m_Title);
@@ -188,8 +187,8 @@ void CCreatePDF::ReadInfoStrings() {
 }
 
 // A key that is absent leaves the string as it was.
-void CCreatePDF::ReadInfoString(BYTE* pData, DWORD nSize, char const* szKey,
-                                sorrelin::WideString& target) {
+void sorrelin::SessionState::ReadInfoString(BYTE* pData, DWORD nSize, char const* szKey,
+                                            sorrelin::WideString& target) {
   WCHAR* value = nullptr;
   uint64_t length = 0;
   if (GetStringValue2W(pData, nSize, szKey, &value, &length) != 0 && value != nullptr) {

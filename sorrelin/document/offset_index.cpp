@@ -1,6 +1,5 @@
 // The offsets of the object table in ascending order.
 #include <sorrelin/document/offset_index.h>
-#include <sorrelin/frame/session.h>
 
 #include <algorithm>
 

@@ -3,12 +3,11 @@
 #ifndef SORRELIN_DOCUMENT_OFFSET_INDEX_H_
 #define SORRELIN_DOCUMENT_OFFSET_INDEX_H_
 
+#include <sorrelin/document/object_entry.h>
 #include <sorrelin/platform/types.h>
 
 #include <span>
 #include <vector>
-
-struct ObjectEntry;
 
 namespace sorrelin {
 

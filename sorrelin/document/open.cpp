@@ -1,7 +1,6 @@
 // Opening of a document for reading, from a file or in place from a block of memory.
 #include <sorrelin/channel/file_channel.h>
-#include <sorrelin/frame/reader_state.h>
-#include <sorrelin/frame/session.h>
+#include <sorrelin/frame/session_state.h>
 #include <sorrelin/platform/file.h>
 #include <sorrelin/platform/wide_string.h>
 
@@ -18,18 +17,18 @@ bool IsSupportedHeader(std::string_view header) {
 
 }  // namespace
 
-int CCreatePDF::OpenPDFFile(char const* szFileName) {
+int sorrelin::SessionState::OpenPDFFile(char const* szFileName) {
   return OpenPDFFileW(sorrelin::ToWide(szFileName).c_str());
 }
 
-int CCreatePDF::OpenPDFFileW(WCHAR const* szFileName) {
+int sorrelin::SessionState::OpenPDFFileW(WCHAR const* szFileName) {
   if (szFileName == nullptr) return static_cast<int>(Fail(PDF_ERROR_INVALID_PARAMETER));
   CloseOpenDocument();
   return ReadDocument(sorrelin::ChannelOpenFile(szFileName, GENERIC_READ, FILE_SHARE_READ, nullptr,
                                                 OPEN_EXISTING, 0, nullptr));
 }
 
-int CCreatePDF::OpenPDFFileInMemory(int64_t pData, DWORD nSize) {
+int sorrelin::SessionState::OpenPDFFileInMemory(int64_t pData, DWORD nSize) {
   if (pData == 0 || nSize == 0) return static_cast<int>(Fail(PDF_ERROR_INVALID_PARAMETER));
   CloseOpenDocument();
   return ReadDocument(
@@ -38,7 +37,7 @@ int CCreatePDF::OpenPDFFileInMemory(int64_t pData, DWORD nSize) {
 
 // Takes the channel, tests the header and reads the index. After a failure behind the header the
 // document stays open, for the caller to close.
-int CCreatePDF::ReadDocument(sorrelin::FileChannel* pChannel) {
+int sorrelin::SessionState::ReadDocument(sorrelin::FileChannel* pChannel) {
   m_hFile = pChannel;
   m_pReader->m_pChannel = pChannel;
   if (pChannel == sorrelin::InvalidChannel()) {
@@ -53,18 +52,18 @@ int CCreatePDF::ReadDocument(sorrelin::FileChannel* pChannel) {
   return BuildObjectListFromFile() != 0 ? 1 : 0;
 }
 
-int CCreatePDF::RejectDocument(DWORD nError) {
+int sorrelin::SessionState::RejectDocument(DWORD nError) {
   sorrelin::ChannelClose(m_hFile);
   m_hFile = nullptr;
   m_pReader->m_pChannel = nullptr;
   return static_cast<int>(Fail(nError));
 }
 
-void* CCreatePDF::LoadPDFIntoDIB(char const* szFileName, DWORD nPage) {
+void* sorrelin::SessionState::LoadPDFIntoDIB(char const* szFileName, DWORD nPage) {
   return LoadPDFIntoDIBW(sorrelin::ToWide(szFileName).c_str(), nPage);
 }
 
-void* CCreatePDF::LoadPDFIntoDIBW(WCHAR const* szFileName, DWORD nPage) {
+void* sorrelin::SessionState::LoadPDFIntoDIBW(WCHAR const* szFileName, DWORD nPage) {
   if (szFileName == nullptr) {
     PDF_SetLastError(PDF_ERROR_INVALID_HANDLE);
     return nullptr;

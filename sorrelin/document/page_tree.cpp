@@ -1,7 +1,6 @@
 // The page tree, walked into the flat list of page objects.
 #include <sorrelin/document/loaded_object.h>
-#include <sorrelin/frame/reader_state.h>
-#include <sorrelin/frame/session.h>
+#include <sorrelin/frame/session_state.h>
 #include <sorrelin/syntax/byte_view.h>
 #include <sorrelin/syntax/key_search.h>
 #include <sorrelin/syntax/number_scan.h>
@@ -54,7 +53,8 @@ struct TreeLimits {
 class PageTreeWalk {
  public:
   // `list_page` takes the object number of the next page.
-  PageTreeWalk(CCreatePDF& session, TreeLimits limits, std::function<void(DWORD)> list_page)
+  PageTreeWalk(sorrelin::SessionState& session, TreeLimits limits,
+               std::function<void(DWORD)> list_page)
       : session_(session), limits_(limits), list_page_(std::move(list_page)) {}
 
   // `root` is 0 if the kids' node has no number of its own. False if the tree has more pages or
@@ -108,7 +108,7 @@ class PageTreeWalk {
     return true;
   }
 
-  CCreatePDF& session_;
+  sorrelin::SessionState& session_;
   TreeLimits limits_;
   std::function<void(DWORD)> list_page_;
   std::vector<Level> path_;
@@ -118,7 +118,7 @@ class PageTreeWalk {
 
 }  // namespace
 
-int CCreatePDF::ParseKids(BYTE* pData, DWORD nSize) {
+int sorrelin::SessionState::ParseKids(BYTE* pData, DWORD nSize) {
   if (pData == nullptr || nSize == 0 || m_pReader == nullptr) {
     Fail(PDF_ERROR_INVALID_HANDLE);
     return 0;
@@ -133,7 +133,7 @@ int CCreatePDF::ParseKids(BYTE* pData, DWORD nSize) {
   return walk.Run(root, std::move(kids)) && closed ? 1 : 0;
 }
 
-int CCreatePDF::LoadPageObject(DWORD nObject) {
+int sorrelin::SessionState::LoadPageObject(DWORD nObject) {
   sorrelin::LoadedObject const page(LoadObject(nObject));
   if (page.data() == nullptr) return 0;
   DWORD number = 0;

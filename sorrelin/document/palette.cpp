@@ -1,8 +1,8 @@
 // The colour table of an indexed image, from its lookup stream: red, green, blue for each entry.
 #include <sorrelin/document/loaded_object.h>
 #include <sorrelin/document/number_value.h>
-#include <sorrelin/frame/session.h>
-#include <sorrelin/image/owned_block.h>
+#include <sorrelin/frame/session_state.h>
+#include <sorrelin/platform/block.h>
 #include <sorrelin/platform/memory.h>
 
 #include <algorithm>
@@ -20,7 +20,8 @@ constexpr uint64_t kMostEntries = UINT32_MAX / sizeof(RGBQUAD);
 
 // Finds the bytes behind the keyword, through the end of the object: nothing looks at the stream's
 // real length.
-bool FindLookup(CCreatePDF& session, LoadedObject const& object, std::span<BYTE const>& lookup) {
+bool FindLookup(sorrelin::SessionState& session, LoadedObject const& object,
+                std::span<BYTE const>& lookup) {
   DWORD length = 0;
   if (!sorrelin::ReadNumber(session, object, "Length", &length) || length == 0) return false;
   std::span<BYTE> const bytes(object.data(), object.size());
@@ -44,7 +45,8 @@ void FillEntries(std::span<BYTE const> triples, BYTE* entries, uint64_t count) {
 
 }  // namespace
 
-void* CCreatePDF::LoadPalette(DWORD nBitsPerComponent, DWORD nHighValue, DWORD nObject) {
+void* sorrelin::SessionState::LoadPalette(DWORD nBitsPerComponent, DWORD nHighValue,
+                                          DWORD nObject) {
   uint64_t const count = uint64_t{nHighValue} + 1;
   if (count > kMostEntries) return nullptr;
   sorrelin::OwnedBlock palette(GlobalAlloc(GPTR, static_cast<SIZE_T>(count * sizeof(RGBQUAD))));

@@ -1,7 +1,7 @@
 // The session's way to an object by number.
 #include <sorrelin/channel/file_channel.h>
 #include <sorrelin/document/object_fetch.h>
-#include <sorrelin/frame/session.h>
+#include <sorrelin/frame/session_state.h>
 #include <sorrelin/platform/file.h>
 #include <sorrelin/platform/memory.h>
 #include <sorrelin/syntax/byte_view.h>
@@ -67,22 +67,22 @@ HGLOBAL CopyToBlock(ObjectBytes const& object) {
 }  // namespace
 
 // Kept: in a document of the stream route a size costs a whole fetch, and moves the channel.
-DWORD CCreatePDF::GetObjectSize(DWORD nObject) {
+DWORD sorrelin::SessionState::GetObjectSize(DWORD nObject) {
   if (nObject == 0) return 0;
   if (m_pReader->m_bStreamIndex != 0) {
     ObjectBytes object;
-    sorrelin::LoadObjectBytes(m_pReader, &object, nObject, 0);
+    sorrelin::LoadObjectBytes(m_pReader.get(), &object, nObject, 0);
     std::free(object.pData);
     if (object.bValid != 0) return object.nSize;
   }
   return TableObjectSize(nObject);
 }
 
-void* CCreatePDF::LoadObject(DWORD nObject) {
+void* sorrelin::SessionState::LoadObject(DWORD nObject) {
   if (nObject == 0) return nullptr;
   if (m_pReader->m_bStreamIndex != 0) {
     ObjectBytes object;
-    sorrelin::LoadObjectBytes(m_pReader, &object, nObject, 0);
+    sorrelin::LoadObjectBytes(m_pReader.get(), &object, nObject, 0);
     HGLOBAL const block = object.bValid != 0 ? CopyToBlock(object) : nullptr;
     std::free(object.pData);
     if (object.bValid != 0) return block;
@@ -91,7 +91,7 @@ void* CCreatePDF::LoadObject(DWORD nObject) {
 }
 
 // The size of a document that is only read does not change.
-DWORD CCreatePDF::DocumentBytes() {
+DWORD sorrelin::SessionState::DocumentBytes() {
   if (m_bAppendMode != 0 || m_pReader->m_pXRef == nullptr) {
     return sorrelin::ChannelGetSize(m_hFile, nullptr);
   }
@@ -101,13 +101,13 @@ DWORD CCreatePDF::DocumentBytes() {
 }
 
 // A number beyond the table has a row of zeros, as far as fetches go.
-DWORD CCreatePDF::TableOffset(DWORD nObject) const {
+DWORD sorrelin::SessionState::TableOffset(DWORD nObject) const {
   return nObject < kObjectRows ? m_Objects[nObject].nOffset : 0;
 }
 
 // From the row's offset to the next one in the table, or to the document's end; less if an "endobj"
 // can be seen in it. An offset behind the end gives a size that no read delivers.
-DWORD CCreatePDF::TableObjectSize(DWORD nObject) {
+DWORD sorrelin::SessionState::TableObjectSize(DWORD nObject) {
   if (!sorrelin::IsUsableChannel(m_hFile)) return 0;
   DWORD const offset = TableOffset(nObject);
   DWORD const rows = std::min(m_nObjectsInFile, kObjectRows);
@@ -117,7 +117,7 @@ DWORD CCreatePDF::TableObjectSize(DWORD nObject) {
 }
 
 // Leaves the channel behind the bytes that it read.
-void* CCreatePDF::LoadTableObject(DWORD nObject) {
+void* sorrelin::SessionState::LoadTableObject(DWORD nObject) {
   DWORD const offset = TableOffset(nObject);
   if (!sorrelin::IsUsableChannel(m_hFile)) {
     if (offset != 0) PDF_SetLastError(PDF_ERROR_SYSTEM);
@@ -140,7 +140,7 @@ void* CCreatePDF::LoadTableObject(DWORD nObject) {
 
 // Kept: the token behind the key is never a name, so that the answer is 1 for ordinary objects;
 // LoadPageObject goes by that.
-DWORD CCreatePDF::GetObjectType(BYTE* pData, DWORD nSize) {
+DWORD sorrelin::SessionState::GetObjectType(BYTE* pData, DWORD nSize) {
   char type[31] = {};
   uint64_t size = sizeof type - 1;
   GetStringValue(pData, nSize, "/Type", type, &size);

@@ -1,5 +1,6 @@
 // Flat functions of the session itself.
 #include <sorrelin/frame/flat.h>
+#include <sorrelin/frame/session_state.h>
 #include <sorrelin/frame/trace.h>
 
 #include <new>
@@ -17,7 +18,7 @@ DWORD pdf_Init_PDF(hPDF* pPDF) {
   return PDF_ERROR_NONE;
 }
 
-// Kept: the destructor does not run, so the side record with its strings stays allocated.
+// Kept: the side record with its strings stays allocated.
 DWORD pdf_Release_PDF(hPDF hPdf) {
   Trace(SORRELIN_TEXT("pdf_Release_PDF:"));
   CCreatePDF* const session = SessionOf(hPdf);
@@ -26,7 +27,8 @@ DWORD pdf_Release_PDF(hPDF hPdf) {
     return PDF_ERROR_INVALID_HANDLE;
   }
   session->ClosePDFFile();
-  ::operator delete(static_cast<void*>(session));
+  sorrelin::SessionAccess::LeaveSideRecord(*session);
+  delete session;
   Trace(SORRELIN_TEXT("pdf_Release_PDF: OK"));
   return PDF_ERROR_NONE;
 }

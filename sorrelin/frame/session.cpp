@@ -1,29 +1,35 @@
-// Construction and destruction of a session.
-#include <sorrelin/channel/file_channel.h>
-#include <sorrelin/document/object_fetch.h>
-#include <sorrelin/frame/banner.h>
-#include <sorrelin/frame/reader_state.h>
+// Construction, destruction and assignment of a session.
 #include <sorrelin/frame/session.h>
+#include <sorrelin/frame/session_state.h>
 
-#include <algorithm>
-#include <iterator>
+#include <new>
+
+using sorrelin::SessionState;
 
 namespace {
 
-// Of its own, because pdf_Release_PDF leaves the record behind.
-SORRELIN_NOINLINE sorrelin::ReaderState* NewSideRecord() { return new sorrelin::ReaderState; }
+SessionState* NewState() {
+  try {
+    return new SessionState;
+  } catch (std::bad_alloc const&) {
+    return nullptr;
+  }
+}
 
 }  // namespace
 
-CCreatePDF::CCreatePDF() : m_hFile(sorrelin::InvalidChannel()), m_pReader(NewSideRecord()) {
-  static_assert(std::size(sorrelin::kWideCreator) <= kCreatorUnits);
-  std::copy(std::begin(sorrelin::kWideCreator), std::end(sorrelin::kWideCreator), m_szCreator);
-  InitObjectList();
-}
+CCreatePDF::CCreatePDF() : m_pState(NewState()) {}
 
 // Kept: the channel stays open; ClosePDFFile is what closes it.
-CCreatePDF::~CCreatePDF() {
-  sorrelin::DestroyReaderObjects(*m_pReader);
-  delete m_pReader;
-  m_pReader = nullptr;
+CCreatePDF::~CCreatePDF() { delete m_pState; }
+
+CCreatePDF& CCreatePDF::operator=(CCreatePDF const& other) {
+  if (m_pState != nullptr && other.m_pState != nullptr) {
+    *m_pState = *other.m_pState;
+  } else if (this != &other) {
+    delete m_pState;
+    m_pState =
+        other.m_pState != nullptr ? new (std::nothrow) SessionState(*other.m_pState) : nullptr;
+  }
+  return *this;
 }

@@ -1,6 +1,5 @@
 // CCreatePDF, the session: one output or input channel, the object table of the document in hand,
-// its page list, and the facts of a document that was read. All writer and reader code is methods
-// of this class; each family is defined in the folder named above it.
+// its page list, and the facts of a document that was read, all behind one pointer.
 //
 // Results: non-zero for success, 0 for failure after PDF_SetLastError; methods that make objects
 // return the object number, those that make blocks a handle (0 or -1 is failure). Error codes and
@@ -12,56 +11,25 @@
 
 #include <sorrelin/frame/image_records.h>
 #include <sorrelin/frame/pdf.h>
-#include <sorrelin/platform/process.h>
-#include <sorrelin/platform/wide_string.h>
-
-#include <initializer_list>
-
-#if defined(__GNUC__) && !defined(_WIN32)
-// Keeps a member function out of the library's interface.
-#define SORRELIN_LOCAL __attribute__((visibility("hidden")))
-#else
-#define SORRELIN_LOCAL
-#endif
-
-class CCreatePDF;
+#include <cstdint>
 
 namespace sorrelin {
-struct FileChannel;
-struct ReaderState;
-struct EncodedPage;
-struct PagePlacement;
-class DibView;
-class OwnedBlock;
-class CXRefStm;
-struct TableCursor;
-using InfoString = WideString ReaderState::*;  // one of the four information strings
-bool WriteEncodedPage(CCreatePDF& session, EncodedPage const& page);
-
-// The time that the document about to be created names; see sorrelin/writer/creation_time.h.
-void SetCreationTime(CCreatePDF& session, SYSTEMTIME const& time);
+struct SessionAccess;
+struct SessionState;
 }  // namespace sorrelin
-
-// One row of the object table. In a document that was read, bInUse holds the entry type.
-struct ObjectEntry {
-  DWORD nOffset;      // bytes from the start of the target; 0: the row is free
-  DWORD nGeneration;  // as in "N G obj"
-  DWORD bInUse;       // not 0: the object was written
-};
 
 // The session. What the flat functions of pdf.h do, its methods do.
 class SORRELIN_EXPORT CCreatePDF {
  public:
-  // Session (frame/)
+  // Session
   CCreatePDF();  // nothing is open
   // Does not close the channel: ClosePDFFile does.
   ~CCreatePDF();
-  // Copies the whole object, the pointers of the channel and the side record included, which then
-  // have two owners.
-  CCreatePDF& operator=(CCreatePDF const&) = default;
+  // Copies the state; both sessions then own the channel and the side record.
+  CCreatePDF& operator=(CCreatePDF const&);
   CCreatePDF(CCreatePDF const&) = delete;
 
-  // Errors (frame/)
+  // Errors
 
   // Stores the code of a failure, and gives it back: 32 on a fresh session.
   void PDF_SetLastError(DWORD nError);
@@ -70,7 +38,7 @@ class SORRELIN_EXPORT CCreatePDF {
   // See pdf_GetLastPDFErrorText. 1, or 0 for a null buffer.
   int GetLastPDFErrorText(char* szBuffer);
 
-  // Writer primitives (writer/)
+  // Writer primitives
 
   // Takes the next object number and writes "N 0 obj", then "<<" if bDict. bEol ends the first
   // line. Error 40 when the object table is full.
@@ -138,7 +106,7 @@ class SORRELIN_EXPORT CCreatePDF {
   DWORD GetOutlinesObjectNr();
   DWORD GetPagesRootObjectNr();
 
-  // Document skeleton (writer/)
+  // Document skeleton
 
   // Header lines and object 1, the Info dictionary. A null title takes the session's, or the
   // default; a null creator takes the first byte of the banner.
@@ -158,7 +126,7 @@ class SORRELIN_EXPORT CCreatePDF {
   // The catalog, of the two objects' numbers.
   DWORD CreateCatalogObject(DWORD nPagesRoot, DWORD nOutlines);
 
-  // Create and finish (writer/)
+  // Create and finish
 
   // Start a document in a new file, or an update of the file if it exists. See pdf_CreatePDF.
   int CreatePDF(char const* szFileName);
@@ -184,7 +152,7 @@ class SORRELIN_EXPORT CCreatePDF {
   // Closes what is open and hands a document in memory over; both pointers may be null.
   void ClosePDFFileInMemory(int64_t* ppData, DWORD* pSize);
 
-  // Pages (writer/)
+  // Pages
 
   // See pdf_SaveDIBAsPDFPage and pdf_SaveDIBAsColorPDFPage. A null narrow library name is taken as
   // empty by the colour form only.
@@ -200,7 +168,7 @@ class SORRELIN_EXPORT CCreatePDF {
   // 1 bit: nOrder is 1 if the first colour is black, else 0. Errors 2 and 10.
   int CheckDIBPaletteOrder(void* hDIB, int& nOrder);
 
-  // Image objects (writer/)
+  // Image objects
 
   // Writes an image XObject and its length object; pData holds nSize encoded bytes. Error 15 for a
   // compression without a filter.
@@ -222,7 +190,7 @@ class SORRELIN_EXPORT CCreatePDF {
   int IsCompession_CCITT_FAX_DECODE(DWORD nCompression);
   int IsCompession_DCT_JPEG_DECODE(DWORD nCompression);
 
-  // Encoders (image/): a new, unlocked block with nSize stream bytes, rows from the top without
+  // Encoders: a new, unlocked block with nSize stream bytes, rows from the top without
   // padding; the block may be larger. 0 or -1 on failure.
 
   // The coder that nCompression names. Error 15 for a value without one.
@@ -253,7 +221,7 @@ class SORRELIN_EXPORT CCreatePDF {
   void* ConvertDIB2DctJpegPDFImageFileW(void* hDIB, DWORD& nSize, WCHAR const* szCodecLibrary,
                                         int nQuality, DWORD nCompression);
 
-  // Bitmap access (image/)
+  // Bitmap access
 
   // Bits per pixel; 0 if the bitmap cannot be read.
   int GetDIBBitsPerPixel(void* hDIB);
@@ -264,7 +232,7 @@ class SORRELIN_EXPORT CCreatePDF {
   // A new block of *pSize bytes: red, green, blue for each colour table entry. -1 on failure.
   void* ExtractPaletteFromDIB(void* hDIB, DWORD* pSize);
 
-  // Information strings (writer/): 1 or 0.
+  // Information strings: 1 or 0.
 
   // See pdf_SetTitleA and pdf_GetTitleA. Errors 7 for null, 35 for a buffer that is too small.
   int SetTitleA(char const* szText);
@@ -284,7 +252,7 @@ class SORRELIN_EXPORT CCreatePDF {
   int GetKeywordsA(char* szBuffer, DWORD* pnSize);
   int GetKeywordsW(WCHAR* szBuffer, DWORD* pnSize);
 
-  // Information strings of a dictionary (writer/)
+  // Information strings of a dictionary
 
   // The text string value of szKey ("/Title") as UTF-16 in a new array (free()); 1 or 0, no error.
   int GetStringValue2W(BYTE* pData, uint64_t nSize, char const* szKey, WCHAR** ppValue,
@@ -293,7 +261,7 @@ class SORRELIN_EXPORT CCreatePDF {
   int GetStringValue2A(BYTE* pData, uint64_t nSize, char const* szKey, char** ppValue,
                        uint64_t* pnLength);
 
-  // Decoders (image/): a new, unlocked bitmap from the bytes of an image stream, or 0. nKind is 1
+  // Decoders: a new, unlocked bitmap from the bytes of an image stream, or 0. nKind is 1
   // (1 bit), 2 (8 bits with hPalette) or 4 (24 bits); a negative height keeps the row order. The
   // resolution is 0. Errors 10, 27, 28.
 
@@ -319,7 +287,7 @@ class SORRELIN_EXPORT CCreatePDF {
   // The colour table of nHighValue + 1 entries that object nObject holds, as a new block, or 0.
   void* LoadPalette(DWORD nBitsPerComponent, DWORD nHighValue, DWORD nObject);
 
-  // Cross-reference reading (document/)
+  // Cross-reference reading
 
   // Reads the open document's index, catalog, page list and strings: the number of object rows,
   // or 0.
@@ -333,7 +301,7 @@ class SORRELIN_EXPORT CCreatePDF {
   // The number that the object at an offset declares, or 0.
   DWORD GetRealObjectNumber(DWORD nOffset);
 
-  // Document reading (document/)
+  // Document reading
 
   // See pdf_OpenPDFFile and pdf_OpenPDFInMemory. 1 or 0 with error 22, 23, 24, 25 or 1.
   int OpenPDFFile(char const* szFileName);
@@ -362,7 +330,7 @@ class SORRELIN_EXPORT CCreatePDF {
   // Notes which image kinds a /ProcSet names. 1, or 0 with error 33.
   int GetProcSetData(BYTE* pData, DWORD nSize);
 
-  // Scanner (syntax/): values behind a key text in an object's bytes. The buffer's last byte is
+  // Scanner: values behind a key text in an object's bytes. The buffer's last byte is
   // written while a search runs, and never part of a match.
 
   // 1 for CR, LF, blank and "["; for a digit; for a digit or a letter; else 0.
@@ -397,7 +365,7 @@ class SORRELIN_EXPORT CCreatePDF {
   // 1 if a reference follows the key, else 0.
   int IsReference(BYTE* pData, DWORD nSize, char const* szKey);
 
-  // Update (writer/)
+  // Update
 
   // Writes the old pages root again, with the added pages. Errors 1, 26.
   int CreatePagesRootObjectForAppend();
@@ -407,171 +375,10 @@ class SORRELIN_EXPORT CCreatePDF {
   void InitAppendedPageObjectsList();
 
  private:
-  friend struct SessionProbe;
-  friend bool sorrelin::WriteEncodedPage(CCreatePDF& session, sorrelin::EncodedPage const& page);
-  friend void sorrelin::SetCreationTime(CCreatePDF& session, SYSTEMTIME const& time);
+  friend struct sorrelin::SessionAccess;
 
-  static constexpr DWORD kObjectRows = 90050;
-  static constexpr DWORD kPageSlots = 30000;
-  static constexpr DWORD kCreatorUnits = 260;
-  static constexpr DWORD kTrailerTextBytes = 128;
-
-  // Sets the code and returns 0.
-  SORRELIN_LOCAL DWORD Fail(DWORD nError);
-
-  // Writer primitives
-  SORRELIN_LOCAL DWORD WriteToChannel(BYTE const* pData, DWORD nBytes);
-  SORRELIN_LOCAL bool WriteLines(std::initializer_list<char const*> lines);
-  // One line by printf's rules. A line of 1,024 bytes or more ends the process.
-#if defined(__GNUC__)
-  __attribute__((format(printf, 3, 4)))
-#endif
-  SORRELIN_LOCAL bool
-  WriteFormatted(int bEol, char const* szFormat, ...);
-  SORRELIN_LOCAL bool WriteObjectHeader(DWORD nObject, int bDict, int bEol);
-  SORRELIN_LOCAL bool WriteBlock(void* hData, DWORD nBytes);
-  SORRELIN_LOCAL bool WriteZeros(DWORD nBytes);
-  SORRELIN_LOCAL bool FinishDataStream();
-  SORRELIN_LOCAL void SetPageObjectNumber(DWORD nPage, DWORD nObject);
-
-  // Document skeleton
-  SORRELIN_LOCAL bool WriteTitle(char const* szTitle);
-  SORRELIN_LOCAL bool WriteInfoString(char const* szFormat, sorrelin::WideString const& text);
-  SORRELIN_LOCAL bool WritePageResource(int nType, DWORD nObject, char const* szName);
-
-  // Create and finish
-  SORRELIN_LOCAL void CloseOpenDocument();
-  SORRELIN_LOCAL void EnterMode(bool update);
-  SORRELIN_LOCAL int TakeChannel(sorrelin::FileChannel* pChannel);
-  SORRELIN_LOCAL bool StartDocument();
-  SORRELIN_LOCAL bool FinishObjects();
-  SORRELIN_LOCAL void ForgetChannel();
-  SORRELIN_LOCAL bool WriteXrefEntries(DWORD nTable);
-  SORRELIN_LOCAL void AddXrefEntry(std::string& entries, DWORD nOffset, DWORD nGeneration,
-                                   bool in_use) const;
-  SORRELIN_LOCAL bool WriteText(std::string const& text);
-  SORRELIN_LOCAL bool WriteNewTrailer(DWORD nTable);
-  SORRELIN_LOCAL bool WriteXrefOffset(DWORD nTable);
-
-  // Update
-  SORRELIN_LOCAL bool StartUpdate();
-  SORRELIN_LOCAL bool RefuseObjectStreams();
-  SORRELIN_LOCAL bool ReadOldPagesRoot(std::string& text);
-  SORRELIN_LOCAL bool ReadOldPageCount(std::string& text, DWORD& nCount);
-  SORRELIN_LOCAL bool WriteUpdatedEntries(DWORD nTable);
-  SORRELIN_LOCAL bool WriteUpdatedTrailer(DWORD nTable);
-
-  // Pages
-  SORRELIN_LOCAL bool BeginPage();
-  SORRELIN_LOCAL bool EndPage();
-  SORRELIN_LOCAL bool DescribeBitmap(void* hDIB, sorrelin::EncodedPage& page);
-  SORRELIN_LOCAL bool IsPairRefused(int32_t nBitsPerPixel, DWORD nCompression);
-  SORRELIN_LOCAL void EncodeAndWrite(void* hDIB, WCHAR const* szCodecLibrary, int nQuality,
-                                     sorrelin::EncodedPage& page);
-  SORRELIN_LOCAL void WritePageObjects(sorrelin::EncodedPage const& page);
-  SORRELIN_LOCAL bool HasRoomForPage(int32_t nBitsPerPixel);
-  SORRELIN_LOCAL _FILTER FilterOf(sorrelin::EncodedPage const& page);
-  SORRELIN_LOCAL DWORD WriteImageObjects(sorrelin::EncodedPage const& page, _FILTER const& filter);
-  SORRELIN_LOCAL void NoteAppendedPage();
-  SORRELIN_LOCAL void WritePageContents(char const* szImage, sorrelin::PagePlacement const& at);
-
-  // Image objects
-  SORRELIN_LOCAL bool WriteImageDictionary(_IMAGE_PARAMETERS const& params, _FILTER const& filter);
-  SORRELIN_LOCAL bool WriteColorSpace(_IMAGE_PARAMETERS const& params);
-  SORRELIN_LOCAL bool WriteFilter(_IMAGE_PARAMETERS const& params, _FILTER const& filter);
-  SORRELIN_LOCAL bool WriteCcittFilter(_IMAGE_PARAMETERS const& params,
-                                       _CCITT_FILTER_PARAMS const& ccitt);
-
-  // Encoders
-  SORRELIN_LOCAL void* FailBlock(DWORD nError);
-  SORRELIN_LOCAL void* EncodedBlock(DWORD nError, sorrelin::OwnedBlock& block, DWORD& nSize);
-  SORRELIN_LOCAL void* EncodeRunLengthRows(sorrelin::DibView const& dib, DWORD& nSize);
-
-  // Decoders
-  // Sets the code and returns 0.
-  SORRELIN_LOCAL void* FailBitmap(DWORD nError);
-  SORRELIN_LOCAL void* DecodedBitmap(DWORD nError, sorrelin::OwnedBlock& bitmap);
-  SORRELIN_LOCAL sorrelin::OwnedBlock BuildCcittBitmap(DWORD nWidth, DWORD nHeight);
-
-  // Document reading
-  SORRELIN_LOCAL int ReadDocument(sorrelin::FileChannel* pChannel);
-  SORRELIN_LOCAL int RejectDocument(DWORD nError);
-
-  // Information strings
-  SORRELIN_LOCAL int SetInfoString(sorrelin::InfoString pString, WCHAR const* szText);
-  SORRELIN_LOCAL int GetInfoStringA(sorrelin::InfoString pString, char* szBuffer, DWORD* pnSize);
-  SORRELIN_LOCAL int GetInfoStringW(sorrelin::InfoString pString, WCHAR* szBuffer, DWORD* pnSize);
-
-  // Scanner
-  SORRELIN_LOCAL int ReadProcSetObject(BYTE* pData, DWORD nSize);
-
-  // Cross-reference reading
-  SORRELIN_LOCAL DWORD ReadObjectList();
-  SORRELIN_LOCAL bool FindStartXref(DWORD& nOffset);
-  SORRELIN_LOCAL bool ReadClassicSections(DWORD nStart);
-  SORRELIN_LOCAL bool ReadSubsection(sorrelin::TableCursor& cursor);
-  SORRELIN_LOCAL bool ReadSubsectionHeader(sorrelin::TableCursor& cursor, DWORD& nCount);
-  SORRELIN_LOCAL bool ReadTableEntry(sorrelin::TableCursor& cursor);
-  SORRELIN_LOCAL bool LookForTrailer(sorrelin::TableCursor& cursor);
-  SORRELIN_LOCAL bool TakeTrailerText(BYTE* pText, DWORD nSize, char const* szKey,
-                                      char (&szTarget)[kTrailerTextBytes]);
-  SORRELIN_LOCAL bool ReadStreamSections(sorrelin::CXRefStm& xref);
-  SORRELIN_LOCAL bool ReadStreamChain(sorrelin::CXRefStm& xref);
-  SORRELIN_LOCAL bool ReadStreamSection(sorrelin::CXRefStm& xref);
-  SORRELIN_LOCAL void TakeStreamIndex(sorrelin::CXRefStm& xref);
-  SORRELIN_LOCAL bool ReadCatalog();
-  SORRELIN_LOCAL bool ReadPagesRoot();
-  SORRELIN_LOCAL bool ReadPageCount(BYTE* pData, DWORD nSize);
-  SORRELIN_LOCAL void ReadInfoStrings();
-  SORRELIN_LOCAL void ReadInfoString(BYTE* pData, DWORD nSize, char const* szKey,
-                                     sorrelin::WideString& target);
-
-  // Object fetch
-  SORRELIN_LOCAL DWORD DocumentBytes();
-  SORRELIN_LOCAL DWORD TableOffset(DWORD nObject) const;
-  SORRELIN_LOCAL DWORD TableObjectSize(DWORD nObject);
-  SORRELIN_LOCAL void* LoadTableObject(DWORD nObject);
-
-  // Defaults of the page layout, which no operation reads.
-  DWORD m_nLayoutDefault0 = 10;
-  DWORD m_nDefaultPageHeight = 792;  // points
-  DWORD m_nDefaultPageWidth = 612;   // points
-  DWORD m_nLayoutDefault1 = 12;
-  DWORD m_nLayoutDefault2 = 1;
-  DWORD m_nLayoutDefault3 = 40;
-  sorrelin::FileChannel* m_hFile;  // -1: none is open; 0: a document was rejected
-  DWORD m_nFilePos = 0;            // offset of the next byte to be written
-  DWORD m_nStreamBegin = 0;
-  DWORD m_nStreamEnd = 0;
-  WCHAR m_szCreator[kCreatorUnits] = {};
-  DWORD m_nCurrentObject = 0;  // the highest object number handed out
-  DWORD m_nMaxSectionOffset = 0;
-  ObjectEntry m_Objects[kObjectRows];
-  DWORD m_PageObjects[kPageSlots] = {};  // through PageSlot and SetPageSlot only
-  DWORD m_nTotalPages = 0;
-  DWORD m_nCurrentPage = 0;  // pages added by this session
-  int32_t m_bUseChar13 = 0;
-  DWORD m_nLastError = PDF_ERROR_NOT_INITIALIZED;
-  DWORD m_nCatalogObject = 0;
-  DWORD m_nCatalogGeneration = 0;
-  DWORD m_nInfoObject = 0;
-  DWORD m_nInfoGeneration = 0;
-  DWORD m_nTrailerSize = 0;
-  char m_szTrailerID[kTrailerTextBytes] = {};       // the key /ID with its value
-  char m_szTrailerEncrypt[kTrailerTextBytes] = {};  // the key /Encrypt with its value
-  DWORD m_nOutlinesObject = 0;
-  DWORD m_nPagesRootObject = 0;
-  DWORD m_bBlackIs1 = 0;
-  DWORD m_bDecodeNormal = 1;
-  DWORD m_nObjectsInFile = 0;
-  DWORD m_nProcSetFlags = 0;  // 1: ImageB, 2: ImageI, 4: ImageC
-  DWORD m_bAppendMode = 0;
-  DWORD m_bFirstAppendedPage = 0;
-  DWORD m_nOldCatalogObject = 0;
-  DWORD m_nOldPagesRootObject = 0;
-  DWORD m_AppendedPageObjects[kPageSlots] = {};
-  DWORD m_nAppendedPages = 0;
-  sorrelin::ReaderState* m_pReader;  // owned
+  sorrelin::SessionState*
+      m_pState;  // owned; null where memory was short: each method fails with 10
 };
 
 #endif  // SORRELIN_FRAME_SESSION_H_

@@ -1,11 +1,10 @@
 // Bitmap and palette objects.
 #include <sorrelin/image/bitmap_objects_windows.h>
-#include <sorrelin/image/locked_block.h>
-#include <sorrelin/image/owned_block.h>
 #include <sorrelin/image/toolbox/color_table.h>
 #include <sorrelin/image/toolbox/dib_layout.h>
 #include <sorrelin/image/toolbox/dib_toolbox.h>
 #include <sorrelin/image/toolbox/new_block.h>
+#include <sorrelin/platform/block.h>
 
 #include <algorithm>
 #include <cstddef>

@@ -1,11 +1,10 @@
 // CCITT Group 4 image data back into a bitmap, decoded by the sibling library from memory or from a
 // temporary file.
-#include <sorrelin/frame/session.h>
+#include <sorrelin/frame/session_state.h>
 #include <sorrelin/image/codecs/sibling_library.h>
 #include <sorrelin/image/codecs/temp_file.h>
-#include <sorrelin/image/locked_block.h>
-#include <sorrelin/image/owned_block.h>
 #include <sorrelin/image/rebuilt_dib.h>
+#include <sorrelin/platform/block.h>
 #include <sorrelin/platform/file.h>
 #include <sorrelin/platform/memory.h>
 
@@ -158,7 +157,7 @@ DWORD DecodeFromFile(Decoder const& sibling, HGLOBAL data, Size size, HDIB bitma
 
 }  // namespace
 
-void* CCreatePDF::CreateDIBFromCCITTData(void* hData, DWORD nWidth, DWORD nHeight) {
+void* sorrelin::SessionState::CreateDIBFromCCITTData(void* hData, DWORD nWidth, DWORD nHeight) {
   if (hData == nullptr) return nullptr;
   {
     OwnedBlock bitmap = BuildCcittBitmap(nWidth, nHeight);
@@ -179,7 +178,7 @@ void* CCreatePDF::CreateDIBFromCCITTData(void* hData, DWORD nWidth, DWORD nHeigh
   return CreateDIBFromCCITTDataFile(hData, nWidth, nHeight);
 }
 
-void* CCreatePDF::CreateDIBFromCCITTDataFile(void* hData, DWORD nWidth, DWORD nHeight) {
+void* sorrelin::SessionState::CreateDIBFromCCITTDataFile(void* hData, DWORD nWidth, DWORD nHeight) {
   if (hData == nullptr) return nullptr;
   OwnedBlock bitmap = BuildCcittBitmap(nWidth, nHeight);
   if (!bitmap.IsValid()) return FailBitmap(PDF_ERROR_MEMORY);
@@ -191,18 +190,18 @@ void* CCreatePDF::CreateDIBFromCCITTDataFile(void* hData, DWORD nWidth, DWORD nH
   return DecodedBitmap(DecodeFromFile(sibling, hData, size, bitmap.get()), bitmap);
 }
 
-OwnedBlock CCreatePDF::BuildCcittBitmap(DWORD nWidth, DWORD nHeight) {
+OwnedBlock sorrelin::SessionState::BuildCcittBitmap(DWORD nWidth, DWORD nHeight) {
   sorrelin::RebuiltDib dib;
   if (!dib.Create(sorrelin::kKindBilevel, nWidth, nHeight)) return OwnedBlock();
   dib.SetColours(sorrelin::ColoursOfCcittData(m_bBlackIs1 != 0, m_bDecodeNormal != 0));
   return OwnedBlock(dib.Release());
 }
 
-void* CCreatePDF::FailBitmap(DWORD nError) {
+void* sorrelin::SessionState::FailBitmap(DWORD nError) {
   Fail(nError);
   return nullptr;
 }
 
-void* CCreatePDF::DecodedBitmap(DWORD nError, OwnedBlock& bitmap) {
+void* sorrelin::SessionState::DecodedBitmap(DWORD nError, OwnedBlock& bitmap) {
   return nError == PDF_ERROR_NONE ? bitmap.Release() : FailBitmap(nError);
 }

@@ -1,8 +1,8 @@
 // Flate image data back into a bitmap.
-#include <sorrelin/frame/session.h>
+#include <sorrelin/frame/session_state.h>
 #include <sorrelin/image/inflate_stream.h>
-#include <sorrelin/image/locked_block.h>
 #include <sorrelin/image/rebuilt_dib.h>
+#include <sorrelin/platform/block.h>
 
 #include <algorithm>
 #include <memory>
@@ -35,8 +35,8 @@ bool InflateRows(std::span<BYTE const> data, RebuiltDib& dib, sorrelin::RowWrite
 
 }  // namespace
 
-void* CCreatePDF::CreateDIBFromFLATEData(void* hData, DWORD nWidth, DWORD nHeight, DWORD nKind,
-                                         void* hPalette) {
+void* sorrelin::SessionState::CreateDIBFromFLATEData(void* hData, DWORD nWidth, DWORD nHeight,
+                                                     DWORD nKind, void* hPalette) {
   sorrelin::LockedBlock data(hData);
   if (!data || !sorrelin::CanBeRebuilt(data, nKind, hPalette)) return nullptr;
 

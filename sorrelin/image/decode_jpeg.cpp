@@ -1,9 +1,9 @@
 // JPEG image data back into a bitmap, decoded by the sibling library from memory or from a
 // temporary file. Depth and size of the bitmap are the sibling's.
-#include <sorrelin/frame/session.h>
+#include <sorrelin/frame/session_state.h>
 #include <sorrelin/image/codecs/sibling_library.h>
 #include <sorrelin/image/codecs/temp_file.h>
-#include <sorrelin/image/locked_block.h>
+#include <sorrelin/platform/block.h>
 #include <sorrelin/platform/file.h>
 
 using sorrelin::LockedBlock;
@@ -15,7 +15,7 @@ constexpr WCHAR const* kLibraryName = SORRELIN_TEXT("Rennick.dll");
 
 }  // namespace
 
-void* CCreatePDF::CreateDIBFromJPEGData(void* hData) {
+void* sorrelin::SessionState::CreateDIBFromJPEGData(void* hData) {
   if (hData == nullptr) return nullptr;
   {
     SiblingLibrary const library(kLibraryName);
@@ -31,7 +31,7 @@ void* CCreatePDF::CreateDIBFromJPEGData(void* hData) {
   return CreateDIBFromJPEGDataFile(hData);
 }
 
-void* CCreatePDF::CreateDIBFromJPEGDataFile(void* hData) {
+void* sorrelin::SessionState::CreateDIBFromJPEGDataFile(void* hData) {
   if (hData == nullptr) return nullptr;
   SiblingLibrary const library(kLibraryName);
   if (!library.IsLoaded()) return FailBitmap(PDF_ERROR_JPEG_LIBRARY);

@@ -1,8 +1,8 @@
 // Raw image data back into a bitmap.
-#include <sorrelin/frame/session.h>
-#include <sorrelin/image/locked_block.h>
+#include <sorrelin/frame/session_state.h>
 #include <sorrelin/image/pixel_order.h>
 #include <sorrelin/image/rebuilt_dib.h>
+#include <sorrelin/platform/block.h>
 
 #include <algorithm>
 #include <cstring>
@@ -29,8 +29,9 @@ void TakeRgbRows(RebuiltDib& dib, std::span<BYTE> data, bool from_top) {
 
 }  // namespace
 
-void* CCreatePDF::CreateDIBFromUncompressedData(void* hData, DWORD nWidth, DWORD nHeight, int nKind,
-                                                void* hPalette) {
+void* sorrelin::SessionState::CreateDIBFromUncompressedData(void* hData, DWORD nWidth,
+                                                            DWORD nHeight, int nKind,
+                                                            void* hPalette) {
   DWORD const kind = static_cast<DWORD>(nKind);
   sorrelin::LockedBlock const data(hData);
   if (data.bytes().empty() || !sorrelin::IsKnownKind(kind)) return nullptr;

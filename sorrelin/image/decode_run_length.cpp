@@ -1,8 +1,8 @@
 // Run-length image data back into a bitmap: pairs of a control byte c and a value. ISO 32000-1
 // 7.4.5, as far as RLEEncriptLine writes it.
-#include <sorrelin/frame/session.h>
-#include <sorrelin/image/locked_block.h>
+#include <sorrelin/frame/session_state.h>
 #include <sorrelin/image/rebuilt_dib.h>
+#include <sorrelin/platform/block.h>
 
 #include <algorithm>
 #include <cstring>
@@ -148,8 +148,8 @@ void DecodeInto(BYTE const* data, uint64_t size, std::span<BYTE> block, bool zer
 
 }  // namespace
 
-void* CCreatePDF::CreateDIBFromRLEData(void* hData, DWORD nWidth, DWORD nHeight, DWORD nKind,
-                                       void* hPalette) {
+void* sorrelin::SessionState::CreateDIBFromRLEData(void* hData, DWORD nWidth, DWORD nHeight,
+                                                   DWORD nKind, void* hPalette) {
   sorrelin::LockedBlock data(hData);
   if (!data || !sorrelin::CanBeRebuilt(data, nKind, hPalette)) return nullptr;
 
@@ -164,7 +164,7 @@ void* CCreatePDF::CreateDIBFromRLEData(void* hData, DWORD nWidth, DWORD nHeight,
   return dib.Release();
 }
 
-int CCreatePDF::DecriptRLEData(BYTE* pData, uint64_t nSize, void* hDIB) {
+int sorrelin::SessionState::DecriptRLEData(BYTE* pData, uint64_t nSize, void* hDIB) {
   if (pData == nullptr || nSize == 0 || hDIB == nullptr) return 0;
   sorrelin::LockedBlock const dib(hDIB);
   if (!dib) {

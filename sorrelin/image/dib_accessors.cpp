@@ -1,7 +1,7 @@
 // The questions that page assembly asks of a bitmap: depth, size, resolution, polarity, palette.
-#include <sorrelin/frame/session.h>
+#include <sorrelin/frame/session_state.h>
 #include <sorrelin/image/dib_view.h>
-#include <sorrelin/image/owned_block.h>
+#include <sorrelin/platform/block.h>
 #include <sorrelin/platform/memory.h>
 
 using sorrelin::DibView;
@@ -19,14 +19,16 @@ LONG DotsPerInch(LONG pixels_per_metre) {
 
 }  // namespace
 
-int CCreatePDF::GetDIBBitsPerPixel(void* hDIB) { return DibView(hDIB).header().biBitCount; }
+int sorrelin::SessionState::GetDIBBitsPerPixel(void* hDIB) {
+  return DibView(hDIB).header().biBitCount;
+}
 
-POINT CCreatePDF::GetDIBImageSize(void* hDIB) {
+POINT sorrelin::SessionState::GetDIBImageSize(void* hDIB) {
   DibView const dib(hDIB);
   return {dib.header().biWidth, dib.header().biHeight};
 }
 
-POINT CCreatePDF::GetDIBDPI(void* hDIB) {
+POINT sorrelin::SessionState::GetDIBDPI(void* hDIB) {
   DibView const dib(hDIB);
   if (!dib.IsLocked()) return {0, 0};
   POINT dpi{DotsPerInch(dib.header().biXPelsPerMeter), DotsPerInch(dib.header().biYPelsPerMeter)};
@@ -35,7 +37,7 @@ POINT CCreatePDF::GetDIBDPI(void* hDIB) {
   return dpi.x != 0 ? dpi : POINT{kDefaultDpi, kDefaultDpi};
 }
 
-int CCreatePDF::CheckDIBPaletteOrder(void* hDIB, int& nOrder) {
+int sorrelin::SessionState::CheckDIBPaletteOrder(void* hDIB, int& nOrder) {
   if (hDIB == nullptr || hDIB == INVALID_HANDLE_VALUE) {
     return static_cast<int>(Fail(PDF_ERROR_INVALID_HANDLE));
   }
@@ -47,7 +49,7 @@ int CCreatePDF::CheckDIBPaletteOrder(void* hDIB, int& nOrder) {
   return 1;
 }
 
-void* CCreatePDF::ExtractPaletteFromDIB(void* hDIB, DWORD* pSize) {
+void* sorrelin::SessionState::ExtractPaletteFromDIB(void* hDIB, DWORD* pSize) {
   DibView dib(hDIB);
   if (!dib.IsLocked()) return INVALID_HANDLE_VALUE;
   BITMAPINFOHEADER const& header = dib.header();

@@ -1,5 +1,5 @@
 // CCITT Group 4 image data, coded by the sibling library in memory or through a temporary file.
-#include <sorrelin/frame/session.h>
+#include <sorrelin/frame/session_state.h>
 #include <sorrelin/image/codecs/sibling_library.h>
 #include <sorrelin/image/codecs/temp_file.h>
 #include <sorrelin/image/dib_view.h>
@@ -115,11 +115,13 @@ DWORD EncodeInFile(EncodeCcittImageFunction encode, RowSource& source, OwnedBloc
 
 }  // namespace
 
-void* CCreatePDF::ConvertDIB2CcittPDFImage(void* hDIB, DWORD& nSize, char const* szCodecLibrary) {
+void* sorrelin::SessionState::ConvertDIB2CcittPDFImage(void* hDIB, DWORD& nSize,
+                                                       char const* szCodecLibrary) {
   return ConvertDIB2CcittPDFImageW(hDIB, nSize, sorrelin::ToWide(szCodecLibrary).c_str());
 }
 
-void* CCreatePDF::ConvertDIB2CcittPDFImageW(void* hDIB, DWORD& nSize, WCHAR const* szCodecLibrary) {
+void* sorrelin::SessionState::ConvertDIB2CcittPDFImageW(void* hDIB, DWORD& nSize,
+                                                        WCHAR const* szCodecLibrary) {
   {
     DibView const dib(hDIB);
     if (!dib.IsLocked()) return INVALID_HANDLE_VALUE;
@@ -140,8 +142,8 @@ void* CCreatePDF::ConvertDIB2CcittPDFImageW(void* hDIB, DWORD& nSize, WCHAR cons
   return ConvertDIB2CcittPDFImageFileW(hDIB, nSize, szCodecLibrary);
 }
 
-void* CCreatePDF::ConvertDIB2CcittPDFImageFileW(void* hDIB, DWORD& nSize,
-                                                WCHAR const* szCodecLibrary) {
+void* sorrelin::SessionState::ConvertDIB2CcittPDFImageFileW(void* hDIB, DWORD& nSize,
+                                                            WCHAR const* szCodecLibrary) {
   DibView const dib(hDIB);
   if (!dib.IsLocked()) return INVALID_HANDLE_VALUE;
   if (dib.header().biBitCount != 1) return FailBlock(PDF_ERROR_INVALID_BITS_PER_PIXEL);
@@ -154,12 +156,12 @@ void* CCreatePDF::ConvertDIB2CcittPDFImageFileW(void* hDIB, DWORD& nSize,
   return EncodedBlock(EncodeInFile(encode, source, block), block, nSize);
 }
 
-void* CCreatePDF::FailBlock(DWORD nError) {
+void* sorrelin::SessionState::FailBlock(DWORD nError) {
   Fail(nError);
   return INVALID_HANDLE_VALUE;
 }
 
-void* CCreatePDF::EncodedBlock(DWORD nError, OwnedBlock& block, DWORD& nSize) {
+void* sorrelin::SessionState::EncodedBlock(DWORD nError, OwnedBlock& block, DWORD& nSize) {
   if (nError != PDF_ERROR_NONE) return FailBlock(nError);
   nSize = static_cast<DWORD>(GlobalSize(block.get()));
   return block.Release();

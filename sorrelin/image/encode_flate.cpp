@@ -1,5 +1,5 @@
 // Flate image data: zlib over the raw image.
-#include <sorrelin/frame/session.h>
+#include <sorrelin/frame/session_state.h>
 #include <sorrelin/image/flate.h>
 #include <sorrelin/image/raw_image.h>
 #include <sorrelin/platform/memory.h>
@@ -56,8 +56,8 @@ OwnedBlock CompressFlate(std::span<BYTE const> raw, int level, DWORD& size) {
 
 }  // namespace sorrelin
 
-void* CCreatePDF::ConvertDIB2FlatePDFImage(void* hDIB, DWORD& nSize, DWORD /*nCompression*/,
-                                           int nLevel) {
+void* sorrelin::SessionState::ConvertDIB2FlatePDFImage(void* hDIB, DWORD& nSize,
+                                                       DWORD /*nCompression*/, int nLevel) {
   DibView dib(hDIB);
   if (!dib.IsLocked()) return INVALID_HANDLE_VALUE;
   DWORD raw_bytes = 0;

@@ -1,5 +1,5 @@
 // JPEG image data, coded by the sibling library in memory or through a temporary file.
-#include <sorrelin/frame/session.h>
+#include <sorrelin/frame/session_state.h>
 #include <sorrelin/image/codecs/jpeg_record.h>
 #include <sorrelin/image/codecs/sibling_library.h>
 #include <sorrelin/image/codecs/temp_file.h>
@@ -51,16 +51,18 @@ DWORD EncodeInFile(SaveDIBInJPEGFileExWFunction save, HDIB bitmap,
 
 }  // namespace
 
-void* CCreatePDF::ConvertDIB2DctJpegPDFImage(void* hDIB, DWORD& nSize, char const* szCodecLibrary,
-                                             int nQuality, DWORD nCompression) {
+void* sorrelin::SessionState::ConvertDIB2DctJpegPDFImage(void* hDIB, DWORD& nSize,
+                                                         char const* szCodecLibrary, int nQuality,
+                                                         DWORD nCompression) {
   return ConvertDIB2DctJpegPDFImageW(hDIB, nSize, sorrelin::ToWide(szCodecLibrary).c_str(),
                                      nQuality, nCompression);
 }
 
 // Kept: while the sibling lacks the entry point the call begins again and does not come back; it
 // never turns to the file route.
-void* CCreatePDF::ConvertDIB2DctJpegPDFImageW(void* hDIB, DWORD& nSize, WCHAR const* szCodecLibrary,
-                                              int nQuality, DWORD /*nCompression*/) {
+void* sorrelin::SessionState::ConvertDIB2DctJpegPDFImageW(void* hDIB, DWORD& nSize,
+                                                          WCHAR const* szCodecLibrary, int nQuality,
+                                                          DWORD /*nCompression*/) {
   for (;;) {
     DibView const dib(hDIB);
     if (!dib.IsLocked()) return INVALID_HANDLE_VALUE;
@@ -76,9 +78,10 @@ void* CCreatePDF::ConvertDIB2DctJpegPDFImageW(void* hDIB, DWORD& nSize, WCHAR co
   }
 }
 
-void* CCreatePDF::ConvertDIB2DctJpegPDFImageFileW(void* hDIB, DWORD& nSize,
-                                                  WCHAR const* szCodecLibrary, int nQuality,
-                                                  DWORD /*nCompression*/) {
+void* sorrelin::SessionState::ConvertDIB2DctJpegPDFImageFileW(void* hDIB, DWORD& nSize,
+                                                              WCHAR const* szCodecLibrary,
+                                                              int nQuality,
+                                                              DWORD /*nCompression*/) {
   DibView const dib(hDIB);
   if (!dib.IsLocked()) return INVALID_HANDLE_VALUE;
   if (dib.header().biBitCount == kBilevel) return FailBlock(PDF_ERROR_INVALID_BITS_PER_PIXEL);

@@ -1,5 +1,5 @@
 // The encoders' dispatch, and raw image data.
-#include <sorrelin/frame/session.h>
+#include <sorrelin/frame/session_state.h>
 #include <sorrelin/image/flate.h>
 #include <sorrelin/image/pixel_order.h>
 #include <sorrelin/image/raw_image.h>
@@ -38,14 +38,14 @@ OwnedBlock BuildRawImage(DibView const& dib, DWORD& size) {
 
 }  // namespace sorrelin
 
-void* CCreatePDF::ConvertDIB2PDFImage(void* hDIB, DWORD& nSize, DWORD nCompression,
-                                      char const* szCodecLibrary, int nQuality) {
+void* sorrelin::SessionState::ConvertDIB2PDFImage(void* hDIB, DWORD& nSize, DWORD nCompression,
+                                                  char const* szCodecLibrary, int nQuality) {
   return ConvertDIB2PDFImageW(hDIB, nSize, nCompression, sorrelin::ToWide(szCodecLibrary).c_str(),
                               nQuality);
 }
 
-void* CCreatePDF::ConvertDIB2PDFImageW(void* hDIB, DWORD& nSize, DWORD nCompression,
-                                       WCHAR const* szCodecLibrary, int nQuality) {
+void* sorrelin::SessionState::ConvertDIB2PDFImageW(void* hDIB, DWORD& nSize, DWORD nCompression,
+                                                   WCHAR const* szCodecLibrary, int nQuality) {
   switch (nCompression) {
     case PDF_COMPRESSION_NONE:
     case PDF_COMPRESSION_FLAG_NONE:
@@ -68,7 +68,7 @@ void* CCreatePDF::ConvertDIB2PDFImageW(void* hDIB, DWORD& nSize, DWORD nCompress
   }
 }
 
-void* CCreatePDF::ConvertDIB2UncompressedPDFImage(void* hDIB, DWORD& nSize) {
+void* sorrelin::SessionState::ConvertDIB2UncompressedPDFImage(void* hDIB, DWORD& nSize) {
   DibView dib(hDIB);
   if (!dib.IsLocked()) return INVALID_HANDLE_VALUE;
   OwnedBlock raw = sorrelin::BuildRawImage(dib, nSize);

@@ -1,8 +1,7 @@
 // Run-length image data (ISO 32000-1, 7.4.5): pairs of a control byte and a value.
-#include <sorrelin/frame/session.h>
+#include <sorrelin/frame/session_state.h>
 #include <sorrelin/image/dib_view.h>
-#include <sorrelin/image/locked_block.h>
-#include <sorrelin/image/owned_block.h>
+#include <sorrelin/platform/block.h>
 #include <sorrelin/platform/memory.h>
 
 #include <algorithm>
@@ -73,7 +72,8 @@ class OutputBlock {
 
 }  // namespace
 
-void CCreatePDF::RLEEncriptLine(BYTE* pLine, DWORD nLength, BYTE* pOut, DWORD& nOutSize) {
+void sorrelin::SessionState::RLEEncriptLine(BYTE* pLine, DWORD nLength, BYTE* pOut,
+                                            DWORD& nOutSize) {
   RunWriter runs(pOut);
   BYTE value = pLine[0];
   DWORD count = 1;
@@ -91,7 +91,8 @@ void CCreatePDF::RLEEncriptLine(BYTE* pLine, DWORD nLength, BYTE* pOut, DWORD& n
   nOutSize = runs.size();
 }
 
-void* CCreatePDF::ConvertDIB2RLEPDFImage(void* hDIB, DWORD& nSize, DWORD /*nCompression*/) {
+void* sorrelin::SessionState::ConvertDIB2RLEPDFImage(void* hDIB, DWORD& nSize,
+                                                     DWORD /*nCompression*/) {
   DibView const dib(hDIB);
   if (!dib.IsLocked()) return INVALID_HANDLE_VALUE;
   if (dib.header().biBitCount != 8) {
@@ -107,7 +108,7 @@ void* CCreatePDF::ConvertDIB2RLEPDFImage(void* hDIB, DWORD& nSize, DWORD /*nComp
 // Kept: the rows are always sought behind 256 colours, whatever biClrUsed says. Kept: the size
 // counts an unset byte, 0 here, behind the last pair; the end marker 128 has no place in the block,
 // and decoders stop on their row count.
-void* CCreatePDF::EncodeRunLengthRows(DibView const& dib, DWORD& nSize) {
+void* sorrelin::SessionState::EncodeRunLengthRows(DibView const& dib, DWORD& nSize) {
   BITMAPINFOHEADER const& header = dib.header();
   if (header.biWidth < 0 || header.biHeight < 0) return nullptr;
   DWORD const width = static_cast<DWORD>(header.biWidth);

@@ -3,7 +3,7 @@
 #define SORRELIN_IMAGE_RAW_IMAGE_H_
 
 #include <sorrelin/image/dib_view.h>
-#include <sorrelin/image/owned_block.h>
+#include <sorrelin/platform/block.h>
 
 namespace sorrelin {
 

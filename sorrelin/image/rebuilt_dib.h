@@ -3,7 +3,7 @@
 #ifndef SORRELIN_IMAGE_REBUILT_DIB_H_
 #define SORRELIN_IMAGE_REBUILT_DIB_H_
 
-#include <sorrelin/image/locked_block.h>
+#include <sorrelin/platform/block.h>
 #include <sorrelin/platform/types.h>
 
 #include <cstddef>

@@ -1,6 +1,6 @@
 // The scanner methods of the session that search for keys and read numbers.
 #include <sorrelin/document/loaded_object.h>
-#include <sorrelin/frame/session.h>
+#include <sorrelin/frame/session_state.h>
 #include <sorrelin/syntax/byte_view.h>
 #include <sorrelin/syntax/key_search.h>
 #include <sorrelin/syntax/number_scan.h>
@@ -33,17 +33,19 @@ uint64_t FindFirstNameEnd(BYTE* data, DWORD size) {
 
 }  // namespace
 
-DWORD CCreatePDF::IsDelimiter(char c) {
+DWORD sorrelin::SessionState::IsDelimiter(char c) {
   return sorrelin::IsSeparator(static_cast<BYTE>(c)) ? 1 : 0;
 }
 
-DWORD CCreatePDF::IsNumber(char c) { return sorrelin::IsDigitChar(static_cast<BYTE>(c)) ? 1 : 0; }
+DWORD sorrelin::SessionState::IsNumber(char c) {
+  return sorrelin::IsDigitChar(static_cast<BYTE>(c)) ? 1 : 0;
+}
 
-DWORD CCreatePDF::IsValidChar(char c) {
+DWORD sorrelin::SessionState::IsValidChar(char c) {
   return sorrelin::IsAlphanumeric(static_cast<BYTE>(c)) ? 1 : 0;
 }
 
-BYTE* CCreatePDF::GetKeyBeginning(BYTE* pData, DWORD nSize, char const* szKey) {
+BYTE* sorrelin::SessionState::GetKeyBeginning(BYTE* pData, DWORD nSize, char const* szKey) {
   if (!HasKeyAndBuffer(pData, nSize, szKey)) {
     PDF_SetLastError(PDF_ERROR_INVALID_HANDLE);
     return nullptr;
@@ -52,17 +54,18 @@ BYTE* CCreatePDF::GetKeyBeginning(BYTE* pData, DWORD nSize, char const* szKey) {
   return match == kNotFound ? nullptr : pData + match;
 }
 
-DWORD CCreatePDF::GetKeyBeginningByteOffset(BYTE* pData, DWORD nSize, char const* szKey) {
+DWORD sorrelin::SessionState::GetKeyBeginningByteOffset(BYTE* pData, DWORD nSize,
+                                                        char const* szKey) {
   BYTE const* const match = GetKeyBeginning(pData, nSize, szKey);
   return match == nullptr ? 0 : static_cast<DWORD>(match - pData);
 }
 
-int CCreatePDF::IsFlagSet(BYTE* pData, DWORD nSize, char const* szKey) {
+int sorrelin::SessionState::IsFlagSet(BYTE* pData, DWORD nSize, char const* szKey) {
   return GetKeyBeginning(pData, nSize, szKey) != nullptr ? 1 : 0;
 }
 
-int CCreatePDF::GetValue(BYTE* pData, DWORD nSize, char const* szKey, DWORD* pFirst,
-                         DWORD* pSecond) {
+int sorrelin::SessionState::GetValue(BYTE* pData, DWORD nSize, char const* szKey, DWORD* pFirst,
+                                     DWORD* pSecond) {
   if (pData == nullptr || nSize == 0 || pFirst == nullptr || pSecond == nullptr) {
     Fail(PDF_ERROR_INVALID_HANDLE);
     return 0;
@@ -73,7 +76,7 @@ int CCreatePDF::GetValue(BYTE* pData, DWORD nSize, char const* szKey, DWORD* pFi
   return ReadPair(NumberScan({pData, nSize}, match, sorrelin::kPairRule), pFirst, pSecond);
 }
 
-int CCreatePDF::GetValue(BYTE* pData, DWORD nSize, char const* szKey, DWORD* pValue) {
+int sorrelin::SessionState::GetValue(BYTE* pData, DWORD nSize, char const* szKey, DWORD* pValue) {
   if (!HasKeyAndBuffer(pData, nSize, szKey) || pValue == nullptr) {
     Fail(PDF_ERROR_INVALID_HANDLE);
     return 0;
@@ -83,7 +86,7 @@ int CCreatePDF::GetValue(BYTE* pData, DWORD nSize, char const* szKey, DWORD* pVa
   return ReadSingle(NumberScan({pData, nSize}, match, sorrelin::kSingleRule), pValue);
 }
 
-int CCreatePDF::GetFirstValue(BYTE* pData, DWORD nSize, DWORD* pFirst, DWORD* pSecond) {
+int sorrelin::SessionState::GetFirstValue(BYTE* pData, DWORD nSize, DWORD* pFirst, DWORD* pSecond) {
   if (pData == nullptr || nSize == 0 || pFirst == nullptr || pSecond == nullptr) {
     Fail(PDF_ERROR_INVALID_HANDLE);
     return 0;
@@ -93,8 +96,8 @@ int CCreatePDF::GetFirstValue(BYTE* pData, DWORD nSize, DWORD* pFirst, DWORD* pS
   return ReadPair(NumberScan({pData, nSize}, start, sorrelin::kPairRule), pFirst, pSecond);
 }
 
-int CCreatePDF::GetValueFromArray(BYTE* pData, DWORD nSize, char const* szKey, DWORD* pFirst,
-                                  DWORD* pSecond) {
+int sorrelin::SessionState::GetValueFromArray(BYTE* pData, DWORD nSize, char const* szKey,
+                                              DWORD* pFirst, DWORD* pSecond) {
   if (pData == nullptr || nSize == 0 || pFirst == nullptr || pSecond == nullptr) {
     Fail(PDF_ERROR_INVALID_HANDLE);
     return 0;
@@ -104,14 +107,15 @@ int CCreatePDF::GetValueFromArray(BYTE* pData, DWORD nSize, char const* szKey, D
   return ReadPair(NumberScan({pData, nSize}, match, sorrelin::kArrayPairRule), pFirst, pSecond);
 }
 
-int CCreatePDF::GetValueFromReference(DWORD nObject, DWORD* pValue) {
+int sorrelin::SessionState::GetValueFromReference(DWORD nObject, DWORD* pValue) {
   if (nObject == 0) return 0;
   sorrelin::LoadedObject const object(LoadObject(nObject));
   if (object.size() == 0) return 0;
   return GetValue(object.data(), object.size(), "obj", pValue);
 }
 
-int CCreatePDF::IsDictionary(BYTE* pData, DWORD nSize, int& bDictionary, char const* szKey) {
+int sorrelin::SessionState::IsDictionary(BYTE* pData, DWORD nSize, int& bDictionary,
+                                         char const* szKey) {
   if (pData == nullptr || nSize == 0) {
     Fail(PDF_ERROR_INVALID_HANDLE);
     return 0;
@@ -124,7 +128,7 @@ int CCreatePDF::IsDictionary(BYTE* pData, DWORD nSize, int& bDictionary, char co
   return 1;
 }
 
-int CCreatePDF::IsReference(BYTE* pData, DWORD nSize, char const* szKey) {
+int sorrelin::SessionState::IsReference(BYTE* pData, DWORD nSize, char const* szKey) {
   if (!HasKeyAndBuffer(pData, nSize, szKey)) {
     Fail(PDF_ERROR_INVALID_HANDLE);
     return 0;

@@ -1,6 +1,6 @@
 // The scanner methods of the session that read tokens, value texts and the /ProcSet flags.
 #include <sorrelin/channel/file_channel.h>
-#include <sorrelin/frame/session.h>
+#include <sorrelin/frame/session_state.h>
 #include <sorrelin/platform/file.h>
 #include <sorrelin/syntax/byte_view.h>
 #include <sorrelin/syntax/key_search.h>
@@ -73,7 +73,7 @@ ProcSetForm FormOfProcSet(ByteView buffer, uint64_t at) {
 }
 
 // Bit 1 for ImageB, 2 for ImageI, 4 for ImageC.
-DWORD ProcSetFlags(CCreatePDF& session, BYTE* data, DWORD size) {
+DWORD ProcSetFlags(sorrelin::SessionState& session, BYTE* data, DWORD size) {
   DWORD flags = 0;
   if (session.IsFlagSet(data, size, "ImageC") != 0) flags |= 4;
   if (session.IsFlagSet(data, size, "ImageI") != 0) flags |= 2;
@@ -83,8 +83,8 @@ DWORD ProcSetFlags(CCreatePDF& session, BYTE* data, DWORD size) {
 
 }  // namespace
 
-int CCreatePDF::GetStringValue(BYTE* pData, DWORD nSize, char const* szKey, char* szValue,
-                               uint64_t* pnSize) {
+int sorrelin::SessionState::GetStringValue(BYTE* pData, DWORD nSize, char const* szKey,
+                                           char* szValue, uint64_t* pnSize) {
   if (pData == nullptr || nSize == 0 || szKey == nullptr || szValue == nullptr ||
       pnSize == nullptr) {
     if (pnSize != nullptr) *pnSize = 0;
@@ -102,8 +102,8 @@ int CCreatePDF::GetStringValue(BYTE* pData, DWORD nSize, char const* szKey, char
   return 1;
 }
 
-int CCreatePDF::GetKeyWithValue(BYTE* pData, DWORD nSize, char const* szKey, BYTE* pValue,
-                                DWORD* pnSize) {
+int sorrelin::SessionState::GetKeyWithValue(BYTE* pData, DWORD nSize, char const* szKey,
+                                            BYTE* pValue, DWORD* pnSize) {
   if (pData == nullptr || nSize == 0 || szKey == nullptr || pValue == nullptr ||
       pnSize == nullptr) {
     if (pnSize != nullptr) *pnSize = 0;
@@ -127,7 +127,7 @@ int CCreatePDF::GetKeyWithValue(BYTE* pData, DWORD nSize, char const* szKey, BYT
   return 1;
 }
 
-int CCreatePDF::GetProcSetData(BYTE* pData, DWORD nSize) {
+int sorrelin::SessionState::GetProcSetData(BYTE* pData, DWORD nSize) {
   if (pData == nullptr || nSize == 0) return 0;
   uint64_t const match = sorrelin::FindKey(pData, nSize, "ProcSet", LastByte::kTerminatedOnMiss);
   if (match == kNotFound) return 0;
@@ -144,7 +144,7 @@ int CCreatePDF::GetProcSetData(BYTE* pData, DWORD nSize) {
   return 1;
 }
 
-int CCreatePDF::ReadProcSetObject(BYTE* pData, DWORD nSize) {
+int sorrelin::SessionState::ReadProcSetObject(BYTE* pData, DWORD nSize) {
   DWORD object = 0;
   if (GetValue(pData, nSize, "ProcSet", &object) == 0) {
     Fail(PDF_ERROR_PROC_SET);

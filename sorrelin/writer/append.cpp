@@ -1,7 +1,7 @@
 // Updates of existing documents: new pages go behind the old bytes; a rewritten pages root, a new
 // catalog and a whole new table follow. Nothing of the old bytes changes.
 #include <sorrelin/channel/file_channel.h>
-#include <sorrelin/frame/session.h>
+#include <sorrelin/frame/session_state.h>
 #include <sorrelin/platform/file.h>
 #include <sorrelin/writer/pages_root_text.h>
 
@@ -18,7 +18,7 @@ constexpr DWORD kTypeInObjectStream = 2;
 }  // namespace
 
 // Reads the document, and takes the numbers that the update continues from.
-bool CCreatePDF::StartUpdate() {
+bool sorrelin::SessionState::StartUpdate() {
   if (BuildObjectListFromFile() == 0 || !RefuseObjectStreams()) return false;
   m_nOldCatalogObject = m_nCatalogObject;
   m_nOldPagesRootObject = m_nPagesRootObject;
@@ -29,7 +29,7 @@ bool CCreatePDF::StartUpdate() {
 }
 
 // The classic table of an update cannot list objects inside object streams.
-bool CCreatePDF::RefuseObjectStreams() {
+bool sorrelin::SessionState::RefuseObjectStreams() {
   DWORD const rows = std::min(m_nObjectsInFile, kObjectRows);
   bool const found = std::any_of(m_Objects, m_Objects + rows, [](ObjectEntry const& row) {
     return row.bInUse == kTypeInObjectStream;
@@ -37,11 +37,11 @@ bool CCreatePDF::RefuseObjectStreams() {
   return !found || Fail(PDF_ERROR_VERSION) != 0;
 }
 
-void CCreatePDF::InitAppendedPageObjectsList() {
+void sorrelin::SessionState::InitAppendedPageObjectsList() {
   std::fill(std::begin(m_AppendedPageObjects), std::end(m_AppendedPageObjects), 0);
 }
 
-int CCreatePDF::CreatePagesRootObjectForAppend() {
+int sorrelin::SessionState::CreatePagesRootObjectForAppend() {
   std::string old_text;
   DWORD old_count = 0;
   if (!ReadOldPagesRoot(old_text) || !ReadOldPageCount(old_text, old_count)) return 0;
@@ -58,7 +58,7 @@ int CCreatePDF::CreatePagesRootObjectForAppend() {
 }
 
 // The object's bytes; its last byte does not count.
-bool CCreatePDF::ReadOldPagesRoot(std::string& text) {
+bool sorrelin::SessionState::ReadOldPagesRoot(std::string& text) {
   DWORD const object = m_nOldPagesRootObject;
   DWORD const size = ObjectExistsAlready(object) != 0 ? GetObjectSize(object) : 0;
   if (size == 0) return false;
@@ -75,7 +75,7 @@ bool CCreatePDF::ReadOldPagesRoot(std::string& text) {
   return true;
 }
 
-bool CCreatePDF::ReadOldPageCount(std::string& text, DWORD& nCount) {
+bool sorrelin::SessionState::ReadOldPageCount(std::string& text, DWORD& nCount) {
   BYTE* const data = reinterpret_cast<BYTE*>(text.data());
   DWORD const size = static_cast<DWORD>(text.size());
   DWORD object = 0;
@@ -87,7 +87,7 @@ bool CCreatePDF::ReadOldPageCount(std::string& text, DWORD& nCount) {
   return read || Fail(PDF_ERROR_SYSTEM) != 0;
 }
 
-int CCreatePDF::WriteXrefForAppend() {
+int sorrelin::SessionState::WriteXrefForAppend() {
   DWORD const table = ReserveOneObject();
   if (table == 0) return 0;
   m_Objects[table].nOffset = m_nFilePos;
@@ -97,7 +97,7 @@ int CCreatePDF::WriteXrefForAppend() {
   return written ? 1 : 0;
 }
 
-bool CCreatePDF::WriteUpdatedEntries(DWORD nTable) {
+bool sorrelin::SessionState::WriteUpdatedEntries(DWORD nTable) {
   std::string entries;
   for (DWORD object = 0; object < nTable; ++object) {
     ObjectEntry const& row = m_Objects[object];
@@ -109,7 +109,7 @@ bool CCreatePDF::WriteUpdatedEntries(DWORD nTable) {
 }
 
 // Kept: /ID and /Encrypt go out as the reader cut them from the old trailer.
-bool CCreatePDF::WriteUpdatedTrailer(DWORD nTable) {
+bool sorrelin::SessionState::WriteUpdatedTrailer(DWORD nTable) {
   return WriteLines({"trailer", "<<"}) && WriteFormatted(1, "/Size %d", static_cast<int>(nTable)) &&
          WriteFormatted(1, "/Root %d 0 R", static_cast<int>(GetCatalogObjectNr())) &&
          (m_nInfoObject == 0 || WriteFormatted(1, "/Info %d %d R", static_cast<int>(m_nInfoObject),

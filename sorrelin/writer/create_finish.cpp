@@ -3,8 +3,7 @@
 #include <sorrelin/channel/file_channel.h>
 #include <sorrelin/document/object_fetch.h>
 #include <sorrelin/frame/banner.h>
-#include <sorrelin/frame/reader_state.h>
-#include <sorrelin/frame/session.h>
+#include <sorrelin/frame/session_state.h>
 #include <sorrelin/frame/trace.h>
 #include <sorrelin/platform/file.h>
 #include <sorrelin/platform/wide_string.h>
@@ -21,9 +20,11 @@ bool NameExists(WCHAR const* name) { return GetFileAttributesW(name) != INVALID_
 
 }  // namespace
 
-int CCreatePDF::CreatePDF(char const* szFileName) { return CreatePDFW(ToWide(szFileName).c_str()); }
+int sorrelin::SessionState::CreatePDF(char const* szFileName) {
+  return CreatePDFW(ToWide(szFileName).c_str());
+}
 
-int CCreatePDF::CreatePDFW(WCHAR const* szFileName) {
+int sorrelin::SessionState::CreatePDFW(WCHAR const* szFileName) {
   sorrelin::Trace(SORRELIN_TEXT("CreatePDF start, szFileName = %s"));
   PDF_SetLastError(PDF_ERROR_NONE);
   if (CreatePDFFileW(szFileName) == 0 || !StartDocument()) return 0;
@@ -31,11 +32,11 @@ int CCreatePDF::CreatePDFW(WCHAR const* szFileName) {
   return 1;
 }
 
-int CCreatePDF::CreatePDFFile(char const* szFileName) {
+int sorrelin::SessionState::CreatePDFFile(char const* szFileName) {
   return CreatePDFFileW(ToWide(szFileName).c_str());
 }
 
-int CCreatePDF::CreatePDFFileW(WCHAR const* szFileName) {
+int sorrelin::SessionState::CreatePDFFileW(WCHAR const* szFileName) {
   CloseOpenDocument();
   // Kept: a name that exists is updated; it is neither refused nor replaced.
   bool const exists = NameExists(szFileName);
@@ -45,7 +46,7 @@ int CCreatePDF::CreatePDFFileW(WCHAR const* szFileName) {
       exists ? OPEN_EXISTING : CREATE_ALWAYS, kTargetFlags, nullptr));
 }
 
-int CCreatePDF::CreatePDFInMemory(int64_t pAppendTo, DWORD nSize) {
+int sorrelin::SessionState::CreatePDFInMemory(int64_t pAppendTo, DWORD nSize) {
   PDF_SetLastError(PDF_ERROR_NONE);
   if (CreatePDFFileInMemory(pAppendTo, nSize) == 0 || !StartDocument()) return 0;
   // Kept: an update in memory reserves a new pages root too, unlike an update of a file.
@@ -53,7 +54,7 @@ int CCreatePDF::CreatePDFInMemory(int64_t pAppendTo, DWORD nSize) {
   return 1;
 }
 
-int CCreatePDF::CreatePDFFileInMemory(int64_t pAppendTo, DWORD nSize) {
+int sorrelin::SessionState::CreatePDFFileInMemory(int64_t pAppendTo, DWORD nSize) {
   CloseOpenDocument();
   EnterMode(pAppendTo != 0);
   void const* const document = reinterpret_cast<void const*>(pAppendTo);
@@ -61,40 +62,40 @@ int CCreatePDF::CreatePDFFileInMemory(int64_t pAppendTo, DWORD nSize) {
                                     : sorrelin::ChannelOpenMemory(nSize));
 }
 
-void CCreatePDF::CloseOpenDocument() {
+void sorrelin::SessionState::CloseOpenDocument() {
   if (sorrelin::IsUsableChannel(m_hFile)) ClosePDFFile();
 }
 
-void CCreatePDF::EnterMode(bool update) {
+void sorrelin::SessionState::EnterMode(bool update) {
   m_bAppendMode = update ? 1 : 0;
   if (update) m_bFirstAppendedPage = 1;
 }
 
-int CCreatePDF::TakeChannel(sorrelin::FileChannel* pChannel) {
+int sorrelin::SessionState::TakeChannel(sorrelin::FileChannel* pChannel) {
   m_hFile = pChannel;
   m_pReader->m_pChannel = pChannel;
   return pChannel != sorrelin::InvalidChannel() ? 1 : static_cast<int>(Fail(PDF_ERROR_SYSTEM));
 }
 
-bool CCreatePDF::StartDocument() {
+bool sorrelin::SessionState::StartDocument() {
   if (m_bAppendMode != 0) return StartUpdate();
   std::string const creator = std::string("PDF Printer Driver, ") + sorrelin::kNarrowBanner;
   return WritePDFHeader(nullptr, creator.c_str()) != 0 && CreateOutlinesObject(0) != 0;
 }
 
-int CCreatePDF::FinishPDF() {
+int sorrelin::SessionState::FinishPDF() {
   if (!FinishObjects()) return 0;
   ClosePDFFile();
   return 1;
 }
 
-int CCreatePDF::FinishPDFInMemory(int64_t* ppData, DWORD* pSize) {
+int sorrelin::SessionState::FinishPDFInMemory(int64_t* ppData, DWORD* pSize) {
   if (!FinishObjects()) return 0;
   ClosePDFFileInMemory(ppData, pSize);
   return 1;
 }
 
-bool CCreatePDF::FinishObjects() {
+bool sorrelin::SessionState::FinishObjects() {
   bool const update = m_bAppendMode != 0;
   if ((update ? CreatePagesRootObjectForAppend() : static_cast<int>(CreatePagesRootObject())) ==
       0) {
@@ -104,21 +105,21 @@ bool CCreatePDF::FinishObjects() {
          (update ? WriteXrefForAppend() : WriteXref()) != 0;
 }
 
-void CCreatePDF::ClosePDFFile() {
+void sorrelin::SessionState::ClosePDFFile() {
   sorrelin::DestroyReaderObjects(*m_pReader);
   if (m_hFile == sorrelin::InvalidChannel()) return;
   sorrelin::ChannelClose(m_hFile);
   ForgetChannel();
 }
 
-void CCreatePDF::ClosePDFFileInMemory(int64_t* ppData, DWORD* pSize) {
+void sorrelin::SessionState::ClosePDFFileInMemory(int64_t* ppData, DWORD* pSize) {
   sorrelin::DestroyReaderObjects(*m_pReader);
   if (m_hFile == sorrelin::InvalidChannel()) return;
   sorrelin::ChannelCloseTake(m_hFile, ppData, pSize);
   ForgetChannel();
 }
 
-void CCreatePDF::ForgetChannel() {
+void sorrelin::SessionState::ForgetChannel() {
   m_hFile = sorrelin::InvalidChannel();
   m_pReader->m_pChannel = m_hFile;
 }

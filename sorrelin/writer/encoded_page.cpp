@@ -1,7 +1,7 @@
 // The objects of one page, in their fixed order: ProcSet, image, its length, for 8 bits the palette
 // and its length, page, contents, their length.
 #include <sorrelin/channel/file_channel.h>
-#include <sorrelin/frame/session.h>
+#include <sorrelin/frame/session_state.h>
 #include <sorrelin/platform/file.h>
 #include <sorrelin/writer/encoded_page.h>
 
@@ -46,19 +46,19 @@ std::string Decimal(int64_t units) {
 
 }  // namespace
 
-POINT CCreatePDF::CalculatePageSizeFromPixelsAndDPI(LONG nWidth, LONG nHeight, DWORD nDpiX,
-                                                    DWORD nDpiY) {
+POINT sorrelin::SessionState::CalculatePageSizeFromPixelsAndDPI(LONG nWidth, LONG nHeight,
+                                                                DWORD nDpiX, DWORD nDpiY) {
   return {Points(nWidth, nDpiX), Points(nHeight, nDpiY)};
 }
 
-bool sorrelin::WriteEncodedPage(CCreatePDF& session, EncodedPage const& page) {
-  if (!session.BeginPage()) return false;
-  session.WritePageObjects(page);
-  return session.EndPage();
+bool sorrelin::SessionState::WriteEncodedPage(EncodedPage const& page) {
+  if (!BeginPage()) return false;
+  WritePageObjects(page);
+  return EndPage();
 }
 
 // The first page of an update goes behind the old document's last byte, after an empty line.
-bool CCreatePDF::BeginPage() {
+bool sorrelin::SessionState::BeginPage() {
   if (m_bAppendMode != 0 && m_bFirstAppendedPage != 0) {
     LONG high = 0;
     DWORD const end = sorrelin::ChannelSeek(m_hFile, 0, &high, FILE_END);
@@ -72,12 +72,12 @@ bool CCreatePDF::BeginPage() {
 }
 
 // Kept: a failed first page counts as begun, so the seek is not repeated for the next one.
-bool CCreatePDF::EndPage() {
+bool sorrelin::SessionState::EndPage() {
   if (m_bAppendMode != 0) m_bFirstAppendedPage = 0;
   return m_nLastError == PDF_ERROR_NONE;
 }
 
-void CCreatePDF::WritePageObjects(sorrelin::EncodedPage const& page) {
+void sorrelin::SessionState::WritePageObjects(sorrelin::EncodedPage const& page) {
   // Clears the code, so it comes before the first write: none that fails may be forgotten.
   _FILTER const filter = FilterOf(page);
   if (!HasRoomForPage(page.bits_per_pixel)) return;
@@ -102,14 +102,14 @@ void CCreatePDF::WritePageObjects(sorrelin::EncodedPage const& page) {
 
 // A page that no longer fits is refused before its first byte, so that the document can always be
 // finished.
-bool CCreatePDF::HasRoomForPage(int32_t nBitsPerPixel) {
+bool sorrelin::SessionState::HasRoomForPage(int32_t nBitsPerPixel) {
   DWORD const objects = nBitsPerPixel == 8 ? kPageObjects + kPaletteObjects : kPageObjects;
   if (m_nCurrentObject < kObjectRows - objects - kFinishingRows) return true;
   return Fail(PDF_ERROR_NEW_PAGE_OBJECT) != 0;
 }
 
 // Kept: the record of a negative size stays unfilled; code 16 stands until a step sets another.
-_FILTER CCreatePDF::FilterOf(sorrelin::EncodedPage const& page) {
+_FILTER sorrelin::SessionState::FilterOf(sorrelin::EncodedPage const& page) {
   _FILTER filter{page.compression, {}};
   if (page.bits_per_pixel == 1) {
     SetCCITTFilterParams(&filter.CcittParams, page.width, page.height, kGroup4, 0, 0, 0, 1, 0);
@@ -117,7 +117,8 @@ _FILTER CCreatePDF::FilterOf(sorrelin::EncodedPage const& page) {
   return filter;
 }
 
-DWORD CCreatePDF::WriteImageObjects(sorrelin::EncodedPage const& page, _FILTER const& filter) {
+DWORD sorrelin::SessionState::WriteImageObjects(sorrelin::EncodedPage const& page,
+                                                _FILTER const& filter) {
   _IMAGE_PARAMETERS const params{page.width, page.height, page.bits_per_pixel,
                                  page.decode_normal ? 1 : 0, 0};
   DWORD const image = CreateImageXObject(params, page.data, page.size, filter);
@@ -125,12 +126,13 @@ DWORD CCreatePDF::WriteImageObjects(sorrelin::EncodedPage const& page, _FILTER c
   return WriteDataStreamObject(page.palette, 0) != 0 ? image : 0;
 }
 
-void CCreatePDF::NoteAppendedPage() {
+void sorrelin::SessionState::NoteAppendedPage() {
   if (m_nAppendedPages < kPageSlots) m_AppendedPageObjects[m_nAppendedPages] = m_nCurrentObject;
   ++m_nAppendedPages;
 }
 
-void CCreatePDF::WritePageContents(char const* szImage, sorrelin::PagePlacement const& at) {
+void sorrelin::SessionState::WritePageContents(char const* szImage,
+                                               sorrelin::PagePlacement const& at) {
   if (BeginStream() == 0) return;
   WriteToPDFFile("1.0000 0.0000 0.0000 1.0000 0.0000 0.0000 cm", 1);
   WriteFormatted(1, "%s 0.0000 0.0000  %s %s %s cm", Decimal(at.width).c_str(),

@@ -1,5 +1,5 @@
 // The image XObject (ISO 32000-1, 8.9.5) and the parameters of its filter.
-#include <sorrelin/frame/session.h>
+#include <sorrelin/frame/session_state.h>
 
 namespace {
 
@@ -9,10 +9,10 @@ char const* Boolean(int32_t value) { return value != 0 ? "true" : "false"; }
 
 }  // namespace
 
-int CCreatePDF::SetCCITTFilterParams(_CCITT_FILTER_PARAMS* pParams, int nColumns, int nRows,
-                                     _CCITT_ENCODE_TYPE K, int bBlackIs1, int bEndOfLine,
-                                     int bEncodedByteAlign, int bEndOfBlock,
-                                     int nDamagedRowsBeforeError) {
+int sorrelin::SessionState::SetCCITTFilterParams(_CCITT_FILTER_PARAMS* pParams, int nColumns,
+                                                 int nRows, _CCITT_ENCODE_TYPE K, int bBlackIs1,
+                                                 int bEndOfLine, int bEncodedByteAlign,
+                                                 int bEndOfBlock, int nDamagedRowsBeforeError) {
   PDF_SetLastError(PDF_ERROR_NONE);
   if (pParams == nullptr) return static_cast<int>(Fail(PDF_ERROR_NULL_POINTER));
   if (nColumns < 0 || nRows < 0 || nDamagedRowsBeforeError < 0) {
@@ -24,8 +24,8 @@ int CCreatePDF::SetCCITTFilterParams(_CCITT_FILTER_PARAMS* pParams, int nColumns
   return 1;
 }
 
-DWORD CCreatePDF::CreateImageXObject(_IMAGE_PARAMETERS Params, BYTE const* pData, DWORD nSize,
-                                     _FILTER Filter) {
+DWORD sorrelin::SessionState::CreateImageXObject(_IMAGE_PARAMETERS Params, BYTE const* pData,
+                                                 DWORD nSize, _FILTER Filter) {
   if (pData == nullptr) return 0;
   DWORD const object = ObjectStart(1, 1);
   if (object == 0 || !WriteImageDictionary(Params, Filter) || !WriteLines({">>", "stream"})) {
@@ -39,7 +39,8 @@ DWORD CCreatePDF::CreateImageXObject(_IMAGE_PARAMETERS Params, BYTE const* pData
   return WriteStreamLengthObject() != 0 ? object : 0;
 }
 
-bool CCreatePDF::WriteImageDictionary(_IMAGE_PARAMETERS const& params, _FILTER const& filter) {
+bool sorrelin::SessionState::WriteImageDictionary(_IMAGE_PARAMETERS const& params,
+                                                  _FILTER const& filter) {
   bool const bilevel = params.BitsPerPixel == 1;
   return WriteLines({"/Type /XObject", "/Subtype /Image"}) &&
          WriteFormatted(1, "/Width %d", params.Width) &&
@@ -50,7 +51,7 @@ bool CCreatePDF::WriteImageDictionary(_IMAGE_PARAMETERS const& params, _FILTER c
          (!bilevel || WriteFormatted(1, "/ImageMask %s", Boolean(params.ImageMask)));
 }
 
-bool CCreatePDF::WriteColorSpace(_IMAGE_PARAMETERS const& params) {
+bool sorrelin::SessionState::WriteColorSpace(_IMAGE_PARAMETERS const& params) {
   switch (params.BitsPerPixel) {
     case 1:
       return WriteLines({params.DecodeNormal != 0 ? "/Decode [0 1]" : "/Decode [1 0]",
@@ -68,7 +69,7 @@ bool CCreatePDF::WriteColorSpace(_IMAGE_PARAMETERS const& params) {
 }
 
 // Kept: values are compared for equality here, so a flag with other bits is refused.
-bool CCreatePDF::WriteFilter(_IMAGE_PARAMETERS const& params, _FILTER const& filter) {
+bool sorrelin::SessionState::WriteFilter(_IMAGE_PARAMETERS const& params, _FILTER const& filter) {
   switch (filter.Compression) {
     case PDF_COMPRESSION_NONE:
     case PDF_COMPRESSION_FLAG_NONE:
@@ -91,8 +92,8 @@ bool CCreatePDF::WriteFilter(_IMAGE_PARAMETERS const& params, _FILTER const& fil
 }
 
 // Kept: /Columns stands twice, from the record and from the image.
-bool CCreatePDF::WriteCcittFilter(_IMAGE_PARAMETERS const& params,
-                                  _CCITT_FILTER_PARAMS const& ccitt) {
+bool sorrelin::SessionState::WriteCcittFilter(_IMAGE_PARAMETERS const& params,
+                                              _CCITT_FILTER_PARAMS const& ccitt) {
   if (ccitt.FilterType != kCcittFilterType) return Fail(PDF_ERROR_COMPRESSION) != 0;
   return WriteLines({"/Filter /CCITTFaxDecode", "/DecodeParms", "<<"}) &&
          WriteFormatted(1, "/K %d", static_cast<int>(ccitt.K)) &&

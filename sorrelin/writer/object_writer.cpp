@@ -1,8 +1,7 @@
 // The lowest layer of the writer: numbers objects, records where each begins, and puts bytes into
 // the channel. Strictly sequential: it never seeks, and counts its own offset.
 #include <sorrelin/channel/file_channel.h>
-#include <sorrelin/frame/reader_state.h>
-#include <sorrelin/frame/session.h>
+#include <sorrelin/frame/session_state.h>
 #include <sorrelin/platform/memory.h>
 #include <sorrelin/platform/process.h>
 
@@ -24,7 +23,7 @@ bool IsFile(sorrelin::FileChannel const* channel) {
 
 }  // namespace
 
-DWORD CCreatePDF::WriteRawDataToPDFFile(BYTE const* pData, DWORD nBytes) {
+DWORD sorrelin::SessionState::WriteRawDataToPDFFile(BYTE const* pData, DWORD nBytes) {
   if (pData == nullptr) return Fail(PDF_ERROR_NULL_POINTER);
   if (nBytes == 0) return Fail(PDF_ERROR_ZERO_BYTES);
   if (!sorrelin::IsUsableChannel(m_hFile)) return Fail(PDF_ERROR_INVALID_HANDLE);
@@ -33,14 +32,14 @@ DWORD CCreatePDF::WriteRawDataToPDFFile(BYTE const* pData, DWORD nBytes) {
   return WriteToChannel(pData, nBytes);
 }
 
-DWORD CCreatePDF::WriteEolToPDFFile() {
+DWORD sorrelin::SessionState::WriteEolToPDFFile() {
   if (!sorrelin::IsUsableChannel(m_hFile)) return Fail(PDF_ERROR_INVALID_HANDLE);
   m_nFilePos += m_bUseChar13 != 0 ? 2 : 1;
   if (m_bUseChar13 != 0 && WriteToChannel(&kCarriageReturn, 1) == 0) return 0;
   return WriteToChannel(&kLineFeed, 1);
 }
 
-int CCreatePDF::WriteToPDFFile(char const* szText, int bEol) {
+int sorrelin::SessionState::WriteToPDFFile(char const* szText, int bEol) {
   if (szText == nullptr) return static_cast<int>(Fail(PDF_ERROR_NULL_POINTER));
   DWORD const length = static_cast<DWORD>(std::strlen(szText));
   bool const is_line = bEol != 0 && m_bUseChar13 == 0 && length != 0 && length < kLineBytes;
@@ -59,7 +58,7 @@ int CCreatePDF::WriteToPDFFile(char const* szText, int bEol) {
   return done ? 1 : static_cast<int>(Fail(PDF_ERROR_SYSTEM));
 }
 
-bool CCreatePDF::WriteFormatted(int bEol, char const* szFormat, ...) {
+bool sorrelin::SessionState::WriteFormatted(int bEol, char const* szFormat, ...) {
   char line[kLineBytes];
   va_list arguments;
   va_start(arguments, szFormat);
@@ -72,12 +71,12 @@ bool CCreatePDF::WriteFormatted(int bEol, char const* szFormat, ...) {
   return WriteToPDFFile(line, bEol) != 0;
 }
 
-bool CCreatePDF::WriteLines(std::initializer_list<char const*> lines) {
+bool sorrelin::SessionState::WriteLines(std::initializer_list<char const*> lines) {
   return std::all_of(lines.begin(), lines.end(),
                      [this](char const* line) { return WriteToPDFFile(line, 1) != 0; });
 }
 
-DWORD CCreatePDF::WriteToChannel(BYTE const* pData, DWORD nBytes) {
+DWORD sorrelin::SessionState::WriteToChannel(BYTE const* pData, DWORD nBytes) {
   DWORD written = 0;
   if (sorrelin::ChannelWrite(m_hFile, pData, nBytes, &written, nullptr) == 0) {
     return Fail(PDF_ERROR_SYSTEM);
@@ -85,21 +84,21 @@ DWORD CCreatePDF::WriteToChannel(BYTE const* pData, DWORD nBytes) {
   return written;
 }
 
-DWORD CCreatePDF::Fail(DWORD nError) {
+DWORD sorrelin::SessionState::Fail(DWORD nError) {
   PDF_SetLastError(nError);
   return 0;
 }
 
-void CCreatePDF::SetChar13(int bUseChar13) { m_bUseChar13 = bUseChar13; }
+void sorrelin::SessionState::SetChar13(int bUseChar13) { m_bUseChar13 = bUseChar13; }
 
-int CCreatePDF::UseChar13() { return m_bUseChar13; }
+int sorrelin::SessionState::UseChar13() { return m_bUseChar13; }
 
-DWORD CCreatePDF::ObjectStart(int bDict, int bEol) {
+DWORD sorrelin::SessionState::ObjectStart(int bDict, int bEol) {
   // Kept: the number stays taken where the object fails.
   return ObjectStart(++m_nCurrentObject, bDict, bEol);
 }
 
-DWORD CCreatePDF::ObjectStart(DWORD nObject, int bDict, int bEol) {
+DWORD sorrelin::SessionState::ObjectStart(DWORD nObject, int bDict, int bEol) {
   if (nObject >= kObjectRows) return Fail(PDF_ERROR_NEW_PAGE_OBJECT);
   if (ObjectExistsAlready(nObject) != 0) return Fail(PDF_ERROR_OBJECT_EXISTS);
   m_Objects[nObject] = {m_nFilePos, 0, 1};
@@ -107,7 +106,8 @@ DWORD CCreatePDF::ObjectStart(DWORD nObject, int bDict, int bEol) {
   return WriteObjectHeader(nObject, bDict, bEol) ? nObject : 0;
 }
 
-DWORD CCreatePDF::ObjectStartNewGen(DWORD nObject, int bDict, int bEol, int bNewGeneration) {
+DWORD sorrelin::SessionState::ObjectStartNewGen(DWORD nObject, int bDict, int bEol,
+                                                int bNewGeneration) {
   if (ObjectExistsAlready(nObject) == 0) return Fail(PDF_ERROR_OBJECT_EXISTS);
   ObjectEntry& row = m_Objects[nObject];
   row.nOffset = m_nFilePos;
@@ -117,38 +117,38 @@ DWORD CCreatePDF::ObjectStartNewGen(DWORD nObject, int bDict, int bEol, int bNew
   return WriteObjectHeader(nObject, bDict, bEol) ? nObject : 0;
 }
 
-bool CCreatePDF::WriteObjectHeader(DWORD nObject, int bDict, int bEol) {
+bool sorrelin::SessionState::WriteObjectHeader(DWORD nObject, int bDict, int bEol) {
   int const generation = static_cast<int>(m_Objects[nObject].nGeneration);
   return WriteFormatted(bEol, "%d %d obj", static_cast<int>(nObject), generation) &&
          (bDict == 0 || WriteToPDFFile("<<", 1) != 0);
 }
 
-int CCreatePDF::ObjectEnd(int bDict) {
+int sorrelin::SessionState::ObjectEnd(int bDict) {
   if (bDict != 0 && WriteToPDFFile(">>", 1) == 0) return 0;
   return WriteToPDFFile("endobj", 1) != 0 ? 1 : 0;
 }
 
-int CCreatePDF::ObjectExistsAlready(DWORD nObject) {
+int sorrelin::SessionState::ObjectExistsAlready(DWORD nObject) {
   return nObject < kObjectRows && m_Objects[nObject].nOffset != 0 ? 1 : 0;
 }
 
-DWORD CCreatePDF::GetCurrentObject() { return m_nCurrentObject; }
+DWORD sorrelin::SessionState::GetCurrentObject() { return m_nCurrentObject; }
 
-void CCreatePDF::SetCurrentObject(DWORD nObject) { m_nCurrentObject = nObject; }
+void sorrelin::SessionState::SetCurrentObject(DWORD nObject) { m_nCurrentObject = nObject; }
 
-DWORD CCreatePDF::GetNextObject() { return m_nCurrentObject + 1; }
+DWORD sorrelin::SessionState::GetNextObject() { return m_nCurrentObject + 1; }
 
-DWORD CCreatePDF::ReserveOneObject() {
+DWORD sorrelin::SessionState::ReserveOneObject() {
   if (m_nCurrentObject >= kObjectRows - 1) return Fail(PDF_ERROR_NEW_PAGE_OBJECT);
   return ++m_nCurrentObject;
 }
 
-DWORD CCreatePDF::ReservePagesRootObject() {
+DWORD sorrelin::SessionState::ReservePagesRootObject() {
   m_nPagesRootObject = ReserveOneObject();
   return m_nPagesRootObject;
 }
 
-DWORD CCreatePDF::BeginStream() {
+DWORD sorrelin::SessionState::BeginStream() {
   DWORD const object = ObjectStart(0, 1);
   if (object == 0) return 0;
   if (!WriteFormatted(1, "<< /Length %d 0 R >>", static_cast<int>(GetNextObject())) ||
@@ -159,18 +159,18 @@ DWORD CCreatePDF::BeginStream() {
   return object;
 }
 
-int CCreatePDF::EndStream() {
+int sorrelin::SessionState::EndStream() {
   MarkStreamEnd();
   return WriteToPDFFile("endstream", 1) != 0 ? ObjectEnd(0) : 0;
 }
 
-void CCreatePDF::MarkStreamBegining() { m_nStreamBegin = m_nFilePos; }
+void sorrelin::SessionState::MarkStreamBegining() { m_nStreamBegin = m_nFilePos; }
 
-void CCreatePDF::MarkStreamEnd() { m_nStreamEnd = m_nFilePos; }
+void sorrelin::SessionState::MarkStreamEnd() { m_nStreamEnd = m_nFilePos; }
 
-DWORD CCreatePDF::GetStreamLength() { return m_nStreamEnd - m_nStreamBegin; }
+DWORD sorrelin::SessionState::GetStreamLength() { return m_nStreamEnd - m_nStreamBegin; }
 
-DWORD CCreatePDF::WriteStreamLengthObject() {
+DWORD sorrelin::SessionState::WriteStreamLengthObject() {
   DWORD const object = ObjectStart(0, 1);
   if (object == 0) return 0;
   DWORD const length = GetStreamLength();
@@ -179,7 +179,7 @@ DWORD CCreatePDF::WriteStreamLengthObject() {
   return WriteFormatted(1, "%d", static_cast<int>(length)) && ObjectEnd(0) != 0 ? object : 0;
 }
 
-DWORD CCreatePDF::WriteDataStreamObject(void* hData, DWORD nBytes) {
+DWORD sorrelin::SessionState::WriteDataStreamObject(void* hData, DWORD nBytes) {
   PDF_SetLastError(PDF_ERROR_NONE);
   if (hData == nullptr || hData == INVALID_HANDLE_VALUE) return 0;
   DWORD const object = ObjectStart(1, 1);
@@ -192,7 +192,7 @@ DWORD CCreatePDF::WriteDataStreamObject(void* hData, DWORD nBytes) {
   return WriteStreamLengthObject() != 0 ? object : 0;
 }
 
-bool CCreatePDF::WriteBlock(void* hData, DWORD nBytes) {
+bool sorrelin::SessionState::WriteBlock(void* hData, DWORD nBytes) {
   DWORD const size = static_cast<DWORD>(GlobalSize(hData));
   BYTE const* const data = static_cast<BYTE const*>(GlobalLock(hData));
   DWORD const bytes = nBytes != 0 ? nBytes : size;
@@ -206,7 +206,7 @@ bool CCreatePDF::WriteBlock(void* hData, DWORD nBytes) {
 }
 
 // What a caller's size asks for beyond the block.
-bool CCreatePDF::WriteZeros(DWORD nBytes) {
+bool sorrelin::SessionState::WriteZeros(DWORD nBytes) {
   static constexpr BYTE kZeros[4096] = {};
   while (nBytes != 0) {
     DWORD const piece = std::min<DWORD>(nBytes, sizeof kZeros);
@@ -218,40 +218,40 @@ bool CCreatePDF::WriteZeros(DWORD nBytes) {
 
 // Kept: ">" and its line end stand behind the data of every stream with a full dictionary, and
 // count in its length.
-bool CCreatePDF::FinishDataStream() {
+bool sorrelin::SessionState::FinishDataStream() {
   if (WriteToPDFFile(">", 1) == 0) return false;
   MarkStreamEnd();
   return WriteToPDFFile("endstream", 1) != 0 && ObjectEnd(0) != 0;
 }
 
-void CCreatePDF::InitObjectList() {
+void sorrelin::SessionState::InitObjectList() {
   std::fill(std::begin(m_Objects), std::end(m_Objects), ObjectEntry{});
   m_pReader->ForgetTableFacts();
 }
 
-void CCreatePDF::InitPageObjectsList() {
+void sorrelin::SessionState::InitPageObjectsList() {
   std::fill(std::begin(m_PageObjects), std::end(m_PageObjects), 0);
 }
 
 // Kept: slot 30,000 is the page count; the writer's list starts at slot 1.
-DWORD CCreatePDF::GetPageObjectNumber(DWORD nPage) {
+DWORD sorrelin::SessionState::GetPageObjectNumber(DWORD nPage) {
   if (nPage < kPageSlots) return m_PageObjects[nPage];
   return nPage == kPageSlots ? m_nTotalPages : 0;
 }
 
-void CCreatePDF::SetPageObjectNumber(DWORD nPage, DWORD nObject) {
+void sorrelin::SessionState::SetPageObjectNumber(DWORD nPage, DWORD nObject) {
   if (nPage < kPageSlots) m_PageObjects[nPage] = nObject;
   if (nPage == kPageSlots) m_nTotalPages = nObject;
 }
 
-DWORD CCreatePDF::GetCurrentPageNumber() { return m_nCurrentPage; }
+DWORD sorrelin::SessionState::GetCurrentPageNumber() { return m_nCurrentPage; }
 
-DWORD CCreatePDF::GetNumberOfPages() { return m_nTotalPages; }
+DWORD sorrelin::SessionState::GetNumberOfPages() { return m_nTotalPages; }
 
-DWORD CCreatePDF::GetTotalPageNumber() { return m_nTotalPages; }
+DWORD sorrelin::SessionState::GetTotalPageNumber() { return m_nTotalPages; }
 
-DWORD CCreatePDF::GetCatalogObjectNr() { return m_nCatalogObject; }
+DWORD sorrelin::SessionState::GetCatalogObjectNr() { return m_nCatalogObject; }
 
-DWORD CCreatePDF::GetOutlinesObjectNr() { return m_nOutlinesObject; }
+DWORD sorrelin::SessionState::GetOutlinesObjectNr() { return m_nOutlinesObject; }
 
-DWORD CCreatePDF::GetPagesRootObjectNr() { return m_nPagesRootObject; }
+DWORD sorrelin::SessionState::GetPagesRootObjectNr() { return m_nPagesRootObject; }

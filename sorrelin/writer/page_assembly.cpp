@@ -1,7 +1,7 @@
 // One bitmap, one page: the checks, the encoder, and the way into the page's objects.
-#include <sorrelin/frame/session.h>
+#include <sorrelin/frame/session_state.h>
 #include <sorrelin/frame/trace.h>
-#include <sorrelin/image/owned_block.h>
+#include <sorrelin/platform/block.h>
 #include <sorrelin/platform/memory.h>
 #include <sorrelin/platform/wide_string.h>
 #include <sorrelin/writer/encoded_page.h>
@@ -10,22 +10,22 @@ using sorrelin::EncodedPage;
 using sorrelin::OwnedBlock;
 using sorrelin::ToWide;
 
-int CCreatePDF::SaveDIBAsPDFPage(void* hDIB, char const* szCodecLibrary) {
+int sorrelin::SessionState::SaveDIBAsPDFPage(void* hDIB, char const* szCodecLibrary) {
   return SaveDIBAsPDFPageW(hDIB, ToWide(szCodecLibrary).c_str());
 }
 
-int CCreatePDF::SaveDIBAsPDFPageW(void* hDIB, WCHAR const* szCodecLibrary) {
+int sorrelin::SessionState::SaveDIBAsPDFPageW(void* hDIB, WCHAR const* szCodecLibrary) {
   return SaveDIBAsColorPDFPageW(hDIB, szCodecLibrary, PDF_COMPRESSION_CCITT, 0);
 }
 
-int CCreatePDF::SaveDIBAsColorPDFPage(void* hDIB, char const* szCodecLibrary, DWORD nCompression,
-                                      int nQuality) {
+int sorrelin::SessionState::SaveDIBAsColorPDFPage(void* hDIB, char const* szCodecLibrary,
+                                                  DWORD nCompression, int nQuality) {
   char const* const library = szCodecLibrary != nullptr ? szCodecLibrary : "";
   return SaveDIBAsColorPDFPageW(hDIB, ToWide(library).c_str(), nCompression, nQuality);
 }
 
-int CCreatePDF::SaveDIBAsColorPDFPageW(void* hDIB, WCHAR const* szCodecLibrary, DWORD nCompression,
-                                       int nQuality) {
+int sorrelin::SessionState::SaveDIBAsColorPDFPageW(void* hDIB, WCHAR const* szCodecLibrary,
+                                                   DWORD nCompression, int nQuality) {
   if (!BeginPage()) return 0;
   EncodedPage page;
   page.compression = nCompression;
@@ -34,7 +34,7 @@ int CCreatePDF::SaveDIBAsColorPDFPageW(void* hDIB, WCHAR const* szCodecLibrary, 
 }
 
 // Size, depth, resolution and polarity of the bitmap; false with the code of what is refused.
-bool CCreatePDF::DescribeBitmap(void* hDIB, EncodedPage& page) {
+bool sorrelin::SessionState::DescribeBitmap(void* hDIB, EncodedPage& page) {
   if (hDIB == nullptr) return Fail(PDF_ERROR_INVALID_HANDLE) != 0;
   sorrelin::Trace(SORRELIN_TEXT("SaveDIBAsPDFPage: hDIB = %d"));
   POINT const size = GetDIBImageSize(hDIB);
@@ -53,13 +53,13 @@ bool CCreatePDF::DescribeBitmap(void* hDIB, EncodedPage& page) {
 }
 
 // Kept: the compression is tested by its bits here and by equality in the encoder's dispatch.
-bool CCreatePDF::IsPairRefused(int32_t nBitsPerPixel, DWORD nCompression) {
+bool sorrelin::SessionState::IsPairRefused(int32_t nBitsPerPixel, DWORD nCompression) {
   return nBitsPerPixel == 1 ? IsCompession_DCT_JPEG_DECODE(nCompression) != 0
                             : IsCompession_CCITT_FAX_DECODE(nCompression) != 0;
 }
 
-void CCreatePDF::EncodeAndWrite(void* hDIB, WCHAR const* szCodecLibrary, int nQuality,
-                                EncodedPage& page) {
+void sorrelin::SessionState::EncodeAndWrite(void* hDIB, WCHAR const* szCodecLibrary, int nQuality,
+                                            EncodedPage& page) {
   if (IsPairRefused(page.bits_per_pixel, page.compression)) {
     PDF_SetLastError(PDF_ERROR_COMPRESSION);
     return;

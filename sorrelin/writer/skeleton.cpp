@@ -1,9 +1,7 @@
 // The objects around the images, each a fixed template (ISO 32000-1, 7.5.2, 7.7, 14.3.3).
 #include <sorrelin/frame/banner.h>
-#include <sorrelin/frame/reader_state.h>
-#include <sorrelin/frame/session.h>
+#include <sorrelin/frame/session_state.h>
 #include <sorrelin/platform/process.h>
-#include <sorrelin/writer/creation_time.h>
 
 #include <cstdio>
 #include <string>
@@ -46,11 +44,7 @@ std::string Hexadecimal(sorrelin::WideString const& text) {
 
 }  // namespace
 
-void sorrelin::SetCreationTime(CCreatePDF& session, SYSTEMTIME const& time) {
-  session.m_pReader->m_CreationTime = time;
-}
-
-int CCreatePDF::WritePDFHeader(char const* szTitle, char const* szCreator) {
+int sorrelin::SessionState::WritePDFHeader(char const* szTitle, char const* szCreator) {
   // Kept: without a creator the wide banner goes through a narrow format and ends at the high byte
   // of its first character.
   char const first_of_banner[] = {static_cast<char>(m_szCreator[0]), '\0'};
@@ -68,13 +62,13 @@ int CCreatePDF::WritePDFHeader(char const* szTitle, char const* szCreator) {
   return written ? 1 : 0;
 }
 
-bool CCreatePDF::WriteTitle(char const* szTitle) {
+bool sorrelin::SessionState::WriteTitle(char const* szTitle) {
   if (szTitle != nullptr) return WriteFormatted(1, "/Title (%s)", szTitle);
   if (m_pReader->m_Title.empty()) return WriteToPDFFile("/Title (Converted Document)", 1) != 0;
   return WriteInfoString("/Title <FEFF%s>", m_pReader->m_Title);
 }
 
-DWORD CCreatePDF::CreateOutlinesObject(DWORD nCount) {
+DWORD sorrelin::SessionState::CreateOutlinesObject(DWORD nCount) {
   m_nOutlinesObject = ObjectStart(1, 1);
   if (m_nOutlinesObject == 0 || WriteToPDFFile("/Type /Outlines", 1) == 0 ||
       !WriteFormatted(1, "/Count %d", static_cast<int>(nCount)) || ObjectEnd(1) == 0) {
@@ -83,7 +77,7 @@ DWORD CCreatePDF::CreateOutlinesObject(DWORD nCount) {
   return m_nOutlinesObject;
 }
 
-DWORD CCreatePDF::CreatePagesRootObject() {
+DWORD sorrelin::SessionState::CreatePagesRootObject() {
   DWORD const count = GetTotalPageNumber();
   m_nPagesRootObject = ObjectStart(m_nPagesRootObject, 1, 1);
   if (m_nPagesRootObject == 0 || WriteToPDFFile("/Type /Pages", 1) == 0 ||
@@ -97,8 +91,9 @@ DWORD CCreatePDF::CreatePagesRootObject() {
   return WriteToPDFFile("]", 1) != 0 && ObjectEnd(1) != 0 ? m_nPagesRootObject : 0;
 }
 
-DWORD CCreatePDF::CreatePageObject(DWORD nParent, int nResourceType, DWORD nResourceObject,
-                                   DWORD nProcSetObject, char const* szResourceName, POINT ptSize) {
+DWORD sorrelin::SessionState::CreatePageObject(DWORD nParent, int nResourceType,
+                                               DWORD nResourceObject, DWORD nProcSetObject,
+                                               char const* szResourceName, POINT ptSize) {
   if (m_nTotalPages + 1 > kPageSlots) return Fail(PDF_ERROR_TOO_MANY_PAGES);
   ++m_nTotalPages;
   ++m_nCurrentPage;
@@ -118,7 +113,7 @@ DWORD CCreatePDF::CreatePageObject(DWORD nParent, int nResourceType, DWORD nReso
   return written ? page : 0;
 }
 
-bool CCreatePDF::WritePageResource(int nType, DWORD nObject, char const* szName) {
+bool sorrelin::SessionState::WritePageResource(int nType, DWORD nObject, char const* szName) {
   switch (nType) {
     case kFontResource:
       return WriteFormatted(1, "/Font << /F1 %d 0 R >> ", static_cast<int>(nObject));
@@ -129,7 +124,7 @@ bool CCreatePDF::WritePageResource(int nType, DWORD nObject, char const* szName)
   }
 }
 
-DWORD CCreatePDF::CreateProcSetObject(int nImageType, int bText) {
+DWORD sorrelin::SessionState::CreateProcSetObject(int nImageType, int bText) {
   DWORD const object = ObjectStart(0, 1);
   if (object == 0) return 0;
   // Kept: writes that fail from here on are not looked at, and ImageI has no blank behind it.
@@ -143,7 +138,7 @@ DWORD CCreatePDF::CreateProcSetObject(int nImageType, int bText) {
   return object;
 }
 
-DWORD CCreatePDF::CreateFontObject() {
+DWORD sorrelin::SessionState::CreateFontObject() {
   DWORD const object = ObjectStart(1, 1);
   if (object == 0) return 0;
   WriteLines({"/Type /Font", "/Subtype /Type1", "/Name /F1", "/BaseFont /Helvetica",
@@ -152,7 +147,7 @@ DWORD CCreatePDF::CreateFontObject() {
   return object;
 }
 
-DWORD CCreatePDF::CreateCatalogObject(DWORD nPagesRoot, DWORD nOutlines) {
+DWORD sorrelin::SessionState::CreateCatalogObject(DWORD nPagesRoot, DWORD nOutlines) {
   m_nCatalogObject = ObjectStart(1, 1);
   m_nCatalogGeneration = 0;
   if (m_nCatalogObject == 0 || WriteToPDFFile("/Type /Catalog", 1) == 0 ||
@@ -163,6 +158,7 @@ DWORD CCreatePDF::CreateCatalogObject(DWORD nPagesRoot, DWORD nOutlines) {
   return m_nCatalogObject;
 }
 
-bool CCreatePDF::WriteInfoString(char const* szFormat, sorrelin::WideString const& text) {
+bool sorrelin::SessionState::WriteInfoString(char const* szFormat,
+                                             sorrelin::WideString const& text) {
   return text.empty() || WriteFormatted(1, szFormat, Hexadecimal(text).c_str());
 }

@@ -44,7 +44,7 @@ TEST(ClassicTable, ReadsOffsetGenerationAndLetter) {
   Section section(objects.pdf, "xref\n0 3\n" + Objects::Line(0, 65535, 'f') + objects.Entry(1) +
                                    Objects::Line(objects.pdf.OffsetOf(2), 7, 'f') + kTrailer);
   EXPECT_EQ(section.result, 1);
-  ObjectEntry const first = section.document.row(1);
+  sorrelin::ObjectEntry const first = section.document.row(1);
   EXPECT_EQ(first.nOffset, objects.pdf.OffsetOf(1));
   EXPECT_EQ(first.nGeneration, 0u);
   EXPECT_EQ(first.bInUse, 1u);

@@ -107,7 +107,7 @@ TEST_F(InfoValue, NeedsTheSideRecord) {
   ScanBuffer b("<</Title (AB) >>");
   WCHAR* out = nullptr;
   uint64_t length = 0;
-  sorrelin::ReaderState* const reader = SessionProbe::ReaderPointer(*session_);
+  auto const reader = SessionProbe::ReaderPointer(*session_);
   SessionProbe::ReaderPointer(*session_) = nullptr;
   EXPECT_EQ(session_->GetStringValue2W(b.data(), b.size(), "/Title", &out, &length), 0);
   SessionProbe::ReaderPointer(*session_) = reader;

@@ -8,12 +8,12 @@
 
 namespace {
 
-using Rows = std::vector<ObjectEntry>;
+using Rows = std::vector<sorrelin::ObjectEntry>;
 
 // The answer as a walk over the table finds it.
 DWORD Walk(Rows const& rows, DWORD offset, DWORD size) {
   DWORD next = size;
-  for (ObjectEntry const& row : rows) {
+  for (sorrelin::ObjectEntry const& row : rows) {
     if (row.nOffset > offset && row.nOffset < size) next = std::min(next, row.nOffset);
   }
   return next;

@@ -73,18 +73,16 @@ TEST(Session, MembersWithoutAStartValueAreZero) {
   ::operator delete(memory);
 }
 
-TEST(Session, AssignmentCopiesTheSideRecordsPointerToo) {
+TEST(Session, AssignmentCopiesTheStateAndSharesTheSideRecord) {
   auto const first = std::make_unique<CCreatePDF>();
-  void* const memory = ::operator new(sizeof(CCreatePDF));
-  CCreatePDF* const second = new (memory) CCreatePDF;
-  sorrelin::ReaderState* const own = &SessionProbe::Reader(*second);
+  auto const second = std::make_unique<CCreatePDF>();
   first->SetTitleW(SORRELIN_TEXT("shared"));
   first->SetCurrentObject(7);
   *second = *first;
   EXPECT_EQ(second->GetCurrentObject(), 7u);
   EXPECT_EQ(&SessionProbe::Reader(*second), &SessionProbe::Reader(*first));
-  delete own;
-  ::operator delete(memory);
+  first->SetCurrentObject(8);
+  EXPECT_EQ(second->GetCurrentObject(), 7u);
 }
 
 // Detach and attach of the process, attach and detach of a thread.

@@ -26,6 +26,7 @@ SESSION = {
     "frame/pdf.h",
     "frame/reader_state.h",
     "frame/session.h",
+    "frame/session_state.h",
     "frame/string_error.h",
     "frame/trace.h",
 }

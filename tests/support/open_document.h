@@ -47,7 +47,7 @@ class OpenDocument {
   CCreatePDF* operator->() { return session_.get(); }
   sorrelin::ReaderState& reader() { return SessionProbe::Reader(*session_); }
   DWORD error() { return session_->PDF_GetLastError(); }
-  ObjectEntry row(DWORD object) { return SessionProbe::Row(*session_, object); }
+  sorrelin::ObjectEntry row(DWORD object) { return SessionProbe::Row(*session_, object); }
 
   // Position of the channel.
   DWORD Tell() { return sorrelin::ChannelSeek(channel_, 0, nullptr, FILE_CURRENT); }

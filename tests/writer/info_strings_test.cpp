@@ -163,7 +163,7 @@ TEST(InfoStringMethods, NullTextIsError7) {
 
 TEST(InfoStringMethods, WithoutTheSideRecordTheyAreError2) {
   test::MemoryDocument document;
-  sorrelin::ReaderState* const reader = &SessionProbe::Reader(document.session());
+  auto const reader = SessionProbe::ReaderPointer(document.session());
   SessionProbe::ReaderPointer(document.session()) = nullptr;
   DWORD size = 5;
   EXPECT_EQ(document->SetTitleW(SORRELIN_TEXT("x")), 0);

@@ -49,7 +49,7 @@ TEST(ObjectWriter, RowHoldsOffsetGenerationAndUse) {
   document.OpenBare();
   document->WriteToPDFFile("abc", 1);
   DWORD const object = document->ObjectStart(0, 1);
-  ObjectEntry const& row = SessionProbe::Row(document.session(), object);
+  sorrelin::ObjectEntry const& row = SessionProbe::Row(document.session(), object);
   EXPECT_EQ(row.nOffset, 4u);
   EXPECT_EQ(row.nGeneration, 0u);
   EXPECT_EQ(row.bInUse, 1u);

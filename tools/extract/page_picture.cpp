@@ -4,8 +4,8 @@
 
 #include <sorrelin/image/dib_view.h>
 #include <sorrelin/image/inflate_stream.h>
-#include <sorrelin/image/owned_block.h>
 #include <sorrelin/image/rebuilt_dib.h>
+#include <sorrelin/platform/block.h>
 
 #include <algorithm>
 #include <array>

@@ -4,7 +4,7 @@
 #define TOOLS_FORMATS_PICTURE_H_
 
 #include <leptonica/allheaders.h>
-#include <sorrelin/image/owned_block.h>
+#include <sorrelin/platform/block.h>
 
 #include <memory>
 #include <string>

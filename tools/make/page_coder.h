@@ -4,7 +4,7 @@
 #define TOOLS_MAKE_PAGE_CODER_H_
 
 #include <sorrelin/frame/session.h>
-#include <sorrelin/image/owned_block.h>
+#include <sorrelin/platform/block.h>
 #include <sorrelin/writer/encoded_page.h>
 
 #include <memory>

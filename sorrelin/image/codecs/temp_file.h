@@ -2,7 +2,7 @@
 #ifndef SORRELIN_IMAGE_CODECS_TEMP_FILE_H_
 #define SORRELIN_IMAGE_CODECS_TEMP_FILE_H_
 
-#include <sorrelin/image/owned_block.h>
+#include <sorrelin/platform/block.h>
 #include <sorrelin/platform/types.h>
 
 #include <span>

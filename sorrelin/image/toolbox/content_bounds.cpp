@@ -1,8 +1,8 @@
 // The search for content in a 24-bit bitmap.
 #include <sorrelin/image/dib_view.h>
-#include <sorrelin/image/locked_block.h>
 #include <sorrelin/image/toolbox/dib_layout.h>
 #include <sorrelin/image/toolbox/dib_toolbox.h>
+#include <sorrelin/platform/block.h>
 
 #include <algorithm>
 #include <cstdint>

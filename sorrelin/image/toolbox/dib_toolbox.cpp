@@ -1,10 +1,9 @@
 // Blank bitmaps, copies, and the places of a bitmap's parts.
 #include <sorrelin/image/dib_view.h>
-#include <sorrelin/image/locked_block.h>
-#include <sorrelin/image/owned_block.h>
 #include <sorrelin/image/toolbox/dib_layout.h>
 #include <sorrelin/image/toolbox/dib_toolbox.h>
 #include <sorrelin/image/toolbox/new_block.h>
+#include <sorrelin/platform/block.h>
 
 #include <algorithm>
 #include <cstring>

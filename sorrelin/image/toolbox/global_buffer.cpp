@@ -1,8 +1,7 @@
 // Blocks filled from memory and from files.
-#include <sorrelin/image/locked_block.h>
-#include <sorrelin/image/owned_block.h>
 #include <sorrelin/image/toolbox/global_buffer.h>
 #include <sorrelin/image/toolbox/new_block.h>
+#include <sorrelin/platform/block.h>
 #include <sorrelin/platform/error.h>
 #include <sorrelin/platform/file.h>
 

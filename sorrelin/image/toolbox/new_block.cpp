@@ -1,8 +1,7 @@
 // Allocation for the toolbox.
-#include <sorrelin/image/locked_block.h>
-#include <sorrelin/image/owned_block.h>
 #include <sorrelin/image/toolbox/dib_layout.h>
 #include <sorrelin/image/toolbox/new_block.h>
+#include <sorrelin/platform/block.h>
 
 #include <algorithm>
 

@@ -1,0 +1,85 @@
+// Doors of the session: the information strings, of the session and of a dictionary.
+#include <sorrelin/frame/door.h>
+#include <sorrelin/frame/session.h>
+#include <sorrelin/frame/session_state.h>
+
+using sorrelin::Door;
+using sorrelin::SessionState;
+
+int CCreatePDF::SetTitleA(char const* szText) {
+  return Door(m_pState, [&](SessionState& state) { return state.SetTitleA(szText); });
+}
+
+int CCreatePDF::SetTitleW(WCHAR const* szText) {
+  return Door(m_pState, [&](SessionState& state) { return state.SetTitleW(szText); });
+}
+
+int CCreatePDF::GetTitleA(char* szBuffer, DWORD* pnSize) {
+  return Door(m_pState, [&](SessionState& state) { return state.GetTitleA(szBuffer, pnSize); });
+}
+
+int CCreatePDF::GetTitleW(WCHAR* szBuffer, DWORD* pnSize) {
+  return Door(m_pState, [&](SessionState& state) { return state.GetTitleW(szBuffer, pnSize); });
+}
+
+int CCreatePDF::SetAuthorA(char const* szText) {
+  return Door(m_pState, [&](SessionState& state) { return state.SetAuthorA(szText); });
+}
+
+int CCreatePDF::SetAuthorW(WCHAR const* szText) {
+  return Door(m_pState, [&](SessionState& state) { return state.SetAuthorW(szText); });
+}
+
+int CCreatePDF::GetAuthorA(char* szBuffer, DWORD* pnSize) {
+  return Door(m_pState, [&](SessionState& state) { return state.GetAuthorA(szBuffer, pnSize); });
+}
+
+int CCreatePDF::GetAuthorW(WCHAR* szBuffer, DWORD* pnSize) {
+  return Door(m_pState, [&](SessionState& state) { return state.GetAuthorW(szBuffer, pnSize); });
+}
+
+int CCreatePDF::SetSubjectA(char const* szText) {
+  return Door(m_pState, [&](SessionState& state) { return state.SetSubjectA(szText); });
+}
+
+int CCreatePDF::SetSubjectW(WCHAR const* szText) {
+  return Door(m_pState, [&](SessionState& state) { return state.SetSubjectW(szText); });
+}
+
+int CCreatePDF::GetSubjectA(char* szBuffer, DWORD* pnSize) {
+  return Door(m_pState, [&](SessionState& state) { return state.GetSubjectA(szBuffer, pnSize); });
+}
+
+int CCreatePDF::GetSubjectW(WCHAR* szBuffer, DWORD* pnSize) {
+  return Door(m_pState, [&](SessionState& state) { return state.GetSubjectW(szBuffer, pnSize); });
+}
+
+int CCreatePDF::SetKeywordsA(char const* szText) {
+  return Door(m_pState, [&](SessionState& state) { return state.SetKeywordsA(szText); });
+}
+
+int CCreatePDF::SetKeywordsW(WCHAR const* szText) {
+  return Door(m_pState, [&](SessionState& state) { return state.SetKeywordsW(szText); });
+}
+
+int CCreatePDF::GetKeywordsA(char* szBuffer, DWORD* pnSize) {
+  return Door(m_pState, [&](SessionState& state) { return state.GetKeywordsA(szBuffer, pnSize); });
+}
+
+int CCreatePDF::GetKeywordsW(WCHAR* szBuffer, DWORD* pnSize) {
+  return Door(m_pState, [&](SessionState& state) { return state.GetKeywordsW(szBuffer, pnSize); });
+}
+
+int CCreatePDF::GetStringValue2W(BYTE* pData, uint64_t nSize, char const* szKey, WCHAR** ppValue,
+                                 uint64_t* pnLength) {
+  return Door(m_pState, [&](SessionState& state) {
+    return state.GetStringValue2W(pData, nSize, szKey, ppValue, pnLength);
+  });
+}
+
+int CCreatePDF::GetStringValue2A(BYTE* pData, uint64_t nSize, char const* szKey, char** ppValue,
+                                 uint64_t* pnLength) {
+  return Door(m_pState, [&](SessionState& state) {
+    return state.GetStringValue2A(pData, nSize, szKey, ppValue, pnLength);
+  });
+}
