@@ -2,6 +2,7 @@
 #ifndef FUZZ_FUZZ_SESSION_H_
 #define FUZZ_FUZZ_SESSION_H_
 
+#include <sorrelin/channel/file_channel.h>
 #include <sorrelin/frame/session.h>
 #include <sorrelin/frame/string_error.h>
 

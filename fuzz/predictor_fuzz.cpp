@@ -3,7 +3,7 @@
 //
 // The input is colours, bits and columns (2 bytes each), then tagged rows.
 #include <sorrelin/document/decode_parms.h>
-#include <tools/png_predictor.h>
+#include <tools/documents/png_predictor.h>
 
 #include <vector>
 

@@ -3,6 +3,7 @@
 #define TOOLS_MAKE_DOCUMENT_H_
 
 #include <sorrelin/frame/session.h>
+#include <sorrelin/platform/process.h>
 
 #include <filesystem>
 #include <memory>
