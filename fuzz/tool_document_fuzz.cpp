@@ -1,6 +1,6 @@
 // Documents as the command-line program reads them: each page is judged, and its picture decoded.
-#include <tools/page_image.h>
-#include <tools/page_picture.h>
+#include <tools/extract/page_image.h>
+#include <tools/extract/page_picture.h>
 
 #include "fuzz/fuzz_session.h"
 

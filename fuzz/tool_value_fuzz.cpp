@@ -1,5 +1,5 @@
 // The strict reader of the command-line program on an object's text.
-#include <tools/pdf_objects.h>
+#include <tools/documents/pdf_objects.h>
 
 #include "fuzz/fuzz_input.h"
 
