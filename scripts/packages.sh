@@ -1,33 +1,36 @@
 #!/usr/bin/env bash
-# Installs what a fresh Debian machine needs and does not have: packages.sh build|demo|fuzz|lint|package|test
-# Needs root, or sudo, when something is missing.
+# Installs what a fresh Debian machine needs and does not have.
+# usage: scripts/packages.sh minimal|build|demo|fuzz|lint|package|test
+# minimal is a build without any optional part. Needs root, or sudo, when something is missing.
 set -euo pipefail
 
 packages=(
   cmake g++ make pkg-config
   zlib1g-dev libtiff-dev libjpeg62-turbo-dev libturbojpeg0-dev libpng-dev libutfcpp-dev
-  librapidxml-dev libleptonica-dev libtesseract-dev libcli11-dev)
+  librapidxml-dev libleptonica-dev libcli11-dev)
+optional=(libtesseract-dev)
 viewers=(ghostscript graphicsmagick mupdf-tools poppler-utils)
 packaging=(dpkg-dev mmdebstrap)
 fuzzing=(ninja-build clang libclang-rt-14-dev)
 witnesses=(ninja-build ccache libgtest-dev libgmock-dev libbenchmark-dev qpdf
   img2pdf libtiff-tools tesseract-ocr-eng tesseract-ocr-heb tesseract-ocr-osd
-  doxygen python3 python3-numpy man-db mandoc zsh fish tmux clang-format)
+  doxygen python3 python3-numpy man-db mandoc zsh fish tmux clang-format abigail-tools)
 
 case "${1:-}" in
+  minimal) optional=() ;;
   build) ;;
   demo) packages+=("${viewers[@]}") ;;
   package) packages+=("${packaging[@]}") ;;
   lint) packages+=("${viewers[@]}" "${witnesses[@]}" clang-tidy) ;;
   fuzz) packages+=("${fuzzing[@]}") ;;
   test) packages+=("${viewers[@]}" "${witnesses[@]}") ;;
-  *) echo "usage: packages.sh build|demo|fuzz|lint|package|test" >&2; exit 2 ;;
+  *) echo "usage: packages.sh minimal|build|demo|fuzz|lint|package|test" >&2; exit 2 ;;
 esac
 
 installed() { dpkg-query -W -f='${Status}' "$1" 2>/dev/null | grep -q 'ok installed'; }
 
 missing=()
-for package in "${packages[@]}"; do
+for package in "${packages[@]}" "${optional[@]}"; do
   installed "$package" || missing+=("$package")
 done
 if [ "${#missing[@]}" -eq 0 ]; then exit 0; fi
@@ -36,5 +39,8 @@ as_root=()
 if [ "$(id -u)" -ne 0 ]; then as_root=(sudo); fi
 echo "installing: ${missing[*]}"
 export DEBIAN_FRONTEND=noninteractive
-"${as_root[@]}" apt-get -qq update
-"${as_root[@]}" apt-get -qq install -y --no-install-recommends "${missing[@]}" >/dev/null
+"${as_root[@]}" apt-get -qq update || true  # packages may be at hand without a network
+"${as_root[@]}" apt-get -qq install -y --no-install-recommends "${missing[@]}" >/dev/null || {
+  echo "these packages cannot be installed: ${missing[*]}" >&2
+  exit 1
+}
