@@ -63,7 +63,7 @@ TEST(SiblingLibrary, LongNameIsNotFoundBesideTheHostProgram) {
   ASSERT_LT(folder, 200u);
   size_t const half = (MAX_PATH - folder) / 2;
   for (bool const fits : {true, false}) {
-    size_t const length = fits ? half - 2 : half + 2;
+    size_t const length = fits ? half - 1 : half;  // without its terminator
     std::string const name = std::string(length - 3, 'x') + ".so";
     CopyBesideTheProgram const copy(name);
     HMODULE const module = LoadSibling(ToWide(name.c_str()).c_str());
