@@ -289,7 +289,7 @@ struct SessionState {
 
   // Encoders
   void* FailBlock(DWORD nError);
-  void* EncodedBlock(DWORD nError, OwnedBlock& block, DWORD& nSize);
+  void* EncodedBlock(DWORD nError, OwnedBlock& block);
   void* EncodeRunLengthRows(DibView const& dib, DWORD& nSize);
 
   // Decoders

@@ -72,8 +72,10 @@ struct MemoryEntries {
   EncodeCcittImageFunction encode;
 };
 
-// The coded data in `block`; 0 or the error code.
-DWORD EncodeInMemory(MemoryEntries const& sibling, RowSource& source, OwnedBlock& block) {
+// The coded data in `block`; 0 or the error code. Kept: `size` is set as soon as it is known, also
+// where a later step fails.
+DWORD EncodeInMemory(MemoryEntries const& sibling, RowSource& source, OwnedBlock& block,
+                     DWORD& size) {
   block = OwnedBlock(GlobalAlloc(GHND, 1));
   if (!block.IsValid()) return PDF_ERROR_MEMORY;
   void* const file = sibling.open(block.get(), 1);
@@ -81,7 +83,9 @@ DWORD EncodeInMemory(MemoryEntries const& sibling, RowSource& source, OwnedBlock
   int const encoded = sibling.encode(file, source.Header.biWidth, source.Header.biHeight,
                                      CCITT_GROUP4, &source, SupplyRow);
   sibling.close(file);
-  if (encoded == 0 || GlobalSize(block.get()) == 0) return PDF_ERROR_ENCODING;
+  if (encoded == 0) return PDF_ERROR_ENCODING;
+  size = static_cast<DWORD>(GlobalSize(block.get()));
+  if (size == 0) return PDF_ERROR_ENCODING;
   if (GlobalLock(block.get()) == nullptr) return PDF_ERROR_MEMORY;
   GlobalUnlock(block.get());
   return PDF_ERROR_NONE;
@@ -93,7 +97,8 @@ bool Rewind(HANDLE file) {
 }
 
 // Kept: after a failure the temporary file stays, and stays open.
-DWORD EncodeInFile(EncodeCcittImageFunction encode, RowSource& source, OwnedBlock& block) {
+DWORD EncodeInFile(EncodeCcittImageFunction encode, RowSource& source, OwnedBlock& block,
+                   DWORD& size) {
   WCHAR path[MAX_PATH];
   DWORD const made = sorrelin::MakeTempFile(SORRELIN_TEXT("raw"), path);
   if (made != PDF_ERROR_NONE) return made;
@@ -104,7 +109,8 @@ DWORD EncodeInFile(EncodeCcittImageFunction encode, RowSource& source, OwnedBloc
              SupplyRow) == 0) {
     return PDF_ERROR_ENCODING;
   }
-  DWORD const size = Rewind(file) ? GetFileSize(file, nullptr) : INVALID_FILE_SIZE;
+  if (!Rewind(file)) return PDF_ERROR_TEMP_FILE;
+  size = GetFileSize(file, nullptr);
   if (size == INVALID_FILE_SIZE) return PDF_ERROR_TEMP_FILE;
   DWORD const read = sorrelin::ReadIntoBlock(file, size, block);
   if (read != PDF_ERROR_NONE) return read;
@@ -135,7 +141,7 @@ void* sorrelin::SessionState::ConvertDIB2CcittPDFImageW(void* hDIB, DWORD& nSize
       }
       RowSource source = SourceOf(hDIB, dib);
       OwnedBlock block;
-      return EncodedBlock(EncodeInMemory(sibling, source, block), block, nSize);
+      return EncodedBlock(EncodeInMemory(sibling, source, block, nSize), block);
     }
   }
   // The missing mOpen is the only thing that chooses the file route.
@@ -153,7 +159,7 @@ void* sorrelin::SessionState::ConvertDIB2CcittPDFImageFileW(void* hDIB, DWORD& n
   if (encode == nullptr) return FailBlock(PDF_ERROR_CCITT_LIBRARY);
   RowSource source = SourceOf(hDIB, dib);
   OwnedBlock block;
-  return EncodedBlock(EncodeInFile(encode, source, block), block, nSize);
+  return EncodedBlock(EncodeInFile(encode, source, block, nSize), block);
 }
 
 void* sorrelin::SessionState::FailBlock(DWORD nError) {
@@ -161,8 +167,6 @@ void* sorrelin::SessionState::FailBlock(DWORD nError) {
   return INVALID_HANDLE_VALUE;
 }
 
-void* sorrelin::SessionState::EncodedBlock(DWORD nError, OwnedBlock& block, DWORD& nSize) {
-  if (nError != PDF_ERROR_NONE) return FailBlock(nError);
-  nSize = static_cast<DWORD>(GlobalSize(block.get()));
-  return block.Release();
+void* sorrelin::SessionState::EncodedBlock(DWORD nError, OwnedBlock& block) {
+  return nError == PDF_ERROR_NONE ? block.Release() : FailBlock(nError);
 }

@@ -16,21 +16,24 @@ namespace {
 
 constexpr int kBilevel = 1;
 
+// Kept: `size` is set as soon as it is known, also where a later step fails; so it is below.
 DWORD EncodeInMemory(SaveDIBAsJPEGToMemoryExFunction save, HDIB bitmap,
-                     sorrelin::JpegRecord const& record, OwnedBlock& block) {
+                     sorrelin::JpegRecord const& record, OwnedBlock& block, DWORD& size) {
   int status = 0;
   block = OwnedBlock(save(bitmap, record.data(), &status));
-  if (status != 0 || !block.IsValid() || GlobalSize(block.get()) == 0) return PDF_ERROR_ENCODING;
+  if (status != 0 || !block.IsValid()) return PDF_ERROR_ENCODING;
+  size = static_cast<DWORD>(GlobalSize(block.get()));
+  if (size == 0) return PDF_ERROR_ENCODING;
   if (GlobalLock(block.get()) == nullptr) return PDF_ERROR_MEMORY;
   GlobalUnlock(block.get());
   return PDF_ERROR_NONE;
 }
 
-DWORD ReadTempFile(WCHAR const* path, OwnedBlock& block) {
+DWORD ReadTempFile(WCHAR const* path, OwnedBlock& block, DWORD& size) {
   HANDLE const file = CreateFileW(path, GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
                                   FILE_ATTRIBUTE_TEMPORARY, nullptr);
   if (file == INVALID_HANDLE_VALUE) return PDF_ERROR_TEMP_FILE;
-  DWORD const size = GetFileSize(file, nullptr);
+  size = GetFileSize(file, nullptr);
   DWORD const result = size != INVALID_FILE_SIZE ? sorrelin::ReadIntoBlock(file, size, block)
                                                  : DWORD{PDF_ERROR_TEMP_FILE};
   CloseHandle(file);
@@ -39,12 +42,12 @@ DWORD ReadTempFile(WCHAR const* path, OwnedBlock& block) {
 
 // Kept: after a failure the temporary file stays.
 DWORD EncodeInFile(SaveDIBInJPEGFileExWFunction save, HDIB bitmap,
-                   sorrelin::JpegRecord const& record, OwnedBlock& block) {
+                   sorrelin::JpegRecord const& record, OwnedBlock& block, DWORD& size) {
   WCHAR path[MAX_PATH];
   DWORD const made = sorrelin::MakeTempFile(SORRELIN_TEXT("~tm"), path);
   if (made != PDF_ERROR_NONE) return made;
   if (save(path, bitmap, record.data()) != 0) return PDF_ERROR_TEMP_FILE;
-  DWORD const result = ReadTempFile(path, block);
+  DWORD const result = ReadTempFile(path, block, size);
   if (result == PDF_ERROR_NONE) DeleteFileW(path);
   return result;
 }
@@ -73,8 +76,8 @@ void* sorrelin::SessionState::ConvertDIB2DctJpegPDFImageW(void* hDIB, DWORD& nSi
     if (save == nullptr) continue;
     OwnedBlock block;
     return EncodedBlock(
-        EncodeInMemory(save, hDIB, sorrelin::MakeJpegRecord(dib.header(), nQuality), block), block,
-        nSize);
+        EncodeInMemory(save, hDIB, sorrelin::MakeJpegRecord(dib.header(), nQuality), block, nSize),
+        block);
   }
 }
 
@@ -92,6 +95,6 @@ void* sorrelin::SessionState::ConvertDIB2DctJpegPDFImageFileW(void* hDIB, DWORD&
   if (save == nullptr) return FailBlock(PDF_ERROR_CCITT_LIBRARY);
   OwnedBlock block;
   return EncodedBlock(
-      EncodeInFile(save, hDIB, sorrelin::MakeJpegRecord(dib.header(), nQuality), block), block,
-      nSize);
+      EncodeInFile(save, hDIB, sorrelin::MakeJpegRecord(dib.header(), nQuality), block, nSize),
+      block);
 }

@@ -141,6 +141,28 @@ TEST_F(EncodeCcitt, FailedOrEmptyCodingIs20) {
   EXPECT_EQ(mock->closed, 2);
 }
 
+// The size is that of the step that failed, or the caller's where none was taken before.
+TEST_F(EncodeCcitt, FailedCodingLeavesTheSizeThatWasTakenLast) {
+  test::PreloadedSibling<MockCadwick> const memory(PathOf("full"));
+  size_ = 77;
+  memory->encode_fails = 1;
+  session_->ConvertDIB2CcittPDFImage(Stairs(), size_, PathOf("full").c_str());
+  EXPECT_EQ(size_, 77u);
+  memory->encode_fails = 0;
+  memory->writes_nothing = 1;
+  session_->ConvertDIB2CcittPDFImage(Stairs(), size_, PathOf("full").c_str());
+  EXPECT_EQ(size_, 0u);
+  test::PreloadedSibling<MockCadwick> const file(PathOf("no_mopen"));
+  size_ = 77;
+  file->encode_fails = 1;
+  session_->ConvertDIB2CcittPDFImage(Stairs(), size_, PathOf("no_mopen").c_str());
+  EXPECT_EQ(size_, 77u);
+  file->encode_fails = 0;
+  file->writes_nothing = 1;
+  session_->ConvertDIB2CcittPDFImage(Stairs(), size_, PathOf("no_mopen").c_str());
+  EXPECT_EQ(size_, 0u);
+}
+
 TEST_F(EncodeCcitt, FailedFileRouteLeavesItsFile) {
   test::PreloadedSibling<MockCadwick> const mock(PathOf("no_mopen"));
   mock->encode_fails = 1;

@@ -106,6 +106,26 @@ TEST_F(EncodeJpeg, MissingFileEntryPointIs19) {
   EXPECT_EQ(Code(), 19u);
 }
 
+// The size is that of the step that failed, or the caller's where none was taken before.
+TEST_F(EncodeJpeg, FailedCodingLeavesTheSizeThatWasTakenLast) {
+  test::PreloadedSibling<MockRennick> const mock(PathOf("full"));
+  size_ = 77;
+  mock->status = 1;
+  Encode(Picture(), PathOf("full"));
+  EXPECT_EQ(size_, 77u);
+  mock->status = 0;
+  mock->save_fails = 1;
+  EncodeInFile(Picture(), PathOf("full"));
+  EXPECT_EQ(size_, 77u);
+  mock->save_fails = 0;
+  mock->encode_empty = 1;
+  Encode(Picture(), PathOf("full"));
+  EXPECT_EQ(size_, 0u);
+  size_ = 77;
+  EncodeInFile(Picture(), PathOf("full"));
+  EXPECT_EQ(size_, 0u);
+}
+
 TEST_F(EncodeJpeg, StatusNullOrNoBytesAre20) {
   test::PreloadedSibling<MockRennick> const mock(PathOf("full"));
   for (int32_t MockRennick::*const failure :
