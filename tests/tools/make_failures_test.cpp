@@ -64,10 +64,10 @@ TEST_F(MakeFailures, UnreadableFilesAreNamedAndTheOthersWritten) {
 }
 
 TEST_F(MakeFailures, PictureLibraryIsSilentAboutWhatItDoesNotRead) {
-  WriteAll(Path("a.pgm"), BytesOf("P5 2 2 100\n\x10\x20\x30\x40"));
-  ProgramResult const result = Make({Out(), Path("a.pgm")});
+  WriteAll(Path("a.jp2"), BytesOf(std::string("\0\0\0\x0CjP  \r\n\x87\n and no more", 24)));
+  ProgramResult const result = Make({Out(), Path("a.jp2")});
   EXPECT_EQ(result.exit_code, 1);
-  EXPECT_THAT(result.err, StartsWith(Line(Path("a.pgm")) + "cannot be decoded"));
+  EXPECT_THAT(result.err, StartsWith(Line(Path("a.jp2")) + "cannot be decoded"));
 }
 
 TEST_F(MakeFailures, DamagedPicturesOfEachFormatAreNamedInOneLine) {

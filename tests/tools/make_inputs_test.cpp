@@ -96,6 +96,28 @@ TEST_F(MakeInputs, StandardInputStandsInItsPlace) {
   EXPECT_THAT(Widths(), ElementsAre(100, 102, 101));
 }
 
+TEST_F(MakeInputs, EveryPictureOfAStreamIsAPage) {
+  std::string const stream = std::string("P4 100 1\n") + std::string(13, 'x') + "P5 101 1 255\n" +
+                             std::string(101, 'x') + "P6 102 1 255\n" + std::string(306, 'x');
+  ProgramResult const result = Make({Out(), "-", "--dpi", "72"}, {stream.begin(), stream.end()});
+  EXPECT_EQ(result.exit_code, 0);
+  EXPECT_EQ(result.err, "");
+  EXPECT_THAT(Widths(), ElementsAre(100, 101, 102));
+}
+
+TEST_F(MakeInputs, DamagedPictureOfAStreamIsNamedByItsNumberAndKeptOnlyIfAsked) {
+  std::string const stream = "P5 100 1 255\n" + std::string(100, 'x') + "P5 101 2 255\nxyz";
+  std::vector<BYTE> const input(stream.begin(), stream.end());
+  ProgramResult const result = Make({Out(), "-", "--dpi", "72"}, input);
+  EXPECT_EQ(result.exit_code, 1);
+  EXPECT_THAT(result.err, HasSubstr("standard input: page 2: is damaged: the data end in row 1"));
+  EXPECT_THAT(Widths(), ElementsAre(100));
+  ProgramResult const kept = Make({Out(), "-", "--dpi", "72", "--force", "--keep-damaged"}, input);
+  EXPECT_EQ(kept.exit_code, 1);
+  EXPECT_THAT(kept.err, HasSubstr("standard input: page 2: is damaged, and kept"));
+  EXPECT_THAT(Widths(), ElementsAre(100, 101));
+}
+
 TEST_F(MakeInputs, DocumentGoesToStandardOutputAndNothingIsLeft) {
   WritePicture("a.png", 100);
   std::filesystem::create_directory(Path("tmp"));

@@ -1,13 +1,9 @@
-// Opens picture files: TIFF by page, JPEG, PNG and BMP by their own decoders, everything else
-// through Leptonica.
+// Sources of pages for whole picture files: TIFF by page, JPEG, PNG and BMP by their own decoders,
+// everything else through Leptonica.
 #include "tools/formats/image_source.h"
 
 #include <sorrelin/frame/pdf.h>
 
-#include <cerrno>
-#include <cstdio>
-#include <filesystem>
-#include <system_error>
 #include <utility>
 #include <vector>
 
@@ -19,40 +15,8 @@
 namespace sorrelin::tool {
 namespace {
 
-constexpr size_t kReadBytes = 1 << 16;
-// The image library looks at this many bytes to tell a format, whatever there is.
-constexpr size_t kFormatBytes = 12;
 constexpr char kUnknownFormat[] =
     "is not a picture of a known format (convert it to PNG, TIFF or JPEG)";
-
-// The system's reason why a file cannot be read, and what to do about it.
-std::string SystemText(int error) {
-  char const* const remedy = error == ENOENT   ? " (check the name)"
-                             : error == EACCES ? " (make it readable)"
-                             : error == EISDIR ? " (name the files in it)"
-                                               : " (see that it can be read)";
-  return std::generic_category().message(error) + remedy;
-}
-
-struct FileCloser {
-  void operator()(std::FILE* file) const { std::fclose(file); }
-};
-using FilePtr = std::unique_ptr<std::FILE, FileCloser>;
-
-// Appends at most `limit` bytes. False with the system's reason if reading fails.
-bool ReadSome(std::FILE* file, size_t limit, std::vector<BYTE>& bytes, std::string& problem) {
-  size_t const end = bytes.size() + limit;
-  while (bytes.size() < end) {
-    size_t const old = bytes.size();
-    bytes.resize(old + std::min(kReadBytes, end - old));
-    errno = 0;
-    size_t const count = std::fread(bytes.data() + old, 1, bytes.size() - old, file);
-    bytes.resize(old + count);
-    if (std::ferror(file) != 0) return problem = SystemText(errno), false;
-    if (count == 0) return true;
-  }
-  return true;
-}
 
 class JpegSource : public ImageSource {
  public:
@@ -143,14 +107,15 @@ Decoder DecoderOf(int format) {
 }
 
 // What the image library takes the first bytes for. It tells documents too, and does not read them.
-int FormatOf(std::vector<BYTE> const& bytes) {
+int FormatOf(std::span<BYTE const> bytes) {
   int format = IFF_UNKNOWN;
   if (bytes.size() >= kFormatBytes) findFileFormatBuffer(bytes.data(), &format);
   return format == IFF_PS || format == IFF_LPDF ? IFF_UNKNOWN : format;
 }
 
+}  // namespace
+
 std::unique_ptr<ImageSource> SourceOfBytes(std::vector<BYTE> bytes, std::string& problem) {
-  if (bytes.empty()) return problem = "is empty (scan or save it again)", nullptr;
   if (IsTiff(bytes)) return OpenTiff(std::move(bytes), problem);
   int const format = FormatOf(bytes);
   if (format == IFF_JFIF_JPEG) {
@@ -164,37 +129,12 @@ std::unique_ptr<ImageSource> SourceOfBytes(std::vector<BYTE> bytes, std::string&
   return std::make_unique<DecodedSource>(std::move(bytes), DecoderOf(format));
 }
 
-}  // namespace
-
-std::unique_ptr<ImageSource> OpenImage(std::string const& name, std::string& problem) {
-  std::vector<BYTE> bytes;
-  if (name == kStandardInput) {
-    if (!ReadSome(stdin, bytes.max_size(), bytes, problem)) return nullptr;
-    return SourceOfBytes(std::move(bytes), problem);
-  }
-  FilePtr const file(std::fopen(name.c_str(), "rb"));
-  if (file == nullptr) return problem = SystemText(errno), nullptr;
-  if (!ReadSome(file.get(), kTiffHeaderBytes, bytes, problem)) return nullptr;
-  std::error_code ignored;
-  if (IsTiff(bytes) && std::filesystem::is_regular_file(name, ignored)) {
-    return OpenTiff(name, problem);
-  }
-  auto const size = std::filesystem::file_size(name, ignored);
-  if (!ignored) bytes.reserve(size + kReadBytes);
-  if (!ReadSome(file.get(), bytes.max_size() - bytes.size(), bytes, problem)) return nullptr;
-  return SourceOfBytes(std::move(bytes), problem);
+bool IsPicture(std::span<BYTE const> start) {
+  return IsTiff(start) || FormatOf(start) != IFF_UNKNOWN;
 }
 
 std::string DamageText(std::string const& damage) {
   return "is damaged: " + damage + " (scan or save it again, or take what is left: --keep-damaged)";
-}
-
-bool StartsAsPicture(std::string const& name) {
-  FilePtr const file(std::fopen(name.c_str(), "rb"));
-  std::vector<BYTE> bytes;
-  std::string ignored;
-  if (file == nullptr || !ReadSome(file.get(), kFormatBytes, bytes, ignored)) return false;
-  return IsTiff(bytes) || FormatOf(bytes) != IFF_UNKNOWN;
 }
 
 }  // namespace sorrelin::tool

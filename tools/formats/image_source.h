@@ -1,23 +1,27 @@
-// Picture files as sequences of pages: any file that the image library reads, or standard input.
+// A source of pages: a picture file, or one of the pictures of a stream.
 #ifndef TOOLS_FORMATS_IMAGE_SOURCE_H_
 #define TOOLS_FORMATS_IMAGE_SOURCE_H_
 
+#include <sorrelin/platform/types.h>
+
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
+#include <vector>
 
 #include "tools/formats/picture.h"
 #include "tools/formats/stored_image.h"
 
 namespace sorrelin::tool {
 
-// The name that stands for standard input.
-inline constexpr char kStandardInput[] = "-";
-
 // What is said of a page that gives no picture, and of one that takes more memory than there is.
 inline constexpr char kCannotDecode[] =
     "cannot be decoded: it is damaged, too large, or of a kind that is not read "
     "(save it anew as PNG or TIFF)";
+inline constexpr char kLeftOver[] =
+    "goes on after its last picture with bytes that are no picture (save it again, or cut them "
+    "off)";
 inline constexpr char kMemoryText[] = "is too large for the memory there is (close other programs)";
 
 // The message about a damaged picture.
@@ -32,6 +36,10 @@ class ImageSource {
   // Pages that can be reached, at least 1.
   virtual int PageCount() const = 0;
 
+  // Changes that concern the source as a whole; the report has them for its first page.
+  Changes const& changes() const { return changes_; }
+  void AddChange(Change change) { changes_.Add(change); }
+
   // What is wrong with the file as a whole, beyond its reachable pages; empty if nothing is.
   virtual std::string Damage() const { return {}; }
 
@@ -42,14 +50,20 @@ class ImageSource {
   // The page decoded: of a damaged one what could be read, and the damage. Nothing, with the reason
   // in `problem`, if there is no picture to be had.
   virtual std::optional<Picture> Decode(int page, std::string& problem) = 0;
+
+ private:
+  Changes changes_;
 };
 
-// Opens a file by name. Null, with the reason in `problem`, if it cannot be read or holds no
-// picture.
-std::unique_ptr<ImageSource> OpenImage(std::string const& name, std::string& problem);
+// Bytes that are enough to recognise any format; the image library looks at as many, whatever there
+// is.
+inline constexpr size_t kFormatBytes = 12;
 
-// Whether a file can be read and its first bytes are those of a picture.
-bool StartsAsPicture(std::string const& name);
+// Whether a file that starts so is a picture of a known format other than PNM.
+bool IsPicture(std::span<BYTE const> start);
+
+// The pages of a whole file in memory. nullptr, with the reason in `problem`, if it is no picture.
+std::unique_ptr<ImageSource> SourceOfBytes(std::vector<BYTE> bytes, std::string& problem);
 
 }  // namespace sorrelin::tool
 

@@ -8,7 +8,7 @@
 #include <system_error>
 #include <utility>
 
-#include "tools/formats/image_source.h"
+#include "tools/formats/image_file.h"
 
 namespace sorrelin::tool {
 namespace {

@@ -4,7 +4,7 @@
 #include <cstdio>
 
 #include "tools/cli/messages.h"
-#include "tools/formats/image_source.h"
+#include "tools/formats/byte_stream.h"
 
 namespace sorrelin::tool {
 

@@ -126,10 +126,22 @@ PageCoder::PageCoder(PageStyle const& style)
 PageCoder::~PageCoder() = default;
 
 std::unique_ptr<CodedPage> PageCoder::Code(ImageSource& source, int page, std::string& problem) {
-  if (!style_.recode) {
-    auto const stored = source.Stored(page);
-    if (stored && Accepts(style_.compression, *stored)) return Code(*stored, problem);
-  }
+  auto coded = CodeStored(source, page, problem);
+  if (coded == nullptr && problem.empty()) coded = CodeDecoded(source, page, problem);
+  if (coded != nullptr && page == 0) coded->record_.changes.Add(source.changes());
+  return coded;
+}
+
+// nullptr without a problem if the page has to be decoded.
+std::unique_ptr<CodedPage> PageCoder::CodeStored(ImageSource& source, int page,
+                                                 std::string& problem) {
+  if (style_.recode) return nullptr;
+  auto const stored = source.Stored(page);
+  return stored && Accepts(style_.compression, *stored) ? Code(*stored, problem) : nullptr;
+}
+
+std::unique_ptr<CodedPage> PageCoder::CodeDecoded(ImageSource& source, int page,
+                                                  std::string& problem) {
   auto picture = source.Decode(page, problem);
   if (!picture) return nullptr;
   std::string damage = std::move(picture->damage);
@@ -181,6 +193,7 @@ std::unique_ptr<CodedPage> PageCoder::Code(Picture picture, std::string& problem
   if (jpeg) picture.pix = WithoutPalette(picture.pix.get());
   if (picture.pix == nullptr) return Refuse(problem, kMemoryText);
   page.bits_per_pixel = PackedDepth(picture.pix.get());
+  if (pixGetDepth(picture.pix.get()) == 16) coded->record_.changes.Add(Change::kDepth);
   page.compression = IdentifierOf(compression);
   OwnedBlock dib = PackedDib(picture.pix.get(), {page.dpi.x, page.dpi.y});
   picture.pix.reset();

@@ -57,6 +57,8 @@ class PageCoder {
   std::unique_ptr<CodedPage> Code(Picture picture, std::string& problem);
 
  private:
+  std::unique_ptr<CodedPage> CodeStored(ImageSource& source, int page, std::string& problem);
+  std::unique_ptr<CodedPage> CodeDecoded(ImageSource& source, int page, std::string& problem);
   bool Place(int width, int height, Resolution own, CodedPage& coded, std::string& problem);
   bool Encode(OwnedBlock dib, bool jpeg, CodedPage& coded, std::string& problem);
   std::string Reason();

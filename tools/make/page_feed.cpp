@@ -7,9 +7,11 @@
 namespace sorrelin::tool {
 namespace {
 
-std::shared_ptr<ImageSource> Open(std::string const& name, std::string& problem) {
+// What `open` returns, or nullptr with the reason in `problem`.
+template <typename Open>
+auto WithinMemory(Open open, std::string& problem) -> decltype(open()) {
   try {
-    return OpenImage(name, problem);
+    return open();
   } catch (std::bad_alloc const&) {
     problem = kMemoryText;
     return nullptr;
@@ -33,19 +35,38 @@ std::optional<FeedItem> PageFeed::Next() {
 
 // Puts one more step under way; false if there is none.
 bool PageFeed::Advance() {
-  if (source_ == nullptr) return OpenNext();
-  int const pages = source_->PageCount();
-  if (next_page_ < pages) {
-    int const page = next_page_++;
-    bool const last = next_page_ == pages && source_->Damage().empty();
-    steps_.push_back(
-        {{next_input_ - 1, next_page_, pages, {}, last}, workers_.Start(source_, page)});
-    if (last) source_.reset();
+  if (file_ == nullptr) return OpenNext();
+  if (source_ == nullptr) return OpenSource();
+  if (next_page_ < source_->PageCount()) {
+    StartPage();
     return true;
   }
-  AddProblem(source_->Damage());
+  std::string damage = source_->Damage();
+  bool const last = file_->AtEnd();
+  pages_before_ += source_->PageCount();
   source_.reset();
-  return true;
+  if (last) file_.reset();
+  if (!damage.empty()) AddProblem(std::move(damage), last);
+  return damage.empty() ? Advance() : true;
+}
+
+// Whether nothing of the file comes after the source's pages.
+bool PageFeed::SourceIsLast() { return source_->Damage().empty() && file_->AtEnd(); }
+
+void PageFeed::StartPage() {
+  int const page = next_page_++;
+  bool const last_of_source = next_page_ == source_->PageCount();
+  bool const last = last_of_source && SourceIsLast();
+  int const more = last_of_source && !file_->AtEnd() ? 1 : 0;
+  FeedItem item{next_input_ - 1,
+                pages_before_ + next_page_,
+                pages_before_ + source_->PageCount() + more,
+                {},
+                last};
+  steps_.push_back({std::move(item), workers_.Start(source_, page)});
+  if (!last) return;
+  source_.reset();
+  file_.reset();
 }
 
 // Opens the next file and puts its first page under way, or what is wrong with it.
@@ -53,15 +74,29 @@ bool PageFeed::OpenNext() {
   if (next_input_ == inputs_.size()) return false;
   Input const& input = inputs_[next_input_++];
   std::string problem = input.problem;
-  if (problem.empty()) source_ = Open(input.name, problem);
-  next_page_ = 0;
-  if (source_ != nullptr) return Advance();
-  AddProblem(std::move(problem));
+  pages_before_ = 0;
+  if (problem.empty()) {
+    file_ = WithinMemory([&] { return ImageFile::Open(input.name, problem); }, problem);
+  }
+  if (file_ != nullptr) return Advance();
+  AddProblem(std::move(problem), true);
   return true;
 }
 
-void PageFeed::AddProblem(std::string problem) {
-  steps_.push_back({{next_input_ - 1, 0, 0, {nullptr, std::move(problem)}, true}, {}});
+// The same of the next source of the file.
+bool PageFeed::OpenSource() {
+  std::string problem;
+  next_page_ = 0;
+  source_ = WithinMemory([&] { return file_->Next(problem); }, problem);
+  if (source_ != nullptr) return Advance();
+  file_.reset();
+  if (problem.empty()) return Advance();
+  AddProblem(std::move(problem), true);
+  return true;
+}
+
+void PageFeed::AddProblem(std::string problem, bool last) {
+  steps_.push_back({{next_input_ - 1, 0, 0, {nullptr, std::move(problem)}, last}, {}});
 }
 
 }  // namespace sorrelin::tool

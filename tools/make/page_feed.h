@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "tools/formats/image_file.h"
 #include "tools/make/input_list.h"
 #include "tools/make/page_workers.h"
 
@@ -19,7 +20,7 @@ namespace sorrelin::tool {
 struct FeedItem {
   size_t input = 0;     // index of the file
   int page = 0;         // counted from 1; 0: the problem is the file's
-  int pages = 0;        // that the file has, as far as it can be read
+  int pages = 0;        // that the file is known to have by now
   CodingResult result;  // no page: a problem
   bool last = false;    // nothing of the file comes behind it
 };
@@ -42,13 +43,18 @@ class PageFeed {
 
   bool Advance();
   bool OpenNext();
-  void AddProblem(std::string problem);
+  bool OpenSource();
+  void StartPage();
+  bool SourceIsLast();
+  void AddProblem(std::string problem, bool last);
 
   std::vector<Input> const& inputs_;
   PageWorkers workers_;
   size_t next_input_ = 0;
-  std::shared_ptr<ImageSource> source_;  // the file that is being taken apart
-  int next_page_ = 0;
+  std::unique_ptr<ImageFile> file_;      // the one that is being taken apart
+  std::shared_ptr<ImageSource> source_;  // what its next pages come from
+  int next_page_ = 0;                    // of the source
+  int pages_before_ = 0;                 // of the file's sources before this one
   std::deque<Step> steps_;
 };
 

@@ -8,7 +8,7 @@
 #include <thread>
 
 #include "tools/cli/text.h"
-#include "tools/formats/image_source.h"
+#include "tools/formats/byte_stream.h"
 
 namespace sorrelin::tool {
 namespace {

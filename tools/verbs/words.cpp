@@ -8,7 +8,7 @@
 
 #include "tools/cli/messages.h"
 #include "tools/cli/output_file.h"
-#include "tools/formats/image_source.h"
+#include "tools/formats/image_file.h"
 #include "tools/ocr/recognized_words.h"
 #include "tools/verbs/verbs.h"
 
@@ -42,17 +42,30 @@ class Words {
 
   void ReadImage(std::string const& name) {
     std::string problem;
-    auto const source = OpenImage(name, problem);
-    if (source == nullptr) return Report(name, problem);
-    int const pages = source->PageCount();
+    auto const file = ImageFile::Open(name, problem);
+    if (file == nullptr) return Report(name, problem);
+    int first = 1;
+    while (auto const source = file->Next(problem)) {
+      ReadSource(name, *source, first, first > 1 || !file->AtEnd());
+      first += source->PageCount();
+    }
+    if (!problem.empty()) Report(name, problem);
+  }
+
+  // `first` is the number of the source's first page in the file; `several` sources make up the
+  // file.
+  void ReadSource(std::string const& name, ImageSource& source, int first, bool several) {
+    int const pages = source.PageCount();
     for (int page = 0; page < pages; ++page) {
-      if (auto const words = ReadPage(*source, page, problem)) {
-        Print(name, page + 1, *words);
+      std::string problem;
+      if (auto const words = ReadPage(source, page, problem)) {
+        Print(name, first + page, *words);
       } else {
-        Report(name, (pages > 1 ? "page " + std::to_string(page + 1) + ": " : "") + problem);
+        std::string const place = "page " + std::to_string(first + page) + ": ";
+        Report(name, (several || pages > 1 ? place : "") + problem);
       }
     }
-    if (std::string const damage = source->Damage(); !damage.empty()) Report(name, damage);
+    if (std::string const damage = source.Damage(); !damage.empty()) Report(name, damage);
   }
 
   std::optional<std::vector<HocrWord>> ReadPage(ImageSource& source, int page,

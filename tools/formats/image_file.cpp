@@ -1,0 +1,160 @@
+// Finds where each picture of a file ends.
+#include "tools/formats/image_file.h"
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <filesystem>
+#include <system_error>
+#include <utility>
+#include <vector>
+
+#include "tools/formats/jpeg_file.h"
+#include "tools/formats/pnm_file.h"
+#include "tools/formats/tiff_source.h"
+
+namespace sorrelin::tool {
+namespace {
+
+constexpr std::array<BYTE, 8> kPngSignature = {0x89, 'P', 'N', 'G', '\r', '\n', 0x1A, '\n'};
+constexpr std::array<BYTE, 3> kJpegStart = {0xFF, 0xD8, 0xFF};
+constexpr size_t kPngChunkFrameBytes = 12;
+constexpr size_t kFirstLook = 1 << 20;
+constexpr size_t kMaxRecordBytes = 1 << 26;  // of what a camera adds, films apart
+
+bool StartsWith(std::span<BYTE const> bytes, std::span<BYTE const> start) {
+  return bytes.size() >= start.size() && std::equal(start.begin(), start.end(), bytes.begin());
+}
+
+// Whether one of the pictures starts so that may follow each other.
+bool StartsStreamed(std::span<BYTE const> bytes) {
+  return IsPnm(bytes) || StartsWith(bytes, kPngSignature) || StartsWith(bytes, kJpegStart);
+}
+
+size_t NumberAt(std::span<BYTE const> bytes, size_t at) {
+  return size_t{bytes[at]} << 24 | size_t{bytes[at + 1]} << 16 | size_t{bytes[at + 2]} << 8 |
+         bytes[at + 3];
+}
+
+// Bytes up to the end of the chunk that ends a PNG picture; all there are if there is none.
+size_t PngEnd(ByteStream& stream) {
+  constexpr std::array<BYTE, 4> kEnd = {'I', 'E', 'N', 'D'};
+  size_t at = kPngSignature.size();
+  for (;;) {
+    auto const bytes = stream.Peek(at + kPngChunkFrameBytes);
+    if (bytes.size() < at + kPngChunkFrameBytes) return SIZE_MAX;
+    bool const last = StartsWith(bytes.subspan(at + 4), kEnd);
+    at += kPngChunkFrameBytes + NumberAt(bytes, at);
+    if (last) return at;
+  }
+}
+
+// Bytes up to and with the end marker of a JPEG picture; all there are if there is none.
+size_t JpegEndIn(ByteStream& stream) {
+  for (size_t look = kFirstLook;; look *= 2) {
+    auto const bytes = stream.Peek(look);
+    if (size_t const end = JpegEnd(bytes); end != 0) return end;
+    if (bytes.size() < look) return SIZE_MAX;
+  }
+}
+
+// Whether the header has an index of several views (CIPA DC-007).
+bool HasViewIndex(std::span<BYTE const> jpeg) {
+  constexpr std::array<BYTE, 4> kIndexMark = {'M', 'P', 'F', 0};
+  constexpr BYTE kMarkerOfIndex = 0xE2, kStartOfScan = 0xDA;
+  size_t at = 2;
+  while (at + 8 < jpeg.size() && jpeg[at] == 0xFF && jpeg[at + 1] != kStartOfScan) {
+    bool const index =
+        jpeg[at + 1] == kMarkerOfIndex && StartsWith(jpeg.subspan(at + 4), kIndexMark);
+    if (index) return true;
+    at += 2 + (size_t{jpeg[at + 2]} << 8 | jpeg[at + 3]);
+  }
+  return false;
+}
+
+// Whether what follows a photograph is a film, which starts with a box of its type, or a list of
+// records that ends with its mark.
+bool IsCameraRecord(ByteStream& stream) {
+  constexpr std::array<BYTE, 4> kFilm = {'f', 't', 'y', 'p'}, kListEnd = {'S', 'E', 'F', 'T'};
+  auto const start = stream.Peek(8);
+  if (start.size() < 8 || StartsStreamed(start)) return false;
+  if (StartsWith(start.subspan(4), kFilm)) return true;
+  return StartsWith(stream.Peek(kMaxRecordBytes).last(4), kListEnd);
+}
+
+}  // namespace
+
+std::unique_ptr<ImageFile> ImageFile::Open(std::string const& name, std::string& problem) {
+  auto stream = ByteStream::Open(name, problem);
+  if (stream == nullptr) return nullptr;
+  return std::unique_ptr<ImageFile>(new ImageFile(name, std::move(stream)));
+}
+
+std::unique_ptr<ImageSource> ImageFile::Next(std::string& problem) {
+  problem.clear();
+  if (ended_ || (begun_ && stream_->AtEnd())) return nullptr;
+  auto source = TakeSource(problem);
+  if (source == nullptr) ended_ = true;
+  if (!stream_->problem().empty()) problem = stream_->problem();
+  if (!problem.empty()) source.reset();
+  begun_ = true;
+  return source;
+}
+
+std::unique_ptr<ImageSource> ImageFile::TakeSource(std::string& problem) {
+  auto const start = stream_->Peek(kFormatBytes);
+  if (!stream_->problem().empty()) return nullptr;
+  if (start.empty()) return problem = "is empty (scan or save it again)", nullptr;
+  if (IsPnm(start)) {
+    auto source = TakePnm(*stream_, problem);
+    SkipPadding();
+    return source;
+  }
+  if (StartsWith(start, kPngSignature))
+    return SourceOfBytes(stream_->Take(PngEnd(*stream_)), problem);
+  if (StartsWith(start, kJpegStart)) return TakeJpeg(problem);
+  if (begun_) return problem = kLeftOver, nullptr;
+  ended_ = true;
+  if (IsTiff(start)) return TakeTiff(problem);
+  return SourceOfBytes(stream_->TakeRest(), problem);
+}
+
+// A file on disk stays there.
+std::unique_ptr<ImageSource> ImageFile::TakeTiff(std::string& problem) {
+  std::error_code ignored;
+  bool const on_disk = name_ != kStandardInput && std::filesystem::is_regular_file(name_, ignored);
+  return on_disk ? OpenTiff(name_, problem) : OpenTiff(stream_->TakeRest(), problem);
+}
+
+// Cameras put further views, films and records of their own after the picture, and some name them
+// in an index in its header.
+std::unique_ptr<ImageSource> ImageFile::TakeJpeg(std::string& problem) {
+  auto bytes = stream_->Take(JpegEndIn(*stream_));
+  bool const has_index = HasViewIndex(bytes);
+  auto source = SourceOfBytes(std::move(bytes), problem);
+  if (source == nullptr || stream_->AtEnd()) return source;
+  if (has_index || IsCameraRecord(*stream_)) {
+    ended_ = true;
+    source->AddChange(Change::kFirstPicture);
+  }
+  while (!ended_ && !stream_->AtEnd() && stream_->Peek(1)[0] == 0) stream_->Get();
+  return source;
+}
+
+void ImageFile::SkipPadding() {
+  auto rest = stream_->Peek(1);
+  while (!rest.empty() && (rest[0] == ' ' || (rest[0] >= '\t' && rest[0] <= '\r'))) {
+    stream_->Get();
+    rest = stream_->Peek(1);
+  }
+}
+
+bool StartsAsPicture(std::string const& name) {
+  std::string ignored;
+  auto const stream = ByteStream::Open(name, ignored);
+  if (stream == nullptr) return false;
+  auto const start = stream->Peek(kFormatBytes);
+  return IsPnm(start) || IsPicture(start);
+}
+
+}  // namespace sorrelin::tool
