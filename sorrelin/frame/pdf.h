@@ -17,20 +17,9 @@
 #define SORRELIN_FRAME_PDF_H_
 
 #include <sorrelin/platform/codes.h>
+#include <sorrelin/platform/export.h>
 #include <sorrelin/platform/types.h>
 #include <stdint.h>
-
-#if defined(SORRELIN_STATIC)
-#define SORRELIN_EXPORT
-#elif defined(_WIN32)
-#if defined(SORRELIN_BUILDING)
-#define SORRELIN_EXPORT __declspec(dllexport)
-#else
-#define SORRELIN_EXPORT __declspec(dllimport)
-#endif
-#else
-#define SORRELIN_EXPORT __attribute__((visibility("default")))
-#endif
 
 #ifdef __cplusplus
 extern "C" {
