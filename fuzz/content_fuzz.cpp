@@ -1,7 +1,7 @@
 // The flip test of a page's content: a text that comes in pieces gets the answer of the whole.
 //
 // The input is the size of the first piece and of all others, then the text.
-#include <sorrelin/image/page_flip.h>
+#include <sorrelin/syntax/page_flip.h>
 
 #include "fuzz/fuzz_input.h"
 

@@ -1,7 +1,7 @@
 // From the page to its one picture, and through the picture's dictionary.
 #include "tools/extract/page_image.h"
 
-#include <sorrelin/image/page_flip.h>
+#include <sorrelin/syntax/page_flip.h>
 
 #include <algorithm>
 #include <cmath>

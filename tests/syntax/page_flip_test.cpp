@@ -1,6 +1,6 @@
 // Whether a content stream draws its image upside down.
 #include <gtest/gtest.h>
-#include <sorrelin/image/page_flip.h>
+#include <sorrelin/syntax/page_flip.h>
 
 #include <string>
 

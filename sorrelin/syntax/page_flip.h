@@ -1,7 +1,7 @@
 // Whether a page's content stream draws its image upside down. The stream's text is tokenized, not
 // interpreted: only the transformation matrix and its stack are followed.
-#ifndef SORRELIN_IMAGE_PAGE_FLIP_H_
-#define SORRELIN_IMAGE_PAGE_FLIP_H_
+#ifndef SORRELIN_SYNTAX_PAGE_FLIP_H_
+#define SORRELIN_SYNTAX_PAGE_FLIP_H_
 
 #include <sorrelin/platform/types.h>
 
@@ -55,4 +55,4 @@ class PageFlipTest {
 
 }  // namespace sorrelin
 
-#endif  // SORRELIN_IMAGE_PAGE_FLIP_H_
+#endif  // SORRELIN_SYNTAX_PAGE_FLIP_H_

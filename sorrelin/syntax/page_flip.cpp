@@ -1,5 +1,5 @@
 // Whether a page's content stream draws its image upside down.
-#include <sorrelin/image/page_flip.h>
+#include <sorrelin/syntax/page_flip.h>
 
 #include <charconv>
 #include <cstring>
