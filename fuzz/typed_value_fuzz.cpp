@@ -2,7 +2,7 @@
 // whose objects lead on, back, and nowhere; then the same bytes as /ID and /DecodeParms.
 #include <sorrelin/document/decode_parms.h>
 #include <sorrelin/document/id_key.h>
-#include <sorrelin/document/typed_lookup.h>
+#include <sorrelin/syntax/typed_lookup.h>
 #include <sorrelin/syntax/typed_value.h>
 #include <tests/support/pdf_builder.h>
 #include <tests/support/session_probe.h>
@@ -29,19 +29,19 @@ class Document {
     document_ = pdf.Document();
     fuzz::Require(session_.Open(document_), "the document does not open");
   }
-  sorrelin::ReaderState* state() { return &SessionProbe::Reader(*session_); }
+  sorrelin::ObjectSource* objects() { return SessionProbe::Source(*session_); }
 
  private:
   test::Bytes document_;
   fuzz::Session session_;
 };
 
-void TryTypes(sorrelin::ReaderState* state, fuzz::Data text) {
+void TryTypes(sorrelin::ObjectSource* objects, fuzz::Data text) {
   for (DWORD const type : kTypes) {
     fuzz::Copy copy(text);
     void* out = nullptr;
     uint64_t size = 0;
-    if (sorrelin::GetTypedValue(state, copy.data(), copy.size(), "/K", &out, &size, type) == 0) {
+    if (sorrelin::GetTypedValue(objects, copy.data(), copy.size(), "/K", &out, &size, type) == 0) {
       fuzz::Require(out == nullptr, "a value behind a failure");
       continue;
     }
@@ -52,12 +52,12 @@ void TryTypes(sorrelin::ReaderState* state, fuzz::Data text) {
   }
 }
 
-void TryValueText(sorrelin::ReaderState* state, fuzz::Data text) {
+void TryValueText(sorrelin::ObjectSource* objects, fuzz::Data text) {
   fuzz::Copy copy(text);
   BYTE* at = copy.data();
   BYTE* out = nullptr;
   DWORD size = 0;
-  sorrelin::ParseValueText(state, &at, copy.size(), &out, &size);
+  sorrelin::ParseValueText(objects, &at, copy.size(), &out, &size);
   std::free(out);
 }
 
@@ -67,16 +67,15 @@ int LLVMFuzzerTestOneInput(uint8_t const* bytes, size_t size) {
   static auto& document = *new Document;  // for all inputs
   fuzz::Data const text(bytes, size);
   if (text.empty() || fuzz::HoldsEndlessNumber(text)) return 0;
-  fuzz::Guard([&] { TryTypes(document.state(), text); });
-  sorrelin::ReaderState nothing;
-  TryTypes(&nothing, text);
-  TryValueText(document.state(), text);
+  fuzz::Guard([&] { TryTypes(document.objects(), text); });
+  TryTypes(nullptr, text);
+  TryValueText(document.objects(), text);
   sorrelin::DocumentId id;
   fuzz::Copy id_text(text);
   sorrelin::ReadIdKey({id_text.data(), id_text.size()}, id);
   fuzz::Copy parms_text(text);
-  sorrelin::CDecodeParms(document.state()).ParseDecodeParms(parms_text.data(), parms_text.size());
+  sorrelin::CDecodeParms(document.objects()).ParseDecodeParms(parms_text.data(), parms_text.size());
   fuzz::Copy filter_text(text);
-  sorrelin::FindFilterNames(document.state(), {filter_text.data(), filter_text.size()});
+  sorrelin::FindFilterNames(document.objects(), {filter_text.data(), filter_text.size()});
   return 0;
 }

@@ -1,19 +1,18 @@
-// Sections of a classic cross-reference table (ISO 32000-1, 7.5.4): "xref", then subsections, each
-// a line with first number and count, and an entry of 18 characters and a line end for each object.
-#include <sorrelin/channel/file_channel.h>
-#include <sorrelin/document/table_cursor.h>
-#include <sorrelin/frame/session_state.h>
-#include <sorrelin/platform/file.h>
+// Sections of a classic cross-reference table: "xref", then subsections, each a line with first
+// number and count, and an entry of 18 characters and a line end for each object.
+#include <sorrelin/document/classic_route.h>
+#include <sorrelin/platform/codes.h>
 #include <sorrelin/syntax/byte_view.h>
-#include <sorrelin/syntax/key_search.h>
 #include <sorrelin/syntax/text_integer.h>
+#include <sorrelin/syntax/value_scan.h>
 
 #include <algorithm>
 #include <cstdio>
+#include <optional>
+#include <span>
+#include <string_view>
 
-using sorrelin::ByteView;
-using sorrelin::TableCursor;
-using sorrelin::TakeInteger;
+namespace sorrelin {
 
 namespace {
 
@@ -26,8 +25,8 @@ constexpr DWORD kTrailerLook = 100;
 constexpr DWORD kObjectHeaderBytes = 20;
 constexpr std::string_view kTrailer = "trailer";
 
-DWORD SkipDelimiters(Bytes bytes, DWORD at) {
-  while (at < bytes.size() && sorrelin::IsSeparator(bytes[at])) ++at;
+DWORD SkipSeparators(Bytes bytes, DWORD at) {
+  while (at < bytes.size() && IsSeparator(bytes[at])) ++at;
   return at;
 }
 
@@ -49,95 +48,114 @@ struct TableEntry {
 std::optional<TableEntry> ParseEntry(std::string_view text) {
   auto const offset = TakeInteger(text);
   auto const generation = offset ? TakeInteger(text) : std::nullopt;
-  text = sorrelin::SkipScanSpace(text);
+  text = SkipScanSpace(text);
   if (!generation || text.empty()) return std::nullopt;
   return TableEntry{static_cast<DWORD>(*offset), static_cast<DWORD>(*generation), text[0]};
 }
 
-}  // namespace
+// Reads one section, subsection by subsection.
+class SectionReader {
+ public:
+  SectionReader(DocumentFile& file, ObjectTable& table, DWORD& entries_left, DWORD offset,
+                bool older)
+      : file_(file), table_(table), entries_left_(entries_left), at_(offset), older_(older) {}
 
-int sorrelin::SessionState::BuildObjectListFromXrefTable(DWORD nOffset, int bOlder) {
-  if (nOffset == 0) return 0;
-  m_nMaxSectionOffset = std::max(m_nMaxSectionOffset, nOffset);
-  if (bOlder == 0) {
-    m_pReader->m_nTableEntriesLeft = sorrelin::ChannelGetSize(m_hFile, nullptr) / kEntryBytes;
+  Status Run() {
+    Status status = Status::Ok();
+    while (status.ok() && !at_trailer_) status = ReadSubsection();
+    return status;
   }
-  TableCursor cursor;
-  cursor.nAt = nOffset;
-  cursor.bOlder = bOlder != 0;
-  while (!cursor.bAtTrailer) {
-    if (!ReadSubsection(cursor)) return 0;
-  }
-  return 1;
-}
 
-bool sorrelin::SessionState::ReadSubsection(TableCursor& cursor) {
-  DWORD count = 0;
-  if (!ReadSubsectionHeader(cursor, count)) return false;
-  for (DWORD i = 0; i < count; ++i) {
-    if (!ReadTableEntry(cursor)) return false;
+ private:
+  Status ReadSubsection() {
+    DWORD count = 0;
+    Status status = ReadHeader(count);
+    for (DWORD i = 0; status.ok() && i < count; ++i) status = ReadEntry();
+    return status.ok() ? LookForTrailer() : status;
   }
-  return LookForTrailer(cursor);
-}
 
-// Kept: the line's length is computed and not measured; a line that holds more than its numbers and
-// delimiters is read from the wrong place.
-bool sorrelin::SessionState::ReadSubsectionHeader(TableCursor& cursor, DWORD& nCount) {
-  BYTE header[kHeaderBytes];
-  auto const read = cursor.Window.Read(m_hFile, cursor.nAt, header, kHeaderBytes);
-  DWORD first = 0;
-  if (read != kHeaderBytes || GetValue(header, kHeaderBytes, nullptr, &first, &nCount) == 0) {
-    return Fail(PDF_ERROR_SYSTEM) != 0;
+  // Kept: the line's length is computed and not measured; a line that holds more than its numbers
+  // and separators is read from the wrong place.
+  Status ReadHeader(DWORD& count) {
+    BYTE header[kHeaderBytes];
+    auto const read = window_.Read(file_.channel(), at_, header, kHeaderBytes);
+    DWORD first = 0;
+    if (read != kHeaderBytes || !FindPair(header, nullptr, &first, &count)) {
+      return Status::Failed(PDF_ERROR_SYSTEM);
+    }
+    at_ += SkipSeparators(header, HeaderLength(at_keyword_, first, count));
+    at_keyword_ = false;
+    return Status::Ok();
   }
-  cursor.nAt += SkipDelimiters(header, HeaderLength(cursor.bAtKeyword, first, nCount));
-  cursor.bAtKeyword = false;
-  return true;
-}
 
-// The line end of an entry counts as delimiters in front of the next one, whatever its length.
-bool sorrelin::SessionState::ReadTableEntry(TableCursor& cursor) {
-  // Sections that overlap would list more entries than the document has room for.
-  if (m_pReader->m_nTableEntriesLeft == 0) return Fail(PDF_ERROR_NOT_PDF) != 0;
-  --m_pReader->m_nTableEntriesLeft;
-  auto const seen = cursor.Window.Look(m_hFile, cursor.nAt, kEntryLook);
-  if (!seen || seen->size() < kEntryBytes) return Fail(PDF_ERROR_SYSTEM) != 0;
-  DWORD const begin = SkipDelimiters(*seen, 0);
-  auto const entry = ParseEntry(TextOf(seen->subspan(begin)).substr(0, kEntryBytes));
-  if (!entry) return Fail(PDF_ERROR_NOT_PDF) != 0;
-  cursor.nAt += begin + kEntryBytes;
+  // The line end of an entry counts as separators before the next one, whatever its length.
+  Status ReadEntry() {
+    // Sections that overlap would list more entries than the document has room for.
+    if (entries_left_ == 0) return Status::Failed(PDF_ERROR_NOT_PDF);
+    --entries_left_;
+    auto const seen = window_.Look(file_.channel(), at_, kEntryLook);
+    if (!seen || seen->size() < kEntryBytes) return Status::Failed(PDF_ERROR_SYSTEM);
+    DWORD const begin = SkipSeparators(*seen, 0);
+    auto const entry = ParseEntry(TextOf(seen->subspan(begin)).substr(0, kEntryBytes));
+    if (!entry) return Status::Failed(PDF_ERROR_NOT_PDF);
+    at_ += begin + kEntryBytes;
+    return TakeEntry(*entry);
+  }
+
   // Kept: the object's own header gives the number, and an entry that leads to none lands in row 0;
   // documents whose subsections are numbered wrong open.
-  DWORD const number = GetRealObjectNumber(entry->offset);
-  if (number >= kObjectRows) return Fail(PDF_ERROR_MEMORY) != 0;
-  if (cursor.bOlder && m_Objects[number].nOffset != 0) return true;
-  m_Objects[number] = {entry->offset, entry->generation, entry->letter == 'n' ? 1U : 0U};
-  m_nObjectsInFile = std::max(m_nObjectsInFile, number + 1);
-  m_pReader->m_Offsets.Clear();
-  return true;
-}
-
-// Leaves the channel behind the delimiters, on the trailer or the next subsection.
-bool sorrelin::SessionState::LookForTrailer(TableCursor& cursor) {
-  auto const seen = cursor.Window.Look(m_hFile, cursor.nAt, kTrailerLook);
-  if (!seen || seen->size() < kTrailer.size()) return Fail(PDF_ERROR_SYSTEM) != 0;
-  DWORD const begin = SkipDelimiters(*seen, 0);
-  cursor.bAtTrailer = TextOf(seen->subspan(begin)).starts_with(kTrailer);
-  cursor.nAt += begin;
-  LONG const target = static_cast<LONG>(cursor.nAt);
-  if (sorrelin::ChannelSeek(m_hFile, target, nullptr, FILE_BEGIN) == INVALID_SET_FILE_POINTER) {
-    return Fail(PDF_ERROR_SYSTEM) != 0;
+  Status TakeEntry(TableEntry const& entry) {
+    Result<DWORD> const number = NumberOfObjectAt(file_, entry.offset);
+    if (number.status().code()) file_.Note(*number.status().code());
+    DWORD const row = number.value();
+    if (row >= ObjectTable::kRows) return Status::Failed(PDF_ERROR_MEMORY);
+    if (older_ && table_.IsTaken(row)) return Status::Ok();
+    table_.Change(row) = {entry.offset, entry.generation, entry.letter == 'n' ? 1U : 0U};
+    table_.SetRowsInDocument(std::max(table_.rows_in_document(), row + 1));
+    return Status::Ok();
   }
-  return true;
+
+  // Leaves the channel after the separators, on the trailer or the next subsection.
+  Status LookForTrailer() {
+    auto const seen = window_.Look(file_.channel(), at_, kTrailerLook);
+    if (!seen || seen->size() < kTrailer.size()) return Status::Failed(PDF_ERROR_SYSTEM);
+    DWORD const begin = SkipSeparators(*seen, 0);
+    at_trailer_ = TextOf(seen->subspan(begin)).starts_with(kTrailer);
+    at_ += begin;
+    return file_.SeekTo(at_) ? Status::Ok() : Status::Failed(PDF_ERROR_SYSTEM);
+  }
+
+  DocumentFile& file_;
+  ObjectTable& table_;
+  DWORD& entries_left_;
+  DWORD at_;  // offset of what is read next
+  bool older_;
+  bool at_keyword_ = true;   // the section's own keyword stands there
+  bool at_trailer_ = false;  // the word "trailer" stands there
+  ReadWindow window_;
+};
+
+}  // namespace
+
+Status ClassicRoute::ReadTable(DWORD offset, bool older) {
+  if (offset == 0) return Status::Failed();
+  facts_.max_section_offset = std::max(facts_.max_section_offset, offset);
+  DocumentFile& file = objects_.file();
+  if (!older) entries_left_ = ChannelGetSize(file.channel(), nullptr) / kEntryBytes;
+  return SectionReader(file, objects_.table(), entries_left_, offset, older).Run();
 }
 
-DWORD sorrelin::SessionState::GetRealObjectNumber(DWORD nOffset) {
-  if (nOffset == 0) return 0;
-  auto const seen = m_pReader->m_Window.Look(m_hFile, nOffset, kObjectHeaderBytes);
-  if (!seen) return Fail(PDF_ERROR_SYSTEM);
-  if (seen->size() < kObjectHeaderBytes) return 0;
+Result<DWORD> NumberOfObjectAt(DocumentFile& file, DWORD offset) {
+  if (offset == 0) return DWORD{0};
+  auto const seen = file.Look(offset, kObjectHeaderBytes);
+  if (!seen) return Status::Failed(PDF_ERROR_SYSTEM);
+  if (seen->size() < kObjectHeaderBytes) return DWORD{0};
   std::string_view text = TextOf(*seen);
   auto const number = TakeInteger(text);
   bool const header = number && TakeInteger(text);
-  text = sorrelin::SkipScanSpace(text);
-  return header && text.starts_with("obj") ? static_cast<DWORD>(*number) : Fail(PDF_ERROR_NOT_PDF);
+  text = SkipScanSpace(text);
+  if (!header || !text.starts_with("obj")) return Status::Failed(PDF_ERROR_NOT_PDF);
+  return static_cast<DWORD>(*number);
 }
+
+}  // namespace sorrelin

@@ -1,76 +1,104 @@
 // Trailers of the classic route: the first 300 bytes from the word "trailer" on, searched as text.
-#include <sorrelin/channel/file_channel.h>
-#include <sorrelin/frame/session_state.h>
+#include <sorrelin/document/classic_route.h>
+#include <sorrelin/platform/codes.h>
+#include <sorrelin/syntax/value_scan.h>
 
 #include <algorithm>
+#include <set>
+#include <span>
+#include <string_view>
+
+namespace sorrelin {
 
 namespace {
 
 constexpr DWORD kTrailerBytes = 300;
 
-struct TrailerText {
-  BYTE bytes[kTrailerBytes];
-  DWORD size = 0;
-
-  // From the channel's position. False if there is nothing.
-  bool Read(sorrelin::FileChannel* channel) {
-    return sorrelin::ChannelRead(channel, bytes, kTrailerBytes, &size, nullptr) != 0 && size != 0;
+class TrailerText {
+ public:
+  // Reads from the channel's position.
+  explicit TrailerText(FileChannel* channel) {
+    if (ChannelRead(channel, bytes_, kTrailerBytes, &size_, nullptr) == 0) size_ = 0;
   }
+  bool empty() const { return size_ == 0; }
+  std::span<BYTE> text() { return {bytes_, size_}; }
+
+ private:
+  BYTE bytes_[kTrailerBytes];
+  DWORD size_ = 0;
 };
 
 }  // namespace
 
-DWORD sorrelin::SessionState::BuildObjectListFromTrailer(DWORD* pPrev) {
-  TrailerText text;
-  if (!text.Read(m_hFile)) return Fail(PDF_ERROR_SYSTEM);
-  m_nInfoObject = 0;
-  m_nInfoGeneration = 0;
+// Newest section first; older ones fill the rows that it leaves free.
+Status ClassicRoute::ReadSections(DWORD start) {
   DWORD prev = 0;
-  if (GetValue(text.bytes, text.size, "Prev", &prev) != 0 && pPrev != nullptr) *pPrev = prev;
+  Status status = ReadTable(start, false);
+  if (status.ok()) status = ReadTrailer(&prev);
+  for (std::set<DWORD> seen{start}; status.ok() && prev != 0 && seen.insert(prev).second;) {
+    status = ReadTable(prev, true);
+    if (status.ok()) status = ReadPrev(&prev);
+  }
+  return status;
+}
+
+Status ClassicRoute::ReadTrailer(DWORD* prev) {
+  TrailerText trailer(objects_.file().channel());
+  if (trailer.empty()) return Status::Failed(PDF_ERROR_SYSTEM);
+  std::span<BYTE> const text = trailer.text();
+  facts_.info = 0;
+  facts_.info_generation = 0;
+  DWORD found = 0;
+  if (FindNumber(text, "Prev", &found) && prev != nullptr) *prev = found;
   DWORD number = 0;
   DWORD generation = 0;
-  if (GetValue(text.bytes, text.size, "Size", &m_nTrailerSize) == 0 ||
-      GetValue(text.bytes, text.size, "Root", &number, &generation) == 0) {
-    return Fail(PDF_ERROR_SYSTEM);
+  if (!FindNumber(text, "Size", &facts_.trailer_size) ||
+      !FindPair(text, "Root", &number, &generation)) {
+    return Status::Failed(PDF_ERROR_SYSTEM);
   }
-  m_nCatalogObject = number;
-  m_nCatalogGeneration = generation;
+  facts_.catalog = number;
+  facts_.catalog_generation = generation;
   // Kept: without the key Info is what Root is; updates write that pair back.
-  GetValue(text.bytes, text.size, "Info", &number, &generation);
-  m_nInfoObject = number;
-  m_nInfoGeneration = generation;
+  FindPair(text, "Info", &number, &generation);
+  facts_.info = number;
+  facts_.info_generation = generation;
   // Kept: an /ID whose text cannot be cut out leaves the old text and is no failure.
-  TakeTrailerText(text.bytes, text.size, "/ID", m_szTrailerID);
-  return TakeTrailerText(text.bytes, text.size, "/Encrypt", m_szTrailerEncrypt) ? 1 : 0;
+  TakeTrailerText(text, "/ID", facts_.trailer_id);
+  return TakeTrailerText(text, "/Encrypt", facts_.trailer_encrypt) ? Status::Ok()
+                                                                   : Status::Failed();
 }
 
 // The key with its value as text, all zeros where the trailer does not mention it. False if it does
 // and the text cannot be cut out, or is too long.
-bool sorrelin::SessionState::TakeTrailerText(BYTE* pText, DWORD nSize, char const* szKey,
-                                             char (&szTarget)[kTrailerTextBytes]) {
-  if (IsFlagSet(pText, nSize, szKey + 1) == 0) {
-    std::fill(std::begin(szTarget), std::end(szTarget), '\0');
+bool ClassicRoute::TakeTrailerText(std::span<BYTE> trailer, char const* key,
+                                   char (&target)[DocumentFacts::kTrailerTextBytes]) {
+  if (!HoldsKey(trailer, key + 1)) {
+    std::fill(std::begin(target), std::end(target), '\0');
     return true;
   }
-  DWORD size = kTrailerTextBytes;
-  return GetKeyWithValue(pText, nSize, szKey, reinterpret_cast<BYTE*>(szTarget), &size) != 0;
+  std::string_view const text = FindKeyWithValue(trailer, key).value_or(std::string_view());
+  if (text.empty() || text.size() >= sizeof target) return false;
+  *std::copy(text.begin(), text.end(), target) = '\0';
+  return true;
 }
 
-int sorrelin::SessionState::ReadPrevFlag(DWORD* pPrev) {
-  TrailerText text;
-  if (!text.Read(m_hFile)) return static_cast<int>(Fail(PDF_ERROR_SYSTEM));
-  DWORD const entered = *pPrev;
+Status ClassicRoute::ReadPrev(DWORD* prev) {
+  TrailerText trailer(objects_.file().channel());
+  if (trailer.empty()) return Status::Failed(PDF_ERROR_SYSTEM);
+  std::span<BYTE> const text = trailer.text();
+  DWORD const entered = *prev;
   DWORD value = 0;
-  if (IsReference(text.bytes, text.size, "Prev") != 0) {
+  if (IsReferenceAfter(text, "Prev")) {
     DWORD number = 0;
-    if (GetValue(text.bytes, text.size, "Prev", &number) == 0 ||
-        GetValueFromReference(number, &value) == 0) {
-      return 0;
+    if (!FindNumber(text, "Prev", &number) || !objects_.ReadNumberOf(number, &value)) {
+      return Status::Failed();
     }
-    *pPrev = value;
-  } else if (GetValue(text.bytes, text.size, "Prev", &value) != 0) {
-    *pPrev = value;
+    *prev = value;
+  } else if (FindNumber(text, "Prev", &value)) {
+    *prev = value;
   }
-  if (*pPrev == entered) *pPrev = 0;
-  return 1;
+  if (*prev == entered) *prev = 0;
+  return Status::Ok();
 }
+
+}  // namespace sorrelin

@@ -3,6 +3,7 @@
 #ifndef SORRELIN_DOCUMENT_CXREF_H_
 #define SORRELIN_DOCUMENT_CXREF_H_
 
+#include <sorrelin/document/document_file.h>
 #include <sorrelin/platform/types.h>
 
 #include <compare>
@@ -16,8 +17,7 @@ struct XrefProbe;
 
 namespace sorrelin {
 
-struct FileChannel;
-struct ReaderState;
+class CXrefParser;
 
 // Rows of a session's object table, which bound the index.
 inline constexpr DWORD kIndexRows = 90050;
@@ -65,27 +65,41 @@ using ExtentMap = std::map<ObjectId, ObjectExtent>;
 
 class CXRef {
  public:
-  explicit CXRef(ReaderState* context) : m_pContext(context) {}
+  explicit CXRef(DocumentFile& file) : m_File(file) {}
   virtual ~CXRef() = default;
   CXRef(CXRef const&) = delete;
   CXRef& operator=(CXRef const&) = delete;
 
-  // The channel is not owned.
-  void SetFile(FileChannel* file) { m_pFile = file; }
-
   std::vector<XRefObjectEntry>& ObjectIndex() { return m_ObjectIndex; }
+  // An element of zeros for a number that the index does not reach.
+  XRefObjectEntry EntryOf(DWORD number) const {
+    return number < m_ObjectIndex.size() ? m_ObjectIndex[number] : XRefObjectEntry{};
+  }
   ExtentMap& Extents() { return m_Extents; }
   // Null until the newest section was read, and for a document without the key.
   ObjectId const* Root() const { return m_pRoot.get(); }
   ObjectId const* Info() const { return m_pInfo.get(); }
   int32_t StartXref() const { return m_nStartXref; }
 
+  // Sorts the marks and ends each extent at the next mark.
+  void FinishExtents();
+
+  // Recovery
+
+  // Whether the text can be an object: "obj" before "endobj", or before a ">" at its end.
+  static int IsObjectTextValid(BYTE const* text, uint64_t size);
+  // Replaces index, extents and marks by what a scan of the document for " obj" finds.
+  void RebuildByScan();
+  // Whether the scan was made; a second one could only find the same.
+  bool IsRebuilt() const { return m_bRebuilt; }
+  // Enters the object whose header ends at `position`, the blank before "obj".
+  void RegisterScannedObject(CXrefParser& parser, DWORD position);
+
  protected:
   friend struct ::XrefProbe;
 
-  ReaderState* m_pContext;         // not owned
-  FileChannel* m_pFile = nullptr;  // not owned
-  DWORD m_nTableSize = 0;          // no route fills it
+  DocumentFile& m_File;
+  DWORD m_nTableSize = 0;  // no route fills it
   std::vector<XRefObjectEntry> m_ObjectIndex;
   int32_t m_nStartXref = 0;  // offset of the newest section
   ExtentMap m_Extents;
@@ -96,6 +110,11 @@ class CXRef {
   std::set<DWORD> m_PrevOffsets;        // no route fills it; a scan takes each for a boundary
   std::set<uint64_t> m_PendingOffsets;  // no route fills it
   DWORD m_nEntryLength = 20;            // no route reads it
+
+ private:
+  void AddBoundary(uint64_t offset);
+
+  bool m_bRebuilt = false;
 };
 
 }  // namespace sorrelin

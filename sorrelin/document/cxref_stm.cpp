@@ -1,13 +1,11 @@
 // One section of the stream route: its object, its dictionary, and its records' way into the index.
-#include <sorrelin/channel/file_channel.h>
 #include <sorrelin/document/cxref_stm.h>
 #include <sorrelin/document/inflate_buffer.h>
 #include <sorrelin/document/stream_object.h>
-#include <sorrelin/document/typed_lookup.h>
-#include <sorrelin/frame/reader_state.h>
-#include <sorrelin/frame/string_error.h>
+#include <sorrelin/platform/string_error.h>
 #include <sorrelin/syntax/scanner.h>
 #include <sorrelin/syntax/text_integer.h>
+#include <sorrelin/syntax/typed_lookup.h>
 
 #include <algorithm>
 #include <numeric>
@@ -38,17 +36,14 @@ DWORD ReadField(std::span<BYTE const> data, uint64_t at, DWORD width) {
   return value;
 }
 
-// Marks count by the low 32 bits of their offset, as signed numbers.
-int32_t SortKey(OffsetMark const& mark) { return static_cast<int32_t>(mark.nOffset); }
-
 }  // namespace
 
-CXRefStm::CXRefStm(ReaderState* context)
-    : CXRef(context), m_pDecodeParms(std::make_unique<CDecodeParms>(context)) {}
+CXRefStm::CXRefStm(DocumentFile& file, ObjectSource* objects)
+    : CXRef(file), m_pObjects(objects), m_pDecodeParms(std::make_unique<CDecodeParms>(objects)) {}
 
 int CXRefStm::LoadSection(bool hybrid, bool older) {
   uint64_t const newest = hybrid ? m_nHybridOffset : static_cast<DWORD>(m_nStartXref);
-  auto text = ReadThroughEndobj(*m_pContext, older ? m_nPrev : newest);
+  auto text = m_File.ReadThroughEndobj(older ? m_nPrev : newest);
   m_SectionText = std::move(text).value_or(std::vector<BYTE>{});
   return !m_SectionText.empty() &&
          !BufferContains(m_SectionText.data(), m_SectionText.size(), "trailer");
@@ -70,7 +65,7 @@ int CXRefStm::ParseStreamDict() {
   BYTE* const text = m_SectionText.data();
   uint64_t const size = m_SectionText.size();
   if (GetIntAfterKey(text, size, "/Length", &m_nLength) == 0) return 0;
-  m_FilterNames = FindFilterNames(m_pContext, m_SectionText);
+  m_FilterNames = FindFilterNames(m_pObjects, m_SectionText);
   ReadFieldWidths();
   if (GetIntAfterKey(text, size, "/Size", &m_nSize) == 0) return 0;
   ReadIndexArray();
@@ -80,14 +75,14 @@ int CXRefStm::ParseStreamDict() {
 }
 
 void CXRefStm::ReadFieldWidths() {
-  auto const array = FindTypedText(m_pContext, m_SectionText, "/W", kTypeArray);
+  auto const array = FindTypedText(m_pObjects, m_SectionText, "/W", kTypeArray);
   if (!array) return;
   std::string_view rest = *array;
   for (DWORD& width : m_nFieldWidth) width = TokenValue(TakeToken(rest));
 }
 
 void CXRefStm::ReadIndexArray() {
-  auto const array = FindTypedText(m_pContext, m_SectionText, "/Index", kTypeArray);
+  auto const array = FindTypedText(m_pObjects, m_SectionText, "/Index", kTypeArray);
   if (!array) {
     m_Subsections.push_back({0, m_nSize});
     return;
@@ -120,7 +115,7 @@ int CXRefStm::DecodeRecords() {
 bool CXRefStm::InflateSection() {
   uint64_t size = m_nLength;
   for (size_t pass = 0; pass < std::min<size_t>(m_FilterNames.size(), 2); ++pass) {
-    if (InflateBuffer(m_RawData, size, m_DecodedData, m_pContext->m_nWorkLeft) != kInflated) {
+    if (InflateBuffer(m_RawData, size, m_DecodedData, m_File.work().left()) != kInflated) {
       return false;
     }
     size = m_DecodedData.size();
@@ -134,12 +129,12 @@ bool CXRefStm::InflateSection() {
 // stays what it was with the rows' tags.
 bool CXRefStm::UndoPredictor() {
   if (m_nSize <= 1) return true;
-  if (auto parms = FindTypedText(m_pContext, m_SectionText, "/DecodeParms", kTypeDictionary)) {
+  if (auto parms = FindTypedText(m_pObjects, m_SectionText, "/DecodeParms", kTypeDictionary)) {
     m_pDecodeParms->ParseDecodeParms(reinterpret_cast<BYTE*>(parms->data()), parms->size());
   }
   if (!m_pDecodeParms->HasPredictor()) return true;
   uint64_t const lacking = m_nDecodedSize - m_DecodedData.size();
-  if (m_nDecodedSize > kMostInflated || !m_pContext->Spend(lacking)) return false;
+  if (m_nDecodedSize > kMostInflated || !m_File.work().Spend(lacking)) return false;
   m_DecodedData.resize(static_cast<size_t>(m_nDecodedSize));
   return m_pDecodeParms->ApplyPredictor(m_DecodedData) != 0;
 }
@@ -151,7 +146,7 @@ bool CXRefStm::ReadRecords() {
   for (XRefSubsection const& subsection : m_Subsections) limit += subsection.nCount;
   if (record_bytes > 0) limit = std::min(limit, m_nDecodedSize / record_bytes);
   if (limit > kIndexRows) m_bTooLarge = true;
-  if (m_bTooLarge || !m_pContext->Spend(limit * sizeof(OffsetMark))) return false;
+  if (m_bTooLarge || !m_File.work().Spend(limit * sizeof(OffsetMark))) return false;
   m_Records.reserve(static_cast<size_t>(limit));
   for (uint64_t at = 0; m_Records.size() < limit; at += record_bytes) {
     XRefRecord record;
@@ -197,17 +192,6 @@ void CXRefStm::MergeRecord(DWORD number, XRefRecord const& record) {
   ObjectExtent& extent = place->second;
   extent = {record.nField2, 0};
   if (plain) m_Marks.push_back({record.nField2, &extent});
-}
-
-int CXRefStm::FinishExtents() {
-  std::stable_sort(m_Marks.begin(), m_Marks.end(), [](OffsetMark const& a, OffsetMark const& b) {
-    return SortKey(a) < SortKey(b);
-  });
-  for (size_t i = 0; i + 1 < m_Marks.size(); ++i) {
-    if (m_Marks[i].pExtent == nullptr) continue;
-    m_Marks[i].pExtent->nEnd = static_cast<DWORD>(m_Marks[i + 1].nOffset);
-  }
-  return 1;
 }
 
 void CXRefStm::ReleaseSection() {

@@ -1,10 +1,10 @@
-// The stream route to the object index: cross-reference streams from the newest section back, and
-// the scan of the whole document that replaces an index which leads nowhere.
+// The stream route to the object index: cross-reference streams from the newest section back.
 #ifndef SORRELIN_DOCUMENT_CXREF_STM_H_
 #define SORRELIN_DOCUMENT_CXREF_STM_H_
 
 #include <sorrelin/document/cxref.h>
 #include <sorrelin/document/decode_parms.h>
+#include <sorrelin/syntax/object_source.h>
 
 #include <list>
 #include <memory>
@@ -14,12 +14,11 @@
 
 namespace sorrelin {
 
-class CXrefParser;
-
 // All steps give 1, or 0 for failure; none sets an error code.
 class CXRefStm : public CXRef {
  public:
-  explicit CXRefStm(ReaderState* context);
+  // References in the dictionaries of sections are looked for in `objects`, which may be null.
+  CXRefStm(DocumentFile& file, ObjectSource* objects);
   ~CXRefStm() override = default;
 
   // Where the reading starts
@@ -48,24 +47,11 @@ class CXRefStm : public CXRef {
   int MergeRecords();
   // Whether a section's index or its number of records is beyond the object table.
   bool IsTooLarge() const { return m_bTooLarge; }
-  // Sorts the marks and ends each extent at the next mark.
-  int FinishExtents();
   // Lets go of the last section's bytes and records.
   void ReleaseSection();
 
   std::vector<BYTE>& SectionText() { return m_SectionText; }
   uint64_t& Prev() { return m_nPrev; }
-
-  // Recovery
-
-  // Whether the text can be an object: "obj" in front of "endobj", or of a ">" at its end.
-  static int IsObjectTextValid(BYTE const* text, uint64_t size);
-  // Replaces index, extents and marks by what a scan of the document for " obj" finds.
-  int RebuildByScan();
-  // Whether the scan was made; a second one could only find the same.
-  bool IsRebuilt() const { return m_bRebuilt; }
-  // Enters the object whose header ends at `position`, the blank before "obj".
-  void RegisterScannedObject(CXrefParser& parser, DWORD position);
 
  private:
   friend struct ::XrefProbe;
@@ -78,8 +64,8 @@ class CXRefStm : public CXRef {
   // False for more records than the object table has rows, and when no work is left for them.
   bool ReadRecords();
   void MergeRecord(DWORD number, XRefRecord const& record);
-  void AddBoundary(uint64_t offset);
 
+  ObjectSource* m_pObjects;  // not owned
   std::vector<std::string> m_FilterNames;
   DWORD m_nHybridOffset = 0;  // no route fills it
   DWORD m_nFieldWidth[3] = {};
@@ -95,7 +81,6 @@ class CXRefStm : public CXRef {
   std::unique_ptr<CDecodeParms> m_pDecodeParms;
   DWORD m_nSize = 0;
   bool m_bTooLarge = false;
-  bool m_bRebuilt = false;
 };
 
 }  // namespace sorrelin

@@ -1,6 +1,6 @@
 // Parsing of /DecodeParms.
 #include <sorrelin/document/decode_parms.h>
-#include <sorrelin/document/typed_lookup.h>
+#include <sorrelin/syntax/typed_lookup.h>
 
 #include <algorithm>
 
@@ -80,7 +80,7 @@ CDecodeParms::CDecodeParmsPredictor& CDecodeParms::EnsurePredictor() {
 template <typename Value>
 bool CDecodeParms::Read(BYTE* text, uint64_t size, char const* key, DWORD type,
                         Value& value) const {
-  auto const number = FindTypedNumber(m_pContext, {text, static_cast<size_t>(size)}, key, type);
+  auto const number = FindTypedNumber(m_pObjects, {text, static_cast<size_t>(size)}, key, type);
   if (number) value = static_cast<Value>(*number);
   return number.has_value();
 }

@@ -3,14 +3,13 @@
 #define SORRELIN_DOCUMENT_DECODE_PARMS_H_
 
 #include <sorrelin/platform/types.h>
+#include <sorrelin/syntax/object_source.h>
 
 #include <cstdint>
 #include <memory>
 #include <span>
 
 namespace sorrelin {
-
-struct ReaderState;
 
 struct CcittDecodeParms {
   DWORD nEncodeType = 3;  // 4 for /K -1, 65539 for /K 1
@@ -38,7 +37,8 @@ class CDecodeParms {
     int32_t m_nColorTransform = -1;
   };
 
-  explicit CDecodeParms(ReaderState* context) : m_pContext(context) {}
+  // References are looked for in `objects`, which may be null.
+  explicit CDecodeParms(ObjectSource* objects) : m_pObjects(objects) {}
 
   // Takes over what the dictionary's text says; what it does not say stays as it was. Always 1. The
   // text's last byte is written.
@@ -63,7 +63,7 @@ class CDecodeParms {
   bool Read(BYTE* text, uint64_t size, char const* key, DWORD type, Value& value) const;
 
   std::unique_ptr<CDecodeParmsPredictor> m_pPredictor;
-  ReaderState* m_pContext;  // not owned
+  ObjectSource* m_pObjects;  // not owned
 };
 
 // Undoes PNG row filters in place. 1, or 0 with the data partly undone.

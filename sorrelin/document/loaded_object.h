@@ -3,30 +3,35 @@
 #define SORRELIN_DOCUMENT_LOADED_OBJECT_H_
 
 #include <sorrelin/platform/block.h>
-#include <sorrelin/platform/memory.h>
 #include <sorrelin/platform/types.h>
+
+#include <span>
+#include <string_view>
 
 namespace sorrelin {
 
-// Takes a block from LoadObject, null included, locks it, and frees it at the end.
+// Takes a block that holds an object, null included, locks it, and frees it at the end.
 class LoadedObject {
  public:
-  explicit LoadedObject(HGLOBAL block)
-      : block_(block), data_(block != nullptr ? static_cast<BYTE*>(GlobalLock(block)) : nullptr) {}
-  ~LoadedObject() {
-    if (data_ != nullptr) GlobalUnlock(block_.get());
-  }
-  LoadedObject(LoadedObject const&) = delete;
-  LoadedObject& operator=(LoadedObject const&) = delete;
+  explicit LoadedObject(HGLOBAL block) : block_(block), lock_(block), text_(lock_.bytes()) {}
 
-  // Null if there is no object, or it is empty.
-  BYTE* data() const { return data_; }
-  // Bytes; what GetObjectSize says of the object.
-  DWORD size() const { return data_ != nullptr ? static_cast<DWORD>(GlobalSize(block_.get())) : 0; }
+  // False if there is no object, or it is empty.
+  explicit operator bool() const { return !text_.empty(); }
+  std::span<BYTE> text() const { return text_; }
+  // The text as characters, and those of it before the first NUL.
+  std::string_view Chars() const {
+    return {reinterpret_cast<char const*>(text_.data()), text_.size()};
+  }
+  std::string_view Front() const { return Chars().substr(0, Chars().find('\0')); }
+
+  // Null if there is no object.
+  BYTE* data() const { return text_.data(); }
+  DWORD size() const { return static_cast<DWORD>(text_.size()); }
 
  private:
   OwnedBlock block_;
-  BYTE* data_;
+  LockedBlock lock_;
+  std::span<BYTE> text_;
 };
 
 }  // namespace sorrelin

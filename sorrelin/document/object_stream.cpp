@@ -4,16 +4,16 @@
 #include <sorrelin/document/inflate_buffer.h>
 #include <sorrelin/document/object_stream.h>
 #include <sorrelin/document/stream_object.h>
-#include <sorrelin/document/typed_lookup.h>
-#include <sorrelin/frame/string_error.h>
+#include <sorrelin/platform/block.h>
+#include <sorrelin/platform/memory.h>
+#include <sorrelin/platform/string_error.h>
 #include <sorrelin/syntax/byte_view.h>
 #include <sorrelin/syntax/decimal.h>
 #include <sorrelin/syntax/scanner.h>
+#include <sorrelin/syntax/typed_lookup.h>
 
 #include <algorithm>
 #include <cstdio>
-#include <cstdlib>
-#include <cstring>
 #include <string_view>
 
 namespace sorrelin {
@@ -33,29 +33,24 @@ std::string_view TakeToken(std::string_view& text) {
 
 }  // namespace
 
-ObjectStreamReader::ObjectStreamReader(ReaderState* state, uint64_t stream_offset)
-    : state_(state),
-      stream_offset_(stream_offset),
-      decode_parms_(std::make_unique<CDecodeParms>(state)) {
-  auto text = ReadThroughEndobj(*state, stream_offset);
-  if (!text) return;
-  if (!state->Spend(text->size())) return;
-  ReadDictionary(*text);
-  Decode(*text);
+ObjectStreamReader::ObjectStreamReader(DocumentFile& file, ObjectSource& objects,
+                                       uint64_t stream_offset) {
+  auto text = file.ReadThroughEndobj(stream_offset);
+  if (!text || !file.work().Spend(text->size())) return;
+  ReadDictionary(objects, *text);
+  Decode(objects, *text, file.work().left());
   ReadIndex();
 }
 
-ObjectStreamReader::~ObjectStreamReader() = default;
-
-void ObjectStreamReader::ReadDictionary(std::span<BYTE> text) {
+void ObjectStreamReader::ReadDictionary(ObjectSource& objects, std::span<BYTE> text) {
   std::pair<char const*, DWORD*> const numbers[] = {
       {"/N", &object_count_}, {"/First", &first_offset_}, {"/Length", &length_}};
   for (auto const& [key, target] : numbers) {
-    auto const number = FindTypedNumber(state_, text, key, kTypeInteger);
+    auto const number = FindTypedNumber(&objects, text, key, kTypeInteger);
     if (!number) return;
     *target = static_cast<DWORD>(*number);
   }
-  filter_names_ = FindFilterNames(state_, text);
+  filter_names_ = FindFilterNames(&objects, text);
   std::pair<DWORD, DWORD> extends;
   if (GetIntPairAfterKey(text.data(), text.size(), "Extends", &extends.first, &extends.second) &&
       extends.first != 0) {
@@ -64,23 +59,24 @@ void ObjectStreamReader::ReadDictionary(std::span<BYTE> text) {
 }
 
 // A stream without a filter has no source for its decoded data, and so no objects.
-void ObjectStreamReader::Decode(std::span<BYTE> text) {
+void ObjectStreamReader::Decode(ObjectSource& objects, std::span<BYTE> text, uint64_t& work) {
   auto const data = FindStreamData(text);
   if (!data || !StartsWithTwoIntegers(text) || filter_names_.empty()) return;
-  if (!Inflate(*data)) return;
-  if (auto parms = FindTypedText(state_, text, "/DecodeParms", kTypeDictionary)) {
-    decode_parms_->ParseDecodeParms(reinterpret_cast<BYTE*>(parms->data()), parms->size());
+  if (!Inflate(*data, work)) return;
+  CDecodeParms parms(&objects);
+  if (auto found = FindTypedText(&objects, text, "/DecodeParms", kTypeDictionary)) {
+    parms.ParseDecodeParms(reinterpret_cast<BYTE*>(found->data()), found->size());
   }
-  if (decode_parms_->HasPredictor()) decode_parms_->ApplyPredictor(decoded_);
+  if (parms.HasPredictor()) parms.ApplyPredictor(decoded_);
 }
 
 // Kept: every name is taken for Flate, and each pass takes /Length for the size of what goes in.
-bool ObjectStreamReader::Inflate(std::span<BYTE const> raw) {
+bool ObjectStreamReader::Inflate(std::span<BYTE const> raw, uint64_t& work) {
   decoded_.assign(raw.begin(),
                   raw.begin() + static_cast<ptrdiff_t>(std::min<size_t>(raw.size(), length_)));
   for (size_t pass = 0; pass < filter_names_.size(); ++pass) {
     std::vector<BYTE> output;
-    if (InflateBuffer(decoded_, length_, output, state_->m_nWorkLeft) != kInflated) {
+    if (InflateBuffer(decoded_, length_, output, work) != kInflated) {
       decoded_ = {};
       return false;
     }
@@ -135,24 +131,23 @@ std::optional<ObjectStreamReader::Extent> ObjectStreamReader::ExtentOf(DWORD num
 }
 
 // Kept: the generation is always 0.
-void ObjectStreamReader::Serve(DWORD number, ObjectBytes* out) const {
+ObjectBytes ObjectStreamReader::Serve(DWORD number) const {
   auto const extent = ExtentOf(number);
-  if (!extent) return;
+  if (!extent) return {};
   ByteView const rest = ByteView{decoded_.data(), decoded_.size()}.From(extent->begin);
   std::string_view const held = rest.Chars().substr(0, static_cast<size_t>(extent->bytes));
   size_t const body_bytes = static_cast<size_t>(extent->bytes);
   char head[32];
   size_t const head_bytes = static_cast<size_t>(
       std::snprintf(head, sizeof head, "%i %i obj\n", static_cast<int>(number), 0));
-  size_t const size = head_bytes + body_bytes + kObjectEnd.size() + 1;
-  char* const text = static_cast<char*>(std::malloc(size));
-  if (text == nullptr) throw SorrelinStringError(SorrelinStringError::kFailed);
-  std::memcpy(text, head, head_bytes);
-  std::memset(text + head_bytes, ' ', body_bytes);
-  std::replace_copy(held.begin(), held.end(), text + head_bytes, '\0', ' ');
-  std::memcpy(text + head_bytes + body_bytes, kObjectEnd.data(), kObjectEnd.size());
-  text[size - 1] = '\0';
-  *out = {reinterpret_cast<BYTE*>(text), static_cast<DWORD>(size), 1};
+  OwnedBlock block(GlobalAlloc(GHND, head_bytes + body_bytes + kObjectEnd.size() + 1));
+  LockedBlock const lock(block.get());
+  if (!lock) throw SorrelinStringError(SorrelinStringError::kFailed);
+  BYTE* const body = std::copy_n(head, head_bytes, lock.bytes().data());
+  BYTE* const lacking = std::replace_copy(held.begin(), held.end(), body, '\0', ' ');
+  std::fill(lacking, body + body_bytes, BYTE{' '});
+  std::copy(kObjectEnd.begin(), kObjectEnd.end(), body + body_bytes);
+  return {std::move(block), true};
 }
 
 uint64_t ObjectStreamReader::HeldBytes() const {

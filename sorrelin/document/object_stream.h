@@ -3,8 +3,10 @@
 #ifndef SORRELIN_DOCUMENT_OBJECT_STREAM_H_
 #define SORRELIN_DOCUMENT_OBJECT_STREAM_H_
 
-#include <sorrelin/document/object_fetch.h>
+#include <sorrelin/document/document_file.h>
+#include <sorrelin/document/object_bytes.h>
 #include <sorrelin/platform/types.h>
+#include <sorrelin/syntax/object_source.h>
 
 #include <cstdint>
 #include <list>
@@ -19,14 +21,12 @@ struct XrefProbe;
 
 namespace sorrelin {
 
-class CDecodeParms;
-
 // One decoded object stream. A stream that cannot be read holds no objects.
 class ObjectStreamReader {
  public:
   // Reads and decodes the stream object at `stream_offset`, as far as the work that is left allows.
-  ObjectStreamReader(ReaderState* state, uint64_t stream_offset);
-  ~ObjectStreamReader();
+  ObjectStreamReader(DocumentFile& file, ObjectSource& objects, uint64_t stream_offset);
+  ~ObjectStreamReader() = default;
   ObjectStreamReader(ObjectStreamReader const&) = delete;
   ObjectStreamReader& operator=(ObjectStreamReader const&) = delete;
 
@@ -34,7 +34,7 @@ class ObjectStreamReader {
   uint64_t SizeOf(DWORD number) const { return ExtentOf(number).value_or(Extent{}).bytes; }
 
   // The text of object `number`, empty and invalid if the stream does not list it.
-  void Serve(DWORD number, ObjectBytes* out) const;
+  ObjectBytes Serve(DWORD number) const;
 
   // Bytes that the reader keeps in memory.
   uint64_t HeldBytes() const;
@@ -56,21 +56,18 @@ class ObjectStreamReader {
 
   // Nothing if the stream does not list the object.
   std::optional<Extent> ExtentOf(DWORD number) const;
-  void ReadDictionary(std::span<BYTE> text);
-  void Decode(std::span<BYTE> text);
-  bool Inflate(std::span<BYTE const> raw);
+  void ReadDictionary(ObjectSource& objects, std::span<BYTE> text);
+  void Decode(ObjectSource& objects, std::span<BYTE> text, uint64_t& work);
+  bool Inflate(std::span<BYTE const> raw, uint64_t& work);
   void ReadIndex();
   void KeepLastOfEachOffset();
 
-  ReaderState* state_;  // not owned
-  uint64_t stream_offset_;
   std::vector<std::string> filter_names_;
   DWORD object_count_ = 0;                          // /N, which nothing goes by
   DWORD first_offset_ = 0;                          // /First
   std::optional<std::pair<DWORD, DWORD>> extends_;  // /Extends, which nothing follows
   DWORD length_ = 0;                                // /Length
   std::vector<BYTE> decoded_;
-  std::unique_ptr<CDecodeParms> decode_parms_;
   std::vector<Place> places_;
   std::vector<std::pair<DWORD, DWORD>> by_number_;  // number, position in places_
 };
@@ -78,11 +75,11 @@ class ObjectStreamReader {
 // The streams decoded last, at most 49 of them; the one that came first goes first.
 class ObjectStreamList {
  public:
-  explicit ObjectStreamList(ReaderState* state) : state_(state) {}
+  ObjectStreamList(DocumentFile& file, ObjectSource& objects) : file_(file), objects_(objects) {}
 
   // Object `number` of the stream object at `stream_offset`. Empty and invalid also for a stream
   // that needs an object of its own to be read.
-  void Fetch(uint64_t stream_offset, DWORD number, ObjectBytes* out);
+  ObjectBytes Fetch(uint64_t stream_offset, DWORD number);
 
  private:
   friend struct ::XrefProbe;
@@ -91,7 +88,8 @@ class ObjectStreamList {
   ObjectStreamReader const* Build(uint64_t stream_offset);
   void Evict();
 
-  ReaderState* state_;  // not owned
+  DocumentFile& file_;
+  ObjectSource& objects_;
   std::list<std::pair<uint64_t, std::unique_ptr<ObjectStreamReader>>> streams_;
   std::vector<uint64_t> in_progress_;  // offsets of the streams that are being built
   uint64_t held_bytes_ = 0;

@@ -27,10 +27,11 @@ class Entered {
 
 }  // namespace
 
-void ObjectStreamList::Fetch(uint64_t stream_offset, DWORD number, ObjectBytes* out) {
+ObjectBytes ObjectStreamList::Fetch(uint64_t stream_offset, DWORD number) {
   ObjectStreamReader const* reader = Find(stream_offset);
   if (reader == nullptr) reader = Build(stream_offset);
-  if (reader != nullptr && state_->Spend(reader->SizeOf(number))) reader->Serve(number, out);
+  bool const served = reader != nullptr && file_.work().Spend(reader->SizeOf(number));
+  return served ? reader->Serve(number) : ObjectBytes{};
 }
 
 ObjectStreamReader const* ObjectStreamList::Find(uint64_t stream_offset) const {
@@ -44,16 +45,16 @@ ObjectStreamReader const* ObjectStreamList::Find(uint64_t stream_offset) const {
 ObjectStreamReader const* ObjectStreamList::Build(uint64_t stream_offset) {
   bool const entered =
       std::find(in_progress_.begin(), in_progress_.end(), stream_offset) != in_progress_.end();
-  if (entered || !state_->Spend(1)) return nullptr;
+  if (entered || !file_.work().Spend(1)) return nullptr;
   std::unique_ptr<ObjectStreamReader> reader;
   {
     Entered const entry(in_progress_, stream_offset);
-    reader = std::make_unique<ObjectStreamReader>(state_, stream_offset);
+    reader = std::make_unique<ObjectStreamReader>(file_, objects_, stream_offset);
   }
   // A stream that the work did not suffice for may be readable to the next fetch.
-  if (state_->m_nWorkLeft == 0) return nullptr;
-  held_bytes_ += reader->HeldBytes();
+  if (file_.work().IsUsedUp()) return nullptr;
   streams_.emplace_back(stream_offset, std::move(reader));
+  held_bytes_ += streams_.back().second->HeldBytes();
   Evict();
   return streams_.back().second.get();
 }

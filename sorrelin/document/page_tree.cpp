@@ -1,22 +1,21 @@
-// The page tree, walked into the flat list of page objects.
-#include <sorrelin/document/loaded_object.h>
-#include <sorrelin/frame/session_state.h>
-#include <sorrelin/syntax/byte_view.h>
+// The page tree, flattened into a list of page objects.
+#include <sorrelin/document/page_tree.h>
+#include <sorrelin/platform/codes.h>
 #include <sorrelin/syntax/key_search.h>
 #include <sorrelin/syntax/number_scan.h>
+#include <sorrelin/syntax/value_scan.h>
 
 #include <algorithm>
 #include <cstddef>
 #include <functional>
+#include <string_view>
 #include <unordered_set>
 #include <utility>
 #include <vector>
 
-namespace {
+namespace sorrelin {
 
-using sorrelin::kNotFound;
-using sorrelin::LastByte;
-using sorrelin::NumberScan;
+namespace {
 
 // Kept: any object whose text mentions this is a node; every other kid is a page, loaded or not.
 constexpr char kNodeKey[] = "/Kids";
@@ -26,12 +25,12 @@ struct Kids {
   bool closed = false;  // "]" was met
 };
 
-// The object numbers behind "Kids": every first number of two.
-Kids ReadKids(BYTE* data, DWORD size) {
+// The object numbers after "Kids": every first number of two.
+Kids ReadKids(std::span<BYTE> node) {
   Kids kids;
-  uint64_t const match = sorrelin::FindKey(data, size, "Kids", LastByte::kKept);
+  uint64_t const match = FindKey(node.data(), node.size(), "Kids", LastByte::kKept);
   if (match == kNotFound) return kids;
-  NumberScan scan({data, size}, match, sorrelin::kKidsRule);
+  NumberScan scan({node.data(), node.size()}, match, kKidsRule);
   bool is_object = true;
   NumberScan::Event event = scan.Next();
   for (; event == NumberScan::Event::kNumber; event = scan.Next()) {
@@ -53,9 +52,8 @@ struct TreeLimits {
 class PageTreeWalk {
  public:
   // `list_page` takes the object number of the next page.
-  PageTreeWalk(sorrelin::SessionState& session, TreeLimits limits,
-               std::function<void(DWORD)> list_page)
-      : session_(session), limits_(limits), list_page_(std::move(list_page)) {}
+  PageTreeWalk(ObjectLoader& objects, TreeLimits limits, std::function<void(DWORD)> list_page)
+      : objects_(objects), limits_(limits), list_page_(std::move(list_page)) {}
 
   // `root` is 0 if the kids' node has no number of its own. False if the tree has more pages or
   // nodes than there is room for.
@@ -98,17 +96,15 @@ class PageTreeWalk {
 
   bool Visit(DWORD object) {
     --pending_;
-    sorrelin::LoadedObject const text(session_.LoadObject(object));
-    if (text.size() != 0 && session_.IsFlagSet(text.data(), text.size(), kNodeKey) != 0) {
-      return Enter(object, ReadKids(text.data(), text.size()));
-    }
+    LoadedObject const node = objects_.Open(object);
+    if (node && HoldsKey(node.text(), kNodeKey)) return Enter(object, ReadKids(node.text()));
     if (limits_.pages == 0) return false;
     --limits_.pages;
     list_page_(object);
     return true;
   }
 
-  sorrelin::SessionState& session_;
+  ObjectLoader& objects_;
   TreeLimits limits_;
   std::function<void(DWORD)> list_page_;
   std::vector<Level> path_;
@@ -118,31 +114,31 @@ class PageTreeWalk {
 
 }  // namespace
 
-int sorrelin::SessionState::ParseKids(BYTE* pData, DWORD nSize) {
-  if (pData == nullptr || nSize == 0 || m_pReader == nullptr) {
-    Fail(PDF_ERROR_INVALID_HANDLE);
-    return 0;
-  }
-  Kids kids = ReadKids(pData, nSize);
+bool ListPages(ObjectLoader& objects, std::span<BYTE> node, DWORD root, PageList& pages,
+               DWORD& counter) {
+  Kids kids = ReadKids(node);
   bool const closed = kids.closed;
-  DWORD& counter = m_pReader->m_nPageCounter;
-  size_t const room = kPageSlots - std::min(counter, kPageSlots);
-  PageTreeWalk walk(*this, {room, kObjectRows},
-                    [this, &counter](DWORD page) { SetPageObjectNumber(counter++, page); });
-  DWORD const root = IsFlagSet(pData, nSize, kNodeKey) != 0 ? m_nPagesRootObject : 0;
-  return walk.Run(root, std::move(kids)) && closed ? 1 : 0;
+  size_t const room = PageList::kSlots - std::min(counter, PageList::kSlots);
+  PageTreeWalk walk(objects, {room, ObjectTable::kRows},
+                    [&](DWORD page) { pages.Set(counter++, page); });
+  return walk.Run(HoldsKey(node, kNodeKey) ? root : 0, std::move(kids)) && closed;
 }
 
-int sorrelin::SessionState::LoadPageObject(DWORD nObject) {
-  sorrelin::LoadedObject const page(LoadObject(nObject));
-  if (page.data() == nullptr) return 0;
-  DWORD number = 0;
+Status TestPageObject(ObjectLoader& objects, DWORD number) {
+  LoadedObject const page = objects.Open(number);
+  if (!page) return Status::Failed();
+  DWORD reference = 0;
   DWORD generation = 0;
-  if (GetObjectType(page.data(), page.size()) == 1 &&
-      GetValue(page.data(), page.size(), "/Resources", &number, &generation) != 0 &&
-      GetValue(page.data(), page.size(), "/Contents", &number, &generation) != 0) {
-    return 1;
-  }
-  Fail(PDF_ERROR_OBJECT_TYPE);
-  return 0;
+  bool const looks_like_one = ObjectType(page.text()) == 1 &&
+                              FindPair(page.text(), "/Resources", &reference, &generation) &&
+                              FindPair(page.text(), "/Contents", &reference, &generation);
+  return looks_like_one ? Status::Ok() : Status::Failed(PDF_ERROR_OBJECT_TYPE);
 }
+
+// Kept: the token after the key is never a name, so that the answer is 1 for ordinary objects;
+// TestPageObject goes by that.
+DWORD ObjectType(std::span<BYTE> text) {
+  return FindToken(text, "/Type").value_or(std::string_view()) == "/Page" ? 2 : 1;
+}
+
+}  // namespace sorrelin

@@ -1,36 +1,24 @@
-// The colour table of an indexed image, from its lookup stream: red, green, blue for each entry.
-#include <sorrelin/document/loaded_object.h>
-#include <sorrelin/document/number_value.h>
-#include <sorrelin/frame/session_state.h>
-#include <sorrelin/platform/block.h>
+// The colour table of an indexed image.
+#include <sorrelin/document/palette.h>
+#include <sorrelin/document/stream_object.h>
 #include <sorrelin/platform/memory.h>
 
 #include <algorithm>
 #include <span>
 
+namespace sorrelin {
+
 namespace {
-
-using sorrelin::LoadedObject;
-
-// Kept: one byte for the line end behind the keyword, whatever line end the file has; a file with
-// CR LF gets its table shifted by a byte.
-constexpr size_t kDataBehindKeyword = 7;
 
 constexpr uint64_t kMostEntries = UINT32_MAX / sizeof(RGBQUAD);
 
-// Finds the bytes behind the keyword, through the end of the object: nothing looks at the stream's
-// real length.
-bool FindLookup(sorrelin::SessionState& session, LoadedObject const& object,
-                std::span<BYTE const>& lookup) {
+// The bytes after the keyword, through the end of the object: nothing looks at the stream's real
+// length. Nothing without the keyword or a /Length.
+std::optional<std::span<BYTE const>> FindLookup(ObjectLoader& objects, std::span<BYTE> text) {
   DWORD length = 0;
-  if (!sorrelin::ReadNumber(session, object, "Length", &length) || length == 0) return false;
-  std::span<BYTE> const bytes(object.data(), object.size());
-  bytes.back() = 0;
-  BYTE const* const key = session.GetKeyBeginning(object.data(), object.size(), "stream");
-  if (key == nullptr) return false;
-  size_t const at = static_cast<size_t>(key - bytes.data()) + kDataBehindKeyword;
-  lookup = bytes.subspan(std::min(at, bytes.size()));
-  return true;
+  if (!objects.ReadNumber(text, "Length", &length) || length == 0) return std::nullopt;
+  text.back() = 0;
+  return FindImageData(text);
 }
 
 // Entries that the bytes do not reach stay as they are, 0.
@@ -45,19 +33,19 @@ void FillEntries(std::span<BYTE const> triples, BYTE* entries, uint64_t count) {
 
 }  // namespace
 
-void* sorrelin::SessionState::LoadPalette(DWORD nBitsPerComponent, DWORD nHighValue,
-                                          DWORD nObject) {
-  uint64_t const count = uint64_t{nHighValue} + 1;
-  if (count > kMostEntries) return nullptr;
-  sorrelin::OwnedBlock palette(GlobalAlloc(GPTR, static_cast<SIZE_T>(count * sizeof(RGBQUAD))));
-  BYTE* const entries = static_cast<BYTE*>(GlobalLock(palette.get()));
-  if (entries == nullptr) return nullptr;
-
-  LoadedObject const object(LoadObject(nObject));
-  std::span<BYTE const> triples;
-  if (object.data() == nullptr || !FindLookup(*this, object, triples)) return nullptr;
-  FillEntries(triples, entries, count);
-  if (nBitsPerComponent == 1 && nHighValue != 0) m_bBlackIs1 = entries[0] != 0 ? 1 : 0;
-  GlobalUnlock(palette.get());
-  return palette.Release();
+Palette ReadPalette(ObjectLoader& objects, DWORD bits, DWORD high, DWORD number) {
+  uint64_t const count = uint64_t{high} + 1;
+  if (count > kMostEntries) return {};
+  Palette palette{OwnedBlock(GlobalAlloc(GPTR, static_cast<SIZE_T>(count * sizeof(RGBQUAD)))), {}};
+  LockedBlock const lock(palette.block.get());
+  if (!lock) return {};
+  LoadedObject const object = objects.Open(number);
+  auto const triples = object ? FindLookup(objects, object.text()) : std::nullopt;
+  if (!triples) return {};
+  BYTE* const entries = lock.bytes().data();
+  FillEntries(*triples, entries, count);
+  if (bits == 1 && high != 0) palette.black_is_1 = entries[0] != 0;
+  return palette;
 }
+
+}  // namespace sorrelin

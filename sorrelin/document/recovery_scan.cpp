@@ -1,6 +1,6 @@
 // The scan of a whole document for object headers, which replaces an index that leads nowhere.
+#include <sorrelin/document/cxref.h>
 #include <sorrelin/document/cxref_parser.h>
-#include <sorrelin/document/cxref_stm.h>
 #include <sorrelin/syntax/byte_view.h>
 #include <sorrelin/syntax/text_integer.h>
 
@@ -61,7 +61,7 @@ ScannedHeader ReadHeaderBack(CXrefParser& parser, DWORD position) {
 
 }  // namespace
 
-int CXRefStm::IsObjectTextValid(BYTE const* text, uint64_t size) {
+int CXRef::IsObjectTextValid(BYTE const* text, uint64_t size) {
   std::string_view const chars = ByteView{text, size}.Chars();
   auto const position = [](size_t at) {
     return at == std::string_view::npos ? int64_t{-1} : static_cast<int64_t>(at);
@@ -77,12 +77,12 @@ int CXRefStm::IsObjectTextValid(BYTE const* text, uint64_t size) {
 
 // Kept: only headers with one blank in front of "obj" are found, and the first of several versions
 // wins; objects in object streams are not found.
-int CXRefStm::RebuildByScan() {
+void CXRef::RebuildByScan() {
   m_bRebuilt = true;
   m_ObjectIndex.clear();
   m_Extents.clear();
   m_Marks.clear();
-  CXrefParser parser(m_pFile);
+  CXrefParser parser(m_File.channel());
   for (uint64_t at = 0; parser.CurrentState() != CXrefParser::kReadFailure;) {
     DWORD const position = static_cast<DWORD>(at);
     bool hit = false;
@@ -94,10 +94,10 @@ int CXRefStm::RebuildByScan() {
   }
   m_Marks.push_back({static_cast<DWORD>(m_nStartXref), nullptr});
   for (DWORD const offset : m_PrevOffsets) m_Marks.push_back({offset, nullptr});
-  return FinishExtents();
+  FinishExtents();
 }
 
-void CXRefStm::RegisterScannedObject(CXrefParser& parser, DWORD position) {
+void CXRef::RegisterScannedObject(CXrefParser& parser, DWORD position) {
   ScannedHeader const header = ReadHeaderBack(parser, position);
   if (header.nNumber == 0) return;
   if (header.nNumber >= kIndexRows) return AddBoundary(header.nStart);
@@ -112,7 +112,7 @@ void CXRefStm::RegisterScannedObject(CXrefParser& parser, DWORD position) {
 
 // Of boundaries in a row only the first ends an extent, and a scan finds them in order: the others
 // would only take memory.
-void CXRefStm::AddBoundary(uint64_t offset) {
+void CXRef::AddBoundary(uint64_t offset) {
   if (!m_Marks.empty() && m_Marks.back().pExtent == nullptr) return;
   m_Marks.push_back({offset, nullptr});
 }

@@ -2,9 +2,8 @@
 #include <sorrelin/channel/file_channel.h>
 #include <sorrelin/document/cxref_stm.h>
 #include <sorrelin/document/start_xref.h>
-#include <sorrelin/frame/reader_state.h>
 #include <sorrelin/syntax/byte_view.h>
-#include <sorrelin/syntax/scanner.h>
+#include <sorrelin/syntax/char_class.h>
 #include <sorrelin/syntax/text_integer.h>
 
 #include <algorithm>
@@ -43,18 +42,18 @@ size_t FindTableKeyword(std::string_view text) {
 
 }  // namespace
 
-std::optional<int32_t> NumberBehindStartXref(std::string_view text) {
+std::optional<int32_t> NumberAfterStartXref(std::string_view text) {
   size_t const at = text.find(kStartXref);
   if (at == std::string_view::npos) return std::nullopt;
   return FirstInteger(text.substr(at + kStartXref.size()));
 }
 
 int CXRefStm::ReadStartXref() {
-  DWORD const size = ChannelGetSize(m_pFile, nullptr);
+  DWORD const size = ChannelGetSize(m_File.channel(), nullptr);
   for (DWORD look = 0; look < kBackLooks; ++look) {
     DWORD const from_end = kBackWindow + look * kBackStep;
     if (from_end > size) break;
-    auto const number = NumberBehindStartXref(ReadFlat(size - from_end, kBackWindow));
+    auto const number = NumberAfterStartXref(ReadFlat(size - from_end, kBackWindow));
     if (!number) continue;
     m_nStartXref = *number;
     m_Marks.push_back({static_cast<DWORD>(*number), nullptr});
@@ -65,7 +64,7 @@ int CXRefStm::ReadStartXref() {
 
 int CXRefStm::IsClassicTableAt(DWORD const* offset) {
   DWORD const given = offset != nullptr ? *offset : static_cast<DWORD>(m_nStartXref);
-  DWORD const size = ChannelGetSize(m_pFile, nullptr);
+  DWORD const size = ChannelGetSize(m_File.channel(), nullptr);
   DWORD start = given;
   if (given < size) {
     std::string const text = ReadFlat(given, kTableLook);
@@ -104,7 +103,7 @@ int CXRefStm::SearchXrefKeyword(DWORD* offset, bool backward) {
 
 // What the channel has of the bytes there, white space and NUL as blanks.
 std::string CXRefStm::ReadFlat(uint64_t offset, DWORD bytes) {
-  auto const seen = m_pContext->m_Window.Look(m_pFile, static_cast<DWORD>(offset), bytes);
+  auto const seen = m_File.Look(static_cast<DWORD>(offset), bytes);
   return Flatten(seen.value_or(std::span<BYTE const>{}));
 }
 

@@ -11,7 +11,7 @@ namespace sorrelin {
 inline constexpr std::string_view kStartXref = "startxref";
 
 // The first run of digits behind the first "startxref" of the text, or nothing.
-std::optional<int32_t> NumberBehindStartXref(std::string_view text);
+std::optional<int32_t> NumberAfterStartXref(std::string_view text);
 
 }  // namespace sorrelin
 

@@ -1,30 +1,26 @@
-// Stream objects that are read as text from a known offset: cross-reference sections and object
-// streams.
+// The data of stream objects whose text is at hand.
 #ifndef SORRELIN_DOCUMENT_STREAM_OBJECT_H_
 #define SORRELIN_DOCUMENT_STREAM_OBJECT_H_
 
 #include <sorrelin/platform/types.h>
 
-#include <cstdint>
 #include <optional>
 #include <span>
-#include <vector>
 
 namespace sorrelin {
-
-struct ReaderState;
-
-// The bytes from `offset` through the first "endobj". Nothing if the channel has none from there
-// on.
-std::optional<std::vector<BYTE>> ReadThroughEndobj(ReaderState& state, uint64_t offset);
 
 // Whether two integers stand at the text's start, as in an object's header.
 bool StartsWithTwoIntegers(std::span<BYTE const> text);
 
-// The bytes behind "stream" and its line end, up to the text's end; nothing without the keyword.
+// The bytes after "stream" and its line end, up to the text's end; nothing without the keyword.
 // Kept: without CR LF every CR, LF and blank in a row is taken for the line end, data bytes
 // included; zlib data never begin so.
 std::optional<std::span<BYTE const>> FindStreamData(std::span<BYTE const> text);
+
+// The same for images and palettes, whose keyword is searched by the rule of FindKey.
+// Kept: one byte for the line end, whatever line end the file has; of a file with CR LF the LF
+// counts as data.
+std::optional<std::span<BYTE const>> FindImageData(std::span<BYTE> text);
 
 }  // namespace sorrelin
 

@@ -52,9 +52,3 @@ void* CCreatePDF::CreateDIBFromJPEGDataFile(void* hData) {
   return Door(m_pState,
               [&](SessionState& state) { return state.CreateDIBFromJPEGDataFile(hData); });
 }
-
-void* CCreatePDF::LoadPalette(DWORD nBitsPerComponent, DWORD nHighValue, DWORD nObject) {
-  return Door(m_pState, [&](SessionState& state) {
-    return state.LoadPalette(nBitsPerComponent, nHighValue, nObject);
-  });
-}

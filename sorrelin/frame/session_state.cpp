@@ -1,6 +1,5 @@
 // A session's state at its start, and its last error.
 #include <sorrelin/channel/file_channel.h>
-#include <sorrelin/document/object_fetch.h>
 #include <sorrelin/frame/banner.h>
 #include <sorrelin/frame/error_text.h>
 #include <sorrelin/frame/session_state.h>
@@ -16,7 +15,7 @@ namespace {
 SORRELIN_NOINLINE ReaderState* NewSideRecord() { return new ReaderState; }
 
 void FreeSideRecord(ReaderState* record) {
-  DestroyReaderObjects(*record);
+  record->objects.Close();
   if (!record->m_bOutlivesSession) delete record;
 }
 
@@ -32,5 +31,18 @@ SessionState::SessionState()
 void SessionState::PDF_SetLastError(DWORD nError) { m_nLastError = nError; }
 
 DWORD SessionState::PDF_GetLastError() { return m_nLastError; }
+
+bool SessionState::Report(Status status) {
+  if (m_pReader != nullptr) {
+    if (auto const noted = m_pReader->file.TakeNote()) m_nLastError = *noted;
+  }
+  if (status.code()) m_nLastError = *status.code();
+  return status.ok();
+}
+
+ObjectLoader SessionState::Objects() {
+  m_pReader->file.TakeNote();
+  return {m_pReader->file, m_pReader->objects, m_Objects};
+}
 
 }  // namespace sorrelin

@@ -3,9 +3,14 @@
 #ifndef SORRELIN_FRAME_SESSION_STATE_H_
 #define SORRELIN_FRAME_SESSION_STATE_H_
 
+#include <sorrelin/document/document_facts.h>
 #include <sorrelin/document/object_entry.h>
-#include <sorrelin/frame/reader_state.h>
+#include <sorrelin/document/object_loader.h>
+#include <sorrelin/document/object_table.h>
+#include <sorrelin/document/page_list.h>
+#include <sorrelin/document/reader_state.h>
 #include <sorrelin/frame/session.h>
+#include <sorrelin/platform/status.h>
 #include <sorrelin/platform/wide_string.h>
 
 #include <initializer_list>
@@ -18,8 +23,6 @@ struct EncodedPage;
 struct PagePlacement;
 class DibView;
 class OwnedBlock;
-class CXRefStm;
-struct TableCursor;
 using InfoString = WideString ReaderState::*;  // one of the four information strings
 
 // Copies share the channel and the side record.
@@ -155,12 +158,6 @@ struct SessionState {
   int GetKeywordsA(char* szBuffer, DWORD* pnSize);
   int GetKeywordsW(WCHAR* szBuffer, DWORD* pnSize);
 
-  // Information strings of a dictionary
-  int GetStringValue2W(BYTE* pData, uint64_t nSize, char const* szKey, WCHAR** ppValue,
-                       uint64_t* pnLength);
-  int GetStringValue2A(BYTE* pData, uint64_t nSize, char const* szKey, char** ppValue,
-                       uint64_t* pnLength);
-
   // Decoders
   void* CreateDIBFromUncompressedData(void* hData, DWORD nWidth, DWORD nHeight, int nKind,
                                       void* hPalette);
@@ -172,59 +169,23 @@ struct SessionState {
   void* CreateDIBFromCCITTDataFile(void* hData, DWORD nWidth, DWORD nHeight);
   void* CreateDIBFromJPEGData(void* hData);
   void* CreateDIBFromJPEGDataFile(void* hData);
-  void* LoadPalette(DWORD nBitsPerComponent, DWORD nHighValue, DWORD nObject);
-
-  // Cross-reference reading
-  DWORD BuildObjectListFromFile();
-  DWORD BuildObjectListFromTrailer(DWORD* pPrev);
-  int BuildObjectListFromXrefTable(DWORD nOffset, int bOlder);
-  int ReadPrevFlag(DWORD* pPrev);
-  DWORD GetRealObjectNumber(DWORD nOffset);
-
-  // Document reading
-  int OpenPDFFile(char const* szFileName);
-  int OpenPDFFileW(WCHAR const* szFileName);
-  int OpenPDFFileInMemory(int64_t pData, DWORD nSize);
-  void* LoadObject(DWORD nObject);
-  DWORD GetObjectSize(DWORD nObject);
-  DWORD GetObjectType(BYTE* pData, DWORD nSize);
-  int LoadPageObject(DWORD nObject);
-  void* LoadImageFromPDF(DWORD nPage);
-  void* LoadImageAndInfoFromPDF(DWORD nPage, DWORD* pnCompression, DWORD* pnKind);
-  void* LoadPDFIntoDIB(char const* szFileName, DWORD nPage);
-  void* LoadPDFIntoDIBW(WCHAR const* szFileName, DWORD nPage);
-  int ParseKids(BYTE* pData, DWORD nSize);
-  int GetProcSetData(BYTE* pData, DWORD nSize);
-
-  // Scanner
-  DWORD IsDelimiter(char c);
-  DWORD IsNumber(char c);
-  DWORD IsValidChar(char c);
-  BYTE* GetKeyBeginning(BYTE* pData, DWORD nSize, char const* szKey);
-  DWORD GetKeyBeginningByteOffset(BYTE* pData, DWORD nSize, char const* szKey);
-  int IsFlagSet(BYTE* pData, DWORD nSize, char const* szKey);
-  int GetValue(BYTE* pData, DWORD nSize, char const* szKey, DWORD* pFirst, DWORD* pSecond);
-  int GetValue(BYTE* pData, DWORD nSize, char const* szKey, DWORD* pValue);
-  int GetFirstValue(BYTE* pData, DWORD nSize, DWORD* pFirst, DWORD* pSecond);
-  int GetValueFromArray(BYTE* pData, DWORD nSize, char const* szKey, DWORD* pFirst, DWORD* pSecond);
-  int GetValueFromReference(DWORD nObject, DWORD* pValue);
-  int GetStringValue(BYTE* pData, DWORD nSize, char const* szKey, char* szValue, uint64_t* pnSize);
-  int GetKeyWithValue(BYTE* pData, DWORD nSize, char const* szKey, BYTE* pValue, DWORD* pnSize);
-  int IsDictionary(BYTE* pData, DWORD nSize, int& bDictionary, char const* szKey);
-  int IsReference(BYTE* pData, DWORD nSize, char const* szKey);
 
   // Update
   int CreatePagesRootObjectForAppend();
   int WriteXrefForAppend();
   void InitAppendedPageObjectsList();
 
-  static constexpr DWORD kObjectRows = 90050;
-  static constexpr DWORD kPageSlots = 30000;
+  static constexpr DWORD kObjectRows = ObjectTable::kRows;
+  static constexpr DWORD kPageSlots = PageList::kSlots;
   static constexpr DWORD kCreatorUnits = 260;
-  static constexpr DWORD kTrailerTextBytes = 128;
 
   // Sets the code and returns 0.
   DWORD Fail(DWORD nError);
+  // Sets the code that an operation noted, then that of its outcome, if any. Whether it succeeded.
+  bool Report(Status status);
+
+  // The way to the objects of the open document.
+  ObjectLoader Objects();
 
   // Writer primitives
   DWORD WriteToChannel(BYTE const* pData, DWORD nBytes);
@@ -298,43 +259,10 @@ struct SessionState {
   void* DecodedBitmap(DWORD nError, OwnedBlock& bitmap);
   OwnedBlock BuildCcittBitmap(DWORD nWidth, DWORD nHeight);
 
-  // Document reading
-  int ReadDocument(FileChannel* pChannel);
-  int RejectDocument(DWORD nError);
-
   // Information strings
   int SetInfoString(InfoString pString, WCHAR const* szText);
   int GetInfoStringA(InfoString pString, char* szBuffer, DWORD* pnSize);
   int GetInfoStringW(InfoString pString, WCHAR* szBuffer, DWORD* pnSize);
-
-  // Scanner
-  int ReadProcSetObject(BYTE* pData, DWORD nSize);
-
-  // Cross-reference reading
-  DWORD ReadObjectList();
-  bool FindStartXref(DWORD& nOffset);
-  bool ReadClassicSections(DWORD nStart);
-  bool ReadSubsection(TableCursor& cursor);
-  bool ReadSubsectionHeader(TableCursor& cursor, DWORD& nCount);
-  bool ReadTableEntry(TableCursor& cursor);
-  bool LookForTrailer(TableCursor& cursor);
-  bool TakeTrailerText(BYTE* pText, DWORD nSize, char const* szKey,
-                       char (&szTarget)[kTrailerTextBytes]);
-  bool ReadStreamSections(CXRefStm& xref);
-  bool ReadStreamChain(CXRefStm& xref);
-  bool ReadStreamSection(CXRefStm& xref);
-  void TakeStreamIndex(CXRefStm& xref);
-  bool ReadCatalog();
-  bool ReadPagesRoot();
-  bool ReadPageCount(BYTE* pData, DWORD nSize);
-  void ReadInfoStrings();
-  void ReadInfoString(BYTE* pData, DWORD nSize, char const* szKey, WideString& target);
-
-  // Object fetch
-  DWORD DocumentBytes();
-  DWORD TableOffset(DWORD nObject) const;
-  DWORD TableObjectSize(DWORD nObject);
-  void* LoadTableObject(DWORD nObject);
 
   // Defaults of the page layout, which no operation reads.
   DWORD m_nLayoutDefault0 = 10;
@@ -349,25 +277,14 @@ struct SessionState {
   DWORD m_nStreamEnd = 0;
   WCHAR m_szCreator[kCreatorUnits] = {};
   DWORD m_nCurrentObject = 0;  // the highest object number handed out
-  DWORD m_nMaxSectionOffset = 0;
-  ObjectEntry m_Objects[kObjectRows];
-  DWORD m_PageObjects[kPageSlots] = {};  // through PageSlot and SetPageSlot only
-  DWORD m_nTotalPages = 0;
+  ObjectTable m_Objects;
+  PageList m_Pages;
   DWORD m_nCurrentPage = 0;  // pages added by this session
   int32_t m_bUseChar13 = 0;
   DWORD m_nLastError = PDF_ERROR_NOT_INITIALIZED;
-  DWORD m_nCatalogObject = 0;
-  DWORD m_nCatalogGeneration = 0;
-  DWORD m_nInfoObject = 0;
-  DWORD m_nInfoGeneration = 0;
-  DWORD m_nTrailerSize = 0;
-  char m_szTrailerID[kTrailerTextBytes] = {};       // the key /ID with its value
-  char m_szTrailerEncrypt[kTrailerTextBytes] = {};  // the key /Encrypt with its value
-  DWORD m_nOutlinesObject = 0;
-  DWORD m_nPagesRootObject = 0;
+  DocumentFacts m_Facts;
   DWORD m_bBlackIs1 = 0;
   DWORD m_bDecodeNormal = 1;
-  DWORD m_nObjectsInFile = 0;
   DWORD m_nProcSetFlags = 0;  // 1: ImageB, 2: ImageI, 4: ImageC
   DWORD m_bAppendMode = 0;
   DWORD m_bFirstAppendedPage = 0;

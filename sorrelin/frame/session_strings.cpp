@@ -1,7 +1,11 @@
 // Doors of the session: the information strings, of the session and of a dictionary.
+#include <sorrelin/document/info_value.h>
 #include <sorrelin/frame/door.h>
 #include <sorrelin/frame/session.h>
 #include <sorrelin/frame/session_state.h>
+#include <sorrelin/syntax/heap_copy.h>
+
+#include <cstdlib>
 
 using sorrelin::Door;
 using sorrelin::SessionState;
@@ -73,13 +77,26 @@ int CCreatePDF::GetKeywordsW(WCHAR* szBuffer, DWORD* pnSize) {
 int CCreatePDF::GetStringValue2W(BYTE* pData, uint64_t nSize, char const* szKey, WCHAR** ppValue,
                                  uint64_t* pnLength) {
   return Door(m_pState, [&](SessionState& state) {
-    return state.GetStringValue2W(pData, nSize, szKey, ppValue, pnLength);
+    if (state.m_pReader == nullptr || pData == nullptr || nSize == 0 || szKey == nullptr ||
+        ppValue == nullptr || pnLength == nullptr) {
+      return 0;
+    }
+    auto value = sorrelin::ReadInfoValue(&state.m_pReader->objects, {pData, nSize}, szKey);
+    if (value == nullptr) return 0;
+    *ppValue = value.release();
+    return 1;
   });
 }
 
+// Kept: the value is an empty string whatever was read.
 int CCreatePDF::GetStringValue2A(BYTE* pData, uint64_t nSize, char const* szKey, char** ppValue,
                                  uint64_t* pnLength) {
-  return Door(m_pState, [&](SessionState& state) {
-    return state.GetStringValue2A(pData, nSize, szKey, ppValue, pnLength);
+  return Door(m_pState, [&](SessionState&) {
+    if (ppValue == nullptr) return 0;
+    WCHAR* wide = nullptr;
+    if (GetStringValue2W(pData, nSize, szKey, &wide, pnLength) == 0) return 0;
+    std::free(wide);
+    *ppValue = sorrelin::HeapCopy({});
+    return 1;
   });
 }

@@ -4,14 +4,16 @@
 
 #include <cstdlib>
 #include <cstring>
+#include <new>
 #include <string_view>
 
 namespace sorrelin {
 
-// The bytes with a NUL behind; null when memory is short.
+// The bytes with a NUL after them.
 inline char* HeapCopy(std::string_view bytes) {
   char* const copy = static_cast<char*>(std::calloc(bytes.size() + 1, 1));
-  if (copy != nullptr && !bytes.empty()) std::memcpy(copy, bytes.data(), bytes.size());
+  if (copy == nullptr) throw std::bad_alloc();
+  if (!bytes.empty()) std::memcpy(copy, bytes.data(), bytes.size());
   return copy;
 }
 

@@ -1,6 +1,5 @@
 // The key searches behind the scanner.
 #include <sorrelin/syntax/key_search.h>
-#include <sorrelin/syntax/scanner.h>
 
 #include <string>
 

@@ -9,6 +9,7 @@
 
 #include <sorrelin/platform/types.h>
 #include <sorrelin/syntax/byte_view.h>
+#include <sorrelin/syntax/char_class.h>
 
 #include <cstdint>
 
@@ -20,13 +21,6 @@ enum class LastByte {
   kKept,              // the buffer's last byte stands as it was in every case
   kTerminatedOnMiss,  // a search that fails leaves a NUL in the buffer's last byte
 };
-
-// CR, LF, space, "[": what separates numbers and tokens. Tab and NUL do not.
-constexpr bool IsSeparator(BYTE c) { return c == '\r' || c == '\n' || c == ' ' || c == '['; }
-
-constexpr bool IsAlphanumeric(BYTE c) {
-  return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
-}
 
 // Offset of the first byte from `at` on that is no LF, CR or space.
 uint64_t SkipWhiteSpace(ByteView text, uint64_t at);

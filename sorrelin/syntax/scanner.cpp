@@ -61,15 +61,6 @@ std::optional<size_t> FindClosing(std::string_view text, size_t begin, char clos
 
 }  // namespace
 
-bool IsWhiteSpace(BYTE c) { return c == '\n' || c == '\r' || c == ' '; }
-
-bool IsDigitChar(BYTE c) { return c >= '0' && c <= '9'; }
-
-bool IsDelimiterChar(BYTE c) {
-  return IsWhiteSpace(c) || c == 0 ||
-         std::string_view("/[]()<>").find(static_cast<char>(c)) != std::string_view::npos;
-}
-
 bool BufferContains(BYTE const* data, uint64_t size, char const* key) {
   if (data == nullptr || size == 0 || key == nullptr) return false;
   return ByteView{data, size}.Text().find(key) != std::string_view::npos;
@@ -113,7 +104,7 @@ int ParseName(char const* text, char** name) {
   found.insert(found.begin(), '/');
   if (found.size() > kNameBytes) return 0;
   *name = HeapCopy(found);
-  return *name != nullptr ? 1 : 0;
+  return 1;
 }
 
 int ExtractBracketed(char const* text, uint64_t size, char opening, char** out, uint64_t* length) {
@@ -126,7 +117,7 @@ int ExtractBracketed(char const* text, uint64_t size, char opening, char** out, 
   std::string_view const inside = chars.substr(begin + 1, *end - begin - 1);
   *out = HeapCopy(inside);
   *length = inside.size();
-  return *out != nullptr ? 1 : 0;
+  return 1;
 }
 
 bool IsAllDigits(char const* text) {

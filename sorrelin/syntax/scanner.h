@@ -6,16 +6,11 @@
 #define SORRELIN_SYNTAX_SCANNER_H_
 
 #include <sorrelin/platform/types.h>
+#include <sorrelin/syntax/char_class.h>
 
 #include <cstdint>
 
 namespace sorrelin {
-
-bool IsWhiteSpace(BYTE c);     // LF, CR, space
-bool IsPdfWhiteSpace(BYTE c);  // NUL, tab, LF, CR, space
-bool IsDigitChar(BYTE c);
-bool IsNumberChar(BYTE c);     // a digit, "-" or "."
-bool IsDelimiterChar(BYTE c);  // white space, one of /[]()<>, or NUL
 
 // Whether the key text occurs; the search ends at the first NUL, and the last byte takes part.
 bool BufferContains(BYTE const* data, uint64_t size, char const* key);

@@ -62,10 +62,6 @@ std::vector<std::string_view> OuterNames(std::string_view text) {
 
 }  // namespace
 
-bool IsPdfWhiteSpace(BYTE c) { return c == 0 || c == '\t' || IsWhiteSpace(c); }
-
-bool IsNumberChar(BYTE c) { return IsDigitChar(c) || c == '-' || c == '.'; }
-
 bool IsValueName(BYTE* data, uint64_t size, char const* key) {
   if (data == nullptr || size == 0 || key == nullptr) return false;
   uint64_t const match = FindKey(data, size, key, LastByte::kKept);

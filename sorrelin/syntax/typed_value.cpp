@@ -28,9 +28,7 @@ class Output {
   Output(void** block, uint64_t* size) : block_(block), size_(size) {}
 
   int Bytes(std::string_view bytes) const {
-    char* const copy = HeapCopy(bytes);
-    if (copy == nullptr) return 0;
-    *block_ = copy;
+    *block_ = HeapCopy(bytes);
     *size_ = bytes.size();
     return 1;
   }
@@ -232,8 +230,9 @@ constexpr DWORD kFlatArray = 512;
 constexpr DWORD kReference = 1024;
 constexpr DWORD kRest = 4096;
 
-int ReadIsolated(ReaderState* state, ByteView rest, Reading const& reading, Output const& output) {
-  ValueText const value = IsolateValue(state, rest);
+int ReadIsolated(ObjectSource* objects, ByteView rest, Reading const& reading,
+                 Output const& output) {
+  ValueText const value = IsolateValue(objects, rest);
   if (!value.text) return 0;
   std::string_view const text = ViewOf(*value.text).Text();
   if (reading.refuses_empty && text.empty()) return 0;
@@ -241,13 +240,13 @@ int ReadIsolated(ReaderState* state, ByteView rest, Reading const& reading, Outp
 }
 
 // An array without inner brackets, taken from the bytes as they stand, or from the value's text.
-int ReadFlatArray(ReaderState* state, ByteView rest, Output const& output) {
+int ReadFlatArray(ObjectSource* objects, ByteView rest, Output const& output) {
   std::string_view const text = TrimFront(rest.Chars());
   if (text.empty() || text.front() == '<') return 0;
   size_t const end = text.find_first_of("]>");
   if (end == std::string_view::npos) return 0;
   if (text.front() == '[') return output.Bytes(text.substr(0, end + 1));
-  return ReadIsolated(state, rest, {kFlatArray, false, ReadThroughBracket}, output);
+  return ReadIsolated(objects, rest, {kFlatArray, false, ReadThroughBracket}, output);
 }
 
 bool MayFollowKey(BYTE c) {
@@ -270,19 +269,27 @@ std::optional<ByteView> FindBehindKey(BYTE* data, uint64_t size, std::string_vie
 
 }  // namespace
 
-int GetTypedValue(ReaderState* state, BYTE* data, uint64_t size, char const* key, void** out,
+int GetTypedValue(ObjectSource* objects, BYTE* data, uint64_t size, char const* key, void** out,
                   uint64_t* out_size, DWORD type) {
   if (data == nullptr || key == nullptr || out == nullptr || out_size == nullptr) return 0;
   std::optional<ByteView> const rest = FindBehindKey(data, size, key);
   if (!rest) return 0;
   Output const output(out, out_size);
-  if (type == kFlatArray) return ReadFlatArray(state, *rest, output);
+  if (type == kFlatArray) return ReadFlatArray(objects, *rest, output);
   if (type == kReference) return ReadReference(*rest, output);
   if (type == kRest) return ReadRest(*rest, output);
   for (Reading const& reading : kReadings) {
-    if (reading.type == type) return ReadIsolated(state, *rest, reading, output);
+    if (reading.type == type) return ReadIsolated(objects, *rest, reading, output);
   }
   return 0;
+}
+
+int ParseValueText(ObjectSource* objects, BYTE** text, uint64_t size, BYTE** out, DWORD* out_size) {
+  if (text == nullptr || *text == nullptr || out == nullptr || out_size == nullptr) return 0;
+  ValueText const value = IsolateValue(objects, {*text, size});
+  if (value.text) *out = reinterpret_cast<BYTE*>(HeapCopy(*value.text));
+  if (value.size) *out_size = *value.size;
+  return value.result;
 }
 
 }  // namespace sorrelin

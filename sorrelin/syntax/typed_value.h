@@ -3,8 +3,8 @@
 #ifndef SORRELIN_SYNTAX_TYPED_VALUE_H_
 #define SORRELIN_SYNTAX_TYPED_VALUE_H_
 
-#include <sorrelin/frame/reader_state.h>
 #include <sorrelin/platform/types.h>
+#include <sorrelin/syntax/object_source.h>
 
 namespace sorrelin {
 
@@ -23,12 +23,12 @@ namespace sorrelin {
 //    288  the first dictionary anywhere in the value
 //   4096  all that stands behind the key, up to a NUL
 // A NUL stands behind every text and is not counted. Other types give 0.
-int GetTypedValue(ReaderState* state, BYTE* data, uint64_t size, char const* key, void** out,
+int GetTypedValue(ObjectSource* objects, BYTE* data, uint64_t size, char const* key, void** out,
                   uint64_t* out_size, DWORD type);
 
 // Isolates one value at *text, `size` bytes; `*out` must be null on entry and receives a new block
 // (free()) with a NUL behind.
-int ParseValueText(ReaderState* state, BYTE** text, uint64_t size, BYTE** out, DWORD* out_size);
+int ParseValueText(ObjectSource* objects, BYTE** text, uint64_t size, BYTE** out, DWORD* out_size);
 
 }  // namespace sorrelin
 

@@ -1,14 +1,10 @@
 // The cutting of a value out of an object's bytes: a pass that looks for a dictionary, a pass for
 // everything else, and the following of references.
-#include <sorrelin/document/object_fetch.h>
 #include <sorrelin/syntax/decimal.h>
-#include <sorrelin/syntax/heap_copy.h>
 #include <sorrelin/syntax/key_search.h>
 #include <sorrelin/syntax/scanner.h>
-#include <sorrelin/syntax/typed_value.h>
 #include <sorrelin/syntax/value_text.h>
 
-#include <cstdlib>
 #include <string_view>
 #include <utility>
 
@@ -17,7 +13,7 @@ namespace {
 
 constexpr int kReferenceLevels = 32;
 
-ValueText Isolate(ReaderState* state, ByteView rest, int level);
+ValueText Isolate(ObjectSource* objects, ByteView rest, int level);
 
 bool IsOctalDigit(BYTE c) { return c >= '0' && c <= '7'; }
 
@@ -150,18 +146,13 @@ NumberTail ReadTail(ByteView text, uint64_t at) {
   return tail;
 }
 
-ValueText FollowReference(ReaderState* state, DWORD number, int level) {
-  if (state == nullptr || level == kReferenceLevels) return {};
-  ObjectBytes object;
-  LoadObjectBytes(state, &object, number, 0);
-  ByteView const bytes{object.pData, object.pData != nullptr ? object.nSize : 0};
-  std::string const text(bytes.Text());
-  bool const valid = object.bValid != 0;
-  std::free(object.pData);
-  size_t const keyword = text.find("obj");
-  if (!valid || keyword == std::string::npos) return {};
-  std::string body = text.substr(keyword + 3);
-  ValueText value = Isolate(state, ViewOf(body), level + 1);
+ValueText FollowReference(ObjectSource* objects, DWORD number, int level) {
+  if (objects == nullptr || level == kReferenceLevels) return {};
+  std::optional<std::string> const text = objects->TextOf(number);
+  size_t const keyword = text ? text->find("obj") : std::string::npos;
+  if (keyword == std::string::npos) return {};
+  std::string body = text->substr(keyword + 3);
+  ValueText value = Isolate(objects, ViewOf(body), level + 1);
   if (value.result != 0) {
     DWORD const size = static_cast<DWORD>(body.size() + 1);
     return {0, std::move(body), size};
@@ -170,7 +161,7 @@ ValueText FollowReference(ReaderState* state, DWORD number, int level) {
   return value;
 }
 
-ValueText Isolate(ReaderState* state, ByteView rest, int level) {
+ValueText Isolate(ObjectSource* objects, ByteView rest, int level) {
   DictionaryPass dictionary = FindDictionary(rest);
   if (dictionary.text) return {1, std::move(dictionary.text), std::nullopt};
   ValuePass pass(rest, dictionary.unclosed_at);
@@ -180,19 +171,11 @@ ValueText Isolate(ReaderState* state, ByteView rest, int level) {
   NumberTail const tail = ReadTail(rest, pass.position());
   if (!IsAllDigits(tail.token.c_str())) return {1, pass.output(), size};
   if (!tail.has_r) return {0, std::string(rest.Text()), size};
-  return FollowReference(state, static_cast<DWORD>(DecimalValue(pass.output())), level);
+  return FollowReference(objects, static_cast<DWORD>(DecimalValue(pass.output())), level);
 }
 
 }  // namespace
 
-ValueText IsolateValue(ReaderState* state, ByteView rest) { return Isolate(state, rest, 0); }
-
-int ParseValueText(ReaderState* state, BYTE** text, uint64_t size, BYTE** out, DWORD* out_size) {
-  if (text == nullptr || *text == nullptr || out == nullptr || out_size == nullptr) return 0;
-  ValueText const value = IsolateValue(state, {*text, size});
-  if (value.text) *out = reinterpret_cast<BYTE*>(HeapCopy(*value.text));
-  if (value.size) *out_size = *value.size;
-  return value.result;
-}
+ValueText IsolateValue(ObjectSource* objects, ByteView rest) { return Isolate(objects, rest, 0); }
 
 }  // namespace sorrelin

@@ -2,9 +2,9 @@
 #ifndef SORRELIN_SYNTAX_VALUE_TEXT_H_
 #define SORRELIN_SYNTAX_VALUE_TEXT_H_
 
-#include <sorrelin/frame/reader_state.h>
 #include <sorrelin/platform/types.h>
 #include <sorrelin/syntax/byte_view.h>
+#include <sorrelin/syntax/object_source.h>
 
 #include <optional>
 #include <string>
@@ -24,7 +24,7 @@ struct ValueText {
 };
 
 // `rest` is what stands behind a key. Its last byte never belongs to a value.
-ValueText IsolateValue(ReaderState* state, ByteView rest);
+ValueText IsolateValue(ObjectSource* objects, ByteView rest);
 
 }  // namespace sorrelin
 

@@ -1,7 +1,6 @@
 // Opens the target of a write session and ends it with the pages root, the catalog and the
 // cross-reference section.
 #include <sorrelin/channel/file_channel.h>
-#include <sorrelin/document/object_fetch.h>
 #include <sorrelin/frame/banner.h>
 #include <sorrelin/frame/session_state.h>
 #include <sorrelin/frame/trace.h>
@@ -73,7 +72,7 @@ void sorrelin::SessionState::EnterMode(bool update) {
 
 int sorrelin::SessionState::TakeChannel(sorrelin::FileChannel* pChannel) {
   m_hFile = pChannel;
-  m_pReader->m_pChannel = pChannel;
+  m_pReader->file.SetChannel(pChannel, sorrelin::DocumentFile::Growth::kGrows);
   return pChannel != sorrelin::InvalidChannel() ? 1 : static_cast<int>(Fail(PDF_ERROR_SYSTEM));
 }
 
@@ -106,14 +105,14 @@ bool sorrelin::SessionState::FinishObjects() {
 }
 
 void sorrelin::SessionState::ClosePDFFile() {
-  sorrelin::DestroyReaderObjects(*m_pReader);
+  m_pReader->objects.Close();
   if (m_hFile == sorrelin::InvalidChannel()) return;
   sorrelin::ChannelClose(m_hFile);
   ForgetChannel();
 }
 
 void sorrelin::SessionState::ClosePDFFileInMemory(int64_t* ppData, DWORD* pSize) {
-  sorrelin::DestroyReaderObjects(*m_pReader);
+  m_pReader->objects.Close();
   if (m_hFile == sorrelin::InvalidChannel()) return;
   sorrelin::ChannelCloseTake(m_hFile, ppData, pSize);
   ForgetChannel();
@@ -121,5 +120,5 @@ void sorrelin::SessionState::ClosePDFFileInMemory(int64_t* ppData, DWORD* pSize)
 
 void sorrelin::SessionState::ForgetChannel() {
   m_hFile = sorrelin::InvalidChannel();
-  m_pReader->m_pChannel = m_hFile;
+  m_pReader->file.SetChannel(m_hFile, sorrelin::DocumentFile::Growth::kGrows);
 }

@@ -101,18 +101,18 @@ DWORD sorrelin::SessionState::ObjectStart(int bDict, int bEol) {
 DWORD sorrelin::SessionState::ObjectStart(DWORD nObject, int bDict, int bEol) {
   if (nObject >= kObjectRows) return Fail(PDF_ERROR_NEW_PAGE_OBJECT);
   if (ObjectExistsAlready(nObject) != 0) return Fail(PDF_ERROR_OBJECT_EXISTS);
-  m_Objects[nObject] = {m_nFilePos, 0, 1};
-  m_pReader->ForgetTableFacts();
+  m_Objects.Change(nObject) = {m_nFilePos, 0, 1};
+  m_pReader->file.Forget();
   return WriteObjectHeader(nObject, bDict, bEol) ? nObject : 0;
 }
 
 DWORD sorrelin::SessionState::ObjectStartNewGen(DWORD nObject, int bDict, int bEol,
                                                 int bNewGeneration) {
   if (ObjectExistsAlready(nObject) == 0) return Fail(PDF_ERROR_OBJECT_EXISTS);
-  ObjectEntry& row = m_Objects[nObject];
+  ObjectEntry& row = m_Objects.Change(nObject);
   row.nOffset = m_nFilePos;
   row.bInUse = 1;
-  m_pReader->ForgetTableFacts();
+  m_pReader->file.Forget();
   if (bNewGeneration != 0) ++row.nGeneration;
   return WriteObjectHeader(nObject, bDict, bEol) ? nObject : 0;
 }
@@ -129,7 +129,7 @@ int sorrelin::SessionState::ObjectEnd(int bDict) {
 }
 
 int sorrelin::SessionState::ObjectExistsAlready(DWORD nObject) {
-  return nObject < kObjectRows && m_Objects[nObject].nOffset != 0 ? 1 : 0;
+  return m_Objects.IsTaken(nObject) ? 1 : 0;
 }
 
 DWORD sorrelin::SessionState::GetCurrentObject() { return m_nCurrentObject; }
@@ -144,8 +144,8 @@ DWORD sorrelin::SessionState::ReserveOneObject() {
 }
 
 DWORD sorrelin::SessionState::ReservePagesRootObject() {
-  m_nPagesRootObject = ReserveOneObject();
-  return m_nPagesRootObject;
+  m_Facts.pages_root = ReserveOneObject();
+  return m_Facts.pages_root;
 }
 
 DWORD sorrelin::SessionState::BeginStream() {
@@ -225,33 +225,26 @@ bool sorrelin::SessionState::FinishDataStream() {
 }
 
 void sorrelin::SessionState::InitObjectList() {
-  std::fill(std::begin(m_Objects), std::end(m_Objects), ObjectEntry{});
-  m_pReader->ForgetTableFacts();
+  m_Objects.Clear();
+  m_pReader->file.Forget();
 }
 
-void sorrelin::SessionState::InitPageObjectsList() {
-  std::fill(std::begin(m_PageObjects), std::end(m_PageObjects), 0);
-}
+void sorrelin::SessionState::InitPageObjectsList() { m_Pages.Clear(); }
 
-// Kept: slot 30,000 is the page count; the writer's list starts at slot 1.
-DWORD sorrelin::SessionState::GetPageObjectNumber(DWORD nPage) {
-  if (nPage < kPageSlots) return m_PageObjects[nPage];
-  return nPage == kPageSlots ? m_nTotalPages : 0;
-}
+DWORD sorrelin::SessionState::GetPageObjectNumber(DWORD nPage) { return m_Pages[nPage]; }
 
 void sorrelin::SessionState::SetPageObjectNumber(DWORD nPage, DWORD nObject) {
-  if (nPage < kPageSlots) m_PageObjects[nPage] = nObject;
-  if (nPage == kPageSlots) m_nTotalPages = nObject;
+  m_Pages.Set(nPage, nObject);
 }
 
 DWORD sorrelin::SessionState::GetCurrentPageNumber() { return m_nCurrentPage; }
 
-DWORD sorrelin::SessionState::GetNumberOfPages() { return m_nTotalPages; }
+DWORD sorrelin::SessionState::GetNumberOfPages() { return m_Pages.count(); }
 
-DWORD sorrelin::SessionState::GetTotalPageNumber() { return m_nTotalPages; }
+DWORD sorrelin::SessionState::GetTotalPageNumber() { return m_Pages.count(); }
 
-DWORD sorrelin::SessionState::GetCatalogObjectNr() { return m_nCatalogObject; }
+DWORD sorrelin::SessionState::GetCatalogObjectNr() { return m_Facts.catalog; }
 
-DWORD sorrelin::SessionState::GetOutlinesObjectNr() { return m_nOutlinesObject; }
+DWORD sorrelin::SessionState::GetOutlinesObjectNr() { return m_Facts.outlines; }
 
-DWORD sorrelin::SessionState::GetPagesRootObjectNr() { return m_nPagesRootObject; }
+DWORD sorrelin::SessionState::GetPagesRootObjectNr() { return m_Facts.pages_root; }

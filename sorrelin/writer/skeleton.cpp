@@ -69,18 +69,18 @@ bool sorrelin::SessionState::WriteTitle(char const* szTitle) {
 }
 
 DWORD sorrelin::SessionState::CreateOutlinesObject(DWORD nCount) {
-  m_nOutlinesObject = ObjectStart(1, 1);
-  if (m_nOutlinesObject == 0 || WriteToPDFFile("/Type /Outlines", 1) == 0 ||
+  m_Facts.outlines = ObjectStart(1, 1);
+  if (m_Facts.outlines == 0 || WriteToPDFFile("/Type /Outlines", 1) == 0 ||
       !WriteFormatted(1, "/Count %d", static_cast<int>(nCount)) || ObjectEnd(1) == 0) {
     return 0;
   }
-  return m_nOutlinesObject;
+  return m_Facts.outlines;
 }
 
 DWORD sorrelin::SessionState::CreatePagesRootObject() {
   DWORD const count = GetTotalPageNumber();
-  m_nPagesRootObject = ObjectStart(m_nPagesRootObject, 1, 1);
-  if (m_nPagesRootObject == 0 || WriteToPDFFile("/Type /Pages", 1) == 0 ||
+  m_Facts.pages_root = ObjectStart(m_Facts.pages_root, 1, 1);
+  if (m_Facts.pages_root == 0 || WriteToPDFFile("/Type /Pages", 1) == 0 ||
       !WriteFormatted(1, "/Count %d", static_cast<int>(count)) ||
       WriteToPDFFile("/Kids [ ", 1) == 0) {
     return 0;
@@ -88,14 +88,14 @@ DWORD sorrelin::SessionState::CreatePagesRootObject() {
   for (DWORD page = 1; page <= count; ++page) {
     if (!WriteFormatted(1, "%d 0 R ", static_cast<int>(GetPageObjectNumber(page)))) return 0;
   }
-  return WriteToPDFFile("]", 1) != 0 && ObjectEnd(1) != 0 ? m_nPagesRootObject : 0;
+  return WriteToPDFFile("]", 1) != 0 && ObjectEnd(1) != 0 ? m_Facts.pages_root : 0;
 }
 
 DWORD sorrelin::SessionState::CreatePageObject(DWORD nParent, int nResourceType,
                                                DWORD nResourceObject, DWORD nProcSetObject,
                                                char const* szResourceName, POINT ptSize) {
-  if (m_nTotalPages + 1 > kPageSlots) return Fail(PDF_ERROR_TOO_MANY_PAGES);
-  ++m_nTotalPages;
+  if (m_Pages.count() + 1 > kPageSlots) return Fail(PDF_ERROR_TOO_MANY_PAGES);
+  ++m_Pages.count();
   ++m_nCurrentPage;
   DWORD const page = ObjectStart(1, 1);
   if (page == 0) return 0;
@@ -148,14 +148,14 @@ DWORD sorrelin::SessionState::CreateFontObject() {
 }
 
 DWORD sorrelin::SessionState::CreateCatalogObject(DWORD nPagesRoot, DWORD nOutlines) {
-  m_nCatalogObject = ObjectStart(1, 1);
-  m_nCatalogGeneration = 0;
-  if (m_nCatalogObject == 0 || WriteToPDFFile("/Type /Catalog", 1) == 0 ||
+  m_Facts.catalog = ObjectStart(1, 1);
+  m_Facts.catalog_generation = 0;
+  if (m_Facts.catalog == 0 || WriteToPDFFile("/Type /Catalog", 1) == 0 ||
       !WriteFormatted(1, "/Pages %d 0 R", static_cast<int>(nPagesRoot)) ||
       !WriteFormatted(1, "/Outlines %d 0 R", static_cast<int>(nOutlines)) || ObjectEnd(1) == 0) {
     return 0;
   }
-  return m_nCatalogObject;
+  return m_Facts.catalog;
 }
 
 bool sorrelin::SessionState::WriteInfoString(char const* szFormat,

@@ -9,7 +9,7 @@ int sorrelin::SessionState::WriteXref() {
   DWORD const table = ReserveOneObject();
   if (table == 0) return 0;
   // The table's own row holds its offset and gets no entry.
-  m_Objects[table].nOffset = m_nFilePos;
+  m_Objects.Change(table).nOffset = m_nFilePos;
   bool const written = WriteToPDFFile("xref", 1) != 0 &&
                        WriteFormatted(1, "0 %d", static_cast<int>(table)) &&
                        WriteXrefEntries(table) && WriteNewTrailer(table) && WriteXrefOffset(table);
@@ -20,7 +20,7 @@ bool sorrelin::SessionState::WriteXrefEntries(DWORD nTable) {
   std::string entries;
   AddXrefEntry(entries, 0, 65535, false);
   for (DWORD object = 1; object < nTable; ++object) {
-    ObjectEntry const& row = m_Objects[object];
+    ObjectEntry const row = m_Objects[object];
     AddXrefEntry(entries, row.nOffset, row.nGeneration, row.bInUse != 0);
   }
   return WriteText(entries);

@@ -249,7 +249,7 @@ TEST(ClassicChain, HybridSectionIsNotFollowed) {
   pdf.Classic({.keys = "/Root 1 0 R /XRefStm " + std::to_string(stream)});
   OpenDocument document(pdf);
   EXPECT_EQ(document.Build(), 4u);
-  EXPECT_EQ(document.reader().m_bStreamIndex, 0u);
+  EXPECT_FALSE(document.reader().objects.IsUsed());
   EXPECT_EQ(document.row(9).nOffset, 0u);
 }
 

@@ -1,7 +1,6 @@
 // /DecodeParms as the reader of cross-reference and object streams takes it.
 #include <gtest/gtest.h>
 #include <sorrelin/document/decode_parms.h>
-#include <sorrelin/frame/reader_state.h>
 
 #include <functional>
 #include <string>
@@ -13,7 +12,7 @@ using sorrelin::CDecodeParms;
 using Predictor = CDecodeParms::CDecodeParmsPredictor;
 
 struct Parsed {
-  explicit Parsed(std::string const& first, std::string const& second = {}) : parms(&state) {
+  explicit Parsed(std::string const& first, std::string const& second = {}) : parms(nullptr) {
     Parse(first);
     if (!second.empty()) Parse(second);
   }
@@ -22,7 +21,6 @@ struct Parsed {
   }
   Predictor const* operator->() const { return parms.Predictor(); }
   bool empty() const { return parms.Predictor() == nullptr; }
-  sorrelin::ReaderState state;
   CDecodeParms parms;
   int result = 0;
 };

@@ -306,7 +306,7 @@ TEST(IndexFetch, LastMarksObjectIsServedByTheTable) {
   OpenDocument document(test::ToBytes(text));
   ASSERT_NE(document.Build(), 0u);
   // The section lists itself under the offset of the boundary, and the boundary came first.
-  EXPECT_EQ(document.reader().m_pXRef->Extents().at({9, 0}).nEnd, 0u);
+  EXPECT_EQ(document.reader().objects.index()->Extents().at({9, 0}).nEnd, 0u);
   EXPECT_FALSE(document.Fetch(9).valid);
   EXPECT_THAT(document.Load(9), Optional(StartsWith("9 0 obj\n<</Type/XRef")));
   EXPECT_EQ(document.row(9).nOffset, section);
@@ -374,10 +374,9 @@ TEST(IndexFetch, BracketAtTheEndOfTheFileDoesNotEndALongerExtent) {
   std::string const text = "%PDF-1.5\n5 0 obj <</A 1>>";
   for (DWORD const more : {0u, 1u, 2u, 3u, 100u, 3000000000u}) {
     OpenDocument document(test::ToBytes(text));
-    document.reader().m_bStreamIndex = 1;
-    document.reader().m_pXRef = new sorrelin::CXRefStm(&document.reader());
-    document.reader().m_pXRef->SetFile(document.reader().m_pChannel);
-    document.reader().m_pXRef->Extents()[{5, 0}] = {9, static_cast<DWORD>(text.size()) + more};
+    auto index = std::make_unique<sorrelin::CXRef>(document.reader().file);
+    index->Extents()[{5, 0}] = {9, static_cast<DWORD>(text.size()) + more};
+    document.reader().objects.Open(std::move(index), true);
     EXPECT_TRUE(document.Fetch(5).valid == (more <= 3)) << more;
   }
 }

@@ -35,7 +35,7 @@ TEST(ObjectList, ClassicRouteFillsTheSession) {
     EXPECT_EQ(document->GetPageObjectNumber(1), 4u);
     EXPECT_EQ(document.row(3).nOffset, pdf.OffsetOf(3));
     EXPECT_EQ(document.row(3).bInUse, 1u);
-    EXPECT_EQ(document.reader().m_bStreamIndex, 0u);
+    EXPECT_FALSE(document.reader().objects.IsUsed());
   }
 }
 
@@ -62,7 +62,7 @@ TEST(ObjectList, StreamRouteFillsTheSession) {
     EXPECT_EQ(document.row(6).nGeneration, 0u);
     EXPECT_EQ(document.row(6).bInUse, 2u);
     EXPECT_EQ(document.row(11).bInUse, 0u);
-    EXPECT_EQ(document.reader().m_bStreamIndex, 1u);
+    EXPECT_TRUE(document.reader().objects.IsUsed());
     EXPECT_EQ(document.reader().m_Title, Wide("A title"));
   }
 }
@@ -74,7 +74,7 @@ TEST(ObjectList, IndexReachesToSizeWithZerosBehindTheLastObject) {
   pdf.XrefStream(4, {.size = 9});
   OpenDocument document(pdf);
   EXPECT_EQ(document.Build(), 9u);
-  auto const& index = document.reader().m_pXRef->ObjectIndex();
+  auto const& index = document.reader().objects.index()->ObjectIndex();
   ASSERT_EQ(index.size(), 9u);
   EXPECT_EQ(index[4].nType, 1u);
   for (size_t number = 5; number < 9; ++number) {
@@ -199,8 +199,8 @@ TEST_P(OpenFailure, HasItsCodeByEitherRoute) {
     OpenDocument document(pdf);
     EXPECT_EQ(document.Build(), 0u);
     EXPECT_EQ(document.error(), GetParam().error);
-    EXPECT_NE(document.reader().m_pXRef, nullptr);
-    EXPECT_NE(document.reader().m_pObjectStreams, nullptr);
+    EXPECT_NE(document.reader().objects.index(), nullptr);
+    EXPECT_NE(document.reader().objects.streams(), nullptr);
   }
 }
 
@@ -261,7 +261,7 @@ TEST(ObjectList, ClassicFileWithABadTableIsNotScanned) {
   OpenDocument document(test::ToBytes(text));
   EXPECT_EQ(document.Build(), 0u);
   EXPECT_EQ(document.error(), 24u);
-  EXPECT_FALSE(document.reader().m_pXRef->IsRebuilt());
+  EXPECT_FALSE(document.reader().objects.index()->IsRebuilt());
 }
 
 TEST(ObjectList, EncryptedClassicFileOpens) {
@@ -442,7 +442,7 @@ class SecondDocument {
     session_.ClosePDFFile();
     channel_ =
         sorrelin::ChannelAttachMemory(bytes_.data(), static_cast<DWORD>(bytes_.size()), true);
-    SessionProbe::Channel(session_) = first.reader().m_pChannel = channel_;
+    SessionProbe::SetChannel(session_, channel_);
   }
   ~SecondDocument() {
     session_.ClosePDFFile();
@@ -505,8 +505,8 @@ TEST(ObjectList, ClosingDestroysTheReadersObjects) {
   OpenDocument document(pdf);
   EXPECT_NE(document.Build(), 0u);
   document->ClosePDFFile();
-  EXPECT_EQ(document.reader().m_pXRef, nullptr);
-  EXPECT_EQ(document.reader().m_pObjectStreams, nullptr);
+  EXPECT_EQ(document.reader().objects.index(), nullptr);
+  EXPECT_EQ(document.reader().objects.streams(), nullptr);
   EXPECT_EQ(document->GetNumberOfPages(), 1u);
 }
 
@@ -520,8 +520,8 @@ TEST(ObjectList, BuildingTwiceReplacesTheReadersObjects) {
 }
 
 TEST(CrossReference, FreshObjectIsEmpty) {
-  sorrelin::ReaderState state;
-  sorrelin::CXRefStm xref(&state);
+  sorrelin::DocumentFile file;
+  sorrelin::CXRefStm xref(file, nullptr);
   EXPECT_EQ(XrefProbe::EntryLength(xref), 20u);
   EXPECT_TRUE(xref.ObjectIndex().empty());
   EXPECT_TRUE(xref.Extents().empty());

@@ -142,7 +142,7 @@ TEST(ObjectStream, ExtendsIsStoredAndNotFollowed) {
   OpenDocument document(pdf);
   ASSERT_NE(document.Build(), 0u);
   EXPECT_TRUE(document.Fetch(4).valid);
-  auto const& reader = XrefProbe::Stream(*document.reader().m_pObjectStreams, pdf.OffsetOf(10));
+  auto const& reader = XrefProbe::Stream(*document.reader().objects.streams(), pdf.OffsetOf(10));
   EXPECT_EQ(XrefProbe::Extends(reader), (std::pair<DWORD, DWORD>{8, 2}));
   EXPECT_EQ(XrefProbe::ObjectCount(reader), 1u);
   EXPECT_THAT(XrefProbe::FilterNames(reader), ElementsAre("/FlateDecode"));
@@ -204,8 +204,8 @@ TEST(ObjectStream, WithoutEndobjIsUnreadable) {
   OpenDocument document(pdf);
   ASSERT_NE(document.Build(), 0u);
   DWORD const behind = static_cast<DWORD>(pdf.Size() - 20);
-  document.reader().m_pXRef->ObjectIndex()[5] = {10, 0, 2};
-  document.reader().m_pXRef->Extents()[{10, 0}] = {behind, 0};
+  document.reader().objects.index()->ObjectIndex()[5] = {10, 0, 2};
+  document.reader().objects.index()->Extents()[{10, 0}] = {behind, 0};
   EXPECT_FALSE(document.Fetch(5).valid);
   EXPECT_FALSE(document.Fetch(5).valid);
 }
@@ -218,8 +218,8 @@ TEST(ObjectStream, UnknownStreamIsLookedForAtTheStartOfTheFile) {
   OpenDocument document(pdf);
   ASSERT_NE(document.Build(), 0u);
   EXPECT_FALSE(document.Fetch(4).valid);
-  EXPECT_TRUE(XrefProbe::Holds(*document.reader().m_pObjectStreams, 0));
-  EXPECT_EQ(document.reader().m_pXRef->Extents().count({77, 0}), 1u);
+  EXPECT_TRUE(XrefProbe::Holds(*document.reader().objects.streams(), 0));
+  EXPECT_EQ(document.reader().objects.index()->Extents().count({77, 0}), 1u);
 }
 
 // A page tree, `streams` object streams from number 100 on, and in each the object 500 numbers on.
@@ -237,7 +237,7 @@ TEST(ObjectStreamList, KeepsFortyNineStreamsFirstInFirstOut) {
   PdfBuilder const pdf = Many(51);
   OpenDocument document(pdf);
   ASSERT_NE(document.Build(), 0u);
-  auto& list = *document.reader().m_pObjectStreams;
+  auto& list = *document.reader().objects.streams();
   auto const holds = [&](DWORD i) { return XrefProbe::Holds(list, pdf.OffsetOf(100 + i)); };
   for (DWORD i = 0; i < 49; ++i) EXPECT_TRUE(document.Fetch(600 + i).valid);
   EXPECT_EQ(XrefProbe::StreamCount(list), 49u);
@@ -262,7 +262,7 @@ TEST(ObjectStreamList, KeepsFewerLargeStreams) {
   OpenDocument document(pdf);
   ASSERT_NE(document.Build(), 0u);
   for (DWORD i = 0; i < 3; ++i) EXPECT_TRUE(document.Fetch(600 + i).valid);
-  EXPECT_EQ(XrefProbe::StreamCount(*document.reader().m_pObjectStreams), 2u);
+  EXPECT_EQ(XrefProbe::StreamCount(*document.reader().objects.streams()), 2u);
 }
 
 }  // namespace

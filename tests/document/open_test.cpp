@@ -42,7 +42,7 @@ class Open : public testing::Test {
   void ExpectRejected(DWORD error) {
     EXPECT_EQ(Error(), error);
     EXPECT_EQ(SessionProbe::Channel(*session_), nullptr);
-    EXPECT_EQ(SessionProbe::Reader(*session_).m_pChannel, nullptr);
+    EXPECT_EQ(SessionProbe::Reader(*session_).file.channel(), nullptr);
   }
 
   TempDir temp_;
@@ -53,7 +53,7 @@ TEST_F(Open, FileAnswersForPagesAndImages) {
   ASSERT_EQ(OpenFile(Write(OnePageDocument())), 1);
   EXPECT_EQ(session_->GetNumberOfPages(), 1u);
   EXPECT_EQ(ReadDib(Block(session_->LoadImageFromPDF(0))).rows[0][0], 'A');
-  EXPECT_EQ(SessionProbe::Reader(*session_).m_pChannel, SessionProbe::Channel(*session_));
+  EXPECT_EQ(SessionProbe::Reader(*session_).file.channel(), SessionProbe::Channel(*session_));
   EXPECT_EQ(Error(), 0u);
 }
 
@@ -81,7 +81,7 @@ TEST_F(Open, MissingFileIsCode23AndLeavesNoChannel) {
   EXPECT_EQ(OpenFile(temp_ / "missing.pdf"), 0);
   EXPECT_EQ(Error(), 23u);
   EXPECT_EQ(SessionProbe::Channel(*session_), nullptr);
-  EXPECT_EQ(SessionProbe::Reader(*session_).m_pChannel, InvalidChannel());
+  EXPECT_EQ(SessionProbe::Reader(*session_).file.channel(), InvalidChannel());
 }
 
 TEST_F(Open, SevenBytesAreCode24) {

@@ -31,11 +31,11 @@ struct Walk {
 
 Walk WalkText(ObjectSession& session, std::string const& text) {
   SessionProbe::PagesRoot(*session) = 2;
-  SessionProbe::Reader(*session).m_nPageCounter = 0;
+  SessionProbe::Reader(*session).page_counter = 0;
   ScanBuffer buffer(text);
   Walk walk;
   walk.result = session->ParseKids(buffer.data(), buffer.size());
-  DWORD const count = SessionProbe::Reader(*session).m_nPageCounter;
+  DWORD const count = SessionProbe::Reader(*session).page_counter;
   for (DWORD page = 0; page < count; ++page) {
     walk.pages.push_back(session->GetPageObjectNumber(page));
   }
@@ -169,11 +169,11 @@ TEST(PageTree, AncestorsAmongTheKidsAreSkipped) {
 
 TEST(PageTree, CounterOfTheSideRecordGoesOn) {
   ObjectSession session({{3, kPage}});
-  SessionProbe::Reader(*session).m_nPageCounter = 7;
+  SessionProbe::Reader(*session).page_counter = 7;
   ScanBuffer buffer("/Kids [3 0 R] ");
   EXPECT_EQ(session->ParseKids(buffer.data(), buffer.size()), 1);
   EXPECT_EQ(session->GetPageObjectNumber(7), 3u);
-  EXPECT_EQ(SessionProbe::Reader(*session).m_nPageCounter, 8u);
+  EXPECT_EQ(SessionProbe::Reader(*session).page_counter, 8u);
 }
 
 TEST(PageTree, DeepTreeIsWalkedToItsLeaf) {
@@ -239,7 +239,7 @@ TEST(PageTree, MoreNodesThanObjectRowsFail) {
 TEST(PageTree, MoreKidsThanRoomFailEarly) {
   ObjectSession session({});
   EXPECT_EQ(WalkText(session, Kids("9 0 R ", 120051)).result, 0);
-  EXPECT_EQ(SessionProbe::Reader(*session).m_nPageCounter, 0u);
+  EXPECT_EQ(SessionProbe::Reader(*session).page_counter, 0u);
 }
 
 TEST(PageTreeDeathTest, HundredDigitsEndTheProcess) {
@@ -252,7 +252,7 @@ TEST(PageTreeDeathTest, HundredDigitsEndTheProcess) {
 std::pair<int, DWORD> LoadPage(std::string const& body) {
   ObjectSession session({{3, body}});
   int const result = session->LoadPageObject(3);
-  EXPECT_EQ(SessionProbe::Reader(*session).m_nPageCounter, 0u);
+  EXPECT_EQ(SessionProbe::Reader(*session).page_counter, 0u);
   return {result, session->PDF_GetLastError()};
 }
 

@@ -1,7 +1,6 @@
 // The undoing of PNG rows, byte by byte.
 #include <gtest/gtest.h>
 #include <sorrelin/document/decode_parms.h>
-#include <sorrelin/frame/reader_state.h>
 
 #include <algorithm>
 #include <string>
@@ -179,7 +178,6 @@ struct PredictorRow {
 };
 
 TEST(Predictor, OnlyTenToFifteenAreUndone) {
-  sorrelin::ReaderState state;
   for (auto const& [predictor, result] : {PredictorRow{2, 0},
                                           {3, 0},
                                           {9, 0},
@@ -191,7 +189,7 @@ TEST(Predictor, OnlyTenToFifteenAreUndone) {
                                           {15, 1},
                                           {16, 0},
                                           {255, 0}}) {
-    sorrelin::CDecodeParms parms(&state);
+    sorrelin::CDecodeParms parms(nullptr);
     std::string text = "<</Predictor " + std::to_string(predictor) + " /Columns 2 >>";
     parms.ParseDecodeParms(reinterpret_cast<BYTE*>(text.data()), text.size());
     Bytes data{1, 5, 5};
@@ -201,8 +199,7 @@ TEST(Predictor, OnlyTenToFifteenAreUndone) {
 }
 
 TEST(Predictor, OfOneDoesNothing) {
-  sorrelin::ReaderState state;
-  sorrelin::CDecodeParms parms(&state);
+  sorrelin::CDecodeParms parms(nullptr);
   std::string text = "<</K -1 >>";
   parms.ParseDecodeParms(reinterpret_cast<BYTE*>(text.data()), text.size());
   Bytes data{1, 5, 5};

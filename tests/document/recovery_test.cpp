@@ -275,7 +275,7 @@ TEST(Recovery, SessionTableStaysAsItWas) {
   OpenDocument document(pdf);
   EXPECT_NE(document.Build(), 0u);
   document.Load(3);
-  EXPECT_TRUE(document.reader().m_pXRef->IsRebuilt());
+  EXPECT_TRUE(document.reader().objects.index()->IsRebuilt());
   EXPECT_EQ(document.row(3).nOffset, pdf.OffsetOf(3) + 30);
 }
 
@@ -289,9 +289,9 @@ TEST(Recovery, IsMadeOnceAndThenTheTableServes) {
   pdf.XrefStream(5);
   OpenDocument document(pdf);
   EXPECT_NE(document.Build(), 0u);
-  EXPECT_FALSE(document.reader().m_pXRef->IsRebuilt());
+  EXPECT_FALSE(document.reader().objects.index()->IsRebuilt());
   EXPECT_FALSE(document.Fetch(6).valid);
-  EXPECT_TRUE(document.reader().m_pXRef->IsRebuilt());
+  EXPECT_TRUE(document.reader().objects.index()->IsRebuilt());
   EXPECT_FALSE(document.Fetch(6).valid);
   EXPECT_THAT(document.Load(6).value_or(""), testing::StartsWith("6 0 obj no end"));
 }

@@ -80,13 +80,13 @@ TEST(FirstLook, TakesTheFirstOfTwoKeywords) {
   EXPECT_EQ(OpenError(pdf.Content()), 0u);
 }
 
-TEST(NumberBehindStartXref, IsTheFirstRunOfDigits) {
-  using sorrelin::NumberBehindStartXref;
-  EXPECT_EQ(NumberBehindStartXref("startxref\n116\n%%EOF"), 116);
-  EXPECT_EQ(NumberBehindStartXref("startxref(a-7)"), 7);
-  EXPECT_EQ(NumberBehindStartXref("startxref 99999999999"), 2147483647);
-  EXPECT_FALSE(NumberBehindStartXref("startxref").has_value());
-  EXPECT_FALSE(NumberBehindStartXref("116 startxre").has_value());
+TEST(NumberAfterStartXref, IsTheFirstRunOfDigits) {
+  using sorrelin::NumberAfterStartXref;
+  EXPECT_EQ(NumberAfterStartXref("startxref\n116\n%%EOF"), 116);
+  EXPECT_EQ(NumberAfterStartXref("startxref(a-7)"), 7);
+  EXPECT_EQ(NumberAfterStartXref("startxref 99999999999"), 2147483647);
+  EXPECT_FALSE(NumberAfterStartXref("startxref").has_value());
+  EXPECT_FALSE(NumberAfterStartXref("116 startxre").has_value());
 }
 
 // "startxref" and a number, `from_end` bytes before the end of the text.
@@ -220,7 +220,7 @@ TEST(Route, ClassicTableIsReadFromTheNumberInTheDocument) {
   pdf.Classic({.start_xref = section - 3});
   OpenDocument document(pdf);
   EXPECT_EQ(document.Build(), 0u);
-  EXPECT_EQ(document.reader().m_bStreamIndex, 0u);
+  EXPECT_FALSE(document.reader().objects.IsUsed());
 }
 
 }  // namespace

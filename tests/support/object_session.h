@@ -25,11 +25,10 @@ class ObjectSession {
       document_ += ObjectText(number, body);
       rows = std::max(rows, number + 1);
     }
-    SessionProbe::ObjectsInFile(*session_) = rows;
+    SessionProbe::SetObjectsInFile(*session_, rows);
     channel_ =
         sorrelin::ChannelAttachMemory(document_.data(), static_cast<DWORD>(document_.size()), true);
-    SessionProbe::Channel(*session_) = channel_;
-    SessionProbe::Reader(*session_).m_pChannel = channel_;
+    SessionProbe::SetChannel(*session_, channel_);
     session_->PDF_SetLastError(PDF_ERROR_NONE);
   }
   ~ObjectSession() {

@@ -4,7 +4,6 @@
 #define TESTS_SUPPORT_OPEN_DOCUMENT_H_
 
 #include <sorrelin/channel/file_channel.h>
-#include <sorrelin/document/object_fetch.h>
 #include <sorrelin/frame/session.h>
 #include <sorrelin/platform/file.h>
 #include <sorrelin/platform/memory.h>
@@ -27,8 +26,7 @@ class OpenDocument {
       : bytes_(std::move(bytes)), session_(std::make_unique<CCreatePDF>()) {
     bytes_.reserve(1);  // an empty document has an address too
     channel_ = target == Target::kMemory ? OpenMemory() : OpenFile();
-    SessionProbe::Channel(*session_) = channel_;
-    reader().m_pChannel = channel_;
+    SessionProbe::SetChannel(*session_, channel_);
     session_->PDF_SetLastError(PDF_ERROR_NONE);
   }
   explicit OpenDocument(PdfBuilder const& pdf, Target target = Target::kMemory)
@@ -65,18 +63,14 @@ class OpenDocument {
     return text;
   }
 
-  // What LoadObjectBytes gives.
+  // What the index gives.
   struct Fetched {
     std::string text;
     bool valid;
   };
   Fetched Fetch(DWORD object, DWORD generation = 0) {
-    sorrelin::ObjectBytes bytes;
-    sorrelin::LoadObjectBytes(&reader(), &bytes, object, generation);
-    Fetched fetched{std::string(reinterpret_cast<char const*>(bytes.pData), bytes.nSize),
-                    bytes.bValid != 0};
-    std::free(bytes.pData);
-    return fetched;
+    sorrelin::ObjectBytes bytes = reader().objects.Fetch(object, generation);
+    return {std::string(sorrelin::LoadedObject(bytes.block.Release()).Chars()), bytes.valid};
   }
 
  private:

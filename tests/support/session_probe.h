@@ -17,10 +17,22 @@ struct SessionProbe {
   static std::shared_ptr<sorrelin::ReaderState>& ReaderPointer(CCreatePDF& s) {
     return Of(s).m_pReader;
   }
-  static sorrelin::ObjectEntry& Row(CCreatePDF& s, DWORD object) { return Of(s).m_Objects[object]; }
+  // Tells session and side record of a channel, as opening does.
+  static void SetChannel(CCreatePDF& s, sorrelin::FileChannel* channel) {
+    Channel(s) = channel;
+    Reader(s).file.SetChannel(channel, sorrelin::DocumentFile::Growth::kFixed);
+  }
+  // Where a value finds what stands in other objects.
+  static sorrelin::ObjectSource* Source(CCreatePDF& s) { return &Reader(s).objects; }
+  static sorrelin::ObjectEntry& Row(CCreatePDF& s, DWORD object) {
+    return Of(s).m_Objects.Change(object);
+  }
   static DWORD& FilePos(CCreatePDF& s) { return Of(s).m_nFilePos; }
-  static DWORD& TotalPages(CCreatePDF& s) { return Of(s).m_nTotalPages; }
-  static DWORD& ObjectsInFile(CCreatePDF& s) { return Of(s).m_nObjectsInFile; }
+  static DWORD& TotalPages(CCreatePDF& s) { return Of(s).m_Pages.count(); }
+  static DWORD ObjectsInFile(CCreatePDF& s) { return Of(s).m_Objects.rows_in_document(); }
+  static void SetObjectsInFile(CCreatePDF& s, DWORD rows) {
+    Of(s).m_Objects.SetRowsInDocument(rows);
+  }
   static DWORD& AppendMode(CCreatePDF& s) { return Of(s).m_bAppendMode; }
   static DWORD& FirstAppendedPage(CCreatePDF& s) { return Of(s).m_bFirstAppendedPage; }
   static DWORD& AppendedPages(CCreatePDF& s) { return Of(s).m_nAppendedPages; }
@@ -30,16 +42,16 @@ struct SessionProbe {
   static DWORD& BlackIs1(CCreatePDF& s) { return Of(s).m_bBlackIs1; }
   static DWORD& DecodeNormal(CCreatePDF& s) { return Of(s).m_bDecodeNormal; }
   static DWORD& ProcSetFlags(CCreatePDF& s) { return Of(s).m_nProcSetFlags; }
-  static DWORD& PagesRoot(CCreatePDF& s) { return Of(s).m_nPagesRootObject; }
-  static DWORD& Catalog(CCreatePDF& s) { return Of(s).m_nCatalogObject; }
-  static DWORD& CatalogGeneration(CCreatePDF& s) { return Of(s).m_nCatalogGeneration; }
-  static DWORD& Info(CCreatePDF& s) { return Of(s).m_nInfoObject; }
-  static DWORD& InfoGeneration(CCreatePDF& s) { return Of(s).m_nInfoGeneration; }
-  static DWORD& TrailerSize(CCreatePDF& s) { return Of(s).m_nTrailerSize; }
-  static DWORD& MaxSectionOffset(CCreatePDF& s) { return Of(s).m_nMaxSectionOffset; }
+  static DWORD& PagesRoot(CCreatePDF& s) { return Of(s).m_Facts.pages_root; }
+  static DWORD& Catalog(CCreatePDF& s) { return Of(s).m_Facts.catalog; }
+  static DWORD& CatalogGeneration(CCreatePDF& s) { return Of(s).m_Facts.catalog_generation; }
+  static DWORD& Info(CCreatePDF& s) { return Of(s).m_Facts.info; }
+  static DWORD& InfoGeneration(CCreatePDF& s) { return Of(s).m_Facts.info_generation; }
+  static DWORD& TrailerSize(CCreatePDF& s) { return Of(s).m_Facts.trailer_size; }
+  static DWORD& MaxSectionOffset(CCreatePDF& s) { return Of(s).m_Facts.max_section_offset; }
   static WCHAR* Creator(CCreatePDF& s) { return Of(s).m_szCreator; }
-  static char* TrailerId(CCreatePDF& s) { return Of(s).m_szTrailerID; }
-  static char* TrailerEncrypt(CCreatePDF& s) { return Of(s).m_szTrailerEncrypt; }
+  static char* TrailerId(CCreatePDF& s) { return Of(s).m_Facts.trailer_id; }
+  static char* TrailerEncrypt(CCreatePDF& s) { return Of(s).m_Facts.trailer_encrypt; }
 
   // Layout defaults in declaration order, which nothing reads but callers see in the object.
   static void LayoutDefaults(CCreatePDF& s, DWORD (&values)[6]) {

@@ -4,7 +4,7 @@
 
 #include <sorrelin/channel/file_channel.h>
 #include <sorrelin/document/cxref_stm.h>
-#include <sorrelin/frame/reader_state.h>
+#include <sorrelin/document/document_file.h>
 #include <tests/support/pdf_builder.h>
 #include <tests/support/xref_probe.h>
 
@@ -20,9 +20,8 @@ class XrefDocument {
     bytes_.reserve(1);  // an empty document has an address too
     channel_ =
         sorrelin::ChannelAttachMemory(bytes_.data(), static_cast<DWORD>(bytes_.size()), true);
-    state_.m_pChannel = channel_;
-    xref_ = std::make_unique<sorrelin::CXRefStm>(&state_);
-    xref_->SetFile(channel_);
+    file_.SetChannel(channel_, sorrelin::DocumentFile::Growth::kFixed);
+    xref_ = std::make_unique<sorrelin::CXRefStm>(file_, nullptr);
   }
   ~XrefDocument() {
     sorrelin::ChannelClose(channel_);
@@ -33,12 +32,11 @@ class XrefDocument {
 
   sorrelin::CXRefStm& operator*() { return *xref_; }
   sorrelin::CXRefStm* operator->() { return xref_.get(); }
-  sorrelin::ReaderState& state() { return state_; }
   sorrelin::FileChannel* channel() { return channel_; }
 
  private:
   Bytes bytes_;
-  sorrelin::ReaderState state_;
+  sorrelin::DocumentFile file_;
   sorrelin::FileChannel* channel_ = nullptr;
   std::unique_ptr<sorrelin::CXRefStm> xref_;
 };

@@ -29,10 +29,9 @@ class ReferenceDocument {
     document_ = pdf.Document();
     channel_ =
         sorrelin::ChannelAttachMemory(document_.data(), static_cast<DWORD>(document_.size()), true);
-    SessionProbe::Channel(*session_) = channel_;
-    SessionProbe::Reader(*session_).m_pChannel = channel_;
+    SessionProbe::SetChannel(*session_, channel_);
     EXPECT_NE(session_->BuildObjectListFromFile(), 0u);
-    EXPECT_EQ(SessionProbe::Reader(*session_).m_bStreamIndex, 1u);
+    EXPECT_TRUE(SessionProbe::Reader(*session_).objects.IsUsed());
   }
   ~ReferenceDocument() {
     session_->ClosePDFFile();
@@ -48,8 +47,8 @@ class ReferenceDocument {
     ScanBuffer buffer("/K " + text + " >>");
     void* out = nullptr;
     uint64_t size = 0;
-    if (sorrelin::GetTypedValue(&SessionProbe::Reader(*session_), buffer.data(), buffer.size(),
-                                "/K", &out, &size, type) == 0) {
+    if (sorrelin::GetTypedValue(SessionProbe::Source(*session_), buffer.data(), buffer.size(), "/K",
+                                &out, &size, type) == 0) {
       return "-";
     }
     std::string const value(static_cast<char const*>(out), static_cast<size_t>(size));
@@ -80,7 +79,7 @@ ValueText CutValue(ReferenceDocument& document, std::string const& text) {
   BYTE* at = buffer.data();
   BYTE* out = nullptr;
   ValueText value{0, "null", 77};
-  value.result = sorrelin::ParseValueText(&SessionProbe::Reader(document.session()), &at,
+  value.result = sorrelin::ParseValueText(SessionProbe::Source(document.session()), &at,
                                           buffer.size(), &out, &value.size);
   if (out != nullptr) value.text = reinterpret_cast<char const*>(out);
   std::free(out);

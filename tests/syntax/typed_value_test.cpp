@@ -16,11 +16,10 @@ using test::WithNuls;
 
 // The bytes of the value, or "-" for a failure, which leaves the out arguments as they were.
 std::string Typed(std::string const& text, char const* key, DWORD type) {
-  sorrelin::ReaderState state;
   ScanBuffer buffer(text);
   void* out = nullptr;
   uint64_t size = 77;
-  if (sorrelin::GetTypedValue(&state, buffer.data(), buffer.size(), key, &out, &size, type) == 0) {
+  if (sorrelin::GetTypedValue(nullptr, buffer.data(), buffer.size(), key, &out, &size, type) == 0) {
     EXPECT_EQ(out, nullptr);
     EXPECT_EQ(size, 77u);
     return "-";
@@ -81,16 +80,15 @@ TEST(TypedValueKey, UnknownTypesGiveZero) {
 }
 
 TEST(TypedValueKey, MissingArgumentsGiveZero) {
-  sorrelin::ReaderState state;
   ScanBuffer b("/K 5 ");
   void* out = nullptr;
   uint64_t size = 0;
-  EXPECT_EQ(sorrelin::GetTypedValue(&state, nullptr, 5, "/K", &out, &size, 8), 0);
-  EXPECT_EQ(sorrelin::GetTypedValue(&state, b.data(), 0, "/K", &out, &size, 8), 0);
-  EXPECT_EQ(sorrelin::GetTypedValue(&state, b.data(), 5, nullptr, &out, &size, 8), 0);
-  EXPECT_EQ(sorrelin::GetTypedValue(&state, b.data(), 5, "", &out, &size, 8), 0);
-  EXPECT_EQ(sorrelin::GetTypedValue(&state, b.data(), 5, "/K", nullptr, &size, 8), 0);
-  EXPECT_EQ(sorrelin::GetTypedValue(&state, b.data(), 5, "/K", &out, nullptr, 8), 0);
+  EXPECT_EQ(sorrelin::GetTypedValue(nullptr, nullptr, 5, "/K", &out, &size, 8), 0);
+  EXPECT_EQ(sorrelin::GetTypedValue(nullptr, b.data(), 0, "/K", &out, &size, 8), 0);
+  EXPECT_EQ(sorrelin::GetTypedValue(nullptr, b.data(), 5, nullptr, &out, &size, 8), 0);
+  EXPECT_EQ(sorrelin::GetTypedValue(nullptr, b.data(), 5, "", &out, &size, 8), 0);
+  EXPECT_EQ(sorrelin::GetTypedValue(nullptr, b.data(), 5, "/K", nullptr, &size, 8), 0);
+  EXPECT_EQ(sorrelin::GetTypedValue(nullptr, b.data(), 5, "/K", &out, nullptr, 8), 0);
 }
 
 TEST(TypedValue, String) {

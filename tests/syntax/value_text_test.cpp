@@ -26,12 +26,11 @@ std::ostream& operator<<(std::ostream& out, Cutout const& cutout) {
 }
 
 Cutout CutValue(std::string const& text) {
-  sorrelin::ReaderState state;
   ScanBuffer buffer(text);
   BYTE* at = buffer.data();
   BYTE* out = nullptr;
   Cutout cutout{0, "null", kUnset};
-  cutout.result = sorrelin::ParseValueText(&state, &at, buffer.size(), &out, &cutout.size);
+  cutout.result = sorrelin::ParseValueText(nullptr, &at, buffer.size(), &out, &cutout.size);
   if (out != nullptr) cutout.text = reinterpret_cast<char const*>(out);
   std::free(out);
   return cutout;
@@ -75,11 +74,10 @@ TEST(ValueText, WhatEndsTheLookForADictionary) {
 // with the bytes 1 to 10, which take the places 11 to 20; the block has those up to 14.
 TEST(ValueText, InFrontOfAnUnclosedDictionaryStaysWithinItsBlock) {
   ScanBuffer buffer("/Title abcdefghij<<x");
-  sorrelin::ReaderState state;
   void* out = nullptr;
   uint64_t size = 0;
-  ASSERT_EQ(sorrelin::GetTypedValue(&state, buffer.data(), buffer.size(), "/Title", &out, &size, 1),
-            1);
+  ASSERT_EQ(
+      sorrelin::GetTypedValue(nullptr, buffer.data(), buffer.size(), "/Title", &out, &size, 1), 1);
   // A string lacks the first and the last of the 21 places that count.
   EXPECT_EQ(std::string(static_cast<char const*>(out), size),
             std::string(10, '\0') + "abcd" + std::string(5, '\0'));
@@ -176,16 +174,15 @@ TEST(ValueText, ReferenceThatCannotBeFetchedGivesNothing) {
 }
 
 TEST(ValueText, NeedsTextAndOutArguments) {
-  sorrelin::ReaderState state;
   ScanBuffer buffer("(a) ");
   BYTE* at = buffer.data();
   BYTE* none = nullptr;
   BYTE* out = nullptr;
   DWORD size = 0;
-  EXPECT_EQ(sorrelin::ParseValueText(&state, nullptr, 4, &out, &size), 0);
-  EXPECT_EQ(sorrelin::ParseValueText(&state, &none, 4, &out, &size), 0);
-  EXPECT_EQ(sorrelin::ParseValueText(&state, &at, 4, nullptr, &size), 0);
-  EXPECT_EQ(sorrelin::ParseValueText(&state, &at, 4, &out, nullptr), 0);
+  EXPECT_EQ(sorrelin::ParseValueText(nullptr, nullptr, 4, &out, &size), 0);
+  EXPECT_EQ(sorrelin::ParseValueText(nullptr, &none, 4, &out, &size), 0);
+  EXPECT_EQ(sorrelin::ParseValueText(nullptr, &at, 4, nullptr, &size), 0);
+  EXPECT_EQ(sorrelin::ParseValueText(nullptr, &at, 4, &out, nullptr), 0);
 }
 
 }  // namespace

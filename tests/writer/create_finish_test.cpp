@@ -140,7 +140,7 @@ TEST(CreateFinish, FailedOpenLeavesNoChannelInTheSideRecordEither) {
   auto const session = std::make_unique<CCreatePDF>();
   EXPECT_EQ(session->CreatePDFFile((dir / "none/a.pdf").c_str()), 0);
   EXPECT_EQ(SessionProbe::Channel(*session), sorrelin::InvalidChannel());
-  EXPECT_EQ(SessionProbe::Reader(*session).m_pChannel, sorrelin::InvalidChannel());
+  EXPECT_EQ(SessionProbe::Reader(*session).file.channel(), sorrelin::InvalidChannel());
 }
 
 TEST(CreateFinish, NameDecidesBetweenANewDocumentAndAnUpdate) {
@@ -212,7 +212,7 @@ TEST(CreateFinish, SecondDocumentOfASessionContinuesItsCounters) {
 
 void ExpectNoChannel(CCreatePDF& session) {
   EXPECT_EQ(SessionProbe::Channel(session), sorrelin::InvalidChannel());
-  EXPECT_EQ(SessionProbe::Reader(session).m_pChannel, sorrelin::InvalidChannel());
+  EXPECT_EQ(SessionProbe::Reader(session).file.channel(), sorrelin::InvalidChannel());
 }
 
 TEST(CreateFinish, CloseTwiceDoesNoHarm) {

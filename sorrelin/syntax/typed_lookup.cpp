@@ -1,5 +1,5 @@
 // Typed dictionary values as values.
-#include <sorrelin/document/typed_lookup.h>
+#include <sorrelin/syntax/typed_lookup.h>
 #include <sorrelin/syntax/typed_value.h>
 
 #include <cstdlib>
@@ -24,11 +24,11 @@ std::vector<std::string> SplitNames(std::string const& text) {
 
 }  // namespace
 
-std::optional<std::string> FindTypedText(ReaderState* state, std::span<BYTE> text, char const* key,
-                                         DWORD type) {
+std::optional<std::string> FindTypedText(ObjectSource* objects, std::span<BYTE> text,
+                                         char const* key, DWORD type) {
   void* value = nullptr;
   uint64_t size = 0;
-  int const found = GetTypedValue(state, text.data(), text.size(), key, &value, &size, type);
+  int const found = GetTypedValue(objects, text.data(), text.size(), key, &value, &size, type);
   std::optional<std::string> result;
   if (found != 0 && value != nullptr) {
     result.emplace(static_cast<char const*>(value), static_cast<size_t>(size));
@@ -37,20 +37,20 @@ std::optional<std::string> FindTypedText(ReaderState* state, std::span<BYTE> tex
   return result;
 }
 
-std::optional<int32_t> FindTypedNumber(ReaderState* state, std::span<BYTE> text, char const* key,
+std::optional<int32_t> FindTypedNumber(ObjectSource* objects, std::span<BYTE> text, char const* key,
                                        DWORD type) {
-  auto const value = FindTypedText(state, text, key, type);
+  auto const value = FindTypedText(objects, text, key, type);
   if (!value || value->size() < sizeof(int32_t)) return std::nullopt;
   int32_t number = 0;
   std::memcpy(&number, value->data(), sizeof number);
   return number;
 }
 
-std::vector<std::string> FindFilterNames(ReaderState* state, std::span<BYTE> text) {
-  if (auto const array = FindTypedText(state, text, kFilterKey, kTypeArray)) {
+std::vector<std::string> FindFilterNames(ObjectSource* objects, std::span<BYTE> text) {
+  if (auto const array = FindTypedText(objects, text, kFilterKey, kTypeArray)) {
     return SplitNames(*array);
   }
-  if (auto name = FindTypedText(state, text, kFilterKey, kTypeName)) return {*std::move(name)};
+  if (auto name = FindTypedText(objects, text, kFilterKey, kTypeName)) return {*std::move(name)};
   return {};
 }
 

@@ -1,0 +1,86 @@
+// The fetch of an object's text through the index of the stream route.
+#include <sorrelin/document/indexed_objects.h>
+#include <sorrelin/document/loaded_object.h>
+#include <sorrelin/platform/memory.h>
+#include <sorrelin/syntax/byte_view.h>
+
+#include <algorithm>
+#include <new>
+#include <utility>
+
+namespace sorrelin {
+
+namespace {
+
+// An object that is no stream has its NUL bytes as blanks, so that scans see all of it.
+void BlankNuls(std::span<BYTE> text) {
+  std::string_view const front = ByteView{text.data(), text.size()}.Text();
+  bool const stream = front.find("/Filter") != std::string_view::npos ||
+                      front.find("stream") != std::string_view::npos;
+  if (!stream) std::replace(text.begin(), text.end(), BYTE{0}, BYTE{' '});
+}
+
+}  // namespace
+
+void IndexedObjects::Open(std::unique_ptr<CXRef> index, bool used) {
+  streams_ = std::make_unique<ObjectStreamList>(file_, *this);
+  index_ = std::move(index);
+  used_ = used;
+}
+
+void IndexedObjects::Close() {
+  index_.reset();
+  streams_.reset();
+  file_.Forget();
+}
+
+ObjectBytes IndexedObjects::Fetch(DWORD number, DWORD generation) {
+  ObjectBytes out;
+  if (!used_ || index_ == nullptr || !file_.IsOpen()) return out;
+  WorkBudget::Fetch const fetch(file_.work(), file_.Size());
+  ObjectId const id{number, generation};
+  if (fetch.IsTooDeep() || FetchIndexed(id, out) || index_->IsRebuilt()) return out;
+  index_->RebuildByScan();
+  FetchIndexed(id, out);
+  return out;
+}
+
+// False if the text that the index leads to cannot be an object.
+bool IndexedObjects::FetchIndexed(ObjectId id, ObjectBytes& out) {
+  XRefObjectEntry const entry = index_->EntryOf(id.nNumber);
+  if (entry.nType != 2) return FetchPlain(id, out);
+  // Kept: a stream that the index does not know is looked for at the start of the file.
+  DWORD const stream = index_->Extents()[{static_cast<DWORD>(entry.nOffset), 0}].nStart;
+  out = streams_->Fetch(stream, id.nNumber);
+  return true;
+}
+
+bool IndexedObjects::FetchPlain(ObjectId id, ObjectBytes& out) {
+  auto const entry = index_->Extents().find(id);
+  // An extent that ends before it starts belongs to the document's last object.
+  if (entry == index_->Extents().end() || entry->second.nEnd < entry->second.nStart) return true;
+  ObjectExtent const extent = entry->second;
+  DWORD const bytes = extent.nEnd - extent.nStart;
+  // After the file's end there is no text, and looking there costs nothing.
+  if (extent.nStart >= file_.Size()) return false;
+  // What the file lacks of the extent stays 0.
+  if (!file_.work().Spend(bytes)) return true;
+  OwnedBlock block(GlobalAlloc(GHND, SIZE_T{bytes} + 2));
+  LockedBlock lock(block.get());
+  if (!lock) throw std::bad_alloc();
+  std::span<BYTE> const text = lock.bytes().first(bytes);
+  auto const read = file_.Read(extent.nStart, text.data(), bytes);
+  file_.SeekTo(extent.nStart + read.value_or(0));
+  BlankNuls(text);
+  if (CXRef::IsObjectTextValid(text.data(), bytes) == 0) return false;
+  out = {std::move(block), bytes != 0};
+  return true;
+}
+
+std::optional<std::string> IndexedObjects::TextOf(DWORD number) {
+  ObjectBytes object = Fetch(number, 0);
+  if (!object.valid) return std::nullopt;
+  return std::string(LoadedObject(object.block.Release()).Front());
+}
+
+}  // namespace sorrelin
