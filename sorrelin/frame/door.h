@@ -1,8 +1,10 @@
-// What every method of the session does around its work: a failed allocation ends here.
+// What every method of the session does around its work: a failed allocation ends here, and the
+// outcome of a component becomes the last error and the method's result.
 #ifndef SORRELIN_FRAME_DOOR_H_
 #define SORRELIN_FRAME_DOOR_H_
 
 #include <sorrelin/frame/session_state.h>
+#include <sorrelin/writer/object_writer.h>
 
 #include <new>
 
@@ -16,10 +18,21 @@ auto Door(SessionState* state, Work work) -> decltype(work(*state)) {
     try {
       return work(*state);
     } catch (std::bad_alloc const&) {
-      state->PDF_SetLastError(PDF_ERROR_MEMORY);
+      state->m_nLastError = PDF_ERROR_MEMORY;
     }
   }
   return decltype(work(*state))();
+}
+
+// The same for work that puts bytes through an ObjectWriter. Its result stands unless a write
+// failed.
+template <typename Work>
+DWORD WriterDoor(SessionState* state, Work work) {
+  return Door(state, [&](SessionState& open) {
+    ObjectWriter out = open.Document().Writer();
+    DWORD const result = work(out);
+    return open.Take(out.Outcome(result));
+  });
 }
 
 }  // namespace sorrelin

@@ -7,11 +7,11 @@ using sorrelin::Door;
 using sorrelin::SessionState;
 
 void CCreatePDF::PDF_SetLastError(DWORD nError) {
-  if (m_pState != nullptr) m_pState->PDF_SetLastError(nError);
+  if (m_pState != nullptr) m_pState->m_nLastError = nError;
 }
 
 DWORD CCreatePDF::PDF_GetLastError() {
-  return m_pState != nullptr ? m_pState->PDF_GetLastError() : DWORD{PDF_ERROR_MEMORY};
+  return m_pState != nullptr ? m_pState->m_nLastError : DWORD{PDF_ERROR_MEMORY};
 }
 
 int CCreatePDF::GetLastPDFErrorText(char* szBuffer) {

@@ -29,17 +29,15 @@ constexpr auto kFixed = sorrelin::DocumentFile::Growth::kFixed;
 // Takes the channel, tests the header and reads the index. After a failure behind the header the
 // document stays open, for the caller to close.
 bool ReadDocument(SessionState& state, FileChannel* channel) {
-  state.m_hFile = channel;
-  state.m_pReader->file.SetChannel(channel, kFixed);
+  state.TakeChannel(channel, kFixed);
   if (channel == sorrelin::InvalidChannel()) {
-    state.m_hFile = nullptr;
+    state.m_Output.channel = nullptr;
     return state.Report(Status::Failed(PDF_ERROR_OPEN));
   }
   Status const header = sorrelin::ReadHeader(channel);
   if (!header.ok()) {
     sorrelin::ChannelClose(channel);
-    state.m_hFile = nullptr;
-    state.m_pReader->file.SetChannel(nullptr, kFixed);
+    state.TakeChannel(nullptr, kFixed);
     return state.Report(header);
   }
   sorrelin::Opening opening(*state.m_pReader, state.m_Objects, state.m_Pages, state.m_Facts);

@@ -1,8 +1,7 @@
 // A session's state at its start, and its last error.
 #include <sorrelin/channel/file_channel.h>
-#include <sorrelin/frame/banner.h>
-#include <sorrelin/frame/error_text.h>
 #include <sorrelin/frame/session_state.h>
+#include <sorrelin/writer/banner.h>
 
 #include <algorithm>
 #include <iterator>
@@ -21,16 +20,15 @@ void FreeSideRecord(ReaderState* record) {
 
 }  // namespace
 
-SessionState::SessionState()
-    : m_hFile(InvalidChannel()), m_pReader(NewSideRecord(), FreeSideRecord) {
+SessionState::SessionState() : m_pReader(NewSideRecord(), FreeSideRecord) {
   static_assert(std::size(kWideCreator) <= kCreatorUnits);
   std::copy(std::begin(kWideCreator), std::end(kWideCreator), m_szCreator);
-  InitObjectList();
 }
 
-void SessionState::PDF_SetLastError(DWORD nError) { m_nLastError = nError; }
-
-DWORD SessionState::PDF_GetLastError() { return m_nLastError; }
+DWORD SessionState::Fail(DWORD nError) {
+  m_nLastError = nError;
+  return 0;
+}
 
 bool SessionState::Report(Status status) {
   if (m_pReader != nullptr) {
@@ -43,6 +41,35 @@ bool SessionState::Report(Status status) {
 ObjectLoader SessionState::Objects() {
   m_pReader->file.TakeNote();
   return {m_pReader->file, m_pReader->objects, m_Objects};
+}
+
+DWORD SessionState::ReservePagesRoot() {
+  ObjectWriter out = Document().Writer();
+  m_Facts.pages_root = Take(out.Outcome(out.Reserve()));
+  return m_Facts.pages_root;
+}
+
+void SessionState::TakeChannel(FileChannel* channel, DocumentFile::Growth growth) {
+  m_Output.channel = channel;
+  m_pReader->file.SetChannel(channel, growth);
+}
+
+void SessionState::Close() {
+  m_pReader->objects.Close();
+  if (m_Output.channel == InvalidChannel()) return;
+  ChannelClose(m_Output.channel);
+  TakeChannel(InvalidChannel(), DocumentFile::Growth::kGrows);
+}
+
+void SessionState::CloseTake(int64_t* data, DWORD* size) {
+  m_pReader->objects.Close();
+  if (m_Output.channel == InvalidChannel()) return;
+  ChannelCloseTake(m_Output.channel, data, size);
+  TakeChannel(InvalidChannel(), DocumentFile::Growth::kGrows);
+}
+
+void SessionState::CloseOpenDocument() {
+  if (IsUsableChannel(m_Output.channel)) Close();
 }
 
 }  // namespace sorrelin

@@ -1,185 +1,146 @@
-// Doors of the session: objects, lines and streams as bytes; documents created, finished and
-// closed.
+// Doors of the session: documents created, finished and closed, new or updated.
 #include <sorrelin/frame/door.h>
 #include <sorrelin/frame/session.h>
-#include <sorrelin/frame/session_state.h>
+#include <sorrelin/platform/wide_string.h>
+#include <sorrelin/writer/banner.h>
+#include <sorrelin/writer/cross_reference.h>
+#include <sorrelin/writer/finish.h>
+#include <sorrelin/writer/skeleton.h>
+#include <sorrelin/writer/target.h>
+#include <sorrelin/writer/update.h>
 
 using sorrelin::Door;
+using sorrelin::Draft;
+using sorrelin::ObjectWriter;
 using sorrelin::SessionState;
+using sorrelin::Status;
+using sorrelin::ToWide;
 
-DWORD CCreatePDF::ObjectStart(int bDict, int bEol) {
-  return Door(m_pState, [&](SessionState& state) { return state.ObjectStart(bDict, bEol); });
+namespace {
+
+bool TakeTarget(SessionState& state, sorrelin::Target target) {
+  state.m_Update.active = target.update ? 1 : 0;
+  if (target.update) state.m_Update.first_page = 1;
+  state.TakeChannel(target.channel, sorrelin::DocumentFile::Growth::kGrows);
+  return target.channel != sorrelin::InvalidChannel() ||
+         state.Report(Status::Failed(PDF_ERROR_SYSTEM));
 }
 
-DWORD CCreatePDF::ObjectStart(DWORD nObject, int bDict, int bEol) {
-  return Door(m_pState,
-              [&](SessionState& state) { return state.ObjectStart(nObject, bDict, bEol); });
+bool OpenFile(SessionState& state, WCHAR const* name) {
+  state.CloseOpenDocument();
+  return TakeTarget(state, sorrelin::OpenFileTarget(name));
 }
 
-DWORD CCreatePDF::ObjectStartNewGen(DWORD nObject, int bDict, int bEol, int bNewGeneration) {
+bool OpenMemory(SessionState& state, int64_t document, DWORD size) {
+  state.CloseOpenDocument();
+  return TakeTarget(state,
+                    sorrelin::OpenMemoryTarget(reinterpret_cast<void const*>(document), size));
+}
+
+Status WriteFirstObjects(SessionState& state) {
+  ObjectWriter out = state.Document().Writer();
+  Status const header =
+      sorrelin::WriteHeader(out, nullptr, sorrelin::kNarrowCreator, *state.m_pReader);
+  return header.ok() ? WriteOutlines(out, state.m_Facts, 0).status() : header;
+}
+
+bool StartDocument(SessionState& state) {
+  return state.Report(state.m_Update.active != 0 ? BeginUpdate(state.Document())
+                                                 : WriteFirstObjects(state));
+}
+
+bool CreateFile(SessionState& state, WCHAR const* name) {
+  state.m_nLastError = PDF_ERROR_NONE;
+  if (!OpenFile(state, name) || !StartDocument(state)) return false;
+  if (state.m_Update.active == 0) state.ReservePagesRoot();
+  return true;
+}
+
+// Kept: an update in memory reserves a new pages root too, unlike an update of a file.
+bool CreateInMemory(SessionState& state, int64_t document, DWORD size) {
+  state.m_nLastError = PDF_ERROR_NONE;
+  if (!OpenMemory(state, document, size) || !StartDocument(state)) return false;
+  state.ReservePagesRoot();
+  return true;
+}
+
+bool WriteEnd(SessionState& state) { return state.Report(WriteDocumentEnd(state.Document())); }
+
+}  // namespace
+
+int CCreatePDF::CreatePDF(char const* szFileName) {
   return Door(m_pState, [&](SessionState& state) {
-    return state.ObjectStartNewGen(nObject, bDict, bEol, bNewGeneration);
+    return CreateFile(state, ToWide(szFileName).c_str()) ? 1 : 0;
   });
 }
 
-int CCreatePDF::ObjectEnd(int bDict) {
-  return Door(m_pState, [&](SessionState& state) { return state.ObjectEnd(bDict); });
-}
-
-int CCreatePDF::ObjectExistsAlready(DWORD nObject) {
-  return Door(m_pState, [&](SessionState& state) { return state.ObjectExistsAlready(nObject); });
-}
-
-DWORD CCreatePDF::GetCurrentObject() {
-  return Door(m_pState, [](SessionState& state) { return state.GetCurrentObject(); });
-}
-
-void CCreatePDF::SetCurrentObject(DWORD nObject) {
-  return Door(m_pState, [&](SessionState& state) { return state.SetCurrentObject(nObject); });
-}
-
-DWORD CCreatePDF::GetNextObject() {
-  return Door(m_pState, [](SessionState& state) { return state.GetNextObject(); });
-}
-
-DWORD CCreatePDF::ReserveOneObject() {
-  return Door(m_pState, [](SessionState& state) { return state.ReserveOneObject(); });
-}
-
-DWORD CCreatePDF::ReservePagesRootObject() {
-  return Door(m_pState, [](SessionState& state) { return state.ReservePagesRootObject(); });
-}
-
-DWORD CCreatePDF::BeginStream() {
-  return Door(m_pState, [](SessionState& state) { return state.BeginStream(); });
-}
-
-int CCreatePDF::EndStream() {
-  return Door(m_pState, [](SessionState& state) { return state.EndStream(); });
-}
-
-void CCreatePDF::MarkStreamBegining() {
-  return Door(m_pState, [](SessionState& state) { return state.MarkStreamBegining(); });
-}
-
-void CCreatePDF::MarkStreamEnd() {
-  return Door(m_pState, [](SessionState& state) { return state.MarkStreamEnd(); });
-}
-
-DWORD CCreatePDF::GetStreamLength() {
-  return Door(m_pState, [](SessionState& state) { return state.GetStreamLength(); });
-}
-
-DWORD CCreatePDF::WriteStreamLengthObject() {
-  return Door(m_pState, [](SessionState& state) { return state.WriteStreamLengthObject(); });
-}
-
-DWORD CCreatePDF::WriteDataStreamObject(void* hData, DWORD nBytes) {
-  return Door(m_pState,
-              [&](SessionState& state) { return state.WriteDataStreamObject(hData, nBytes); });
-}
-
-int CCreatePDF::WriteToPDFFile(char const* szText, int bEol) {
-  return Door(m_pState, [&](SessionState& state) { return state.WriteToPDFFile(szText, bEol); });
-}
-
-DWORD CCreatePDF::WriteRawDataToPDFFile(BYTE const* pData, DWORD nBytes) {
-  return Door(m_pState,
-              [&](SessionState& state) { return state.WriteRawDataToPDFFile(pData, nBytes); });
-}
-
-DWORD CCreatePDF::WriteEolToPDFFile() {
-  return Door(m_pState, [](SessionState& state) { return state.WriteEolToPDFFile(); });
-}
-
-void CCreatePDF::SetChar13(int bUseChar13) {
-  return Door(m_pState, [&](SessionState& state) { return state.SetChar13(bUseChar13); });
-}
-
-int CCreatePDF::UseChar13() {
-  return Door(m_pState, [](SessionState& state) { return state.UseChar13(); });
-}
-
-void CCreatePDF::InitObjectList() {
-  return Door(m_pState, [](SessionState& state) { return state.InitObjectList(); });
-}
-
-void CCreatePDF::InitPageObjectsList() {
-  return Door(m_pState, [](SessionState& state) { return state.InitPageObjectsList(); });
-}
-
-DWORD CCreatePDF::GetPageObjectNumber(DWORD nPage) {
-  return Door(m_pState, [&](SessionState& state) { return state.GetPageObjectNumber(nPage); });
-}
-
-DWORD CCreatePDF::GetCurrentPageNumber() {
-  return Door(m_pState, [](SessionState& state) { return state.GetCurrentPageNumber(); });
-}
-
-DWORD CCreatePDF::GetNumberOfPages() {
-  return Door(m_pState, [](SessionState& state) { return state.GetNumberOfPages(); });
-}
-
-DWORD CCreatePDF::GetTotalPageNumber() {
-  return Door(m_pState, [](SessionState& state) { return state.GetTotalPageNumber(); });
-}
-
-DWORD CCreatePDF::GetCatalogObjectNr() {
-  return Door(m_pState, [](SessionState& state) { return state.GetCatalogObjectNr(); });
-}
-
-DWORD CCreatePDF::GetOutlinesObjectNr() {
-  return Door(m_pState, [](SessionState& state) { return state.GetOutlinesObjectNr(); });
-}
-
-DWORD CCreatePDF::GetPagesRootObjectNr() {
-  return Door(m_pState, [](SessionState& state) { return state.GetPagesRootObjectNr(); });
-}
-
-int CCreatePDF::CreatePDF(char const* szFileName) {
-  return Door(m_pState, [&](SessionState& state) { return state.CreatePDF(szFileName); });
-}
-
 int CCreatePDF::CreatePDFW(WCHAR const* szFileName) {
-  return Door(m_pState, [&](SessionState& state) { return state.CreatePDFW(szFileName); });
+  return Door(m_pState, [&](SessionState& state) { return CreateFile(state, szFileName) ? 1 : 0; });
 }
 
 int CCreatePDF::CreatePDFFile(char const* szFileName) {
-  return Door(m_pState, [&](SessionState& state) { return state.CreatePDFFile(szFileName); });
+  return Door(m_pState, [&](SessionState& state) {
+    return OpenFile(state, ToWide(szFileName).c_str()) ? 1 : 0;
+  });
 }
 
 int CCreatePDF::CreatePDFFileW(WCHAR const* szFileName) {
-  return Door(m_pState, [&](SessionState& state) { return state.CreatePDFFileW(szFileName); });
+  return Door(m_pState, [&](SessionState& state) { return OpenFile(state, szFileName) ? 1 : 0; });
 }
 
 int CCreatePDF::CreatePDFInMemory(int64_t pAppendTo, DWORD nSize) {
   return Door(m_pState,
-              [&](SessionState& state) { return state.CreatePDFInMemory(pAppendTo, nSize); });
+              [&](SessionState& state) { return CreateInMemory(state, pAppendTo, nSize) ? 1 : 0; });
 }
 
 int CCreatePDF::CreatePDFFileInMemory(int64_t pAppendTo, DWORD nSize) {
   return Door(m_pState,
-              [&](SessionState& state) { return state.CreatePDFFileInMemory(pAppendTo, nSize); });
+              [&](SessionState& state) { return OpenMemory(state, pAppendTo, nSize) ? 1 : 0; });
 }
 
 int CCreatePDF::WriteXref() {
-  return Door(m_pState, [](SessionState& state) { return state.WriteXref(); });
+  return Door(m_pState, [](SessionState& state) {
+    ObjectWriter out = state.Document().Writer();
+    return state.Report(WriteCrossReference(out, state.m_Facts)) ? 1 : 0;
+  });
 }
 
 int CCreatePDF::FinishPDF() {
-  return Door(m_pState, [](SessionState& state) { return state.FinishPDF(); });
+  return Door(m_pState, [](SessionState& state) {
+    if (!WriteEnd(state)) return 0;
+    state.Close();
+    return 1;
+  });
 }
 
 int CCreatePDF::FinishPDFInMemory(int64_t* ppData, DWORD* pSize) {
-  return Door(m_pState,
-              [&](SessionState& state) { return state.FinishPDFInMemory(ppData, pSize); });
+  return Door(m_pState, [&](SessionState& state) {
+    if (!WriteEnd(state)) return 0;
+    state.CloseTake(ppData, pSize);
+    return 1;
+  });
 }
 
 void CCreatePDF::ClosePDFFile() {
-  return Door(m_pState, [](SessionState& state) { return state.ClosePDFFile(); });
+  Door(m_pState, [](SessionState& state) { state.Close(); });
 }
 
 void CCreatePDF::ClosePDFFileInMemory(int64_t* ppData, DWORD* pSize) {
-  return Door(m_pState,
-              [&](SessionState& state) { return state.ClosePDFFileInMemory(ppData, pSize); });
+  Door(m_pState, [&](SessionState& state) { state.CloseTake(ppData, pSize); });
+}
+
+int CCreatePDF::CreatePagesRootObjectForAppend() {
+  return Door(m_pState, [](SessionState& state) {
+    return state.Report(WriteUpdatedPagesRoot(state.Document())) ? 1 : 0;
+  });
+}
+
+int CCreatePDF::WriteXrefForAppend() {
+  return Door(m_pState, [](SessionState& state) {
+    return state.Report(WriteUpdatedCrossReference(state.Document())) ? 1 : 0;
+  });
+}
+
+void CCreatePDF::InitAppendedPageObjectsList() {
+  Door(m_pState, [](SessionState& state) { state.m_Update.pages.fill(0); });
 }

@@ -40,7 +40,7 @@ void* sorrelin::SessionState::CreateDIBFromUncompressedData(void* hData, DWORD n
   int64_t const height = static_cast<LONG>(nHeight);
   RebuiltDib dib;
   if (!dib.Create(kind, nWidth, static_cast<uint64_t>(height < 0 ? -height : height))) {
-    PDF_SetLastError(PDF_ERROR_MEMORY);
+    Fail(PDF_ERROR_MEMORY);
     // Kept: -1 where the other decoders give 0; callers of this one test for it.
     return INVALID_HANDLE_VALUE;
   }

@@ -168,7 +168,7 @@ int sorrelin::SessionState::DecriptRLEData(BYTE* pData, uint64_t nSize, void* hD
   if (pData == nullptr || nSize == 0 || hDIB == nullptr) return 0;
   sorrelin::LockedBlock const dib(hDIB);
   if (!dib) {
-    PDF_SetLastError(PDF_ERROR_INVALID_HANDLE);
+    Fail(PDF_ERROR_INVALID_HANDLE);
     return 0;
   }
   DecodeInto(pData, nSize, dib.bytes(), false);

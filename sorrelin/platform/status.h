@@ -19,10 +19,16 @@ class [[nodiscard]] Status {
   static constexpr Status Failed(DWORD code) { return Status(false, code); }
   // The last error stays.
   static constexpr Status Failed() { return Status(false, std::nullopt); }
+  // A success that leaves the code of something that failed on the way.
+  static constexpr Status Noted(DWORD code) { return Status(true, code); }
 
   constexpr bool ok() const { return ok_; }
   // What the last error becomes, if anything.
   constexpr std::optional<DWORD> code() const { return code_; }
+  // This outcome, with the code of an earlier one if it has none.
+  constexpr Status After(Status earlier) const {
+    return Status(ok_, code_ ? code_ : earlier.code_);
+  }
 
  private:
   constexpr Status(bool ok, std::optional<DWORD> code) : ok_(ok), code_(code) {}

@@ -1,10 +1,12 @@
-// The objects around the images, each a fixed template (ISO 32000-1, 7.5.2, 7.7, 14.3.3).
-#include <sorrelin/frame/banner.h>
-#include <sorrelin/frame/session_state.h>
+// The objects around the images.
 #include <sorrelin/platform/process.h>
+#include <sorrelin/writer/banner.h>
+#include <sorrelin/writer/skeleton.h>
 
 #include <cstdio>
 #include <string>
+
+namespace sorrelin {
 
 namespace {
 
@@ -22,16 +24,17 @@ SYSTEMTIME LocalTime() {
 }
 
 // A time without a zone.
-std::string DateText(SYSTEMTIME const& time) {
-  char date[kDateBytes];
-  std::snprintf(date, sizeof date, "D:%04u%02u%02u%02u%02u%02u", unsigned{time.wYear},
-                unsigned{time.wMonth}, unsigned{time.wDay}, unsigned{time.wHour},
-                unsigned{time.wMinute}, unsigned{time.wSecond});
-  return date;
-}
+struct DateText {
+  explicit DateText(SYSTEMTIME const& time) {
+    std::snprintf(text, sizeof text, "D:%04u%02u%02u%02u%02u%02u", unsigned{time.wYear},
+                  unsigned{time.wMonth}, unsigned{time.wDay}, unsigned{time.wHour},
+                  unsigned{time.wMinute}, unsigned{time.wSecond});
+  }
+  char text[kDateBytes];
+};
 
 // Four digits for each UTF-16 unit, most significant first.
-std::string Hexadecimal(sorrelin::WideString const& text) {
+std::string Hexadecimal(WideString const& text) {
   std::string digits;
   digits.reserve(4 * text.size());
   for (WCHAR const unit : text) {
@@ -42,123 +45,145 @@ std::string Hexadecimal(sorrelin::WideString const& text) {
   return digits;
 }
 
+// The strings as digits, made before the first byte is written, while a lack of memory does not
+// cost anything.
+struct InfoDigits {
+  explicit InfoDigits(ReaderState const& record)
+      : title(Hexadecimal(record.m_Title)),
+        author(Hexadecimal(record.m_Author)),
+        subject(Hexadecimal(record.m_Subject)),
+        keywords(Hexadecimal(record.m_Keywords)) {}
+  std::string title;
+  std::string author;
+  std::string subject;
+  std::string keywords;
+};
+
+void WriteTitle(ObjectWriter& out, char const* title, std::string const& digits) {
+  if (title != nullptr) {
+    out.Format("/Title (%s)", title);
+  } else if (digits.empty()) {
+    out.Line("/Title (Converted Document)");
+  } else {
+    out.Format("/Title <FEFF%s>", digits.c_str());
+  }
+}
+
+void WriteResource(ObjectWriter& out, PageObject const& page) {
+  int const object = static_cast<int>(page.resource);
+  switch (page.resource_type) {
+    case kFontResource:
+      out.Format("/Font << /F1 %d 0 R >> ", object);
+      break;
+    case kXObjectResource:
+      out.Format("/XObject << /%s %d 0 R >> ", page.name, object);
+      break;
+    default:
+      out.Fail(Status::Failed(PDF_ERROR_RESOURCE_TYPE));
+  }
+}
+
 }  // namespace
 
-int sorrelin::SessionState::WritePDFHeader(char const* szTitle, char const* szCreator) {
-  // Kept: without a creator the wide banner goes through a narrow format and ends at the high byte
-  // of its first character.
-  char const first_of_banner[] = {static_cast<char>(m_szCreator[0]), '\0'};
-  char const* const creator = szCreator != nullptr ? szCreator : first_of_banner;
-  bool const written =
-      WriteLines({"%PDF-1.7", kBinaryMarker}) && ObjectStart(1, 1) != 0 &&
-      WriteFormatted(1, "/CreationDate (%s)",
-                     DateText(m_pReader->m_CreationTime.value_or(LocalTime())).c_str()) &&
-      WriteFormatted(1, "/Producer (Sorrelin.dll v%s, Ferrowell Software LLC.)",
-                     sorrelin::kProducerVersion) &&
-      WriteFormatted(1, "/Creator (%s)", creator) && WriteTitle(szTitle) &&
-      WriteInfoString("/Author <FEFF%s>", m_pReader->m_Author) &&
-      WriteInfoString("/Subject <FEFF%s>", m_pReader->m_Subject) &&
-      WriteInfoString("/Keywords <FEFF%s>", m_pReader->m_Keywords) && ObjectEnd(1) != 0;
-  return written ? 1 : 0;
+Status WriteHeader(ObjectWriter& out, char const* title, char const* creator,
+                   ReaderState const& record) {
+  InfoDigits const digits(record);
+  DateText const date(record.m_CreationTime.value_or(LocalTime()));
+  out.Lines({"%PDF-1.7", kBinaryMarker});
+  out.Start(Body::kDictionary, LineEnd::kWritten);
+  out.Format("/CreationDate (%s)", date.text);
+  out.Format("/Producer (Sorrelin.dll v%s, Ferrowell Software LLC.)", kProducerVersion);
+  out.Format("/Creator (%s)", creator);
+  WriteTitle(out, title, digits.title);
+  if (!digits.author.empty()) out.Format("/Author <FEFF%s>", digits.author.c_str());
+  if (!digits.subject.empty()) out.Format("/Subject <FEFF%s>", digits.subject.c_str());
+  if (!digits.keywords.empty()) out.Format("/Keywords <FEFF%s>", digits.keywords.c_str());
+  out.End(Body::kDictionary);
+  return out.Outcome();
 }
 
-bool sorrelin::SessionState::WriteTitle(char const* szTitle) {
-  if (szTitle != nullptr) return WriteFormatted(1, "/Title (%s)", szTitle);
-  if (m_pReader->m_Title.empty()) return WriteToPDFFile("/Title (Converted Document)", 1) != 0;
-  return WriteInfoString("/Title <FEFF%s>", m_pReader->m_Title);
+Result<DWORD> WriteOutlines(ObjectWriter& out, DocumentFacts& facts, DWORD count) {
+  facts.outlines = out.Start(Body::kDictionary, LineEnd::kWritten);
+  out.Line("/Type /Outlines");
+  out.Format("/Count %d", static_cast<int>(count));
+  out.End(Body::kDictionary);
+  return out.Outcome(facts.outlines);
 }
 
-DWORD sorrelin::SessionState::CreateOutlinesObject(DWORD nCount) {
-  m_Facts.outlines = ObjectStart(1, 1);
-  if (m_Facts.outlines == 0 || WriteToPDFFile("/Type /Outlines", 1) == 0 ||
-      !WriteFormatted(1, "/Count %d", static_cast<int>(nCount)) || ObjectEnd(1) == 0) {
-    return 0;
+Result<DWORD> WritePagesRoot(ObjectWriter& out, DocumentFacts& facts, PageList const& pages) {
+  DWORD const count = pages.count();
+  facts.pages_root = out.Start(facts.pages_root, Body::kDictionary, LineEnd::kWritten);
+  out.Line("/Type /Pages");
+  out.Format("/Count %d", static_cast<int>(count));
+  out.Line("/Kids [ ");
+  for (DWORD page = 1; page <= count && out.ok(); ++page) {
+    out.Format("%d 0 R ", static_cast<int>(pages[page]));
   }
-  return m_Facts.outlines;
+  out.Line("]");
+  out.End(Body::kDictionary);
+  return out.Outcome(facts.pages_root);
 }
 
-DWORD sorrelin::SessionState::CreatePagesRootObject() {
-  DWORD const count = GetTotalPageNumber();
-  m_Facts.pages_root = ObjectStart(m_Facts.pages_root, 1, 1);
-  if (m_Facts.pages_root == 0 || WriteToPDFFile("/Type /Pages", 1) == 0 ||
-      !WriteFormatted(1, "/Count %d", static_cast<int>(count)) ||
-      WriteToPDFFile("/Kids [ ", 1) == 0) {
-    return 0;
-  }
-  for (DWORD page = 1; page <= count; ++page) {
-    if (!WriteFormatted(1, "%d 0 R ", static_cast<int>(GetPageObjectNumber(page)))) return 0;
-  }
-  return WriteToPDFFile("]", 1) != 0 && ObjectEnd(1) != 0 ? m_Facts.pages_root : 0;
+Result<DWORD> WriteCatalog(ObjectWriter& out, DocumentFacts& facts, DWORD pages_root,
+                           DWORD outlines) {
+  facts.catalog = out.Start(Body::kDictionary, LineEnd::kWritten);
+  facts.catalog_generation = 0;
+  out.Line("/Type /Catalog");
+  out.Format("/Pages %d 0 R", static_cast<int>(pages_root));
+  out.Format("/Outlines %d 0 R", static_cast<int>(outlines));
+  out.End(Body::kDictionary);
+  return out.Outcome(facts.catalog);
 }
 
-DWORD sorrelin::SessionState::CreatePageObject(DWORD nParent, int nResourceType,
-                                               DWORD nResourceObject, DWORD nProcSetObject,
-                                               char const* szResourceName, POINT ptSize) {
-  if (m_Pages.count() + 1 > kPageSlots) return Fail(PDF_ERROR_TOO_MANY_PAGES);
-  ++m_Pages.count();
-  ++m_nCurrentPage;
-  DWORD const page = ObjectStart(1, 1);
-  if (page == 0) return 0;
-  SetPageObjectNumber(m_nCurrentPage, page);
-  bool const written = WriteToPDFFile("/Type /Page", 1) != 0 &&
-                       WriteFormatted(1, "/Parent %d 0 R", static_cast<int>(nParent)) &&
-                       WriteFormatted(1, "/MediaBox [0 0 %d %d]", static_cast<int>(ptSize.x),
-                                      static_cast<int>(ptSize.y)) &&
-                       WriteToPDFFile("/Resources <<", 1) != 0 &&
-                       WritePageResource(nResourceType, nResourceObject, szResourceName) &&
-                       WriteFormatted(1, "/ProcSet %d 0 R", static_cast<int>(nProcSetObject)) &&
-                       WriteToPDFFile(">>", 1) != 0 &&
-                       WriteFormatted(1, "/Contents %d 0 R", static_cast<int>(GetNextObject())) &&
-                       ObjectEnd(1) != 0;
-  return written ? page : 0;
+Result<DWORD> WritePage(ObjectWriter& out, PageList& pages, PageObject const& page) {
+  if (pages.count() + 1 > PageList::kSlots) out.Fail(Status::Failed(PDF_ERROR_TOO_MANY_PAGES));
+  if (!out.ok()) return out.Outcome(0);
+  ++pages.count();
+  ++out.output().pages_added;
+  DWORD const object = out.Start(Body::kDictionary, LineEnd::kWritten);
+  if (object != 0) pages.Set(out.output().pages_added, object);
+  out.Line("/Type /Page");
+  out.Format("/Parent %d 0 R", static_cast<int>(page.parent));
+  out.Format("/MediaBox [0 0 %d %d]", static_cast<int>(page.size.x), static_cast<int>(page.size.y));
+  out.Line("/Resources <<");
+  if (out.ok()) WriteResource(out, page);
+  out.Format("/ProcSet %d 0 R", static_cast<int>(page.proc_set));
+  out.Line(">>");
+  out.Format("/Contents %d 0 R", static_cast<int>(out.output().NextObject()));
+  out.End(Body::kDictionary);
+  return out.Outcome(object);
 }
 
-bool sorrelin::SessionState::WritePageResource(int nType, DWORD nObject, char const* szName) {
-  switch (nType) {
-    case kFontResource:
-      return WriteFormatted(1, "/Font << /F1 %d 0 R >> ", static_cast<int>(nObject));
-    case kXObjectResource:
-      return WriteFormatted(1, "/XObject << /%s %d 0 R >> ", szName, static_cast<int>(nObject));
-    default:
-      return Fail(PDF_ERROR_RESOURCE_TYPE) != 0;
-  }
+Result<DWORD> WriteProcSet(ObjectWriter& out, int image_type, bool text) {
+  DWORD const object = out.Start(Body::kPlain, LineEnd::kWritten);
+  if (object == 0) return out.Outcome(0);
+  // Kept: from here on all is written whatever fails, and ImageI has no blank after it.
+  auto const part = [&out](char const* name) {
+    out.Text(name);
+    out.GoOn();
+  };
+  part("[/PDF ");
+  if (text) part("/Text ");
+  if (image_type == kImageB) part("/ImageB ");
+  if (image_type == kImageC) part("/ImageC ");
+  if (image_type == kImageI) part("/ImageI");
+  out.Line("] ");
+  out.GoOn();
+  out.End(Body::kPlain);
+  out.GoOn();
+  return out.Outcome(object);
 }
 
-DWORD sorrelin::SessionState::CreateProcSetObject(int nImageType, int bText) {
-  DWORD const object = ObjectStart(0, 1);
-  if (object == 0) return 0;
-  // Kept: writes that fail from here on are not looked at, and ImageI has no blank behind it.
-  WriteToPDFFile("[/PDF ", 0);
-  if (bText != 0) WriteToPDFFile("/Text ", 0);
-  if (nImageType == kImageB) WriteToPDFFile("/ImageB ", 0);
-  if (nImageType == kImageC) WriteToPDFFile("/ImageC ", 0);
-  if (nImageType == kImageI) WriteToPDFFile("/ImageI", 0);
-  WriteToPDFFile("] ", 1);
-  ObjectEnd(0);
-  return object;
+// Kept: the object's end is written whatever became of its lines.
+Result<DWORD> WriteFont(ObjectWriter& out) {
+  DWORD const object = out.Start(Body::kDictionary, LineEnd::kWritten);
+  if (object == 0) return out.Outcome(0);
+  out.Lines({"/Type /Font", "/Subtype /Type1", "/Name /F1", "/BaseFont /Helvetica",
+             "/Encoding /MacRomanEncoding"});
+  out.GoOn();
+  out.End(Body::kDictionary);
+  out.GoOn();
+  return out.Outcome(object);
 }
 
-DWORD sorrelin::SessionState::CreateFontObject() {
-  DWORD const object = ObjectStart(1, 1);
-  if (object == 0) return 0;
-  WriteLines({"/Type /Font", "/Subtype /Type1", "/Name /F1", "/BaseFont /Helvetica",
-              "/Encoding /MacRomanEncoding"});
-  ObjectEnd(1);
-  return object;
-}
-
-DWORD sorrelin::SessionState::CreateCatalogObject(DWORD nPagesRoot, DWORD nOutlines) {
-  m_Facts.catalog = ObjectStart(1, 1);
-  m_Facts.catalog_generation = 0;
-  if (m_Facts.catalog == 0 || WriteToPDFFile("/Type /Catalog", 1) == 0 ||
-      !WriteFormatted(1, "/Pages %d 0 R", static_cast<int>(nPagesRoot)) ||
-      !WriteFormatted(1, "/Outlines %d 0 R", static_cast<int>(nOutlines)) || ObjectEnd(1) == 0) {
-    return 0;
-  }
-  return m_Facts.catalog;
-}
-
-bool sorrelin::SessionState::WriteInfoString(char const* szFormat,
-                                             sorrelin::WideString const& text) {
-  return text.empty() || WriteFormatted(1, szFormat, Hexadecimal(text).c_str());
-}
+}  // namespace sorrelin

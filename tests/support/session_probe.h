@@ -12,7 +12,7 @@ struct SessionProbe {
 
   static State& Of(CCreatePDF& s) { return *sorrelin::SessionAccess::Of(s); }
 
-  static sorrelin::FileChannel*& Channel(CCreatePDF& s) { return Of(s).m_hFile; }
+  static sorrelin::FileChannel*& Channel(CCreatePDF& s) { return Of(s).m_Output.channel; }
   static sorrelin::ReaderState& Reader(CCreatePDF& s) { return *Of(s).m_pReader; }
   static std::shared_ptr<sorrelin::ReaderState>& ReaderPointer(CCreatePDF& s) {
     return Of(s).m_pReader;
@@ -27,18 +27,16 @@ struct SessionProbe {
   static sorrelin::ObjectEntry& Row(CCreatePDF& s, DWORD object) {
     return Of(s).m_Objects.Change(object);
   }
-  static DWORD& FilePos(CCreatePDF& s) { return Of(s).m_nFilePos; }
+  static DWORD& FilePos(CCreatePDF& s) { return Of(s).m_Output.offset; }
   static DWORD& TotalPages(CCreatePDF& s) { return Of(s).m_Pages.count(); }
   static DWORD ObjectsInFile(CCreatePDF& s) { return Of(s).m_Objects.rows_in_document(); }
   static void SetObjectsInFile(CCreatePDF& s, DWORD rows) {
     Of(s).m_Objects.SetRowsInDocument(rows);
   }
-  static DWORD& AppendMode(CCreatePDF& s) { return Of(s).m_bAppendMode; }
-  static DWORD& FirstAppendedPage(CCreatePDF& s) { return Of(s).m_bFirstAppendedPage; }
-  static DWORD& AppendedPages(CCreatePDF& s) { return Of(s).m_nAppendedPages; }
-  static DWORD& AppendedPage(CCreatePDF& s, DWORD index) {
-    return Of(s).m_AppendedPageObjects[index];
-  }
+  static DWORD& AppendMode(CCreatePDF& s) { return Of(s).m_Update.active; }
+  static DWORD& FirstAppendedPage(CCreatePDF& s) { return Of(s).m_Update.first_page; }
+  static DWORD& AppendedPages(CCreatePDF& s) { return Of(s).m_Update.page_count; }
+  static DWORD& AppendedPage(CCreatePDF& s, DWORD index) { return Of(s).m_Update.pages[index]; }
   static DWORD& BlackIs1(CCreatePDF& s) { return Of(s).m_bBlackIs1; }
   static DWORD& DecodeNormal(CCreatePDF& s) { return Of(s).m_bDecodeNormal; }
   static DWORD& ProcSetFlags(CCreatePDF& s) { return Of(s).m_nProcSetFlags; }

@@ -1,0 +1,44 @@
+// The classic cross-reference section and trailer (ISO 32000-1, 7.5.4, 7.5.5): entries of 19
+// characters and a line end, which is 20 bytes with LF.
+#ifndef SORRELIN_WRITER_CROSS_REFERENCE_H_
+#define SORRELIN_WRITER_CROSS_REFERENCE_H_
+
+#include <sorrelin/document/document_facts.h>
+#include <sorrelin/writer/object_writer.h>
+
+#include <string>
+
+namespace sorrelin {
+
+// The section of a document under way: takes the number of the table's own row, which holds its
+// offset and gets no entry, and writes what precedes the trailer and what follows it.
+class CrossReference {
+ public:
+  // Has memory for all entries from the start, so that nothing is written where it is short.
+  explicit CrossReference(ObjectWriter& out);
+
+  // "xref", the section's first line, and an entry for each object; of a new document object 0 is
+  // free with generation 65535.
+  void WriteNewEntries();
+  // Kept: the old catalog counts as free, one generation up.
+  void WriteUpdatedEntries(DWORD old_catalog);
+  // "trailer", "<<", /Size and /Root.
+  void BeginTrailer(DocumentFacts const& facts);
+  // ">>", and where the section begins.
+  void EndTrailer();
+
+ private:
+  void BeginEntries();
+  void AddEntry(DWORD offset, DWORD generation, bool in_use);
+
+  ObjectWriter& out_;
+  std::string entries_;
+  DWORD table_;  // the row's number
+};
+
+// The section and the trailer of a new document.
+Status WriteCrossReference(ObjectWriter& out, DocumentFacts const& facts);
+
+}  // namespace sorrelin
+
+#endif  // SORRELIN_WRITER_CROSS_REFERENCE_H_

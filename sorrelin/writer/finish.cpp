@@ -1,0 +1,37 @@
+// The end of a document.
+#include <sorrelin/writer/cross_reference.h>
+#include <sorrelin/writer/finish.h>
+#include <sorrelin/writer/skeleton.h>
+#include <sorrelin/writer/update.h>
+
+namespace sorrelin {
+
+namespace {
+
+Status WriteRoot(Draft const& draft) {
+  if (draft.update.active != 0) return WriteUpdatedPagesRoot(draft);
+  ObjectWriter out = draft.Writer();
+  return WritePagesRoot(out, draft.facts, draft.pages).status();
+}
+
+Status WriteCatalogOf(Draft const& draft) {
+  ObjectWriter out = draft.Writer();
+  return WriteCatalog(out, draft.facts, draft.facts.pages_root, draft.facts.outlines).status();
+}
+
+Status WriteTable(Draft const& draft) {
+  if (draft.update.active != 0) return WriteUpdatedCrossReference(draft);
+  ObjectWriter out = draft.Writer();
+  return WriteCrossReference(out, draft.facts);
+}
+
+}  // namespace
+
+Status WriteDocumentEnd(Draft const& draft) {
+  Status const root = WriteRoot(draft);
+  if (!root.ok()) return root;
+  Status const catalog = WriteCatalogOf(draft).After(root);
+  return catalog.ok() ? WriteTable(draft).After(catalog) : catalog;
+}
+
+}  // namespace sorrelin

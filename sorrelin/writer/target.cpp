@@ -1,0 +1,26 @@
+// The channels that documents are written to.
+#include <sorrelin/platform/file.h>
+#include <sorrelin/writer/target.h>
+
+namespace sorrelin {
+
+namespace {
+
+constexpr DWORD kFlags = FILE_ATTRIBUTE_NORMAL | FILE_FLAG_SEQUENTIAL_SCAN;
+
+}  // namespace
+
+Target OpenFileTarget(WCHAR const* name) {
+  bool const exists = GetFileAttributesW(name) != INVALID_FILE_ATTRIBUTES;
+  DWORD const access = exists ? GENERIC_READ | GENERIC_WRITE : GENERIC_WRITE;
+  DWORD const disposition = exists ? OPEN_EXISTING : CREATE_ALWAYS;
+  return {ChannelOpenFile(name, access, FILE_SHARE_READ, nullptr, disposition, kFlags, nullptr),
+          exists};
+}
+
+Target OpenMemoryTarget(void const* document, DWORD size) {
+  if (document == nullptr) return {ChannelOpenMemory(size), false};
+  return {ChannelAttachMemory(document, size, false), true};
+}
+
+}  // namespace sorrelin
