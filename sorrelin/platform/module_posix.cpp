@@ -100,6 +100,8 @@ std::vector<std::string> Candidates(std::string const& name) {
   return names;
 }
 
+constexpr char const* kPrivateFolder = "sorrelin/";
+
 // The directory of the platform library with its final separator, or "".
 std::string OwnDirectory() {
   static char anchor = 0;
@@ -110,12 +112,15 @@ std::string OwnDirectory() {
 }
 
 // A bare name goes through the loader's search, which knows our run path. It does not where another
-// library stands between us and dlopen, as a sanitizer does, so our directory is tried by name too.
+// library is between us and dlopen, as a sanitizer is, so our directory is tried by name too, and
+// last the private folder in it, where packages keep what nobody links.
 HMODULE OpenModule(std::string const& name, int flags) {
-  void* const module = dlopen(name.c_str(), flags);
+  void* module = dlopen(name.c_str(), flags);
   if (module != nullptr || name.find('/') != std::string::npos) return module;
   std::string const directory = OwnDirectory();
-  return directory.empty() ? nullptr : dlopen((directory + name).c_str(), flags);
+  if (directory.empty()) return nullptr;
+  module = dlopen((directory + name).c_str(), flags);
+  return module != nullptr ? module : dlopen((directory + kPrivateFolder + name).c_str(), flags);
 }
 
 // Whether the file of a loaded module is called `name`, or so with a version behind it.

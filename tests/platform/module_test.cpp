@@ -16,6 +16,7 @@ namespace fs = std::filesystem;
 fs::path const kThing = THING_1;       // libthing.so
 fs::path const kOtherThing = THING_2;  // another library
 constexpr int kBesideNumber = 3;       // libsorrelin-test-beside.so, beside the platform library
+constexpr int kPrivateNumber = 4;      // libsorrelin-test-private.so, in the folder sorrelin there
 
 class Module {
  public:
@@ -87,6 +88,11 @@ TEST(LoadLibrary, OnlyTheLastComponentIsChanged) {
 TEST(LoadLibrary, BareNameIsFoundBesideThePlatformLibrary) {
   EXPECT_EQ(Module(u"Sorrelin-Test-Beside.dll").Number(), kBesideNumber);
   EXPECT_EQ(Module(u"libsorrelin-test-beside.so").Number(), kBesideNumber);
+}
+
+TEST(LoadLibrary, BareNameIsFoundInThePrivateFolderLast) {
+  EXPECT_EQ(Module(u"Sorrelin-Test-Private.dll").Number(), kPrivateNumber);
+  EXPECT_EQ(Module(u"sorrelin-test-beside.dll").Number(), kBesideNumber);
 }
 
 // The first time it is searched for, then it is known.
