@@ -249,7 +249,9 @@ TEST_F(MakeFailures, MissingOrUnusableCodersAreNamed) {
     if (present) WriteAll(Path("libcadwick.so"), BytesOf("no library"));
     ProgramResult const result = Make({Out(), Path("a.png")}, {}, environment);
     EXPECT_EQ(result.exit_code, 1);
-    EXPECT_THAT(result.err, HasSubstr("the Group 4 coder libcadwick.so is missing or unusable"));
+    EXPECT_THAT(
+        result.err,
+        HasSubstr("libcadwick.so is missing or unusable: install the package sorrelin-codecs"));
     EXPECT_FALSE(std::filesystem::exists(Out()));
   }
   ProgramResult const flate =
@@ -259,7 +261,9 @@ TEST_F(MakeFailures, MissingOrUnusableCodersAreNamed) {
   ProgramResult const jpeg =
       Make({Out(), Path("b.png"), "--compression", "jpeg", "--force"}, {}, environment);
   EXPECT_EQ(jpeg.exit_code, 1);
-  EXPECT_THAT(jpeg.err, HasSubstr("the JPEG coder librennick.so is missing or unusable"));
+  EXPECT_THAT(
+      jpeg.err,
+      HasSubstr("librennick.so is missing or unusable: install the package sorrelin-codecs"));
 }
 
 TEST_F(MakeFailures, UndecodedPagesNeedNoCoder) {

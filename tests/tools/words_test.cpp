@@ -163,7 +163,7 @@ TEST_F(WordsVerb, MissingOrUnusableEngineIsNamed) {
     ProgramResult const result = RunProgram({SORRELIN_TOOL, "words", Path("page.tif")}, {},
                                             {"LD_LIBRARY_PATH=" + directory_.path().string()});
     EXPECT_EQ(result.exit_code, 1);
-    EXPECT_THAT(result.err, HasSubstr("the OCR engine libaverna.so is missing or unusable"));
+    EXPECT_THAT(result.err, HasSubstr("install the package sorrelin-ocr"));
   }
 }
 

@@ -250,11 +250,11 @@ std::string PageCoder::Reason() {
     case PDF_ERROR_MEMORY:
       return kMemoryText;
     case PDF_ERROR_CCITT_LIBRARY:
-      return "the Group 4 coder libcadwick.so is missing or unusable: it belongs beside "
-             "libsorrelin-platform.so (or use --compression flate)";
+      return "the Group 4 coder libcadwick.so is missing or unusable: install the package "
+             "sorrelin-codecs (or use --compression flate)";
     case PDF_ERROR_JPEG_LIBRARY:
-      return "the JPEG coder librennick.so is missing or unusable: it belongs beside "
-             "libsorrelin-platform.so (or use --compression flate)";
+      return "the JPEG coder librennick.so is missing or unusable: install the package "
+             "sorrelin-codecs (or use --compression flate)";
     default:
       return "cannot be coded (--compression flate)";
   }

@@ -43,8 +43,8 @@ std::string WordReader::Reason(DWORD error) const {
   switch (error) {
     case PDF_ERROR_OCR_LIBRARY:
     case PDF_ERROR_OCR_FUNCTIONS:
-      return "the OCR engine libaverna.so is missing or unusable: it belongs beside "
-             "libsorrelin-platform.so (install it, and Tesseract)";
+      return "the OCR engine libaverna.so is missing or unusable: install the package "
+             "sorrelin-ocr";
     case PDF_ERROR_MEMORY:
       return kMemoryText;
     case PDF_ERROR_HOCR:
