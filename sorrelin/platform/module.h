@@ -27,8 +27,9 @@ SORRELIN_PLATFORM_API DWORD GetModuleFileNameW(HMODULE module, WCHAR* buffer, DW
 
 /* Loads a library: the name as given, then, for a last component that ends in ".dll" in any letter
  * case, "lib" + the stem in lower case + ".so" in the same place. A name without a separator is
- * searched by the loader, beside the platform library first, and last in the folder "sorrelin" there.
- * Null with error 126 if nothing loads and for an empty name. Release it with FreeLibrary. */
+ * searched by the loader, beside the platform library first, and last in the folder "sorrelin"
+ * there. Null with error 126 if nothing loads and for an empty name. Release it with FreeLibrary.
+ */
 SORRELIN_PLATFORM_API HMODULE LoadLibraryW(WCHAR const* name);
 
 /* Entry point by name, or null with error 127, also for a value that is no module's handle. */
