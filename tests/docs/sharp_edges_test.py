@@ -275,7 +275,7 @@ class Updates(EdgeTest):
         self.assertEqual(self.update((grey(),)).finish(), 0)
         self.assertEqual(self.tool("qpdf", "--check", self.path).returncode, 0)
 
-    def test_encrypted_documents_are_spoilt(self):
+    def test_updating_an_encrypted_document_destroys_it(self):
         self.store(document((grey(),)))
         self.tool("qpdf", "--object-streams=disable", "--encrypt", "", "x", "256", "--",
                   "--replace-input", self.path)
