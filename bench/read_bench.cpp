@@ -118,7 +118,7 @@ class CodedData : public sorrelin::cadwick::ByteSink {
   Bytes bytes_;
 };
 
-// The bare decoder's rows, one behind the other.
+// The bare decoder's rows, one after another.
 int TakeRow(BYTE* row, int32_t index, void* user) {
   BYTE* const rows = static_cast<BYTE*>(user);
   std::memcpy(rows + kBilevelRowBytes * static_cast<size_t>(index), row, kBilevelRowBytes);

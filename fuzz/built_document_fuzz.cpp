@@ -1,5 +1,5 @@
 // Documents built from mutated pieces, with true offsets, lengths and checksums, so that damage
-// reaches what stands behind them. The document is read, and a page is added to it.
+// reaches what follows them. The document is read, and a page is added to it.
 //
 // The input is pieces that end with the byte 0x1E. A piece begins with its kind; where an object's
 // number follows, it is one character, "0" for 0 and so on up the code table:
@@ -10,7 +10,7 @@
 //   p72<<...>>\n3<<...  object stream 7 (deflated): a line for each object, its number first
 //   c/Root 1 0 R        classic section with these trailer keys, and a link to the one before
 //   x82/Root 1 0 R      cross-reference stream 8, with predictor 12 ("0": without one)
-//   t...                text as it stands
+//   t...                text as it is
 //
 // A document that does not end with a section gets a classic one.
 #include <tests/support/pdf_builder.h>

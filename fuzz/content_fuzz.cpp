@@ -10,7 +10,7 @@ int LLVMFuzzerTestOneInput(uint8_t const* bytes, size_t size) {
   size_t piece = input.Byte();
   size_t const others = 1 + size_t{input.Byte()};
   fuzz::Data rest = input.Rest();
-  // On the heap, with nothing behind its NUL.
+  // On the heap, with nothing after its NUL.
   std::unique_ptr<char[]> const text(new char[rest.size() + 1]);
   std::copy(rest.begin(), rest.end(), text.get());
   text[rest.size()] = 0;

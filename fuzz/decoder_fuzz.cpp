@@ -12,7 +12,7 @@ namespace {
 
 constexpr DWORD kKinds[] = {1, 2, 4, 3};
 
-// The upper quarters of the numbers stand for sizes that no memory holds, and for negative ones.
+// The upper quarters of the numbers map to sizes that exceed memory, and to negative ones.
 DWORD Size(unsigned number) {
   if (number < 0x8000) return number;
   return number < 0xC000 ? number << 12 : number | 0xFFFF0000;

@@ -1,4 +1,4 @@
-// Documents as they stand: the input is opened, and all that it holds is read.
+// Whole documents: the input is opened and everything in it is read.
 #include "fuzz/fuzz_session.h"
 
 int LLVMFuzzerTestOneInput(uint8_t const* bytes, size_t size) {

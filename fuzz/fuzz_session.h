@@ -16,7 +16,7 @@
 namespace fuzz {
 
 // Closed at the end. No operation frees the record of a channel; here it goes too, since libFuzzer
-// looks for leaks behind each run that leaves a block. The memory of one session serves the next,
+// looks for leaks after each run that leaves a block. The memory of one session serves the next,
 // which saves half of the time.
 class Session {
  public:
@@ -66,7 +66,7 @@ bool AddPage(CCreatePDF& session);
 // Adds a page to a document in memory and gives what comes of it; empty if that is refused.
 std::string AppendPage(Data document);
 
-// An unlocked bitmap is of the size that its header tells, and its colours are of the block.
+// An unlocked bitmap has the size that its header gives, and its colours are in the block.
 void RequireWholeBitmap(void* bitmap);
 
 }  // namespace fuzz

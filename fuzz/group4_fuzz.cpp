@@ -38,7 +38,7 @@ void CheckBitmap(Bilevel const& bitmap) {
   Require(decoded.bitmap == bitmap, "decoder: another bitmap than was coded");
 }
 
-// libtiff reads zeros behind the data; this decoder stops there, and so gets them added. Only where
+// libtiff reads zeros after the data; this decoder stops there, and so gets them added. Only where
 // a pass leads to the end of a row, or empty runs are as many as libtiff can hold, is libtiff
 // allowed to be the one that complains; no coder makes such data.
 void CheckData(std::span<uint8_t const> data, int32_t width, int32_t height) {

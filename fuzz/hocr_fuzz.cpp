@@ -1,4 +1,4 @@
-// hOCR texts. The input is UTF-8, or UTF-16 units behind a first byte of 0xFF.
+// hOCR texts. The input is UTF-8, or UTF-16 units after a first byte of 0xFF.
 #include <sorrelin/ocr/hocr.h>
 #include <sorrelin/platform/wide_string.h>
 
@@ -20,7 +20,7 @@ sorrelin::WideString TextOf(fuzz::Data data) {
 
 int LLVMFuzzerTestOneInput(uint8_t const* bytes, size_t size) {
   sorrelin::WideString const text = TextOf({bytes, size});
-  // On the heap, with nothing behind its NUL.
+  // On the heap, with nothing after its NUL.
   std::unique_ptr<WCHAR[]> const copy(new WCHAR[text.size() + 1]);
   std::copy(text.begin(), text.end(), copy.get());
   copy[text.size()] = 0;

@@ -39,7 +39,7 @@ int LLVMFuzzerTestOneInput(uint8_t const* bytes, size_t size) {
   fuzz::Cursor input({bytes, size});
   Parms parms;
   parms.m_nPredictor = 12;
-  // The upper half of the numbers stands for ones that no multiplication holds.
+  // The upper half of the numbers maps to ones that overflow a multiplication.
   for (DWORD* const field : {&parms.m_nColors, &parms.m_nBitsPerComponent, &parms.m_nColumns}) {
     unsigned const value = input.Word();
     *field = value < 0x8000 ? value : value << 16;

@@ -12,7 +12,7 @@ namespace {
 bool Run(std::filesystem::path const& name) {
   std::ifstream file(name, std::ios::binary);
   std::vector<char> const bytes{std::istreambuf_iterator<char>(file), {}};
-  // An exact block, so that the sanitizer sees every access behind the input.
+  // An exact block, so that the sanitizer sees every access past the input.
   fuzz::Copy input({reinterpret_cast<uint8_t const*>(bytes.data()), bytes.size()});
   std::fprintf(stderr, "%s\n", name.c_str());
   LLVMFuzzerTestOneInput(input.data(), input.size());

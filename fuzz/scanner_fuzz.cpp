@@ -1,5 +1,5 @@
 // The byte scanner: each of its operations on a block of exactly the input's bytes, of which all
-// but the last must stand as they were.
+// but the last must be unchanged.
 //
 // The input is a line with the key that is looked for, then the bytes of an object.
 #include <sorrelin/frame/session.h>

@@ -2,7 +2,7 @@
 # Makes the Debian packages libsorrelin, libsorrelin-dev, sorrelin-codecs and sorrelin in
 # build/package/packages. With --try they are installed into a clean Debian root that is made for it,
 # where the examples are built and run with nothing but what the packages brought. --try needs root.
-# Options behind these go to cmake, as -DSORRELIN_MAINTAINER="Name <address>".
+# Further options go to cmake, as -DSORRELIN_MAINTAINER="Name <address>".
 set -euo pipefail
 cd "$(dirname "$0")/.."
 

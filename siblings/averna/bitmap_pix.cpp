@@ -42,7 +42,7 @@ struct Bitmap {
   bool top_down = false;
   size_t stride = 0;
   std::span<BYTE const> rows;
-  std::array<RGBQUAD, kTableEntries> table{};  // black behind the bitmap's own entries
+  std::array<RGBQUAD, kTableEntries> table{};  // black after the bitmap's own entries
 
   BYTE const* Row(l_int32 y) const {
     l_int32 const index = top_down ? y : height - 1 - y;
@@ -133,7 +133,7 @@ void FillColor(Bitmap const& bitmap, PIX* pix) {
   }
 }
 
-// Dots per inch; each direction stands in for the other.
+// Dots per inch; a missing direction takes the value of the other.
 void SetResolution(BITMAPINFOHEADER const& header, PIX* pix) {
   LONG const x = header.biXPelsPerMeter > 0 ? header.biXPelsPerMeter : header.biYPelsPerMeter;
   LONG const y = header.biYPelsPerMeter > 0 ? header.biYPelsPerMeter : header.biXPelsPerMeter;

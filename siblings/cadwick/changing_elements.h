@@ -13,7 +13,7 @@ namespace sorrelin::cadwick {
 
 // The list holds the columns of the elements from left to right: those at even places turn to
 // black, those at odd places to white. Behind the last it goes on with the row's width, and a 0
-// stands in front of the first.
+// precedes the first.
 //
 // The list is bounded, whatever the width. Of a row with more elements it shows a window, which
 // Advance and MakeRoom move on by an even number of places, so that a place keeps its colour.
@@ -32,13 +32,13 @@ class ChangingElements {
 
   // ---- From the pixels to the list ----
 
-  // Makes the pixels of Row() that lie behind the width white and lists the elements.
+  // Makes the pixels of Row() past the width white and lists the elements.
   void FindElements();
 
   // Brings the list back to the row's first element, if its window was moved.
   void Rewind();
 
-  // The last place from which that element and the one behind it can be seen.
+  // The last place from which that element and the next one can be seen.
   uint32_t const* Limit() const { return limit_; }
 
   // For a place past the limit: moves the window, and steps on by twos to the first element right
@@ -54,7 +54,7 @@ class ChangingElements {
   // The last place at which two elements may be written.
   uint32_t const* WriteLimit();
 
-  // For `end`, the place behind the last element written, past the limit: blackens the runs before
+  // For `end`, the place after the last element written, past the limit: blackens the runs before
   // it and gives them up. Returns where `end` is now, with at least one element before it; null if
   // the row has had twice as many elements as pixels.
   uint32_t* MakeRoom(uint32_t* end);
@@ -76,7 +76,7 @@ class ChangingElements {
   uint32_t const width_;
   std::vector<uint8_t> row_;
   std::array<uint32_t, kFront + kCapacity + kBehind> list_;
-  uint32_t* end_;  // behind the last element of the window
+  uint32_t* end_;  // after the last element of the window
   uint32_t const* limit_;
   ptrdiff_t dropped_;    // elements of the row before the window
   size_t next_byte_;     // of the row, the elements from there on not being in the list yet

@@ -53,7 +53,7 @@ class ByteSink {
 };
 
 // Codes the rows that `rows` fills in and ends them with EOFB. `rows` may write whole units of 8
-// bytes; bits behind the width do not matter.
+// bytes; bits past the width do not matter.
 Outcome EncodeGroup4(Picture picture, RowCallback rows, ByteSink& sink);
 
 struct DecodeResult {
@@ -62,8 +62,8 @@ struct DecodeResult {
 };
 
 // Decodes row by row until the picture is full, the data end, the data are damaged or `rows` stops.
-// Only a row whose codes are all in the data is given to `rows`; bits behind its width are 0. What
-// follows the last row is not looked at. Work is bounded by the rows that are in the data.
+// Only a row whose codes are all in the data is passed to `rows`; bits past its width are 0. What
+// follows the last row is ignored. Work is bounded by the rows that are in the data.
 DecodeResult DecodeGroup4(std::span<uint8_t const> data, Picture picture, RowCallback rows);
 
 }  // namespace sorrelin::cadwick

@@ -43,7 +43,7 @@ class BitReader {
     ready_ -= count;
   }
 
-  // Bits of the data that are ready; negative if bits from behind its end were skipped.
+  // Bits of the data that are ready; negative if bits past its end were skipped.
   int32_t Left() const { return static_cast<int32_t>(ready_) - static_cast<int32_t>(padding_); }
 
   // Whether there is nothing but zeros up to the end of the data.
@@ -64,13 +64,13 @@ class BitReader {
   }
 
   uint64_t bits_ = 0;     // the next bit in the highest
-  uint32_t ready_ = 0;    // of them, zeros from behind the end included
-  uint32_t padding_ = 0;  // zeros from behind the end, all in all
+  uint32_t ready_ = 0;    // of them, zeros past the end included
+  uint32_t padding_ = 0;  // zeros past the end, in total
   uint8_t const* next_;
   uint8_t const* end_;
 };
 
-// The pixels of the run that stands next; more than `width` if there is none, or none of at most
+// The pixels of the next run; more than `width` if there is none, or none of at most
 // `width` pixels. Takes that the bits of its first code are ready, and leaves those of one more.
 template <size_t kEntries>
 uint32_t ReadRun(BitReader& in, std::array<RunEntry, kEntries> const& table, uint32_t width) {
@@ -103,12 +103,12 @@ Runs ReadRuns(BitReader& in, bool white_first, uint32_t width) {
   return {black, ReadRun(in, kWhiteRunTable, width)};
 }
 
-// Why a row is given up where a code stands, or should.
+// Why a row is abandoned where a code is, or should be.
 Outcome CodeFailure(BitReader const& in) {
   return in.Left() < 0 ? Outcome::kDataEnded : Outcome::kDamaged;
 }
 
-// Why a row is given up where no mode's code stands.
+// Why a row is abandoned where there is no mode's code.
 Outcome ModeFailure(BitReader const& in) {
   constexpr uint32_t kLength = kEndOfBlockCode.length;
   auto const left = static_cast<uint32_t>(std::clamp<int32_t>(in.Left(), 0, kLength));
@@ -119,8 +119,8 @@ Outcome ModeFailure(BitReader const& in) {
 
 // Decodes one row with the help of the one above it (T.6). The names are those of T.6: a0 is
 // where decoding has come to, a1 is the next changing element of the row, to be found, b1 is the
-// first one of the row above that lies right of a0 and turns to the colour that a0 has not, and b2
-// the next. kDone, with `reader` behind the row's codes, for a row that is complete.
+// first one of the row above that is right of a0 and changes to the colour opposite to a0's, and b2
+// the next. kDone, with `reader` after the row's codes, for a row that is complete.
 Outcome DecodeRow(BitReader& reader, ChangingElements& row, ChangingElements& above,
                   uint32_t width) {
   BitReader in = reader;

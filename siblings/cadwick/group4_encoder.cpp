@@ -19,7 +19,7 @@ class ByteBuffer {
   uint8_t* Begin() { return bytes_.data(); }
   uint8_t const* End() const { return bytes_.data() + bytes_.size(); }
 
-  // Hands over the bytes before `end`; the buffer is empty then. Nothing more is handed over after
+  // Passes on the bytes before `end`, which empties the buffer. Nothing more is passed on after
   // the sink has refused.
   void Deliver(uint8_t const* end) { accepted_ = accepted_ && sink_.Write({bytes_.data(), end}); }
   bool Accepted() const { return accepted_; }
@@ -30,7 +30,7 @@ class ByteBuffer {
   std::array<uint8_t, 1024 * kWordBytes> bytes_;
 };
 
-// Puts codes one behind the other, the first bit into the highest bit of the first byte. Small
+// Appends codes, the first bit in the highest bit of the first byte. Small
 // enough to be passed by value, so that its members stay in registers while a row is coded.
 class BitWriter {
  public:
@@ -82,7 +82,7 @@ class BitWriter {
   uint8_t const* end_;
 };
 
-// `before` with the codes of a run behind it. What does not fit into one Code is put out first.
+// `before` followed by the codes of a run. What does not fit into one Code is put out first.
 Code WithRun(Code before, RunCodes const& codes, uint32_t pixels, BitWriter& out) {
   while (pixels >= kLongestMakeUp + kMakeUpUnit) [[unlikely]] {
       out.Put(before);
@@ -94,7 +94,7 @@ Code WithRun(Code before, RunCodes const& codes, uint32_t pixels, BitWriter& out
 
 // Codes one row against the one above it (T.6). The names are those of T.6: a0 is where
 // coding has come to, a1 and a2 are the next changing elements of the row, b1 is the first one of
-// the row above that lies right of a0 and turns to the colour that a0 has not, and b2 the next.
+// the row above that is right of a0 and changes to the colour opposite to a0's, and b2 the next.
 BitWriter EncodeRow(ChangingElements& row, ChangingElements& above, uint32_t width, BitWriter out) {
   uint32_t const* const begin = row.Begin();
   uint32_t const* a1 = begin;

@@ -61,7 +61,7 @@ inline constexpr std::array<std::string_view, 13> kCommonMakeUp = {
     "000000010100", "000000010101", "000000010110", "000000010111", "000000011100",
     "000000011101", "000000011110", "000000011111"};
 
-// T.6, Table 1: the modes. The vertical ones stand in the order of a1 - b1, from -3 (VL3) to 3
+// T.6, Table 1: the modes. The vertical ones are in the order of a1 - b1, from -3 (VL3) to 3
 // (VR3).
 inline constexpr std::string_view kPassMode = "0001";
 inline constexpr std::string_view kHorizontalMode = "001";
@@ -93,7 +93,7 @@ constexpr Code ParseCode(std::string_view digits) {
 inline constexpr uint32_t kMakeUpUnit = 64;
 inline constexpr uint32_t kLongestMakeUp = 2560;
 
-// What is sent for the runs of one colour. `make_up[n]` stands for 64 * n pixels and is empty for
+// What is sent for the runs of one colour. `make_up[n]` codes 64 * n pixels and is empty for
 // 0.
 struct RunCodes {
   std::array<Code, kMakeUpUnit> terminating;

@@ -21,7 +21,7 @@ MemoryFileTable& OpenFiles() {
   return table;
 }
 
-// A block of 0 bytes is live too; GlobalSize tells it from a bad handle by the error alone.
+// A block of 0 bytes is live too; only GlobalSize's error distinguishes it from a bad handle.
 bool IsLiveBlock(HGLOBAL block) {
   SetLastError(ERROR_SUCCESS);
   return GlobalSize(block) != 0 || GetLastError() == ERROR_SUCCESS;

@@ -33,7 +33,7 @@ class MemoryFile {
   bool Seek(int64_t offset, DWORD origin);
   uint64_t position() const { return position_; }
 
-  // Cuts the block behind the last byte written, if any was.
+  // Truncates the block after the last byte written, if any.
   bool Finish();
 
   std::optional<ShortDecode> const& short_decode() const { return short_decode_; }

@@ -132,7 +132,7 @@ BYTE WithoutInk(int light, int light_of_black) {
   return static_cast<BYTE>((light * light_of_black + 127) / 255);
 }
 
-// Four inks to blue, green, red. `inverted` samples tell the light that an ink leaves.
+// Four inks to blue, green, red. `inverted` samples are the light that an ink leaves.
 void ConvertInks(JSAMPLE const* inks, bool inverted, BYTE* pixel) {
   int const flip = inverted ? 0 : 255;
   int const black = inks[3] ^ flip;

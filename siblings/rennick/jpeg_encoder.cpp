@@ -28,7 +28,7 @@ BlockDestination& DestinationOf(j_compress_ptr coder) {
   return *reinterpret_cast<BlockDestination*>(coder->dest);
 }
 
-// Makes the block `capacity` bytes long and points libjpeg behind the `used` bytes that are kept.
+// Makes the block `capacity` bytes long and points libjpeg after the `used` bytes that are kept.
 bool Resize(BlockDestination& out, size_t used, size_t capacity) {
   if (GlobalReAlloc(out.block, capacity, GMEM_MOVEABLE) == nullptr) return false;
   out.capacity = capacity;

@@ -10,7 +10,7 @@ namespace sorrelin {
 
 namespace {
 
-// Kept: nobody frees a record; a closed channel leaves it behind. Not inlined, so that the leak
+// Kept: records are never freed; a closed channel leaves its record allocated. Not inlined, so that the leak
 // has a name of its own.
 SORRELIN_NOINLINE FileChannel* NewChannelRecord() { return new FileChannel{}; }
 

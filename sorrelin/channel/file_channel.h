@@ -57,7 +57,7 @@ BOOL ChannelWrite(FileChannel* channel, void const* buffer, DWORD bytes, DWORD* 
 // applies, and another origin than 0, 1, 2 leaves the position alone.
 DWORD ChannelSeek(FileChannel* channel, LONG offset, LONG* high, DWORD origin);
 
-// Low 32 bits of the content's size in bytes, the high 32 bits behind `high` if given.
+// Low 32 bits of the content's size in bytes, the high 32 bits in `*high` if given.
 DWORD ChannelGetSize(FileChannel* channel, DWORD* high);
 
 // Frees an owned block, closes a file; 0 for a file that was closed before.

@@ -71,7 +71,7 @@ DWORD MemoryBuffer::Write(void const* buffer, DWORD bytes) {
   return bytes;
 }
 
-// The capacity becomes exactly what the write needs; the allocation behind it grows by halves, so
+// The capacity becomes exactly what the write needs; the underlying allocation grows by halves, so
 // that many small writes stay cheap. A gap before the position is zeroed.
 bool MemoryBuffer::Grow(DWORD bytes) {
   if (nPos > kLargestAllocation - bytes) return false;

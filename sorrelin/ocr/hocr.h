@@ -38,7 +38,7 @@ struct HocrDocument {
   int32_t resolution = 0;
 };
 
-// Reads a zero-terminated hOCR text into `document`, behind what it holds already. 1; 0 if the text
+// Reads a zero-terminated hOCR text into `document`, after what it already holds. 1; 0 if the text
 // is null, is no XML or is nested deeper than 1,000 elements, if a page or word has no title or a
 // word has no id, or if memory runs short. Pages and words met before the failure stay.
 int ParseHocr(HocrDocument& document, WCHAR const* text);

@@ -56,7 +56,7 @@ int32_t NumberAt(std::vector<WideString> const& tokens, size_t index) {
   return index < tokens.size() ? WideAtoi(tokens[index]) : 0;
 }
 
-// Kept: the text from 5 characters behind the start of a keyword, whatever its length, and from
+// Kept: the text from 5 characters after the start of a keyword, whatever its length, and from
 // character 4 if the keyword is missing; page values and sizes come out of this cut. Throws if the
 // title is shorter than that.
 WideView CutBehind(WideView title, std::string_view keyword) {
@@ -107,7 +107,7 @@ void AppendNodeText(XmlNode const& node, WideString& text) {
   }
 }
 
-// The index behind the first token equal to `keyword`; 0 if there is none.
+// The index after the first token equal to `keyword`; 0 if there is none.
 size_t BehindToken(std::vector<WideString> const& tokens, std::string_view keyword) {
   for (size_t i = 0; i < tokens.size(); ++i) {
     if (Equals(tokens[i], keyword)) return i + 1;

@@ -11,7 +11,7 @@
 
 namespace sorrelin {
 
-// Takes a node with everything below it. `page` is the current page value; the total is handed on
+// Takes a node with everything below it. `page` is the current page value; the total is passed on
 // and not used.
 void WalkHocrNode(HocrDocument& document, XmlNode const& node, int32_t& page,
                   uint32_t const& total);

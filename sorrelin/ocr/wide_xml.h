@@ -27,7 +27,7 @@ namespace xml_internal {
 using Table = unsigned char[256];
 using Tables = rapidxml::internal::lookup_tables<0>;
 
-// Flags that the parser does not know: they tell the two halves of its recursion apart.
+// Flags unknown to the parser: they distinguish the two halves of its recursion.
 inline constexpr int kInsideElement = rapidxml::parse_default | (1 << 30);
 
 // Characters past 255 count as letters.

@@ -55,7 +55,7 @@ void LeaveNoCore() {
   TakeSignals();
   LeaveNoCore();
   CHILD_LINK link = {descriptor};
-  // Nothing may leave by what is behind this call: that is the parent's.
+  // Nothing may return past this call: the code after it is the parent's.
   try {
     routine(&link, context);
   } catch (...) {

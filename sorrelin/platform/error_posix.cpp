@@ -16,7 +16,7 @@ struct ErrnoRow {
   DWORD error;
 };
 
-// The first row of an errno gives its number; the first row of a number is the errno that it stands
+// The first row of an errno gives its number; the first row of a number is the errno that it maps
 // for, which for a missing directory is the one of a missing file.
 constexpr ErrnoRow kErrnoRows[] = {
     {0, ERROR_SUCCESS},
@@ -57,7 +57,7 @@ struct TextRow {
   char const* text;
 };
 
-// Numbers that stand for no errno, or for one whose text would mislead.
+// Numbers that map to no errno, or to one whose text would mislead.
 constexpr TextRow kTextRows[] = {
     {ERROR_INVALID_HANDLE, "Invalid handle"},
     {ERROR_GEN_FAILURE, "General system failure"},

@@ -99,7 +99,7 @@ int OpenFlags(OpenRequest const& request) {
   return flags;
 }
 
-// False, with error 32, if another open of the file stands against it. A file system without locks
+// False, with error 32, if another open of the file conflicts with it. A file system without locks
 // is used without.
 bool TakeLock(int descriptor, bool exclusive) {
   int const operation = (exclusive ? LOCK_EX : LOCK_SH) | LOCK_NB;

@@ -53,7 +53,7 @@ bool UseBlock(HGLOBAL handle, Use use) {
   return used;
 }
 
-// Moves the block to `bytes` bytes, all behind its old size zeroed if `zero`. False leaves it
+// Resizes the block to `bytes` bytes, zeroing those past its old size if `zero`. False leaves it
 // alone.
 bool Move(BlockRecord& block, size_t bytes, bool zero) {
   if (bytes > PTRDIFF_MAX) return false;

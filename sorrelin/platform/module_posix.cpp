@@ -18,7 +18,7 @@
 namespace sorrelin {
 namespace {
 
-// Modules that this layer has handed out, so that no other value is given to the loader.
+// Modules that this layer has returned; no other value is passed to the loader.
 struct ModuleUse {
   unsigned loads = 0;      // LoadLibraryW without its FreeLibrary
   bool looked_up = false;  // by GetModuleHandleW
@@ -123,7 +123,7 @@ HMODULE OpenModule(std::string const& name, int flags) {
   return module != nullptr ? module : dlopen((directory + kPrivateFolder + name).c_str(), flags);
 }
 
-// Whether the file of a loaded module is called `name`, or so with a version behind it.
+// Whether the file of a loaded module is called `name`, optionally followed by a version.
 bool IsFileOfLoadedModule(std::string_view name) {
   auto const compare = [](dl_phdr_info* info, size_t, void* wanted) {
     std::string_view const path = info->dlpi_name;
@@ -142,7 +142,7 @@ HMODULE OpenFirst(WCHAR const* name, int flags) {
     std::vector<std::string> candidates = Candidates(*path);
     if (bare) Found().Prefer(*path, candidates);
     for (std::string const& candidate : candidates) {
-      // The loader tells what is loaded only by looking for the file everywhere.
+      // The loader finds a loaded library only by searching for its file everywhere.
       if (bare && (flags & RTLD_NOLOAD) != 0 && !IsFileOfLoadedModule(candidate)) continue;
       HMODULE const module = OpenModule(candidate, flags);
       if (module == nullptr) continue;
@@ -153,7 +153,7 @@ HMODULE OpenFirst(WCHAR const* name, int flags) {
   });
 }
 
-// Whole path behind a symbolic link, or "" with the system error.
+// The full path that a symbolic link leads to, or "" with the system error.
 std::string ReadLink(char const* link) {
   std::string path(PATH_MAX, '\0');
   ssize_t const length = readlink(link, path.data(), path.size());

@@ -33,7 +33,7 @@ class Output {
  public:
   Output(Unit* buffer, int capacity) : buffer_(buffer), capacity_(static_cast<size_t>(capacity)) {}
 
-  // A character is stored whole or not at all, and nothing behind the first that does not fit.
+  // A character is stored whole or not at all, and nothing after the first that does not fit.
   void Add(Unit const* units, size_t count) {
     count_ += count;
     if (count_ <= capacity_) std::memcpy(buffer_ + count_ - count, units, count * sizeof(Unit));
