@@ -10,8 +10,8 @@ namespace sorrelin {
 
 namespace {
 
-// Kept: records are never freed; a closed channel leaves its record allocated. Not inlined, so that the leak
-// has a name of its own.
+// Kept: records are never freed; a closed channel leaves its record allocated. Not inlined, so that
+// the leak has a name of its own.
 SORRELIN_NOINLINE FileChannel* NewChannelRecord() { return new FileChannel{}; }
 
 FileChannel* NewMemoryRecord() {
