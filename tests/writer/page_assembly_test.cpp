@@ -60,6 +60,44 @@ TEST(PageAssembly, ZeroWidthOrHeightIs4) {
   EXPECT_EQ(SaveCode(Changed(Dib(24), [](auto& h) { h.biHeight = 0; }), 0), 4u);
 }
 
+// Size, depth, the pair of depth and compression, palette, encoder, in this order.
+TEST(PageAssembly, FirstOfTwoFailuresCounts) {
+  auto const no_size = [](auto& h) { h.biWidth = h.biBitCount = 0; };
+  auto const no_depth = [](auto& h) { h.biBitCount = 4; };
+  auto const huge_palette = [](auto& h) { h.biClrUsed = 0x60000000; };
+  constexpr DWORD kUnknown = 99;
+  EXPECT_EQ(SaveCode(Changed(Dib(24), no_size), kUnknown), 4u);
+  EXPECT_EQ(SaveCode(Changed(Dib(24), no_depth), kUnknown), 5u);
+  EXPECT_EQ(SaveCode(Dib(1), PDF_COMPRESSION_JPEG), 15u);    // and not 21, for want of a library
+  EXPECT_EQ(SaveCode(Dib(24), PDF_COMPRESSION_CCITT), 15u);  // and not 19
+  EXPECT_EQ(SaveCode(Changed(Dib(8), huge_palette), PDF_COMPRESSION_CCITT), 15u);
+  EXPECT_EQ(SaveCode(Changed(Dib(8), huge_palette), kUnknown), 10u);
+  EXPECT_EQ(SaveCode(Changed(Dib(8), huge_palette), PDF_COMPRESSION_JPEG), 10u);
+}
+
+TEST(PageAssembly, BitmapIsLookedAtBeforeTheRoomInTheDocument) {
+  constexpr DWORD kLastObject = 90049;
+  for (auto const& [compression, code] :
+       {std::pair{DWORD{99}, 15u}, {DWORD{PDF_COMPRESSION_NONE}, 40u}}) {
+    MemoryDocument document;
+    document.Create();
+    document->SetCurrentObject(kLastObject);
+    EXPECT_EQ(document->SaveDIBAsColorPDFPageW(Dib(24), test::kNoLibrary, compression, 0), 0);
+    EXPECT_EQ(document->PDF_GetLastError(), code);
+  }
+}
+
+// A picture of less than half a point gets no page, so that it needs none.
+TEST(PageAssembly, SizeInPointsIsLookedAtBeforeThePageLimit) {
+  MemoryDocument document;
+  document.Create();
+  SessionProbe::TotalPages(document.session()) = 30000;
+  EXPECT_EQ(document->SaveDIBAsColorPDFPageW(Dib(24, 1, 1), test::kNoLibrary, 0, 0), 1);
+  EXPECT_EQ(document->PDF_GetLastError(), 0u);
+  EXPECT_EQ(document->SaveDIBAsColorPDFPageW(Dib(24), test::kNoLibrary, 0, 0), 0);
+  EXPECT_EQ(document->PDF_GetLastError(), 12u);
+}
+
 TEST(PageAssembly, RunsOfABilevelBitmapAre5BeforeAnythingIsWritten) {
   bool wrote = true;
   EXPECT_EQ(SaveCode(Dib(1), PDF_COMPRESSION_RUN_LENGTH, &wrote), 5u);
@@ -217,6 +255,14 @@ TEST(PageAssembly, FailedPageLeavesTheSessionUsable) {
   EXPECT_EQ(document->SaveDIBAsColorPDFPageW(Dib(24), test::kNoLibrary, 6, 0), 0);
   EXPECT_EQ(document->SaveDIBAsColorPDFPageW(Dib(24), test::kNoLibrary, 0, 0), 1);
   EXPECT_NE(document.Finish().find("/Count 1\n"), std::string::npos);
+}
+
+TEST(PageAssembly, BitmapIsLookedAtBeforeTheTarget) {
+  auto const session = std::make_unique<CCreatePDF>();
+  EXPECT_EQ(session->SaveDIBAsColorPDFPageW(Dib(24), test::kNoLibrary, 99, 0), 0);
+  EXPECT_EQ(session->PDF_GetLastError(), 15u);
+  EXPECT_EQ(session->SaveDIBAsColorPDFPageW(Dib(24), test::kNoLibrary, 0, 0), 0);
+  EXPECT_EQ(session->PDF_GetLastError(), 2u);
 }
 
 TEST(PageAssembly, WithoutATargetTheFirstWriteIs2) {
