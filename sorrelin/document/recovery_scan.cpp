@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <vector>
 
 namespace sorrelin {
 
@@ -28,6 +29,37 @@ DWORD StepAt(CXrefParser& parser, DWORD at, bool& hit) {
   return 4;
 }
 
+// The bytes before a position, in pieces: the ring holds only those that were read last.
+class BytesBefore {
+ public:
+  BytesBefore(CXrefParser& parser, DocumentFile& file, DWORD position)
+      : parser_(parser), file_(file), position_(position), in_file_(position < file.Size()) {}
+
+  BYTE At(DWORD at) {
+    if (!in_file_ || position_ - at <= kHeldByRing) return parser_.GetByte(at);
+    DWORD const begin = at / kPieceBytes * kPieceBytes;
+    if (piece_.empty() || begin != begin_) piece_ = Piece(begin);
+    begin_ = begin;
+    return at - begin < piece_.size() ? piece_[at - begin] : BYTE{0};
+  }
+
+ private:
+  static constexpr DWORD kHeldByRing = CXrefParser::kChunkBytes - 100;
+  static constexpr DWORD kPieceBytes = 4096;
+
+  std::vector<BYTE> Piece(DWORD begin) {
+    auto const seen = file_.Look(begin, kPieceBytes);
+    return seen ? std::vector<BYTE>(seen->begin(), seen->end()) : std::vector<BYTE>{};
+  }
+
+  CXrefParser& parser_;
+  DocumentFile& file_;
+  DWORD position_;
+  bool in_file_;  // not in the echo that the ring gives after the file's end
+  std::vector<BYTE> piece_;
+  DWORD begin_ = 0;
+};
+
 // An object header as the scan finds it, read from its end.
 struct ScannedHeader {
   DWORD nStart = 0;
@@ -39,15 +71,15 @@ bool IsHeaderByte(BYTE c) { return c == ' ' || IsDecimalDigit(static_cast<char>(
 
 // Of the blanks and digits in front of the keyword the first two numbers count. Kept: the walk ends
 // at the file's first byte, which belongs to no header; documents begin with "%".
-ScannedHeader ReadHeaderBack(CXrefParser& parser, DWORD position) {
+ScannedHeader ReadHeaderBack(BytesBefore bytes, DWORD position) {
   DWORD stop = position;
-  while (stop > 0 && IsHeaderByte(parser.GetByte(stop))) --stop;
+  while (stop > 0 && IsHeaderByte(bytes.At(stop))) --stop;
   DWORD const start = stop + 1;
   ScannedHeader header{start, 0, 0};
   std::string numbers[2];
   size_t open = 0;
   for (DWORD at = start; at <= position && open < 2; ++at) {
-    char const c = static_cast<char>(parser.GetByte(at));
+    char const c = static_cast<char>(bytes.At(at));
     if (IsDecimalDigit(c)) {
       if (numbers[open].size() < kMostDigits) numbers[open] += c;
     } else if (!numbers[open].empty()) {
@@ -98,7 +130,7 @@ void CXRef::RebuildByScan() {
 }
 
 void CXRef::RegisterScannedObject(CXrefParser& parser, DWORD position) {
-  ScannedHeader const header = ReadHeaderBack(parser, position);
+  ScannedHeader const header = ReadHeaderBack(BytesBefore(parser, m_File, position), position);
   if (header.nNumber == 0) return;
   if (header.nNumber >= kIndexRows) return AddBoundary(header.nStart);
   if (header.nNumber >= m_ObjectIndex.size()) m_ObjectIndex.resize(header.nNumber + 1);

@@ -230,6 +230,18 @@ TEST(Scan, OldBytesTwoThousandBehindTheEndAreNot) {
   EXPECT_EQ(no_echo.Extent(5).nEnd, 0u);
 }
 
+// Blanks and digits before the keyword may be more than the ring holds.
+TEST(Scan, FirstTwoNumbersOfALongHeaderCount) {
+  for (size_t const bytes : {1000u, 1900u, 2000u, 3970u, 4000u, 9000u, 20000u}) {
+    Scanned blanks("\n5 3 " + std::string(bytes, ' ') + "obj x endobj\n" + Text(6));
+    EXPECT_EQ(blanks.Offset(5), 2u) << bytes;
+    EXPECT_EQ(blanks.document->ObjectIndex()[5].nGeneration, 3u) << bytes;
+    EXPECT_EQ(blanks.Extent(5, 3).nEnd, blanks.Offset(6)) << bytes;
+    Scanned digits("\n5 3 " + std::string(bytes, '7') + " obj x endobj\n");
+    EXPECT_EQ(digits.Offset(5), 2u) << bytes;
+  }
+}
+
 TEST(Scan, NumberBeyondTheObjectTableIsOnlyABoundary) {
   Scanned scanned("\n" + Text(5) + Text(90050) + Text(2147483647));
   EXPECT_EQ(scanned.document->ObjectIndex().size(), 6u);
