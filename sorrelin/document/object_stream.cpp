@@ -1,5 +1,4 @@
 // One decoded object stream: its dictionary, its data, and the header that lists its objects.
-#include <sorrelin/document/cxref.h>
 #include <sorrelin/document/decode_parms.h>
 #include <sorrelin/document/inflate_buffer.h>
 #include <sorrelin/document/object_stream.h>
@@ -39,7 +38,7 @@ ObjectStreamReader::ObjectStreamReader(DocumentFile& file, ObjectSource& objects
   if (!text || !file.work().Spend(text->size())) return;
   ReadDictionary(objects, *text);
   Decode(objects, *text, file.work().left());
-  ReadIndex();
+  ReadIndex(file.work());
 }
 
 void ObjectStreamReader::ReadDictionary(ObjectSource& objects, std::span<BYTE> text) {
@@ -86,15 +85,15 @@ bool ObjectStreamReader::Inflate(std::span<BYTE const> raw, uint64_t& work) {
   return true;
 }
 
-// The header's pairs of object number and offset, whatever /N says; an odd last token is dropped. A
-// stream holds no more objects than the object table has rows.
-void ObjectStreamReader::ReadIndex() {
+// The header's pairs of object number and offset, whatever /N says; an odd last token is dropped.
+void ObjectStreamReader::ReadIndex(WorkBudget& work) {
   ByteView const header{decoded_.data(), std::min<uint64_t>(decoded_.size(), first_offset_)};
   std::string_view rest = header.Text();
-  while (places_.size() < kIndexRows) {
+  for (;;) {
     std::string_view const number = TakeToken(rest);
     std::string_view const offset = TakeToken(rest);
     if (offset.empty()) break;
+    if (!work.Spend(sizeof(Place) + sizeof by_number_[0])) return;
     places_.push_back(
         {static_cast<DWORD>(DecimalValue(offset)), static_cast<DWORD>(DecimalValue(number))});
   }

@@ -59,7 +59,7 @@ class ObjectStreamReader {
   void ReadDictionary(ObjectSource& objects, std::span<BYTE> text);
   void Decode(ObjectSource& objects, std::span<BYTE> text, uint64_t& work);
   bool Inflate(std::span<BYTE const> raw, uint64_t& work);
-  void ReadIndex();
+  void ReadIndex(WorkBudget& work);
   void KeepLastOfEachOffset();
 
   std::vector<std::string> filter_names_;

@@ -121,6 +121,13 @@ TEST(ObjectStream, FirstBehindTheDataLeavesEmptyObjects) {
   EXPECT_EQ(Served(With({{4, "abc"}}, {.first = 1000}), 4), Dressed(4, ""));
 }
 
+// More pairs than the object table has rows, the last of them for object 4.
+TEST(ObjectStream, HeaderMayHaveAnyNumberOfPairs) {
+  std::string header;
+  for (int i = 0; i < 90060; ++i) header += "5 " + std::to_string(i) + " ";
+  EXPECT_EQ(Served(With({{4, "abc"}}, {.header = header + "4 0 "}), 4), Dressed(4, "a"));
+}
+
 TEST(ObjectStream, CountPlaysNoPart) {
   OpenDocument document(With({{4, "a"}, {5, "b"}}, {.stream = {.keys = "/N 1"}}));
   ASSERT_NE(document.Build(), 0u);
