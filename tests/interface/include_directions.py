@@ -16,6 +16,7 @@ MAY_INCLUDE = {
     "sorrelin/syntax": {"channel", "platform"},
     "sorrelin/document": {"syntax", "image", "channel", "platform"},
     "sorrelin/writer": {"document", "syntax", "image", "channel", "platform"},
+    "sorrelin/coded": {"platform"},
     "sorrelin/frame": {"writer", "document", "syntax", "image", "channel", "platform"},
     "siblings": {"image/codecs/sibling.h", "platform"},
 }
