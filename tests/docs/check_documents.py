@@ -186,7 +186,8 @@ def broken_link(path, target):
 def unknown_names(source, prose):
     """Names between backticks that look like ours and are not."""
     interface = "".join((source / name).read_text(encoding="utf-8") for name in (
-        "sorrelin/frame/pdf.h", "sorrelin/frame/session.h", "sorrelin/image/codecs/sibling.h"))
+        "sorrelin/frame/pdf.h", "sorrelin/frame/session.h", "sorrelin/image/codecs/sibling.h",
+        "sorrelin/coded/coded_pages.h", "sorrelin/platform/codes.h"))
     folders = {path.name for path in source.iterdir() if path.is_dir()} - {"build"}
     roots = "|".join(name for name in folders if name.isalpha())
     for name in re.findall(r"`([^`\n]+)`", prose):
