@@ -312,8 +312,8 @@ TEST(IndexFetch, LastMarksObjectIsServedByTheTable) {
   EXPECT_EQ(document.row(9).nOffset, section);
 }
 
-// A document whose object 4 comes last, behind the section that lists it, and whose row 5 points
-// `bytes` bytes behind the start of object 4, which thereby is its extent.
+// A document whose object 4 comes last, after the section that lists it, and whose row 5 points
+// `bytes` bytes past the start of object 4, which thereby is its extent.
 PdfBuilder EndingInObject4(std::string const& body, size_t bytes) {
   size_t at = 0;
   for (;;) {
@@ -332,7 +332,7 @@ PdfBuilder EndingInObject4(std::string const& body, size_t bytes) {
 
 // Two NULs end a fetched text, and what the file lacks of the extent is 0, which in a text that is
 // no stream becomes blanks.
-TEST_P(IndexFetch, ExtentThatReachesBehindTheFileIsServedInFull) {
+TEST_P(IndexFetch, ExtentThatReachesPastTheFileIsServedInFull) {
   for (size_t const bytes : {500u, 5000u, 100000u}) {
     PdfBuilder const pdf = EndingInObject4("<</A 1>>", bytes);
     OpenDocument document(pdf, GetParam());
@@ -346,7 +346,7 @@ TEST_P(IndexFetch, ExtentThatReachesBehindTheFileIsServedInFull) {
   }
 }
 
-TEST_P(IndexFetch, StreamThatReachesBehindTheFileEndsInZeros) {
+TEST_P(IndexFetch, StreamThatReachesPastTheFileEndsInZeros) {
   PdfBuilder const pdf = EndingInObject4("<</Filter /A>>", 5000);
   OpenDocument document(pdf, GetParam());
   ASSERT_NE(document.Build(), 0u);

@@ -28,9 +28,9 @@ INSTANTIATE_TEST_SUITE_P(Channels, OpeningWork, testing::Values(Target::kMemory,
                            return std::string(row.param == Target::kMemory ? "Memory" : "File");
                          });
 
-// Page 4 of a tree, whose row points behind the file, and behind that the pages and the title that
-// the opening must still have work for. `mark` is a further row, which gives page 4 an extent.
-PdfBuilder WithAPageBehindTheFile(size_t offset, size_t mark) {
+// Page 4 of a tree, whose row points past the end of the file, and after it the pages and the title
+// that the opening must still have work for. `mark` is a further row, which gives page 4 an extent.
+PdfBuilder WithAPagePastTheFile(size_t offset, size_t mark) {
   PdfBuilder pdf("%PDF-1.5");
   pdf.Object(1, "<</Type/Catalog /Pages 2 0 R >>");
   pdf.Object(2, "<</Type/Pages /Count 2 /Kids[4 0 R 5 0 R ]>>");
@@ -43,9 +43,9 @@ PdfBuilder WithAPageBehindTheFile(size_t offset, size_t mark) {
   return pdf;
 }
 
-TEST_P(OpeningWork, RowBehindTheFileCostsNothing) {
+TEST_P(OpeningWork, RowPastTheEndOfTheFileCostsNothing) {
   for (size_t const mark : {size_t{0}, 2 * kMiB, 1000 * kMiB}) {
-    OpenDocument document(WithAPageBehindTheFile(kMiB, mark), GetParam());
+    OpenDocument document(WithAPagePastTheFile(kMiB, mark), GetParam());
     ASSERT_NE(document.Build(), 0u) << mark;
     EXPECT_EQ(document->GetPageObjectNumber(0), 4u);
     EXPECT_EQ(document->GetPageObjectNumber(1), 6u);
@@ -53,7 +53,7 @@ TEST_P(OpeningWork, RowBehindTheFileCostsNothing) {
   }
 }
 
-// The page comes last in the file, and its extent reaches far behind it.
+// The page comes last in the file, and its extent reaches far past its end.
 PdfBuilder WithALongPage(size_t bytes) {
   size_t at = 0;
   for (;;) {
@@ -182,6 +182,22 @@ TEST(OpeningWork, SectionsThatTogetherAreLargerThanTheDocumentFail) {
   OpenDocument large(WithSectionInSection(5000));
   EXPECT_EQ(large.Build(), 0u);
   EXPECT_EQ(large.error(), 0u);
+}
+
+// Nothing is written, and the session can go on.
+TEST(OpeningWork, UpdateOfADocumentThatUsesItUpFails) {
+  test::Bytes const bytes = WithALongPage(200 * kMiB).Document();
+  auto const session = std::make_unique<CCreatePDF>();
+  EXPECT_EQ(session->CreatePDFInMemory(reinterpret_cast<int64_t>(bytes.data()),
+                                       static_cast<DWORD>(bytes.size())),
+            0);
+  EXPECT_EQ(session->PDF_GetLastError(), 1u);
+  session->ClosePDFFile();
+  test::Bytes const good = WithALongPage(1000).Document();
+  EXPECT_EQ(session->OpenPDFFileInMemory(reinterpret_cast<int64_t>(good.data()),
+                                         static_cast<DWORD>(good.size())),
+            1);
+  session->ClosePDFFile();
 }
 
 }  // namespace
