@@ -14,6 +14,7 @@
 #endif
 
 #include <cstdlib>
+#include <mutex>
 #include <utility>
 #include <vector>
 
@@ -108,24 +109,38 @@ class Child {
   int descriptor_;
 };
 
-BOOL RunForked(PCHILD_ROUTINE routine, PCHILD_RECEIVER receiver, void* context) {
+struct Started {
+  pid_t pid = -1;
+  int descriptor = -1;  // to read from
+};
+
+// Forks, and gives the error of the system if it cannot. One thread at a time: a child that was
+// forked meanwhile would keep the writing end of this pipe open.
+DWORD Start(PCHILD_ROUTINE routine, void* context, Started& started) {
+  static std::mutex mutex;
+  std::lock_guard const lock(mutex);
   int ends[2];
-  if (pipe(ends) == -1) return Fail(ErrorOfErrno(errno), FALSE);
+  if (pipe(ends) == -1) return ErrorOfErrno(errno);
   for (int const end : ends) fcntl(end, F_SETFD, FD_CLOEXEC);
   pid_t const parent = getpid();
-  pid_t const pid = fork();
-  if (pid == 0) {
+  started = {fork(), ends[0]};
+  if (started.pid == 0) {
     close(ends[0]);
     RunChild(routine, context, ends[1], parent);
   }
-  DWORD const error = ErrorOfErrno(errno);
+  DWORD const error = started.pid == -1 ? ErrorOfErrno(errno) : ERROR_SUCCESS;
   close(ends[1]);
-  if (pid == -1) {
-    close(ends[0]);
+  if (started.pid == -1) close(ends[0]);
+  return error;
+}
+
+BOOL RunForked(PCHILD_ROUTINE routine, PCHILD_RECEIVER receiver, void* context) {
+  Started started;
+  if (DWORD const error = Start(routine, context, started); error != ERROR_SUCCESS) {
     return Fail(error, FALSE);
   }
-  Child child(pid, ends[0]);
-  switch (ReceiveAll(ends[0], receiver, context)) {
+  Child child(started.pid, started.descriptor);
+  switch (ReceiveAll(started.descriptor, receiver, context)) {
     case Received::kAll:
       return child.Wait() ? TRUE : Fail(ERROR_PROCESS_ABORTED, FALSE);
     case Received::kRefused:

@@ -7,9 +7,11 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cstdlib>
 #include <stdexcept>
 #include <string>
+#include <thread>
 
 namespace {
 
@@ -51,6 +53,35 @@ TEST(ChildProcess, MegabytesArriveWhole) {
   };
   EXPECT_TRUE(RunInChildProcess(send, Append, &received));
   EXPECT_EQ(received, std::string(9'999'999, 'x'));
+}
+
+// A child that lasts does not keep the pipe of another one open.
+TEST(ChildProcess, SeveralThreadsHaveOneEach) {
+  auto const last = [](CHILD_LINK* link, void*) {
+    SendToParent(link, "x", 1);
+    for (;;) pause();
+  };
+  std::atomic<bool> begun = false, over = false;
+  auto const wait = [&] {
+    struct Context {
+      std::atomic<bool>&begun, &over;
+    } context = {begun, over};
+    auto const receive = [](void const*, DWORD, void* given) -> BOOL {
+      auto const& flags = *static_cast<Context*>(given);
+      flags.begun = true;
+      while (!flags.over) std::this_thread::yield();
+      return FALSE;
+    };
+    RunInChildProcess(last, receive, &context);
+  };
+  std::thread other(wait);
+  while (!begun) std::this_thread::yield();
+  std::string received;
+  EXPECT_TRUE(RunInChildProcess(SendText, Append, &received));
+  EXPECT_EQ(received, "abc");
+  over = true;
+  other.join();
+  ExpectNoChild();
 }
 
 // What the parent holds is released by the parent alone.
