@@ -22,6 +22,7 @@ int ParseAndRun(int argc, char** argv) {
   AddCount(program);
   AddInfo(program);
   AddExtract(program);
+  AddOcrVerb(program);
   AddWords(program);
   return program.Run(argc, argv);
 }

@@ -45,8 +45,7 @@ ActiveOutput& Active() {
 void RemoveActive(ActiveOutput& active) {
   if (active.directory.empty()) return;
   std::error_code ignored;
-  fs::remove(active.directory / kDocumentName, ignored);
-  fs::remove(active.directory, ignored);
+  fs::remove_all(active.directory, ignored);
   active.directory.clear();
 }
 

@@ -1,6 +1,6 @@
 # Completion of sorrelin for bash.
 
-_sorrelin_pages='--dpi --default-dpi --page --fit --compression --quality --recode --keep-damaged --sort --jobs --json --verbose --quiet'
+_sorrelin_pages='--dpi --default-dpi --page --fit --compression --quality --recode --keep-damaged --ocr --orientation --timeout --sort --jobs --json --verbose --quiet'
 
 _sorrelin_options() {
   case $1 in
@@ -9,6 +9,7 @@ _sorrelin_options() {
     count) echo '--help' ;;
     info) echo '--help --json' ;;
     extract) echo '--help --pages --output --format --force --quiet' ;;
+    ocr) echo '--help --output --language --orientation --timeout --psm --redo --force --jobs --quiet' ;;
     words) echo '--help --text --language' ;;
     *) echo '--help --version' ;;
   esac
@@ -23,7 +24,8 @@ _sorrelin_values() {
     --sort) echo 'natural name none' ;;
     --format) echo 'png tiff bmp pnm jpeg' ;;
     --dpi | --default-dpi) echo '150 200 300 600' ;;
-    --language) echo 'eng' ;;
+    --language | --ocr) echo 'auto eng' ;;
+    --orientation) echo 'auto keep' ;;
   esac
 }
 
@@ -32,8 +34,8 @@ _sorrelin() {
   COMPREPLY=()
   if [ "$COMP_CWORD" -gt 1 ]; then verb=${COMP_WORDS[1]}; fi
   case $before in
-    --title | --author | --subject | --keywords | --quality | --jobs | --pages) return ;;
-    --compression | --fit | --page | --sort | --format | --dpi | --default-dpi | --language)
+    --title | --author | --subject | --keywords | --quality | --jobs | --pages | --timeout | --psm) return ;;
+    --compression | --fit | --page | --sort | --format | --dpi | --default-dpi | --language | --ocr | --orientation)
       COMPREPLY=($(compgen -W "$(_sorrelin_values "$before")" -- "$word"))
       return
       ;;
@@ -41,7 +43,7 @@ _sorrelin() {
   if [[ $word == -* ]]; then
     COMPREPLY=($(compgen -W "$(_sorrelin_options "$verb")" -- "$word"))
   elif [ -z "$verb" ]; then
-    COMPREPLY=($(compgen -W 'make append count info extract words' -- "$word"))
+    COMPREPLY=($(compgen -W 'make append count info extract ocr words' -- "$word"))
   else
     local IFS=$'\n'
     COMPREPLY=($(compgen -f -- "$word"))

@@ -1,6 +1,6 @@
 # Completion of sorrelin for fish.
 
-set -l verbs make append count info extract words
+set -l verbs make append count info extract ocr words
 
 complete -c sorrelin -n "not __fish_seen_subcommand_from $verbs" -f
 complete -c sorrelin -n "not __fish_seen_subcommand_from $verbs" -a make -d 'Make a new document'
@@ -8,6 +8,7 @@ complete -c sorrelin -n "not __fish_seen_subcommand_from $verbs" -a append -d 'A
 complete -c sorrelin -n "not __fish_seen_subcommand_from $verbs" -a count -d 'Print how many pages documents have'
 complete -c sorrelin -n "not __fish_seen_subcommand_from $verbs" -a info -d 'Print what a document is'
 complete -c sorrelin -n "not __fish_seen_subcommand_from $verbs" -a extract -d 'Write the pictures of pages'
+complete -c sorrelin -n "not __fish_seen_subcommand_from $verbs" -a ocr -d 'Make the text of pages searchable'
 complete -c sorrelin -n "not __fish_seen_subcommand_from $verbs" -a words -d 'Print the words of pictures'
 complete -c sorrelin -n "not __fish_seen_subcommand_from $verbs" -l version -d 'Print the version'
 complete -c sorrelin -l help -d 'Print help'
@@ -20,6 +21,9 @@ complete -c sorrelin -n "$pages" -l fit -x -a 'within shrink fill stretch' -d 'H
 complete -c sorrelin -n "$pages" -l compression -x -a 'auto g4 flate runlength jpeg none' -d 'Coding'
 complete -c sorrelin -n "$pages" -l quality -x -d 'Of JPEG coding, 1 to 100'
 complete -c sorrelin -n "$pages" -l recode -d 'Code JPEG and Group 4 files anew'
+complete -c sorrelin -n "$pages" -l ocr -x -a 'auto eng' -d 'Lay invisible text on the new pages'
+complete -c sorrelin -n "$pages" -l orientation -x -a 'auto keep' -d 'Of pages by their text'
+complete -c sorrelin -n "$pages" -l timeout -x -d 'Seconds for the text of a page'
 complete -c sorrelin -n "$pages" -l sort -x -a 'natural name none' -d 'Order of the files'
 complete -c sorrelin -n "$pages" -l jobs -x -d 'Pages to code at a time'
 complete -c sorrelin -n "$pages" -l json -d 'Report as JSON'
@@ -44,6 +48,17 @@ complete -c sorrelin -n "$extract" -l output -r -d 'Names of the files'
 complete -c sorrelin -n "$extract" -l format -x -a 'png tiff bmp pnm jpeg' -d 'Of the files'
 complete -c sorrelin -n "$extract" -l force -d 'Replace files that exist'
 complete -c sorrelin -n "$extract" -l quiet -d 'Show no progress bar'
+
+set -l ocr '__fish_seen_subcommand_from ocr'
+complete -c sorrelin -n "$ocr" -l output -r -d 'Write this document'
+complete -c sorrelin -n "$ocr" -l language -x -a 'auto eng' -d 'Of the text, as Tesseract names it'
+complete -c sorrelin -n "$ocr" -l orientation -x -a 'auto keep' -d 'Of pages by their text'
+complete -c sorrelin -n "$ocr" -l timeout -x -d 'Seconds for the text of a page'
+complete -c sorrelin -n "$ocr" -l psm -x -d 'Page segmentation mode of Tesseract'
+complete -c sorrelin -n "$ocr" -l redo -d 'Replace text that the program laid earlier'
+complete -c sorrelin -n "$ocr" -l force -d 'Replace a document that exists'
+complete -c sorrelin -n "$ocr" -l jobs -x -d 'Pages to work on at a time'
+complete -c sorrelin -n "$ocr" -l quiet -d 'Show no progress bar'
 
 set -l words '__fish_seen_subcommand_from words'
 complete -c sorrelin -n "$words" -l text -d 'Print plain text'

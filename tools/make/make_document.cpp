@@ -5,6 +5,7 @@
 #include <string>
 
 #include "tools/cli/output_file.h"
+#include "tools/make/add_texts.h"
 #include "tools/make/page_adder.h"
 
 namespace sorrelin::tool {
@@ -30,6 +31,7 @@ bool WriteDocument(MakeOptions const& options, PageAdder& adder, std::string& pr
     }
     if (!document.Finish(problem)) return false;
   }
+  if (!AddTexts(output->path(), 0, pages, options.pages, adder, problem)) return false;
   std::error_code ignored;
   uint64_t const bytes = std::filesystem::file_size(output->path(), ignored);
   if (!output->Commit(problem)) return false;
@@ -42,7 +44,7 @@ bool WriteDocument(MakeOptions const& options, PageAdder& adder, std::string& pr
 int MakeDocument(MakeOptions const& options) {
   PageAdder adder(options.pages);
   std::string problem;
-  bool const written = WriteDocument(options, adder, problem);
+  bool const written = CheckTexts(options.pages, adder) && WriteDocument(options, adder, problem);
   if (!problem.empty()) adder.ReportDocument(problem);
   adder.Finish();
   return written && !adder.failed() ? kExitSuccess : kExitFailure;

@@ -59,8 +59,10 @@ void PageAdder::Report(std::string const& name, int page, std::string const& pro
   report_.AddProblem(name, page, problem);
 }
 
-void PageAdder::ReportDocument(std::string const& problem) {
-  Report(options_.output == kStandardOutput ? "standard output" : options_.output, 0, problem);
+void PageAdder::ReportDocument(std::string const& problem) { ReportPage(0, problem); }
+
+void PageAdder::ReportPage(int page, std::string const& problem) {
+  Report(options_.output == kStandardOutput ? "standard output" : options_.output, page, problem);
 }
 
 // Names the page where the file has several.

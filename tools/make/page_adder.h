@@ -25,6 +25,8 @@ class PageAdder {
   // 1; 0: the problem is the file's.
   void Report(std::string const& name, int page, std::string const& problem);
   void ReportDocument(std::string const& problem);
+  // What is wrong with a page of the document, counted from 1.
+  void ReportPage(int page, std::string const& problem);
 
   // The document is complete.
   void NoteWritten(unsigned pages, uint64_t bytes) { report_.NoteWritten(pages, bytes); }

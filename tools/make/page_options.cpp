@@ -67,12 +67,15 @@ Sort ParseSort(std::string const& text) {
   throw UsageError("--sort", "takes natural, name or none, not " + text);
 }
 
-// Processors, but not more than pictures of a usual size leave memory for.
+}  // namespace
+
 int UsualJobs() {
   return std::clamp(static_cast<int>(std::thread::hardware_concurrency()), 1, kUsualMostJobs);
 }
 
-}  // namespace
+void AddJobs(Verb& verb, int& jobs) {
+  verb.Number("--jobs", jobs, 1, kMaxJobs, "Pages to work on at a time (processors, up to 4)");
+}
 
 void AddFiles(Verb& verb, PageOptions& options, std::string const& name, std::string const& help) {
   verb.Argument(name, options.output, help);
@@ -102,7 +105,7 @@ void AddRun(Verb& verb, PageOptions& options) {
   options.jobs = UsualJobs();
   verb.Option("--sort", "KIND", "natural, name or none: the order of the files",
               [&options](std::string const& text) { options.sort = ParseSort(text); });
-  verb.Number("--jobs", options.jobs, 1, kMaxJobs, "Pages to code at a time (processors, up to 4)");
+  AddJobs(verb, options.jobs);
   verb.Flag("--json", options.json, "Report on standard output as JSON");
   verb.Flag("--verbose", options.verbose, "Print a line for each page");
   verb.Flag("--quiet", options.quiet, "Print problems only: no progress bar, no changes");

@@ -8,6 +8,7 @@
 #include "tools/cli/command_line.h"
 #include "tools/make/input_list.h"
 #include "tools/make/page_style.h"
+#include "tools/ocr/ocr_options.h"
 
 namespace sorrelin::tool {
 
@@ -20,6 +21,7 @@ struct PageOptions {
   Sort sort = Sort::kNone;
   std::vector<Input> inputs;  // the files that they stand for, in order
   PageStyle style;
+  OcrOptions ocr;
   int jobs = 1;
   bool quiet = false;
   bool verbose = false;
@@ -34,6 +36,12 @@ void AddPageStyle(Verb& verb, PageOptions& options);
 
 // Adds how the run goes: --sort, --jobs, --json, --verbose, --quiet.
 void AddRun(Verb& verb, PageOptions& options);
+
+// Adds --jobs, for verbs with work for several processors.
+void AddJobs(Verb& verb, int& jobs);
+
+// The usual --jobs: processors, but not more than pictures of a usual size leave memory for.
+int UsualJobs();
 
 // Finds the files that the images stand for. Leaves as UsageError if files are named that
 // do not go together. `name` is that of the document in the help.

@@ -15,7 +15,9 @@
 #include "tools/cli/output_file.h"
 #include "tools/cli/text.h"
 #include "tools/documents/child.h"
+#include "tools/documents/file_hold.h"
 #include "tools/documents/open_document.h"
+#include "tools/make/add_texts.h"
 #include "tools/make/page_adder.h"
 
 namespace sorrelin::tool {
@@ -55,43 +57,14 @@ std::optional<Judgement> Judge(fs::path const& path, std::string& problem) {
   return found;
 }
 
-// Keeps other sessions from changing a file.
-class Hold {
- public:
-  explicit Hold(fs::path const& path)
-      : file_(CreateFileW(path.u16string().c_str(), GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ,
-                          nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr)) {}
-  ~Hold() { Release(); }
-  Hold(Hold const&) = delete;
-  Hold& operator=(Hold const&) = delete;
-  bool IsHeld() const { return file_ != INVALID_HANDLE_VALUE; }
-  void Release() {
-    if (IsHeld()) CloseHandle(file_);
-    file_ = INVALID_HANDLE_VALUE;
-  }
-
- private:
-  HANDLE file_;
-};
-
-std::string HoldProblem() {
-  switch (GetLastError()) {
-    case ERROR_SHARING_VIOLATION:
-      return "is held by another program (try again when that has let go of it)";
-    case ERROR_ACCESS_DENIED:
-      return "cannot be changed: " + LastSystemError() + " (make it writable)";
-    default:
-      return "cannot be changed: " + LastSystemError() + kRoomRemedy;
-  }
-}
-
 class Update {
  public:
   explicit Update(UpdateOptions const& options) : options_(options), adder_(options.pages) {}
 
   int Run() {
     std::string problem;
-    bool const changed = options_.in_place ? ChangeInPlace(problem) : ChangeCopy(problem);
+    bool const changed = CheckTexts(options_.pages, adder_) &&
+                         (options_.in_place ? ChangeInPlace(problem) : ChangeCopy(problem));
     if (!changed && !problem.empty()) adder_.ReportDocument(problem);
     if (changed) NoteWritten();
     adder_.Finish();
@@ -102,10 +75,14 @@ class Update {
   // Each of these tells in `problem` why it failed, unless that has been reported.
 
   bool ChangeCopy(std::string& problem) {
-    Hold const hold(options_.pages.output);
-    if (!hold.IsHeld()) return problem = HoldProblem(), false;
+    FileHold const hold(options_.pages.output);
+    if (!hold.IsHeld()) return problem = FileHold::Problem(), false;
     auto const output = OutputFile::OpenCopy(options_.pages.output, problem);
     if (output != nullptr && !AddPages(output->path(), problem)) return false;
+    if (output != nullptr &&
+        !AddTexts(output->path(), pages_ - added_, pages_, options_.pages, adder_, problem)) {
+      return false;
+    }
     if (output != nullptr && output->Commit(problem)) return true;
     problem = "is as it was, because its copy " + problem + " (--in-place needs no copy)";
     return false;
@@ -113,8 +90,8 @@ class Update {
 
   bool ChangeInPlace(std::string& problem) {
     fs::path const path = options_.pages.output;
-    Hold hold(path);
-    if (!hold.IsHeld()) return problem = HoldProblem(), false;
+    FileHold hold(path);
+    if (!hold.IsHeld()) return problem = FileHold::Problem(), false;
     std::error_code error;
     uintmax_t const size = fs::file_size(path, error);
     if (error) return problem = "cannot be changed: " + error.message() + kRoomRemedy, false;
@@ -130,13 +107,12 @@ class Update {
 
   bool AddPages(fs::path const& path, std::string& problem) {
     auto const before = Judge(path, problem);
-    unsigned added = 0;
-    if (!before || !WritePages(path, added, problem)) return false;
+    if (!before || !WritePages(path, problem)) return false;
     auto const after = Judge(path, problem);
     if (!after) return false;
     pages_ = after->pages;
     bool const listed =
-        after->pages == before->pages + added && after->listed == before->listed + added;
+        after->pages == before->pages + added_ && after->listed == before->listed + added_;
     if (listed && after->whole_trailer != 0) return true;
     problem = std::string(listed ? "has a trailer that a change would damage"
                                  : "has a page tree that takes no pages") +
@@ -144,14 +120,15 @@ class Update {
     return false;
   }
 
-  bool WritePages(fs::path const& path, unsigned& added, std::string& problem) {
+  bool WritePages(fs::path const& path, std::string& problem) {
     Document document;
     if (!document.Update(path, problem)) return false;
     begun_ = true;
     unsigned const old = document.PageCount();
     if (!adder_.AddImages(document)) return false;
-    added = document.PageCount() - old;
-    if (added == 0) return problem = "is as it was: there is no page to add (name pictures)", false;
+    added_ = document.PageCount() - old;
+    if (added_ == 0)
+      return problem = "is as it was: there is no page to add (name pictures)", false;
     return document.Finish(problem);
   }
 
@@ -163,6 +140,7 @@ class Update {
   UpdateOptions const& options_;
   PageAdder adder_;
   unsigned pages_ = 0;  // of the document, the old ones included
+  unsigned added_ = 0;
   bool begun_ = false;  // the document may have been written to
 };
 

@@ -61,12 +61,17 @@ void AddAppend(Program& program) {
   auto const options = std::make_shared<UpdateOptions>();
   AddFiles(verb, options->pages, kName, "The document; it is made if it does not exist");
   AddPageStyle(verb, options->pages);
+  AddOcr(verb, options->pages.ocr);
+  AddRecognition(verb, options->pages.ocr);
   verb.Flag("--in-place", options->in_place, "Write to DOC itself and not to a copy");
   AddRun(verb, options->pages);
-  verb.Footer(std::string(kPicturesHelp) + kFooter);
+  verb.Footer(std::string(kPicturesHelp) + kOcrHelp + kFooter);
   verb.Runs([options] {
     if (options->pages.output == kStandardOutput) {
       throw UsageError(kName, "a document on standard output has no pages yet: use make");
+    }
+    if (options->in_place && options->pages.ocr.IsWanted()) {
+      throw UsageError("--in-place", "text is laid in a copy: leave it or --ocr out");
     }
     ListFiles(options->pages, kName);
     return Append(*options);

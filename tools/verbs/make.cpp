@@ -87,9 +87,11 @@ void AddMake(Program& program) {
   AddFiles(verb, options->pages, kName, "The document to make");
   AddDescription(verb, options->description);
   AddPageStyle(verb, options->pages);
+  AddOcr(verb, options->pages.ocr);
+  AddRecognition(verb, options->pages.ocr);
   verb.Flag("--force", options->force, "Replace OUT if it exists");
   AddRun(verb, options->pages);
-  verb.Footer(std::string(kPicturesHelp) + kFooter);
+  verb.Footer(std::string(kPicturesHelp) + kOcrHelp + kFooter);
   verb.Runs([options] {
     CheckStandardOutput(options->pages);
     ListFiles(options->pages, kName);

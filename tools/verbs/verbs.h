@@ -11,6 +11,7 @@ void AddCount(Program& program);
 void AddExtract(Program& program);
 void AddInfo(Program& program);
 void AddMake(Program& program);
+void AddOcrVerb(Program& program);
 void AddWords(Program& program);
 
 }  // namespace sorrelin::tool

@@ -1,0 +1,128 @@
+// The engine is found and loaded by the library's binding; its optional entry points are looked up
+// in the same module.
+#include "tools/ocr/ocr_engine.h"
+
+#include <sorrelin/ocr/engine_binding.h>
+#include <sorrelin/platform/module.h>
+
+#include <array>
+#include <utility>
+
+#include "tools/formats/image_source.h"
+#include "tools/ocr/languages.h"
+
+namespace sorrelin::tool {
+
+struct OcrEntries {
+  decltype(&AvernaOpen) open = nullptr;
+  decltype(&AvernaClose) close = nullptr;
+  decltype(&AvernaRecognize) recognize = nullptr;
+  decltype(&AvernaGetResult) get_result = nullptr;
+  decltype(&AvernaFreeData) free_data = nullptr;
+  decltype(&AvernaFindOrientation) find_orientation = nullptr;
+  bool are_complete = false;
+};
+
+namespace {
+
+constexpr WCHAR const* kEngine = u"Averna.dll";
+constexpr int kMillisecondsPerSecond = 1000;
+constexpr int kQuarter = 90;
+// Below it, a picture of few or odd letters is as likely to be turned the wrong way.
+constexpr float kSureOfOrientation = 2.0F;
+
+// False if the engine has no such entry point.
+template <typename Function>
+bool Find(HMODULE module, char const* name, Function& function) {
+  function = reinterpret_cast<Function>(GetProcAddress(module, name));
+  return function != nullptr;
+}
+
+OcrEntries LoadEntries() {
+  OcrEntries entries;
+  OcrEngineBinding binding;
+  DWORD error = 0;
+  if (EnsureOcrEngine(binding, kEngine, error) == 0) return entries;
+  HMODULE const module = binding.module;
+  entries.are_complete = Find(module, "AvernaOpen", entries.open) &&
+                         Find(module, "AvernaClose", entries.close) &&
+                         Find(module, "AvernaRecognize", entries.recognize) &&
+                         Find(module, "AvernaGetResult", entries.get_result) &&
+                         Find(module, "AvernaFreeData", entries.free_data) &&
+                         Find(module, "AvernaFindOrientation", entries.find_orientation);
+  return entries;
+}
+
+// Loaded once in a process.
+OcrEntries const& Entries() {
+  static OcrEntries const entries = LoadEntries();
+  return entries;
+}
+
+std::string ProblemOf(int code) {
+  switch (code) {
+    case AVERNA_BAD_BITMAP:
+      return "is too large to be recognised (scale it down)";
+    case AVERNA_NO_MEMORY:
+      return kMemoryText;
+    case AVERNA_STOPPED:
+      return kTimeoutText;
+    case AVERNA_NO_FONT:
+      return "cannot get a text layer: pdf.ttf is not beside Tesseract's language data (set "
+             "TESSDATA_PREFIX to the folder that has both)";
+    default:
+      return "cannot be recognised: Tesseract failed (see that it works on this picture)";
+  }
+}
+
+std::string OpenProblem(int code, std::string const& language) {
+  if (code == AVERNA_NO_LANGUAGE) return MissingLanguage(language);
+  if (code == AVERNA_NO_MEMORY) return kMemoryText;
+  return DamagedLanguage(language);
+}
+
+}  // namespace
+
+std::unique_ptr<OcrEngine> OcrEngine::Open(std::string const& languages, std::string& problem) {
+  OcrEntries const& entries = Entries();
+  if (!entries.are_complete) return problem = kNoEngineText, nullptr;
+  AVERNA_ENGINE* engine = nullptr;
+  std::array<char, 64> missing{};
+  int const code = entries.open(languages.c_str(), &engine, missing.data(), missing.size());
+  if (code != AVERNA_OK) return problem = OpenProblem(code, missing.data()), nullptr;
+  return std::unique_ptr<OcrEngine>(new OcrEngine(entries, engine));
+}
+
+OcrEngine::~OcrEngine() { entries_.close(engine_); }
+
+bool OcrEngine::Recognize(Picture picture, int segmentation, int timeout_seconds,
+                          std::string& problem) {
+  OwnedBlock const dib = PackedDib(picture.pix.get(), picture.dpi);
+  picture.pix.reset();
+  if (!dib.IsValid()) return problem = kMemoryText, false;
+  AVERNA_PAGE const page = {segmentation, timeout_seconds * kMillisecondsPerSecond, nullptr,
+                            nullptr};
+  int const code = entries_.recognize(engine_, dib.get(), &page);
+  if (code != AVERNA_OK) problem = ProblemOf(code);
+  return code == AVERNA_OK;
+}
+
+std::optional<std::string> OcrEngine::Result(int format, int number, std::string& problem) {
+  char* data = nullptr;
+  uint64_t size = 0;
+  int const code = entries_.get_result(engine_, format, number, &data, &size);
+  if (code != AVERNA_OK) return problem = ProblemOf(code), std::nullopt;
+  std::unique_ptr<char, decltype(entries_.free_data)> const owner(data, entries_.free_data);
+  return std::string(data, size);
+}
+
+int OcrEngine::QuarterTurns(Picture const& picture) {
+  OwnedBlock const dib = PackedDib(picture.pix.get(), picture.dpi);
+  if (!dib.IsValid()) return 0;
+  int32_t degrees = 0;
+  float confidence = 0;
+  int const code = entries_.find_orientation(engine_, dib.get(), &degrees, &confidence);
+  return code == AVERNA_OK && confidence >= kSureOfOrientation ? degrees / kQuarter : 0;
+}
+
+}  // namespace sorrelin::tool

@@ -1,0 +1,67 @@
+// Decodes the pictures of a page and finds where they are drawn.
+#include "tools/ocr/page_scan.h"
+
+#include <optional>
+#include <utility>
+
+#include "tools/cli/messages.h"
+#include "tools/documents/open_document.h"
+#include "tools/extract/picture_file.h"
+#include "tools/formats/image_source.h"
+#include "tools/ocr/changeable_document.h"
+
+namespace sorrelin::tool {
+namespace {
+
+class DocumentScanner : public PageScanner {
+ public:
+  DocumentScanner(std::unique_ptr<OpenDocument> pictures,
+                  std::unique_ptr<ChangeableDocument> places)
+      : pictures_(std::move(pictures)), places_(std::move(places)) {}
+
+  std::vector<ScannedPicture> Scan(unsigned page, std::string& problem) override {
+    PageFacts const facts = pictures_->Judge(page);
+    PictureBuilder builder;
+    problem = facts.problem;
+    if (!facts.image || !pictures_->Decode(facts, builder, problem)) return {};
+    std::optional<Matrix> place;
+    int rotation = 0;
+    auto const find = [&] {
+      QPDFObjectHandle object = places_->Page(page);
+      place = FirstPicturePlace(object);
+      rotation = RotationOf(object);
+    };
+    if (!CatchDamage(find, problem)) return {};
+    problem = kMemoryText;
+    PixPtr pix = builder.Take();
+    if (pix == nullptr || !place) return {};
+    int const orientation = OrientationOf(*place, rotation);
+    pix = Upright(std::move(pix), orientation);
+    if (pix == nullptr) return {};
+    std::vector<ScannedPicture> scanned;
+    scanned.push_back({{std::move(pix), facts.dpi}, UprightPlace(*place, orientation)});
+    return scanned;
+  }
+
+ private:
+  std::unique_ptr<OpenDocument> pictures_;
+  std::unique_ptr<ChangeableDocument> places_;
+};
+
+}  // namespace
+
+std::unique_ptr<PageScanner> PageScanner::Open(std::string const& name, std::string& problem) {
+  auto places = ChangeableDocument::Open(name, problem);
+  if (places == nullptr) return nullptr;
+  auto pictures = OpenDocument::Open(name, problem);
+  if (pictures == nullptr) return nullptr;
+  return std::make_unique<DocumentScanner>(std::move(pictures), std::move(places));
+}
+
+bool TurnQuarters(ScannedPicture& scanned, int quarters) {
+  scanned.picture.pix.reset(pixRotateOrth(scanned.picture.pix.get(), quarters));
+  scanned.place = TurnedPlace(scanned.place, quarters);
+  return scanned.picture.pix != nullptr;
+}
+
+}  // namespace sorrelin::tool

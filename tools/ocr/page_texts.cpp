@@ -1,0 +1,365 @@
+// Job number k of n takes every n-th page from the k-th on. Its process sends messages: a letter,
+// the number of bytes that follow (32 bits), and these bytes.
+//
+//   B  a page begins
+//   T  its text lies on its side: clockwise quarter turns (32 bits)
+//   L  a text layer: its matrix (6 doubles) and its document
+//   E  the page is done
+//   P  the page has no text: why
+//   X  nothing can be recognised: why
+#include "tools/ocr/page_texts.h"
+
+#include <algorithm>
+#include <array>
+#include <chrono>
+#include <condition_variable>
+#include <cstdlib>
+#include <cstring>
+#include <exception>
+#include <memory>
+#include <mutex>
+#include <new>
+#include <optional>
+#include <string_view>
+#include <thread>
+#include <utility>
+
+#include "tools/cli/messages.h"
+#include "tools/documents/child.h"
+#include "tools/formats/image_source.h"
+#include "tools/ocr/languages.h"
+#include "tools/ocr/page_scan.h"
+
+namespace sorrelin::tool {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+constexpr size_t kHeadBytes = 5;
+// The engine looks at the clock between words only. What it does before the first word can take
+// much longer on a noisy page, so its process is ended this long after the time was up.
+constexpr std::chrono::seconds kGrace(2);
+constexpr size_t kMaxPixels = size_t{1} << 28;  // of a picture, as the engine spreads them to bytes
+constexpr double kPointsPerInch = 72;
+constexpr double kMaxStretch = 1.2;  // of pixels that are taken for square
+constexpr char kBlank[] = " \t\r\n\f";
+
+bool Send(CHILD_LINK* link, char type, std::string_view payload) {
+  DWORD const size = static_cast<DWORD>(payload.size());
+  char head[kHeadBytes] = {type};
+  std::memcpy(head + 1, &size, sizeof size);
+  return SendToParent(link, head, sizeof head) != FALSE &&
+         SendToParent(link, payload.data(), size) != FALSE;
+}
+
+template <typename Value>
+std::string BytesOf(Value const& value) {
+  return {reinterpret_cast<char const*>(&value), sizeof value};
+}
+
+template <typename Value>
+Value ValueOf(std::string_view bytes) {
+  Value value{};
+  std::memcpy(&value, bytes.data(), std::min(bytes.size(), sizeof value));
+  return value;
+}
+
+// Ends the process when a page takes too long. For a process that has nothing to tidy up.
+class Watchdog {
+ public:
+  explicit Watchdog(int seconds) : seconds_(seconds) {
+    if (seconds_ > 0) thread_ = std::thread([this] { Watch(); });
+  }
+  ~Watchdog() {
+    {
+      std::lock_guard const lock(mutex_);
+      closing_ = true;
+    }
+    changed_.notify_all();
+    if (thread_.joinable()) thread_.join();
+  }
+  Watchdog(Watchdog const&) = delete;
+  Watchdog& operator=(Watchdog const&) = delete;
+
+  void BeginPage() {
+    std::lock_guard const lock(mutex_);
+    end_ = Clock::now() + std::chrono::seconds(seconds_) + kGrace;
+    changed_.notify_all();
+  }
+
+ private:
+  void Watch() {
+    std::unique_lock lock(mutex_);
+    while (!closing_) {
+      if (Clock::now() >= end_) std::_Exit(EXIT_FAILURE);
+      changed_.wait_until(lock, end_);
+    }
+  }
+
+  int seconds_;
+  std::mutex mutex_;
+  std::condition_variable changed_;
+  Clock::time_point end_ = Clock::time_point::max();
+  bool closing_ = false;
+  std::thread thread_;
+};
+
+// Gives the picture the resolution in which it is shown, and square pixels.
+bool MakeSquare(ScannedPicture& scanned) {
+  PixPtr& pix = scanned.picture.pix;
+  double const width = pixGetWidth(pix.get());
+  double const height = pixGetHeight(pix.get());
+  double const across = width * kPointsPerInch / scanned.place.Width();
+  double const down = height * kPointsPerInch / scanned.place.Height();
+  double const dpi = std::max(across, down);
+  if (dpi > kMaxStretch * std::min(across, down)) {
+    pix.reset(pixScale(pix.get(), static_cast<l_float32>(dpi / across),
+                       static_cast<l_float32>(dpi / down)));
+  }
+  int const dots = static_cast<int>(std::lround(std::min(dpi, 1e6)));
+  scanned.picture.dpi = {dots, dots};
+  return pix != nullptr;
+}
+
+// The work of one process.
+class Recognizer {
+ public:
+  Recognizer(OcrOptions const& options, CHILD_LINK* link) : options_(options), link_(link) {}
+
+  bool Open(std::string const& name, std::string& problem) {
+    scanner_ = PageScanner::Open(name, problem);
+    if (scanner_ == nullptr) return false;
+    if (!options_.languages.empty()) text_engine_ = OcrEngine::Open(options_.languages, problem);
+    if (options_.turn) turn_engine_ = OcrEngine::Open(kOrientationData, problem);
+    return (options_.languages.empty() || text_engine_ != nullptr) &&
+           (!options_.turn || turn_engine_ != nullptr);
+  }
+
+  void Read(unsigned page) {
+    std::string problem = kMemoryText;
+    bool done = false;
+    try {
+      done = ReadPictures(page, problem);
+    } catch (std::bad_alloc const&) {
+    }
+    if (done) {
+      Send(link_, 'E', {});
+    } else {
+      Send(link_, 'P', problem);
+    }
+  }
+
+ private:
+  bool ReadPictures(unsigned page, std::string& problem) {
+    auto pictures = scanner_->Scan(page, problem);
+    if (pictures.empty()) return false;
+    for (ScannedPicture const& scanned : pictures) {
+      size_t const pixels = static_cast<size_t>(pixGetWidth(scanned.picture.pix.get())) *
+                            static_cast<size_t>(pixGetHeight(scanned.picture.pix.get()));
+      if (pixels > kMaxPixels) return problem = TooLarge(scanned), false;
+    }
+    if (options_.turn && !Turn(pictures)) return false;
+    if (text_engine_ == nullptr) return true;
+    bool has_words = false;
+    for (ScannedPicture& scanned : pictures) {
+      if (!ReadPicture(scanned, has_words, problem)) return false;
+    }
+    if (!has_words) problem = "shows no words, and has no text (check --ocr, or leave it out)";
+    return has_words;
+  }
+
+  static std::string TooLarge(ScannedPicture const& scanned) {
+    return "is too large to be recognised: " +
+           std::to_string(pixGetWidth(scanned.picture.pix.get())) + " x " +
+           std::to_string(pixGetHeight(scanned.picture.pix.get())) + " pixels (scale it down)";
+  }
+
+  // The first picture decides for the page.
+  bool Turn(std::vector<ScannedPicture>& pictures) {
+    if (!MakeSquare(pictures.front())) return false;
+    int const quarters = turn_engine_->QuarterTurns(pictures.front().picture);
+    if (quarters == 0) return true;
+    Send(link_, 'T', BytesOf(quarters));
+    return std::all_of(pictures.begin(), pictures.end(),
+                       [&](ScannedPicture& scanned) { return TurnQuarters(scanned, quarters); });
+  }
+
+  bool ReadPicture(ScannedPicture& scanned, bool& has_words, std::string& problem) {
+    if (!MakeSquare(scanned)) return false;
+    if (!text_engine_->Recognize(std::move(scanned.picture), options_.segmentation,
+                                 options_.timeout, problem)) {
+      return false;
+    }
+    auto const text = text_engine_->Result(AVERNA_TEXT, 0, problem);
+    if (!text) return false;
+    if (text->find_first_not_of(kBlank) == std::string::npos) return true;
+    auto const pdf = text_engine_->Result(AVERNA_PDF, 0, problem);
+    if (!pdf) return false;
+    has_words = true;
+    return Send(link_, 'L', BytesOf(scanned.place) + *pdf);
+  }
+
+  OcrOptions const& options_;
+  CHILD_LINK* link_;
+  std::unique_ptr<PageScanner> scanner_;
+  std::unique_ptr<OcrEngine> text_engine_;
+  std::unique_ptr<OcrEngine> turn_engine_;
+};
+
+// What the jobs have in common.
+struct Run {
+  std::string const& name;
+  OcrOptions const& options;
+  PageTextSink const& done;
+  std::mutex mutex;  // of `done`
+};
+
+// One share of the pages, on a thread of its own: its processes, one after the other.
+class Job {
+ public:
+  Job(Run& run, std::vector<PageText*> pages) : run_(run), pages_(std::move(pages)) {}
+
+  void operator()() {
+    while (next_ < pages_.size()) {
+      rest_.clear();
+      reading_ = false;
+      stop_problem_.reset();
+      std::string problem = kMemoryProblem;
+      RunProcess(problem);
+      if (stop_problem_) return FailRest(*stop_problem_);
+      if (next_ == pages_.size()) return;
+      if (!reading_) return FailRest(problem);
+      pages_[next_]->layers.clear();
+      Finish(HasTimedOut() ? kTimeoutText : problem);
+    }
+  }
+
+ private:
+  void RunProcess(std::string& problem) {
+    try {
+      RunChild([this](CHILD_LINK* link) { Work(link); },
+               [this](std::span<BYTE const> bytes) { return Take(bytes); }, problem);
+    } catch (std::bad_alloc const&) {
+    }
+  }
+
+  // In the child.
+  void Work(CHILD_LINK* link) {
+    std::string problem = kMemoryProblem;
+    try {
+      Recognizer recognizer(run_.options, link);
+      if (recognizer.Open(run_.name, problem)) return ReadAll(recognizer, link);
+    } catch (std::bad_alloc const&) {
+    }
+    Send(link, 'X', problem);
+  }
+
+  void ReadAll(Recognizer& recognizer, CHILD_LINK* link) {
+    Watchdog watchdog(run_.options.timeout);
+    for (size_t i = next_; i < pages_.size(); ++i) {
+      Send(link, 'B', {});
+      watchdog.BeginPage();
+      recognizer.Read(pages_[i]->page);
+    }
+  }
+
+  // Here.
+  bool Take(std::span<BYTE const> bytes) {
+    rest_.append(reinterpret_cast<char const*>(bytes.data()), bytes.size());
+    size_t at = 0;
+    while (rest_.size() - at >= kHeadBytes) {
+      DWORD const size = ValueOf<DWORD>(std::string_view(rest_).substr(at + 1));
+      if (rest_.size() - at - kHeadBytes < size) break;
+      Handle(rest_[at], std::string_view(rest_).substr(at + kHeadBytes, size));
+      at += kHeadBytes + size;
+    }
+    rest_.erase(0, at);
+    return true;
+  }
+
+  void Handle(char type, std::string_view payload) {
+    if (type == 'X') stop_problem_ = payload;
+    if (type == 'X' || next_ == pages_.size()) return;
+    PageText& page = *pages_[next_];
+    switch (type) {
+      case 'B':
+        reading_ = true;
+        begun_ = Clock::now();
+        break;
+      case 'T':
+        page.quarter_turns = ValueOf<int>(payload);
+        break;
+      case 'L':
+        page.layers.push_back(
+            {std::string(payload.substr(std::min(payload.size(), sizeof(Matrix)))),
+             ValueOf<Matrix>(payload)});
+        break;
+      case 'E':
+        Finish({});
+        break;
+      default:
+        Finish(std::string(payload));
+        break;
+    }
+  }
+
+  void Finish(std::string problem) {
+    reading_ = false;
+    PageText& page = *pages_[next_++];
+    page.problem = std::move(problem);
+    std::lock_guard const lock(run_.mutex);
+    run_.done(page);
+  }
+
+  void FailRest(std::string const& problem) {
+    while (next_ < pages_.size()) Finish(problem);
+  }
+
+  bool HasTimedOut() const {
+    int const timeout = run_.options.timeout;
+    return timeout > 0 && Clock::now() - begun_ >= std::chrono::seconds(timeout);
+  }
+
+  Run& run_;
+  std::vector<PageText*> pages_;
+  size_t next_ = 0;       // the page that is read, or will be
+  bool reading_ = false;  // it has begun
+  Clock::time_point begun_;
+  std::optional<std::string> stop_problem_;
+  std::string rest_;
+};
+
+}  // namespace
+
+std::vector<PageText> RecognizePages(std::string const& name, std::vector<unsigned> const& pages,
+                                     OcrOptions const& options, int jobs,
+                                     PageTextSink const& done) {
+  std::vector<PageText> texts(pages.size());
+  size_t const count = std::min(static_cast<size_t>(std::max(jobs, 1)), pages.size());
+  std::vector<std::vector<PageText*>> shares(count);
+  for (size_t i = 0; i < pages.size(); ++i) {
+    texts[i].page = pages[i];
+    shares[i % count].push_back(&texts[i]);
+  }
+  Run run = {name, options, done, {}};
+  std::vector<std::thread> threads;
+  for (size_t i = 1; i < count; ++i) threads.emplace_back(Job(run, std::move(shares[i])));
+  if (count != 0) Job(run, std::move(shares[0]))();
+  for (std::thread& thread : threads) thread.join();
+  return texts;
+}
+
+bool CheckOcr(OcrOptions const& options, std::string& problem) {
+  auto const open = [&](std::string& reason) -> std::optional<std::string> {
+    for (std::string const& data :
+         {options.languages, std::string(options.turn ? kOrientationData : "")}) {
+      if (!data.empty() && OcrEngine::Open(data, reason) == nullptr) return std::nullopt;
+    }
+    return "";
+  };
+  if (AskChild(open, problem)) return true;
+  if (problem == kEndedReader) problem = DamagedLanguage(options.languages);
+  return false;
+}
+
+}  // namespace sorrelin::tool

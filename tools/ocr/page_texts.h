@@ -1,0 +1,41 @@
+// Text of a document's pages, recognised by several processes at a time.
+#ifndef TOOLS_OCR_PAGE_TEXTS_H_
+#define TOOLS_OCR_PAGE_TEXTS_H_
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "tools/ocr/ocr_options.h"
+#include "tools/ocr/picture_place.h"
+
+namespace sorrelin::tool {
+
+// Invisible text of a picture.
+struct TextLayer {
+  std::string pdf;  // a document of one page, which covers the picture
+  Matrix place;     // from the unit square that the picture fills to the page, in points
+};
+
+struct PageText {
+  unsigned page = 0;              // from 0
+  std::vector<TextLayer> layers;  // one for each picture with words
+  int quarter_turns = 0;          // clockwise, that bring the text upright
+  std::string problem;            // why there is no text; empty where there is
+};
+
+// Called for each page as it is done, in any order but one at a time.
+using PageTextSink = std::function<void(PageText const& text)>;
+
+// Recognises pages of the document `name`, which nobody changes meanwhile. `jobs` processes share
+// the pages; one that is ended by a page, or by the time that the page takes, is replaced. Every
+// page has an element of the result, in the order of `pages`.
+std::vector<PageText> RecognizePages(std::string const& name, std::vector<unsigned> const& pages,
+                                     OcrOptions const& options, int jobs, PageTextSink const& done);
+
+// Whether the engine and its language data are there. False with the reason in `problem`.
+bool CheckOcr(OcrOptions const& options, std::string& problem);
+
+}  // namespace sorrelin::tool
+
+#endif  // TOOLS_OCR_PAGE_TEXTS_H_
