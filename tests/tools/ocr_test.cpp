@@ -168,6 +168,54 @@ TEST_F(Ocr, EncryptedSignedAndDamagedDocumentsAreLeftAlone) {
   }
 }
 
+TEST_F(Ocr, WordsOfDocumentsAndTurnedPicturesComeInEveryForm) {
+  WritePix("page.png", Lines(2));
+  RunQuietly({"make", Out(), Path("page.png")});
+  ProgramResult const json = Run({"words", Out()});
+  EXPECT_EQ(json.exit_code, 0);
+  EXPECT_EQ(json.err, "");
+  EXPECT_THAT(json.out, StartsWith("{\"file\": \"" + Out() + "\", \"page\": 1, \"text\": \"The\""));
+  // The first word is in the last corner of the picture that is upside down.
+  int left = 0, top = 0, right = 0, bottom = 0;
+  std::sscanf(json.out.c_str() + json.out.find("\"box\""), "\"box\": [%d, %d, %d, %d]", &left, &top,
+              &right, &bottom);
+  EXPECT_NEAR(right, kPageWidth - ExpectedWords()[0].left * kPageDpi / 72, 8);
+  EXPECT_GT(top, kTop / 2 - 50);
+  EXPECT_EQ(Run({"words", Path("page.png"), "--format", "text"}).out,
+            Run({"words", Out(), "--text"}).out);
+  EXPECT_THAT(Run({"words", Out(), "--format", "tsv"}).out,
+              ::testing::AllOf(StartsWith("level\tpage_num\t"), HasSubstr("\tharbour\n")));
+}
+
+TEST_F(Ocr, MarkupOfWordsIsWellFormed) {
+  WritePix("page.png", Lines());
+  for (std::string const form : {"hocr", "alto"}) {
+    ProgramResult const result = Run({"words", Path("page.png"), Path("page.png"), "--format", form,
+                                      "--orientation", "keep", "--psm", "6"});
+    EXPECT_EQ(result.exit_code, 0);
+    WriteAll(Path("out.xml"), ToBytes(result.out));
+    OutputOf({"python3", "-c", "import sys, xml.dom.minidom as m; m.parse(sys.argv[1])",
+              Path("out.xml")});
+    EXPECT_THAT(result.out, HasSubstr(form == "hocr" ? "id='page_2'" : "ID=\"page_1\""));
+    EXPECT_THAT(result.out, HasSubstr("harbour"));
+  }
+}
+
+TEST_F(Ocr, ScannedPagesAreStraightenedAndBlankOnesLeftOut) {
+  PixPtr const lines = Lines();
+  WritePix("tilted.png",
+           PixPtr(pixRotate(lines.get(), 0.035F, L_ROTATE_AREA_MAP, L_BRING_IN_WHITE, 0, 0)));
+  WritePix("blank.png", Blank());
+  RunQuietly({"make", Path("plain.pdf"), Path("tilted.png"), Path("blank.png")});
+  ProgramResult const result =
+      Make({Out(), Path("tilted.png"), Path("blank.png"), "--deskew", "--skip-blank"});
+  EXPECT_EQ(result.exit_code, 0);
+  EXPECT_THAT(result.err, HasSubstr("blank.png: is blank and left out: 0.000 percent ink"));
+  EXPECT_THAT(result.err, HasSubstr("straightened: page 1"));
+  EXPECT_EQ(CountPages("plain.pdf"), "2\n");
+  EXPECT_EQ(CountPages(), "1\n");
+}
+
 TEST_F(Ocr, CommandLineIsChecked) {
   WritePix("page.png", Blank());
   RunQuietly({"make", Out(), Path("page.png")});
@@ -178,6 +226,7 @@ TEST_F(Ocr, CommandLineIsChecked) {
       {"make", Path("new.pdf"), Path("page.png"), "--timeout", "-1"},
       {"ocr", Out(), "--psm", "2"},
       {"ocr", Out(), "--output", "-"},
+      {"words", Out(), "--format", "xml"},
       {"ocr"}};
   for (auto const& arguments : kWrong) EXPECT_EQ(Run(arguments).exit_code, 2) << arguments.back();
   EXPECT_EQ(Run({"ocr", Path("missing.pdf")}).exit_code, 1);

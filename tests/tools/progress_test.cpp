@@ -24,5 +24,12 @@ TEST(ProgressBar, NarrowTerminalsGetNone) {
   EXPECT_EQ(ProgressBar(0.3, 8), "[.]  30%");
 }
 
+TEST(ProgressBar, TimeThatIsLeftTakesCellsOfTheBar) {
+  using std::chrono::seconds;
+  EXPECT_EQ(ProgressBar(0.5, 27, seconds(65)), "[#####.....]  50% 1:05 left");
+  EXPECT_EQ(ProgressBar(0.5, 27, seconds(3600)).size(), 27u);
+  EXPECT_EQ(ProgressBar(0.5, 17, seconds(5)), "");
+}
+
 }  // namespace
 }  // namespace sorrelin::tool

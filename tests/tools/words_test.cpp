@@ -138,7 +138,7 @@ TEST_F(WordsVerb, LanguageIsHandedThroughAndNamedWhenItIsMissing) {
   ProgramResult const result = Words({"--language", "eng+nowhere", Path("page.png")});
   EXPECT_EQ(result.exit_code, 1);
   EXPECT_EQ(result.out, "");
-  EXPECT_THAT(result.err, HasSubstr("Tesseract's data for \"eng+nowhere\" are not installed"));
+  EXPECT_THAT(result.err, HasSubstr("Tesseract's data for \"nowhere\" are not installed"));
   EXPECT_EQ(Words({"--language", "", Path("page.png")}).exit_code, 2);
 }
 

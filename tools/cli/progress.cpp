@@ -56,10 +56,21 @@ bool IsDumb() {
   return kind != nullptr && std::string_view(kind) == "dumb";
 }
 
+// " 1:05 left".
+std::string TimeText(std::chrono::seconds left) {
+  constexpr int kSecondsPerMinute = 60;
+  char text[48];
+  auto const seconds = static_cast<long long>(left.count());
+  std::snprintf(text, sizeof text, " %lld:%02lld left", seconds / kSecondsPerMinute,
+                seconds % kSecondsPerMinute);
+  return text;
+}
+
 }  // namespace
 
-std::string ProgressBar(double share, int columns) {
-  int const cells = std::min(columns, kMaxColumns) - kFrameColumns;
+std::string ProgressBar(double share, int columns, std::optional<std::chrono::seconds> left) {
+  std::string const time = left ? TimeText(*left) : "";
+  int const cells = std::min(columns, kMaxColumns) - kFrameColumns - static_cast<int>(time.size());
   if (cells < 1) return {};
   double const done = std::clamp(share, 0.0, 1.0);
   size_t const full = static_cast<size_t>(done * cells);
@@ -67,18 +78,24 @@ std::string ProgressBar(double share, int columns) {
   std::snprintf(percent, sizeof percent, "%3d%%", static_cast<int>(done * 100));
   std::string bar(static_cast<size_t>(cells), '.');
   bar.replace(0, full, full, '#');
-  return std::string("[").append(bar).append("] ").append(percent);
+  return std::string("[").append(bar).append("] ").append(percent).append(time);
 }
 
-Progress::Progress(bool wanted)
+Progress::Progress(bool wanted, bool shows_time)
     : wanted_(wanted && StandardErrorIsTerminal() != FALSE && !IsDumb()),
-      next_(Clock::now() + kQuietTime) {}
+      shows_time_(shows_time),
+      start_(Clock::now()),
+      next_(start_ + kQuietTime) {}
 
 void Progress::Update(double share) {
   if (!wanted_ || share >= 1 || Clock::now() < next_) return;
   int const columns = StandardErrorColumns();
   // The last column stays free: some terminals wrap when it is written.
-  std::string const bar = ProgressBar(share, (columns > 0 ? columns : kUsualColumns) - 1);
+  std::optional<std::chrono::seconds> left;
+  if (shows_time_ && share > 0) {
+    left = std::chrono::ceil<std::chrono::seconds>((Clock::now() - start_) * ((1 - share) / share));
+  }
+  std::string const bar = ProgressBar(share, (columns > 0 ? columns : kUsualColumns) - 1, left);
   Screen& screen = TheScreen();
   std::lock_guard const lock(screen.mutex);
   Print(kErase + bar + "\r");

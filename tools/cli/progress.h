@@ -3,19 +3,23 @@
 #define TOOLS_CLI_PROGRESS_H_
 
 #include <chrono>
+#include <optional>
 #include <string>
 
 namespace sorrelin::tool {
 
-// The bar for a share of the work from 0 to 1, at most `columns` wide.
-std::string ProgressBar(double share, int columns);
+// The bar for a share of the work from 0 to 1, at most `columns` wide, with the time that is left
+// if that is known.
+std::string ProgressBar(double share, int columns,
+                        std::optional<std::chrono::seconds> left = std::nullopt);
 
 // Shows the bar where standard error is a terminal, once a second of work has passed and more lies
 // ahead, and takes it away at the end. There is one at a time.
 class Progress {
  public:
-  // Never shows anything unless `wanted`.
-  explicit Progress(bool wanted);
+  // Never shows anything unless `wanted`. A bar of steps that take about as long each shows the
+  // time that is left.
+  explicit Progress(bool wanted, bool shows_time = false);
   ~Progress() { Clear(); }
   Progress(Progress const&) = delete;
   Progress& operator=(Progress const&) = delete;
@@ -30,6 +34,8 @@ class Progress {
   using Clock = std::chrono::steady_clock;
 
   bool wanted_;
+  bool shows_time_;
+  Clock::time_point start_;
   Clock::time_point next_;
 };
 

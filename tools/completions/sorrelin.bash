@@ -1,6 +1,6 @@
 # Completion of sorrelin for bash.
 
-_sorrelin_pages='--dpi --default-dpi --page --fit --compression --quality --recode --keep-damaged --ocr --orientation --timeout --sort --jobs --json --verbose --quiet'
+_sorrelin_pages='--dpi --default-dpi --page --fit --compression --quality --deskew --clean --skip-blank --recode --keep-damaged --ocr --orientation --timeout --sort --jobs --json --verbose --quiet'
 
 _sorrelin_options() {
   case $1 in
@@ -10,19 +10,19 @@ _sorrelin_options() {
     info) echo '--help --json' ;;
     extract) echo '--help --pages --output --format --force --quiet' ;;
     ocr) echo '--help --output --language --orientation --timeout --psm --redo --force --jobs --quiet' ;;
-    words) echo '--help --text --language' ;;
+    words) echo '--help --format --text --language --orientation --timeout --psm --jobs' ;;
     *) echo '--help --version' ;;
   esac
 }
 
-# The values of an option; nothing for those that take any.
+# The values of an option of a verb; nothing for those that take any.
 _sorrelin_values() {
   case $1 in
     --compression) echo 'auto g4 flate runlength jpeg none' ;;
     --fit) echo 'within shrink fill stretch' ;;
     --page) echo 'a3 a4 a5 a6 letter legal tabloid' ;;
     --sort) echo 'natural name none' ;;
-    --format) echo 'png tiff bmp pnm jpeg' ;;
+    --format) [ "$2" = words ] && echo 'json text hocr tsv alto' || echo 'png tiff bmp pnm jpeg' ;;
     --dpi | --default-dpi) echo '150 200 300 600' ;;
     --language | --ocr) echo 'auto eng' ;;
     --orientation) echo 'auto keep' ;;
@@ -36,7 +36,7 @@ _sorrelin() {
   case $before in
     --title | --author | --subject | --keywords | --quality | --jobs | --pages | --timeout | --psm) return ;;
     --compression | --fit | --page | --sort | --format | --dpi | --default-dpi | --language | --ocr | --orientation)
-      COMPREPLY=($(compgen -W "$(_sorrelin_values "$before")" -- "$word"))
+      COMPREPLY=($(compgen -W "$(_sorrelin_values "$before" "$verb")" -- "$word"))
       return
       ;;
   esac

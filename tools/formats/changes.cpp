@@ -23,6 +23,10 @@ char const* NameOf(Change change) {
       return "resolution assumed";
     case Change::kFirstPicture:
       return "only the first picture taken";
+    case Change::kStraightened:
+      return "straightened";
+    case Change::kCleaned:
+      return "specks removed";
     case Change::kCount:
       break;
   }

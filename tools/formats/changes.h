@@ -17,6 +17,8 @@ enum class Change : size_t {
   kUnitDensity,        // a resolution of 1 x 1 counts as none
   kAssumedResolution,  // the file states none
   kFirstPicture,       // of an animation, or of several views of one subject
+  kStraightened,       // turned by a few degrees
+  kCleaned,            // specks removed
   kCount
 };
 

@@ -27,12 +27,27 @@ PageResult PageAdder::AddPage(Document& document, FeedItem const& item) {
     ReportItem(item, item.result.problem);
     return PageResult::kWritten;
   }
+  if (item.result.page->IsBlank()) {
+    NoteBlank(item);
+    return PageResult::kWritten;
+  }
   std::string problem;
   PageResult const result = document.Add(*item.result.page, problem);
   if (result == PageResult::kBroken) ReportDocument(problem);
   if (result == PageResult::kFull) ReportItem(item, problem);
   if (result == PageResult::kWritten) NotePage(document, item);
   return result;
+}
+
+void PageAdder::NoteBlank(FeedItem const& item) {
+  char share[64];
+  std::snprintf(share, sizeof share, "is blank and left out: %.3f percent ink (limit %.2f)",
+                item.result.page->record().ink_percent, kBlankPercent);
+  std::string const page = item.pages > 1 ? "page " + std::to_string(item.page) + ": " : "";
+  std::string const& name = options_.inputs[item.input].name;
+  progress_.Clear();
+  PrintNote(name + ": " + page + share);
+  report_.AddIgnored(page.empty() ? name : name + ", page " + std::to_string(item.page));
 }
 
 void PageAdder::NotePage(Document& document, FeedItem const& item) {

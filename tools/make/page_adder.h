@@ -42,6 +42,7 @@ class PageAdder {
   void ReportItem(FeedItem const& item, std::string const& problem);
   void ReportRest(size_t last);
   void ShowProgress(FeedItem const& item);
+  void NoteBlank(FeedItem const& item);
   void NotePage(Document& document, FeedItem const& item);
 
   PageOptions const& options_;

@@ -126,16 +126,32 @@ PageCoder::PageCoder(PageStyle const& style)
 PageCoder::~PageCoder() = default;
 
 std::unique_ptr<CodedPage> PageCoder::Code(ImageSource& source, int page, std::string& problem) {
+  if (style_.scan.skip_blank) {
+    if (auto blank = BlankPage(source, page)) return blank;
+  }
   auto coded = CodeStored(source, page, problem);
   if (coded == nullptr && problem.empty()) coded = CodeDecoded(source, page, problem);
   if (coded != nullptr && page == 0) coded->record_.changes.Add(source.changes());
   return coded;
 }
 
+// nullptr if the page is not blank, or cannot be looked at.
+std::unique_ptr<CodedPage> PageCoder::BlankPage(ImageSource& source, int page) {
+  std::string ignored;
+  auto const picture = source.Decode(page, ignored);
+  if (!picture || !picture->damage.empty()) return nullptr;
+  double const ink = InkPercent(*picture);
+  if (ink > kBlankPercent) return nullptr;
+  auto blank = std::make_unique<CodedPage>();
+  blank->is_blank_ = true;
+  blank->record_.ink_percent = ink;
+  return blank;
+}
+
 // nullptr without a problem if the page has to be decoded.
 std::unique_ptr<CodedPage> PageCoder::CodeStored(ImageSource& source, int page,
                                                  std::string& problem) {
-  if (style_.recode) return nullptr;
+  if (style_.recode || style_.scan.ChangesPixels()) return nullptr;
   auto const stored = source.Stored(page);
   return stored && Accepts(style_.compression, *stored) ? Code(*stored, problem) : nullptr;
 }
@@ -146,6 +162,7 @@ std::unique_ptr<CodedPage> PageCoder::CodeDecoded(ImageSource& source, int page,
   if (!picture) return nullptr;
   std::string damage = std::move(picture->damage);
   if (!damage.empty() && !style_.keep_damaged) return Refuse(problem, DamageText(damage));
+  if (!CleanScan(style_.scan, *picture)) return Refuse(problem, kMemoryText);
   auto coded = Code(std::move(*picture), problem);
   if (coded != nullptr) coded->record_.damage = std::move(damage);
   return coded;

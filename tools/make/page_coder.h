@@ -29,12 +29,15 @@ class CodedPage {
 
   EncodedPage const& page() const { return page_; }
   PageRecord const& record() const { return record_; }
+  // Has too little ink to go into the document.
+  bool IsBlank() const { return is_blank_; }
 
  private:
   friend class PageCoder;
 
   EncodedPage page_;
   PageRecord record_;
+  bool is_blank_ = false;
   std::shared_ptr<void const> stored_;
   OwnedBlock encoded_;  // locked while the page points to it
   OwnedBlock palette_;
@@ -57,6 +60,7 @@ class PageCoder {
   std::unique_ptr<CodedPage> Code(Picture picture, std::string& problem);
 
  private:
+  std::unique_ptr<CodedPage> BlankPage(ImageSource& source, int page);
   std::unique_ptr<CodedPage> CodeStored(ImageSource& source, int page, std::string& problem);
   std::unique_ptr<CodedPage> CodeDecoded(ImageSource& source, int page, std::string& problem);
   bool Place(int width, int height, Resolution own, CodedPage& coded, std::string& problem);

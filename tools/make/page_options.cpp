@@ -97,6 +97,9 @@ void AddPageStyle(Verb& verb, PageOptions& options) {
   verb.Option("--compression", "KIND", "auto, g4, flate, runlength, jpeg or none",
               [&style](std::string const& text) { style.compression = ParseCompression(text); });
   verb.Number("--quality", style.quality, 1, kMaxQuality, "Of JPEG coding, from 1 to 100 (75)");
+  verb.Flag("--deskew", style.scan.deskew, "Straighten tilted pages");
+  verb.Flag("--clean", style.scan.clean, "Remove specks");
+  verb.Flag("--skip-blank", style.scan.skip_blank, "Leave blank pages out");
   verb.Flag("--recode", style.recode, "Decode and code JPEG and Group 4 files anew");
   verb.Flag("--keep-damaged", style.keep_damaged, "Make pages of damaged pictures too");
 }

@@ -25,6 +25,7 @@ struct PageRecord {
   Changes changes;
   Resolution dpi;
   DpiOrigin origin = DpiOrigin::kFile;
+  double ink_percent = 100;  // of a page that is looked at for ink
   std::string damage;  // what is lost of a damaged picture that is kept; empty: nothing
 };
 

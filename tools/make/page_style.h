@@ -6,6 +6,7 @@
 
 #include "tools/formats/resolution.h"
 #include "tools/make/page_layout.h"
+#include "tools/make/scan_cleaning.h"
 
 namespace sorrelin::tool {
 
@@ -23,6 +24,7 @@ struct PageStyle {
   Resolution default_dpi = {kUsualDotsPerInch, kUsualDotsPerInch};  // where a picture has none
   std::optional<Paper> paper;  // otherwise each page is as large as its picture
   Fit fit = Fit::kWithin;
+  ScanStyle scan;
 };
 
 }  // namespace sorrelin::tool

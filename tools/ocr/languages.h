@@ -10,8 +10,8 @@ namespace sorrelin::tool {
 inline constexpr char kLocaleLanguages[] = "auto";
 
 inline constexpr char kNoEngineText[] =
-    "the OCR engine libaverna.so is missing or unusable: it belongs beside "
-    "libsorrelin-platform.so (install it, and Tesseract)";
+    "the OCR engine libaverna.so is missing or unusable: install the package sorrelin-ocr (or put "
+    "it beside libsorrelin-platform.so)";
 inline constexpr char kTimeoutText[] =
     "is not recognised within the time (--timeout gives it more)";
 

@@ -15,6 +15,8 @@ struct OcrOptions {
   std::string languages;  // as in "eng+deu"; empty: no text is recognised
   bool turn = false;      // pages are turned so that their text is upright
   int segmentation = kUsualSegmentation;
+  int form = AVERNA_PDF;        // of the engine's result
+  int first_number = 0;         // of the first page, where the form has numbers
   int timeout = kUsualTimeout;  // seconds a page; 0: none
 
   bool IsWanted() const { return !languages.empty() || turn; }
@@ -42,6 +44,10 @@ locale. With --orientation auto pages whose text lies on its side or upside
 down are shown turned, by the page's /Rotate. A page without words, or one that
 takes longer than --timeout seconds, is kept without text and named, and the
 exit status is 1.
+
+--deskew straightens tilted pages and --clean removes specks; both change
+pixels, and the pages are named. --skip-blank leaves out pages with at most 0.05
+percent of ink, and names each.
 )";
 
 }  // namespace sorrelin::tool

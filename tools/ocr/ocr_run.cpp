@@ -17,7 +17,8 @@ constexpr char kWithText[] = "text.pdf";
 
 std::vector<PageText> Recognize(std::filesystem::path const& document,
                                 std::vector<unsigned> const& pages, OcrRun const& run) {
-  Progress progress(!run.quiet);
+  constexpr bool kShowsTime = true;
+  Progress progress(!run.quiet, kShowsTime);
   size_t done = 0;
   auto const show = [&](PageText const&) {
     progress.Update(static_cast<double>(++done) / static_cast<double>(pages.size()));
@@ -34,7 +35,7 @@ OcrResult AddText(std::filesystem::path const& document, std::vector<unsigned> c
     if (!text.problem.empty()) run.report(static_cast<int>(text.page) + 1, text.problem);
   }
   bool const found = std::any_of(texts.begin(), texts.end(), [](PageText const& text) {
-    return !text.layers.empty() || text.quarter_turns != 0;
+    return !text.pictures.empty() || text.quarter_turns != 0;
   });
   if (!found) return OcrResult::kNothing;
   std::filesystem::path const with_text = document.parent_path() / kWithText;

@@ -3,7 +3,7 @@
 //
 //   B  a page begins
 //   T  its text lies on its side: clockwise quarter turns (32 bits)
-//   L  a text layer: its matrix (6 doubles) and its document
+//   L  the text of a picture: its matrix (6 doubles) and the engine's result
 //   E  the page is done
 //   P  the page has no text: why
 //   X  nothing can be recognised: why
@@ -162,11 +162,15 @@ class Recognizer {
     if (text_engine_ == nullptr) return true;
     bool has_words = false;
     for (ScannedPicture& scanned : pictures) {
-      if (!ReadPicture(scanned, has_words, problem)) return false;
+      if (!ReadPicture(page, scanned, has_words, problem)) return false;
     }
-    if (!has_words) problem = "shows no words, and has no text (check --ocr, or leave it out)";
-    return has_words;
+    if (has_words || !IsLayer()) return true;
+    problem = "shows no words, and gets no text (see that its language is the right one)";
+    return false;
   }
+
+  // Whether the text goes on the page.
+  bool IsLayer() const { return options_.form == AVERNA_PDF; }
 
   static std::string TooLarge(ScannedPicture const& scanned) {
     return "is too large to be recognised: " +
@@ -176,7 +180,7 @@ class Recognizer {
 
   // The first picture decides for the page.
   bool Turn(std::vector<ScannedPicture>& pictures) {
-    if (!MakeSquare(pictures.front())) return false;
+    if (IsLayer() && !MakeSquare(pictures.front())) return false;
     int const quarters = turn_engine_->QuarterTurns(pictures.front().picture);
     if (quarters == 0) return true;
     Send(link_, 'T', BytesOf(quarters));
@@ -184,19 +188,21 @@ class Recognizer {
                        [&](ScannedPicture& scanned) { return TurnQuarters(scanned, quarters); });
   }
 
-  bool ReadPicture(ScannedPicture& scanned, bool& has_words, std::string& problem) {
-    if (!MakeSquare(scanned)) return false;
+  bool ReadPicture(unsigned page, ScannedPicture& scanned, bool& has_words, std::string& problem) {
+    if (IsLayer() && !MakeSquare(scanned)) return false;
     if (!text_engine_->Recognize(std::move(scanned.picture), options_.segmentation,
                                  options_.timeout, problem)) {
       return false;
     }
     auto const text = text_engine_->Result(AVERNA_TEXT, 0, problem);
     if (!text) return false;
-    if (text->find_first_not_of(kBlank) == std::string::npos) return true;
-    auto const pdf = text_engine_->Result(AVERNA_PDF, 0, problem);
-    if (!pdf) return false;
+    bool const is_blank = text->find_first_not_of(kBlank) == std::string::npos;
+    if (is_blank && IsLayer()) return true;
+    int const number = options_.first_number + static_cast<int>(page);
+    auto const result = text_engine_->Result(options_.form, number, problem);
+    if (!result) return false;
     has_words = true;
-    return Send(link_, 'L', BytesOf(scanned.place) + *pdf);
+    return Send(link_, 'L', BytesOf(scanned.place) + *result);
   }
 
   OcrOptions const& options_;
@@ -229,7 +235,7 @@ class Job {
       if (stop_problem_) return FailRest(*stop_problem_);
       if (next_ == pages_.size()) return;
       if (!reading_) return FailRest(problem);
-      pages_[next_]->layers.clear();
+      pages_[next_]->pictures.clear();
       Finish(HasTimedOut() ? kTimeoutText : problem);
     }
   }
@@ -290,7 +296,7 @@ class Job {
         page.quarter_turns = ValueOf<int>(payload);
         break;
       case 'L':
-        page.layers.push_back(
+        page.pictures.push_back(
             {std::string(payload.substr(std::min(payload.size(), sizeof(Matrix)))),
              ValueOf<Matrix>(payload)});
         break;

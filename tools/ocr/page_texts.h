@@ -11,17 +11,17 @@
 
 namespace sorrelin::tool {
 
-// Invisible text of a picture.
-struct TextLayer {
-  std::string pdf;  // a document of one page, which covers the picture
-  Matrix place;     // from the unit square that the picture fills to the page, in points
+// The recognised text of a picture.
+struct PictureText {
+  std::string data;  // in the form asked for; as AVERNA_PDF, a page that covers the picture
+  Matrix place;      // from the unit square that the picture fills to the page, in points
 };
 
 struct PageText {
-  unsigned page = 0;              // from 0
-  std::vector<TextLayer> layers;  // one for each picture with words
-  int quarter_turns = 0;          // clockwise, that bring the text upright
-  std::string problem;            // why there is no text; empty where there is
+  unsigned page = 0;                  // from 0
+  std::vector<PictureText> pictures;  // as a document: those with words
+  int quarter_turns = 0;              // clockwise, that bring the text upright
+  std::string problem;                // why there is no text; empty where there is
 };
 
 // Called for each page as it is done, in any order but one at a time.

@@ -1,58 +1,75 @@
-// Bitmaps to the engine, its hOCR text to words, words to JSON or text.
+// The engine's hOCR to words, words to JSON or text, and the frames of other forms.
 #include "tools/ocr/recognized_words.h"
 
-#include <sorrelin/frame/pdf.h>
+#include <siblings/averna/averna.h>
 
-#include <cstdlib>
-#include <memory>
+#include <utility>
 
 #include "tools/cli/json.h"
 #include "tools/cli/text.h"
-#include "tools/formats/image_source.h"
 
 namespace sorrelin::tool {
 namespace {
 
-constexpr WCHAR const* kEngine = u"Averna.dll";
+constexpr char kHocrHead[] =
+    "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+    "<!DOCTYPE html PUBLIC \"-//W3C//DTD XHTML 1.0 Transitional//EN\" "
+    "\"http://www.w3.org/TR/xhtml1/DTD/xhtml1-transitional.dtd\">\n"
+    "<html xmlns=\"http://www.w3.org/1999/xhtml\" xml:lang=\"en\" lang=\"en\">\n"
+    "<head>\n"
+    "<title></title>\n"
+    "<meta http-equiv=\"Content-Type\" content=\"text/html;charset=utf-8\"/>\n"
+    "<meta name='ocr-system' content='averna'/>\n"
+    "<meta name='ocr-capabilities' content='ocr_page ocr_carea ocr_par ocr_line ocrx_word'/>\n"
+    "</head>\n"
+    "<body>\n";
+constexpr char kHocrTail[] = "</body>\n</html>\n";
+constexpr char kTsvHead[] =
+    "level\tpage_num\tblock_num\tpar_num\tline_num\tword_"
+    "num\tleft\ttop\twidth\theight\tconf\ttext\n";
+constexpr char kAltoHead[] =
+    "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+    "<alto xmlns=\"http://www.loc.gov/standards/alto/ns-v3#\" "
+    "xmlns:xlink=\"http://www.w3.org/1999/xlink\" "
+    "xmlns:xsi=\"http://www.w3.org/2001/XMLSchema-instance\" "
+    "xsi:schemaLocation=\"http://www.loc.gov/standards/alto/ns-v3# "
+    "http://www.loc.gov/alto/v3/alto-3-0.xsd\">\n"
+    "<Description>\n"
+    "<MeasurementUnit>pixel</MeasurementUnit>\n"
+    "</Description>\n"
+    "<Layout>\n";
+constexpr char kAltoTail[] = "</Layout>\n</alto>\n";
 
-struct Free {
-  void operator()(WCHAR* text) const { std::free(text); }
+struct Size {
+  int32_t width = 0;
+  int32_t height = 0;
 };
 
 bool StartsLine(HocrWord const& word, HocrWord const& before) {
   return word.left < before.left || word.top >= before.bottom || word.bottom <= before.top;
 }
 
-}  // namespace
-
-std::optional<std::vector<HocrWord>> WordReader::Read(Picture picture, std::string& problem) {
-  OwnedBlock const dib = PackedDib(picture.pix.get(), picture.dpi);
-  picture.pix.reset();
-  if (!dib.IsValid()) return problem = kMemoryText, std::nullopt;
-  auto const option = static_cast<int64_t>(reinterpret_cast<intptr_t>(language_.c_str()));
-  DWORD error = PDF_ERROR_NONE;
-  std::unique_ptr<WCHAR, Free> const hocr(
-      RecognizeDIB(engine_, dib.get(), kEngine, option, 0, error));
-  HocrDocument document;
-  if (hocr != nullptr && ParseHocr(document, hocr.get()) != 0) return std::move(document.words);
-  problem = Reason(hocr != nullptr ? DWORD{PDF_ERROR_HOCR} : error);
-  return std::nullopt;
+// Undoes a quarter turn clockwise, after which the picture was of this size.
+void TurnBack(HocrWord& word, Size const& turned) {
+  HocrWord const old = word;
+  word.left = old.top;
+  word.right = old.bottom;
+  word.top = turned.width - old.right;
+  word.bottom = turned.width - old.left;
 }
 
-std::string WordReader::Reason(DWORD error) const {
-  switch (error) {
-    case PDF_ERROR_OCR_LIBRARY:
-    case PDF_ERROR_OCR_FUNCTIONS:
-      return "the OCR engine libaverna.so is missing or unusable: install the package "
-             "sorrelin-ocr";
-    case PDF_ERROR_MEMORY:
-      return kMemoryText;
-    case PDF_ERROR_HOCR:
-      return "the OCR engine's answer cannot be read (see that Tesseract works)";
-    default:
-      return "cannot be recognised: it is too large, or Tesseract's data for \"" + language_ +
-             "\" are not installed (install them, or scale it down)";
+}  // namespace
+
+std::optional<std::vector<HocrWord>> WordsOfPage(std::string const& hocr, int quarter_turns) {
+  auto const text = Utf16(kHocrHead + hocr + kHocrTail);
+  HocrDocument document;
+  if (!text || ParseHocr(document, text->c_str()) == 0) return std::nullopt;
+  Size size = {document.width, document.height};
+  for (int i = 0; i < quarter_turns; ++i) {
+    for (HocrWord& word : document.words) TurnBack(word, size);
+    std::swap(size.width, size.height);
   }
+  return std::move(document.words);
 }
 
 std::string WordJson(std::string const& file, int page, HocrWord const& word) {
@@ -71,6 +88,41 @@ std::string WordText(std::vector<HocrWord> const& words) {
     before = &word;
   }
   return before != nullptr ? text + "\n" : text;
+}
+
+std::optional<WordForm> WordFormOfName(std::string_view name) {
+  constexpr std::pair<std::string_view, WordForm> kForms[] = {{"json", WordForm::kJson},
+                                                              {"text", WordForm::kText},
+                                                              {"hocr", WordForm::kHocr},
+                                                              {"tsv", WordForm::kTsv},
+                                                              {"alto", WordForm::kAlto}};
+  for (auto const& [known, form] : kForms) {
+    if (known == name) return form;
+  }
+  return std::nullopt;
+}
+
+int EngineFormOf(WordForm form) {
+  if (form == WordForm::kTsv) return AVERNA_TSV;
+  return form == WordForm::kAlto ? AVERNA_ALTO : AVERNA_HOCR;
+}
+
+char const* HeadOf(WordForm form) {
+  switch (form) {
+    case WordForm::kHocr:
+      return kHocrHead;
+    case WordForm::kTsv:
+      return kTsvHead;
+    case WordForm::kAlto:
+      return kAltoHead;
+    default:
+      return "";
+  }
+}
+
+char const* TailOf(WordForm form) {
+  if (form == WordForm::kAlto) return kAltoTail;
+  return form == WordForm::kHocr ? kHocrTail : "";
 }
 
 }  // namespace sorrelin::tool

@@ -1,41 +1,39 @@
-// Words of pictures, by the OCR engine that the library binds.
+// The words of a recognised page, as the program prints them.
 #ifndef TOOLS_OCR_RECOGNIZED_WORDS_H_
 #define TOOLS_OCR_RECOGNIZED_WORDS_H_
 
-#include <sorrelin/ocr/engine_binding.h>
 #include <sorrelin/ocr/hocr.h>
 
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
-
-#include "tools/formats/picture.h"
 
 namespace sorrelin::tool {
 
-// The engine stays loaded from the first picture on.
-class WordReader {
- public:
-  // `language` is a list as in "eng+deu".
-  explicit WordReader(std::string language) : language_(std::move(language)) {}
-
-  // The words in reading order, their boxes in pixels of the picture. Nothing with the reason in
-  // `problem` if there was no recognition.
-  std::optional<std::vector<HocrWord>> Read(Picture picture, std::string& problem);
-
- private:
-  std::string Reason(DWORD error) const;
-
-  std::string language_;
-  OcrEngineBinding engine_;
-};
+// The words of a page in the engine's hOCR, in reading order. The picture was turned clockwise by
+// `quarter_turns` before it was recognised; the boxes are in pixels of the picture before that.
+// nullopt if the text cannot be read.
+std::optional<std::vector<HocrWord>> WordsOfPage(std::string const& hocr, int quarter_turns);
 
 // One line of JSON without its end. Pages count from 1.
 std::string WordJson(std::string const& file, int page, HocrWord const& word);
 
-// The words as lines of text, each with its end: a word that lies below the one before, or starts
+// The words as lines of text, each with its end: a word below the one before, or one that starts
 // further left, begins a line.
 std::string WordText(std::vector<HocrWord> const& words);
+
+// How words are printed.
+enum class WordForm { kJson, kText, kHocr, kTsv, kAlto };
+
+std::optional<WordForm> WordFormOfName(std::string_view name);
+
+// The form of the engine's result that a form is made of.
+int EngineFormOf(WordForm form);
+
+// What comes before the first page and after the last one.
+char const* HeadOf(WordForm form);
+char const* TailOf(WordForm form);
 
 }  // namespace sorrelin::tool
 

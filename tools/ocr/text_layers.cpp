@@ -134,7 +134,7 @@ class Layering {
 
   void Lay(QPDFObjectHandle page, PageText const& text) {
     std::vector<QPDFObjectHandle> contents;
-    for (TextLayer const& layer : text.layers) contents.push_back(StreamOf(page, layer));
+    for (PictureText const& layer : text.pictures) contents.push_back(StreamOf(page, layer));
     auto const others = Contents(page, false);
     contents.insert(contents.end(), others.begin(), others.end());
     page.replaceKey("/Contents",
@@ -145,10 +145,10 @@ class Layering {
   }
 
  private:
-  QPDFObjectHandle StreamOf(QPDFObjectHandle page, TextLayer const& layer) {
+  QPDFObjectHandle StreamOf(QPDFObjectHandle page, PictureText const& layer) {
     QPDF rendered;
     rendered.setSuppressWarnings(true);
-    rendered.processMemoryFile("text layer", layer.pdf.data(), layer.pdf.size());
+    rendered.processMemoryFile("text layer", layer.data.data(), layer.data.size());
     QPDFObjectHandle rendered_page = rendered.getAllPages().at(0);
     auto const box = QPDFPageObjectHelper(rendered_page).getMediaBox().getArrayAsRectangle();
     Pl_Buffer text("text");
@@ -216,7 +216,7 @@ std::optional<std::string> LayHere(std::filesystem::path const& from,
   auto const lay = [&] {
     Layering layering(document->qpdf());
     for (PageText const& text : texts) {
-      bool const changes = !text.layers.empty() || text.quarter_turns != 0;
+      bool const changes = !text.pictures.empty() || text.quarter_turns != 0;
       if (changes) layering.Lay(document->Page(text.page), text);
     }
     Write(document->qpdf(), to);

@@ -1,32 +1,96 @@
-// sorrelin words: what is written in pictures.
+// sorrelin words: what is written in pictures and on pages.
+#include <array>
 #include <cerrno>
 #include <cstdio>
+#include <fstream>
 #include <memory>
+#include <numeric>
+#include <optional>
 #include <string>
+#include <string_view>
 #include <system_error>
 #include <vector>
 
 #include "tools/cli/messages.h"
 #include "tools/cli/output_file.h"
 #include "tools/formats/image_file.h"
+#include "tools/make/page_options.h"
+#include "tools/ocr/ocr_engine.h"
+#include "tools/ocr/page_texts.h"
 #include "tools/ocr/recognized_words.h"
+#include "tools/ocr/text_layers.h"
 #include "tools/verbs/verbs.h"
 
 namespace sorrelin::tool {
 namespace {
 
 struct WordsOptions {
-  std::vector<std::string> images;
-  std::string language = "eng";
+  std::vector<std::string> files;
+  OcrOptions ocr;
+  WordForm form = WordForm::kJson;
   bool text = false;
+  int jobs = UsualJobs();
+};
+
+constexpr char kDocumentStart[] = "%PDF-";
+
+bool IsDocument(std::string const& name) {
+  if (name == kStandardInput) return false;
+  std::array<char, sizeof kDocumentStart - 1> start{};
+  std::ifstream file(name, std::ios::binary);
+  return file.read(start.data(), start.size()) &&
+         std::string_view(start.data(), start.size()) == kDocumentStart;
+}
+
+// Recognises pictures one after the other, in this process.
+class PictureReader {
+ public:
+  // False with the reason in `problem` if nothing can be recognised.
+  bool Open(OcrOptions const& options, std::string& problem) {
+    text_engine_ = OcrEngine::Open(options.languages, problem);
+    std::string ignored;
+    if (options.turn) turn_engine_ = OcrEngine::Open(kOrientationData, ignored);
+    return text_engine_ != nullptr;
+  }
+
+  // The engine's result for a picture that is the page of this number, from 0, among all. nullopt
+  // with the reason in `problem`.
+  std::optional<std::string> Read(Picture picture, OcrOptions const& options, int number,
+                                  int& quarter_turns, std::string& problem) {
+    quarter_turns = turn_engine_ != nullptr ? turn_engine_->QuarterTurns(picture) : 0;
+    picture.pix.reset(pixRotateOrth(picture.pix.get(), quarter_turns));
+    if (picture.pix == nullptr) return problem = kMemoryText, std::nullopt;
+    if (!text_engine_->Recognize(std::move(picture), options.segmentation, options.timeout,
+                                 problem)) {
+      return std::nullopt;
+    }
+    return text_engine_->Result(options.form, number, problem);
+  }
+
+ private:
+  std::unique_ptr<OcrEngine> text_engine_;
+  std::unique_ptr<OcrEngine> turn_engine_;
 };
 
 class Words {
  public:
-  explicit Words(WordsOptions const& options) : options_(options), reader_(options.language) {}
+  explicit Words(WordsOptions const& options) : options_(options) {}
 
   int Run() {
-    for (std::string const& name : options_.images) ReadImage(name);
+    std::string problem;
+    if (!CheckOcr({.languages = options_.ocr.languages}, problem)) {
+      Report("--language", problem);
+      return kExitFailure;
+    }
+    std::fputs(HeadOf(options_.form), stdout);
+    for (std::string const& name : options_.files) {
+      if (IsDocument(name)) {
+        ReadDocument(name);
+      } else {
+        ReadImage(name);
+      }
+    }
+    std::fputs(TailOf(options_.form), stdout);
     if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) {
       Report("standard output",
              "cannot be written: " + std::generic_category().message(errno) + kRoomRemedy);
@@ -40,10 +104,29 @@ class Words {
     failed_ = true;
   }
 
+  void ReadDocument(std::string const& name) {
+    std::string problem;
+    auto const survey = SurveyText(name, problem);
+    if (!survey) return Report(name, problem);
+    std::vector<unsigned> pages(survey->pages);
+    std::iota(pages.begin(), pages.end(), 0U);
+    OcrOptions options = options_.ocr;
+    options.first_number = number_;
+    number_ += static_cast<int>(pages.size());
+    for (PageText const& text :
+         RecognizePages(name, pages, options, options_.jobs, [](PageText const&) {})) {
+      int const page = static_cast<int>(text.page) + 1;
+      if (!text.problem.empty()) Report(name, PlaceOf(page) + text.problem);
+      for (PictureText const& picture : text.pictures) {
+        Print(name, page, picture.data, text.quarter_turns);
+      }
+    }
+  }
+
   void ReadImage(std::string const& name) {
     std::string problem;
     auto const file = ImageFile::Open(name, problem);
-    if (file == nullptr) return Report(name, problem);
+    if (file == nullptr || !OpenReader(problem)) return Report(name, problem);
     int first = 1;
     while (auto const source = file->Next(problem)) {
       ReadSource(name, *source, first, first > 1 || !file->AtEnd());
@@ -52,79 +135,117 @@ class Words {
     if (!problem.empty()) Report(name, problem);
   }
 
+  bool OpenReader(std::string& problem) {
+    if (!reader_is_open_) reader_is_open_ = reader_.Open(options_.ocr, problem);
+    return reader_is_open_;
+  }
+
   // `first` is the number of the source's first page in the file; `several` sources make up the
   // file.
   void ReadSource(std::string const& name, ImageSource& source, int first, bool several) {
     int const pages = source.PageCount();
     for (int page = 0; page < pages; ++page) {
       std::string problem;
-      if (auto const words = ReadPage(source, page, problem)) {
-        Print(name, first + page, *words);
+      int quarter_turns = 0;
+      if (auto const text = ReadPage(source, page, quarter_turns, problem)) {
+        Print(name, first + page, *text, quarter_turns);
       } else {
-        std::string const place = "page " + std::to_string(first + page) + ": ";
-        Report(name, (several || pages > 1 ? place : "") + problem);
+        Report(name, (several || pages > 1 ? PlaceOf(first + page) : "") + problem);
       }
     }
     if (std::string const damage = source.Damage(); !damage.empty()) Report(name, damage);
   }
 
-  std::optional<std::vector<HocrWord>> ReadPage(ImageSource& source, int page,
-                                                std::string& problem) {
+  std::optional<std::string> ReadPage(ImageSource& source, int page, int& quarter_turns,
+                                      std::string& problem) {
     auto picture = source.Decode(page, problem);
     if (picture && !picture->damage.empty()) problem = DamageText(picture->damage);
     if (!picture || !picture->damage.empty()) return std::nullopt;
-    return reader_.Read(std::move(*picture), problem);
+    return reader_.Read(std::move(*picture), options_.ocr, number_++, quarter_turns, problem);
   }
 
-  void Print(std::string const& name, int page, std::vector<HocrWord> const& words) {
-    if (options_.text) {
+  static std::string PlaceOf(int page) { return "page " + std::to_string(page) + ": "; }
+
+  void Print(std::string const& name, int page, std::string const& data, int quarter_turns) {
+    if (options_.form == WordForm::kJson || options_.form == WordForm::kText) {
+      auto const words = WordsOfPage(data, quarter_turns);
+      if (!words)
+        return Report(
+            name, PlaceOf(page) + "the engine's answer cannot be read (see that Tesseract works)");
+      PrintWords(name, page, *words);
+    } else {
+      std::fputs(data.c_str(), stdout);
+    }
+    std::fflush(stdout);
+  }
+
+  void PrintWords(std::string const& name, int page, std::vector<HocrWord> const& words) {
+    if (options_.form == WordForm::kText) {
       if (printed_) std::fputc('\f', stdout);
       std::fputs(WordText(words).c_str(), stdout);
     } else {
       for (HocrWord const& word : words) std::puts(WordJson(name, page, word).c_str());
     }
-    std::fflush(stdout);
     printed_ = true;
   }
 
   WordsOptions const& options_;
-  WordReader reader_;
+  PictureReader reader_;
+  bool reader_is_open_ = false;
+  int number_ = 0;  // pages so far
   bool printed_ = false;
   bool failed_ = false;
 };
 
-std::string ParseLanguage(std::string const& text) {
-  if (text.empty()) throw UsageError("--language", "is empty");
-  return text;
+WordForm ParseForm(std::string const& text) {
+  if (auto const form = WordFormOfName(text)) return *form;
+  throw UsageError("--format", "takes json, text, hocr, tsv or alto, not " + text);
 }
 
 constexpr char kFooter[] =
-    R"(Each word is a line of JSON with the keys file, page (from 1, of the file), text,
+    R"(Files are pictures, or documents, whose pages are recognised. In the usual form
+"json" each word is a line with the keys file, page (from 1, of the file), text,
 box (left, top, right and bottom in pixels from the picture's upper left corner)
-and font_size (in points). With --text the words of a page are lines of text,
-and a form feed stands between pages.
+and font_size (in points). In "text", which --text stands for too, the words of
+a page are lines of text, with a form feed between pages. "hocr", "tsv" and
+"alto" are Tesseract's forms, of all files together.
+
+Pictures that are not upright are turned before they are recognised, unless
+--orientation is keep. Boxes of JSON are those before the turn, and those of
+hOCR, TSV and ALTO those after it.
 
 The recognition is Tesseract's, whose data for each language are a package of
-their own; several languages are joined as in eng+deu. - is standard input.
+their own; several languages are joined as in eng+deu, and auto takes those of
+the locale. - is standard input, for pictures.
 
 Exit status: 0 all is done; 1 a file failed and was named; 2 the command line is
 wrong.
 
 Examples:
   sorrelin words letter.png
-  sorrelin words --text --language deu *.tif >letters.txt)";
+  sorrelin words --format text --language deu *.tif >letters.txt
+  sorrelin words --format hocr scans.pdf >scans.html)";
 
 }  // namespace
 
 void AddWords(Program& program) {
-  Verb verb = program.AddVerb("words", "Print the words that pictures show");
+  Verb verb = program.AddVerb("words", "Print the words that pictures and pages show");
   auto const options = std::make_shared<WordsOptions>();
-  verb.Argument("IMAGE", options->images, "Files with pictures");
-  verb.Flag("--text", options->text, "Print plain text");
-  verb.Option("--language", "LANG", "Of the text, as Tesseract names it (eng)",
-              [options](std::string const& text) { options->language = ParseLanguage(text); });
+  options->ocr.turn = true;
+  verb.Argument("FILE", options->files, "Pictures and documents");
+  verb.Option("--format", "KIND", "json, text, hocr, tsv or alto",
+              [options](std::string const& text) { options->form = ParseForm(text); });
+  verb.Flag("--text", options->text, "Print plain text, as --format text does");
+  AddLanguage(verb, options->ocr.languages);
+  AddRecognition(verb, options->ocr);
+  AddSegmentation(verb, options->ocr.segmentation);
+  AddJobs(verb, options->jobs);
   verb.Footer(kFooter);
-  verb.Runs([options] { return Words(*options).Run(); });
+  verb.Runs([options] {
+    if (options->text) options->form = WordForm::kText;
+    options->ocr.form = EngineFormOf(options->form);
+    return Words(*options).Run();
+  });
 }
 
 }  // namespace sorrelin::tool
