@@ -1,4 +1,5 @@
 // Calls of Tesseract, which is kept from writing to standard error.
+#include <omp.h>
 #include <siblings/averna/page_engine.h>
 #include <siblings/averna/text_layer.h>
 #include <tesseract/ocrclass.h>
@@ -16,11 +17,20 @@ namespace {
 
 constexpr int kFullTurn = 360;
 
-// One call at a time; Leptonica's messages are off meanwhile.
+// One call at a time; Leptonica's messages are off meanwhile. The engine keeps to one thread: its
+// own gain little, and cost the processes that recognise other pages far more.
 class Turn {
  public:
-  Turn() : lock_(Mutex()), severity_(setMsgSeverity(L_SEVERITY_NONE)) {}
-  ~Turn() { setMsgSeverity(severity_); }
+  Turn()
+      : lock_(Mutex()),
+        severity_(setMsgSeverity(L_SEVERITY_NONE)),
+        levels_(omp_get_max_active_levels()) {
+    omp_set_max_active_levels(0);
+  }
+  ~Turn() {
+    omp_set_max_active_levels(levels_);
+    setMsgSeverity(severity_);
+  }
   Turn(Turn const&) = delete;
   Turn& operator=(Turn const&) = delete;
 
@@ -32,6 +42,7 @@ class Turn {
 
   std::lock_guard<std::mutex> lock_;
   l_int32 severity_;
+  int levels_;  // of parallel regions
 };
 
 // The languages of a list; those with a tilde are not wanted.
