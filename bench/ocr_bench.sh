@@ -2,7 +2,7 @@
 # Measures searchable documents on twenty pages that it renders itself: English, German, French,
 # Russian and Hebrew, each straight, tilted by 2 degrees, black and white, and turned.
 #
-# usage: bench/ocr_bench.sh [BUILD-FOLDER] [RUNS]      (default: build/bench 3)
+# usage: bench/ocr_bench.sh [BUILD-FOLDER] [RUNS]      (default: build/bench 3; 0 runs: no times)
 #
 # Prints the share of words that pdftotext finds at their place, what a page costs in bytes, and
 # the time beside ocrmypdf and Tesseract alone, each with one job; fails where a limit is passed.
@@ -107,6 +107,7 @@ tesseract_alone() {
   done
 }
 
+if [ "$runs" -eq 0 ]; then exit "$failed"; fi
 mine=999999 other=999999 engine=999999
 for ((run = 0; run < runs; ++run)); do
   seconds ours; mine=$(lesser "$time" "$mine")
