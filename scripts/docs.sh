@@ -12,7 +12,7 @@ mkdir -p "$site"
   cat <<SETTINGS
 OUTPUT_DIRECTORY = "$(dirname "$site")"
 HTML_OUTPUT = "$(basename "$site")"
-INPUT += README.md CONTRIBUTING.md docs
+INPUT += README.md CHANGELOG.md CONTRIBUTING.md SECURITY.md docs
 FILTER_PATTERNS += *.md="python3 scripts/doxygen_markdown.py"
 IMAGE_PATH = docs
 SEARCHENGINE = YES

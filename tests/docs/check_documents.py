@@ -22,7 +22,7 @@ import subprocess
 import sys
 import tempfile
 
-DOCUMENTS = ["README.md", "CONTRIBUTING.md", "docs/*.md"]
+DOCUMENTS = ["README.md", "CHANGELOG.md", "CONTRIBUTING.md", "SECURITY.md", "docs/*.md"]
 COMMENT = re.compile(r"<!--\s*frame:\s*([\w.]*)\s*(?:,\s*pages:\s*(\S+)\s+(\d+)\s*)?-->")
 WARNINGS = ["-Wall", "-Wextra", "-Wpedantic", "-Werror"]
 
