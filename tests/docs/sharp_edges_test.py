@@ -16,13 +16,13 @@ import zlib
 import sorrelin
 from sorrelin import Compression, PdfReader
 
-LIBRARY = sorrelin._library()
+LIBRARY = sorrelin._library.core_library()
 LIBRARY.pdf_ClosePDFFile.argtypes = [ctypes.c_int64]
 LIBRARY.pdf_ClosePDFFile.restype = None
 LIBRARY.pdf_ClosePDFInMemory.argtypes = [ctypes.c_int64]
 GREYS = b"".join(bytes((grey, grey, grey, 0)) for grey in range(256))
 NO_LIBRARY = b"\0\0"
-CADWICK, RENNICK = sorrelin._wide("Cadwick.dll"), sorrelin._wide("Rennick.dll")
+CADWICK, RENNICK = sorrelin._library.wide("Cadwick.dll"), sorrelin._library.wide("Rennick.dll")
 
 
 def bitmap(width, height, bits, behind_header, compression=0, colours=0, per_metre=2835):
@@ -48,7 +48,7 @@ class Session:
         self.handle = handle.value
 
     def create(self, path):
-        return LIBRARY.pdf_CreatePDFW(self.handle, sorrelin._wide(str(path)))
+        return LIBRARY.pdf_CreatePDFW(self.handle, sorrelin._library.wide(str(path)))
 
     def create_in_memory(self, document=None):
         return LIBRARY.pdf_CreatePDFInMemory(self.handle, document, len(document or b""))
@@ -193,7 +193,7 @@ class Documents(EdgeTest):
     def test_a_string_of_253_units_ends_the_process_at_the_create_call(self):
         done = in_own_process("""
 s = Session()
-print(LIBRARY.pdf_SetTitleW(s.handle, sorrelin._wide("x" * 253)), file=sys.stderr, flush=True)
+print(LIBRARY.pdf_SetTitleW(s.handle, sorrelin._library.wide("x" * 253)), file=sys.stderr, flush=True)
 s.create_in_memory()
 """)
         self.assertEqual(done.returncode, -6)
@@ -294,7 +294,7 @@ class Updates(EdgeTest):
     def test_strings_are_not_written(self):
         self.store(document((grey(),)))
         session = Session()
-        LIBRARY.pdf_SetTitleW(session.handle, sorrelin._wide("New"))
+        LIBRARY.pdf_SetTitleW(session.handle, sorrelin._library.wide("New"))
         self.assertEqual((session.create(self.path), session.page(grey()), session.finish()),
                          (0, 0, 0))
         self.assertIn("Converted Document", self.tool("pdfinfo", self.path).stdout)
@@ -429,7 +429,7 @@ class Errors(EdgeTest):
         session = Session()
         self.assertEqual((session.code(), session.text()), (32, "PDF Object not initialized"))
         self.assertEqual(session.page(grey()), 2)
-        self.assertEqual(LIBRARY.pdf_SetTitleW(session.handle, sorrelin._wide("a")), 0)
+        self.assertEqual(LIBRARY.pdf_SetTitleW(session.handle, sorrelin._library.wide("a")), 0)
         self.assertEqual(session.code(), 2)
 
     def test_the_text_call_gives_1_0_or_2(self):

@@ -370,11 +370,12 @@ class Finding(ModuleTest):
     def setUp(self):
         super().setUp()
         self.built = pathlib.Path(os.environ["SORRELIN_LIBRARY"])
-        shutil.copy(sorrelin.__file__, self.folder)
+        self.package = self.folder / "sorrelin"
+        shutil.copytree(pathlib.Path(sorrelin.__file__).parent, self.package)
 
     def test_beside_the_module(self):
         for library in self.built.parent.glob("libsorrelin*.so.13"):
-            shutil.copy(library, self.folder)
+            shutil.copy(library, self.package)
         self.assertEqual(self.run_with(None, self.folder).returncode, 0)
 
     def test_by_the_loader_s_search(self):

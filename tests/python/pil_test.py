@@ -1,0 +1,63 @@
+"""PIL's pictures as pages."""
+
+import unittest
+import warnings
+
+import PIL.Image
+
+import sorrelin
+
+
+def picture(mode):
+    image = PIL.Image.new("RGB", (37, 20))
+    image.putdata([(x * 7 % 256, y * 12 % 256, (x + y) % 256) for y in range(20) for x in range(37)])
+    return image.convert(mode)
+
+
+def round_trip(image):
+    with sorrelin.PdfWriter(None) as pdf:
+        pdf.add_page(image)
+    with sorrelin.PdfReader(pdf.getvalue()) as read:
+        return read[0]
+
+
+class Pictures(unittest.TestCase):
+    def test_bilevel_grey_and_colour_come_back_equal(self):
+        for mode, bits in (("1", 1), ("L", 8), ("RGB", 24)):
+            with self.subTest(mode=mode):
+                image = picture(mode)
+                back = round_trip(image)
+                self.assertEqual(back.bits, bits)
+                values = bytes(back.pixels)
+                if mode == "1":
+                    values = bytes(255 * value for value in values)
+                self.assertEqual(values, image.convert("L").tobytes() if bits == 1
+                                 else image.tobytes())
+
+    def test_a_palette_stays_a_palette(self):
+        image = picture("RGB").quantize(16)
+        back = round_trip(image)
+        self.assertEqual(back.bits, 8)
+        self.assertEqual(bytes(back.indices), image.tobytes())
+        self.assertEqual(bytes(back.pixels), image.convert("RGB").tobytes())
+
+    def test_other_modes_are_converted_with_a_warning(self):
+        with self.assertWarns(UserWarning):
+            back = round_trip(picture("RGB").convert("CMYK"))
+        self.assertEqual(back.bits, 24)
+
+    def test_the_modes_that_fit_give_no_warning(self):
+        with warnings.catch_warnings():
+            warnings.simplefilter("error")
+            round_trip(picture("L"))
+
+    def test_the_resolution_is_the_picture_s_own(self):
+        image = PIL.Image.new("L", (100, 100))
+        image.info["dpi"] = (100, 100)
+        x, y = round_trip(image).dpi
+        self.assertAlmostEqual(x, 100, delta=0.2)
+        self.assertAlmostEqual(y, 100, delta=0.2)
+
+
+if __name__ == "__main__":
+    unittest.main()
