@@ -1,28 +1,39 @@
 #!/usr/bin/env bash
-# Makes the Debian packages libsorrelin, libsorrelin-dev, sorrelin-codecs and sorrelin in
-# build/package/packages. With --try they are installed into a clean Debian root that is made for it,
-# where the examples are built and run with nothing but what the packages brought. --try needs root.
-# Further options go to cmake, as -DSORRELIN_MAINTAINER="Name <address>".
+# Makes the Debian packages in build/package and lets lintian judge them. With --try they are
+# installed, used, upgraded to and removed in clean Debian roots; --try needs root and a network.
+#
+# usage: scripts/package.sh [--try]
+#
+# Whoever hands packages out says who they are: SORRELIN_MAINTAINER="Name <address>".
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
-try=
-if [ "${1:-}" = --try ]; then try=yes; shift; fi
 scripts/packages.sh package
-cmake --preset release -B build/package -DCMAKE_INSTALL_PREFIX=/usr -DSORRELIN_PARTS=ON "$@" >/dev/null
-cmake --build build/package --parallel "$(nproc)"
-rm -rf build/package/packages
-(cd build/package && cpack >cpack.log 2>&1) || { cat build/package/cpack.log; exit 1; }
-ls build/package/packages/*.deb
-if [ -z "$try" ]; then exit 0; fi
+rm -rf build/package
+mkdir -p build/package/source
+find . -mindepth 1 -maxdepth 1 ! -name build ! -name '.?*' -exec cp -r -t build/package/source {} +
+cp -r packaging/debian build/package/source/debian
+if [ -n "${SORRELIN_MAINTAINER:-}" ]; then
+  sed -i "s/Unreleased build <root@localhost>/$SORRELIN_MAINTAINER/" \
+    build/package/source/debian/{control,changelog}
+fi
 
+log=$PWD/build/package/build.log
+echo "building (build/package/build.log) ..."
+(cd build/package/source && DEB_BUILD_OPTIONS="parallel=$(nproc) nocheck noautodbgsym" dpkg-buildpackage -us -uc -b) \
+  >"$log" 2>&1 || { tail -n 40 "$log"; exit 1; }
+ls build/package/*.deb
+lintian --allow-root --fail-on error,warning build/package/*.deb
+echo "lintian finds nothing that is not named in packaging/debian/owner.lintian-overrides"
+
+if [ "${1:-}" != --try ]; then exit 0; fi
 sources=/etc/apt/sources.list
 grep -qs '^deb' "$sources" || sources=/etc/apt/sources.list.d/debian.sources
 suite=$(. /etc/os-release && echo "$VERSION_CODENAME")
 export repository=$PWD
-mmdebstrap --quiet --variant=apt --format=null --include=g++,cmake,make,pkg-config \
+mmdebstrap --quiet --variant=apt --format=null --include=g++,cmake,dpkg-dev,make,pkg-config \
   --dpkgopt=force-unsafe-io \
-  --customize-hook='mkdir "$1/packages"; cp "$repository"/build/package/packages/*.deb "$1/packages"' \
+  --customize-hook='mkdir "$1/packages"; cp "$repository"/build/package/*.deb "$1/packages"' \
   --customize-hook='cp -r "$repository/examples" "$repository/tests/package/in_clean_root.sh" "$1"' \
   --customize-hook='env -i PATH="$PATH" HOME=/root chroot "$1" sh /in_clean_root.sh' \
   "$suite" /dev/null "$sources"

@@ -10,11 +10,11 @@ packages=(
   librapidxml-dev libleptonica-dev libcli11-dev libqpdf-dev)
 optional=(libtesseract-dev)
 viewers=(ghostscript graphicsmagick mupdf-tools poppler-utils)
-packaging=(dpkg-dev mmdebstrap)
+packaging=(build-essential debhelper dh-python doxygen lintian mmdebstrap python3)
 fuzzing=(ninja-build clang libclang-rt-14-dev)
 witnesses=(ninja-build ccache libgtest-dev libgmock-dev libbenchmark-dev qpdf
   img2pdf libtiff-tools tesseract-ocr-eng tesseract-ocr-heb tesseract-ocr-osd
-  doxygen python3 python3-numpy man-db mandoc zsh fish tmux clang-format abigail-tools)
+  doxygen python3 python3-numpy python3-pil mypy man-db mandoc zsh fish tmux clang-format abigail-tools)
 
 case "${1:-}" in
   minimal) optional=() ;;
