@@ -26,7 +26,7 @@ struct PageRecord {
   Resolution dpi;
   DpiOrigin origin = DpiOrigin::kFile;
   double ink_percent = 100;  // of a page that is looked at for ink
-  std::string damage;  // what is lost of a damaged picture that is kept; empty: nothing
+  std::string damage;        // what is lost of a damaged picture that is kept; empty: nothing
 };
 
 // An object for the list of pages in the report, indented as its element.
