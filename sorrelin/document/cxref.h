@@ -88,7 +88,8 @@ class CXRef {
 
   // Whether the text can be an object: "obj" before "endobj", or before a ">" at its end.
   static int IsObjectTextValid(BYTE const* text, uint64_t size);
-  // Replaces index, extents and marks by what a scan of the document for " obj" finds.
+  // Replaces index, extents and marks by what a scan of the document for " obj" finds. All stay as
+  // they were where memory is short.
   void RebuildByScan();
   // Whether the scan was made; a second one could only find the same.
   bool IsRebuilt() const { return m_bRebuilt; }
@@ -112,6 +113,7 @@ class CXRef {
   DWORD m_nEntryLength = 20;            // no route reads it
 
  private:
+  void ScanForObjects();
   void AddBoundary(uint64_t offset);
 
   bool m_bRebuilt = false;

@@ -18,6 +18,8 @@ namespace sorrelin {
 class IndexedObjects : public ObjectSource {
  public:
   explicit IndexedObjects(DocumentFile& file) : file_(file) {}
+  IndexedObjects(IndexedObjects const&) = delete;
+  IndexedObjects& operator=(IndexedObjects const&) = delete;
 
   // Takes the index of another document, which may still be empty. `used` is whether fetches go
   // through it.

@@ -110,10 +110,25 @@ int CXRef::IsObjectTextValid(BYTE const* text, uint64_t size) {
 // Kept: only headers with one blank in front of "obj" are found, and the first of several versions
 // wins; objects in object streams are not found.
 void CXRef::RebuildByScan() {
+  std::vector<XRefObjectEntry> index;
+  ExtentMap extents;
+  std::vector<OffsetMark> marks;
+  auto const exchange = [&] {
+    m_ObjectIndex.swap(index);
+    m_Extents.swap(extents);
+    m_Marks.swap(marks);
+  };
+  exchange();
+  try {
+    ScanForObjects();
+  } catch (...) {
+    exchange();
+    throw;
+  }
   m_bRebuilt = true;
-  m_ObjectIndex.clear();
-  m_Extents.clear();
-  m_Marks.clear();
+}
+
+void CXRef::ScanForObjects() {
   CXrefParser parser(m_File.channel());
   for (uint64_t at = 0; parser.CurrentState() != CXrefParser::kReadFailure;) {
     DWORD const position = static_cast<DWORD>(at);

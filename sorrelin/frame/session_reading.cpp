@@ -156,8 +156,8 @@ DWORD CCreatePDF::GetObjectType(BYTE* pData, DWORD nSize) {
 int CCreatePDF::GetValueFromReference(DWORD nObject, DWORD* pValue) {
   return Door(m_pState, [&](SessionState& state) {
     ObjectLoader objects = state.Objects();
-    DWORD unused = 0;
-    bool const read = objects.ReadNumberOf(nObject, pValue != nullptr ? pValue : &unused);
+    if (pValue == nullptr && objects.Open(nObject)) state.Fail(PDF_ERROR_INVALID_HANDLE);
+    bool const read = pValue != nullptr && objects.ReadNumberOf(nObject, pValue);
     return state.Report(read ? Status::Ok() : Status::Failed()) ? 1 : 0;
   });
 }

@@ -123,6 +123,15 @@ TEST(ValueFromReference, FailsWithoutANumberOrAnObject) {
   EXPECT_EQ(value, 77u);
 }
 
+// The object is looked for first.
+TEST(GetValueFromReference, MissingArgumentIsCode2ForAnObjectThatIsThere) {
+  ObjectSession session({{5, "17"}});
+  EXPECT_EQ(session->GetValueFromReference(0, nullptr), 0);
+  EXPECT_EQ(session->PDF_GetLastError(), 0u);
+  EXPECT_EQ(session->GetValueFromReference(5, nullptr), 0);
+  EXPECT_EQ(session->PDF_GetLastError(), 2u);
+}
+
 // The flags after a call over `text`, 99 if they stayed, and the call's result.
 struct ProcSet {
   int result;
