@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""No two files of the library depend on each other in a circle: call_circles.py NM ROOT OBJECT...
+"""No two files of the library depend on each other in a circle: file_circles.py NM ROOT OBJECT...
 
 A file depends on the files that it includes, and a source on those whose functions and data its
 object refers to.
