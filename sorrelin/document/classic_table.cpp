@@ -130,8 +130,8 @@ class SectionReader {
   DWORD& entries_left_;
   DWORD at_;  // offset of what is read next
   bool older_;
-  bool at_keyword_ = true;   // the section's own keyword stands there
-  bool at_trailer_ = false;  // the word "trailer" stands there
+  bool at_keyword_ = true;   // the section's own keyword is there
+  bool at_trailer_ = false;  // the word "trailer" is there
   ReadWindow window_;
 };
 

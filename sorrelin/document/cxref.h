@@ -1,4 +1,4 @@
-// The model of a document's cross-reference: for every object number where the object lies and in
+// The model of a document's cross-reference: for every object number where the object is and in
 // which form, and the byte range that each plain object takes.
 #ifndef SORRELIN_DOCUMENT_CXREF_H_
 #define SORRELIN_DOCUMENT_CXREF_H_
@@ -42,7 +42,7 @@ struct ObjectExtent {
   DWORD nEnd = 0;
 };
 
-// An offset at which something begins. Without an extent it only ends the object in front of it.
+// An offset at which something begins. Without an extent it only ends the object before it.
 struct OffsetMark {
   uint64_t nOffset = 0;
   ObjectExtent* pExtent = nullptr;  // not owned: an element of the extent map

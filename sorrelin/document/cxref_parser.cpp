@@ -9,7 +9,7 @@ namespace sorrelin {
 
 namespace {
 
-// A position that stands this few bytes past the place of the next chunk, or on it, is not read
+// A position this few bytes past the place of the next chunk, or on it, is not read
 // yet.
 constexpr DWORD kReadAhead = 25;
 

@@ -1,4 +1,4 @@
-// A sliding window over a document for the recovery scan: about 2000 bytes behind the read position
+// A sliding window over a document for the recovery scan: about 2000 bytes after the read position
 // stay in reach.
 #ifndef SORRELIN_DOCUMENT_CXREF_PARSER_H_
 #define SORRELIN_DOCUMENT_CXREF_PARSER_H_
@@ -24,7 +24,7 @@ class CXrefParser {
   CXrefParser& operator=(CXrefParser const&) = delete;
 
   // The byte at a position of the file; a blank after a read failure. A position that is not in the
-  // window reads as what stands in its place there.
+  // window reads as what is in its place there.
   BYTE GetByte(DWORD position);
 
   State CurrentState() const { return static_cast<State>(m_nState); }

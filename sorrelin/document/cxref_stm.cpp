@@ -125,7 +125,7 @@ bool CXRefStm::InflateSection() {
   return true;
 }
 
-// Kept: parameters of an earlier section stand where a section has none of its own, and the size
+// Kept: parameters of an earlier section count where a section has none of its own, and the size
 // stays what it was with the rows' tags.
 bool CXRefStm::UndoPredictor() {
   if (m_nSize <= 1) return true;

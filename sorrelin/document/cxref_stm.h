@@ -26,7 +26,7 @@ class CXRefStm : public CXRef {
   // Looks for startxref in the last bytes of the document and takes its number for the offset of
   // the newest section.
   int ReadStartXref();
-  // Whether a classic table stands at the offset (null: of the newest section) or near it, in which
+  // Whether a classic table is at the offset (null: of the newest section) or near it, in which
   // case the newest section's offset moves onto it.
   int IsClassicTableAt(DWORD const* offset);
   // Looks for a table's keyword around the offset, backward or forward, and moves the offset onto

@@ -47,7 +47,7 @@ class CDecodeParms {
   // Whether ApplyPredictor has something to do.
   bool HasPredictor() const { return m_pPredictor != nullptr && m_pPredictor->m_nPredictor != 1; }
 
-  // Undoes the rows of `data` in place, one behind the other without their tags; bytes behind the
+  // Undoes the rows of `data` in place, one after the other without their tags; bytes after the
   // last row stay as they were. 1, or 0 with the data partly undone.
   int ApplyPredictor(std::span<BYTE> data) const;
 

@@ -47,7 +47,7 @@ std::optional<std::string> TakeLiteralString(std::string_view& text) {
   return std::nullopt;
 }
 
-// The next string, whatever stands in front of it.
+// The next string, whatever precedes it.
 std::optional<std::string> TakeString(std::string_view& text) {
   size_t const begin = text.find_first_of("<(");
   if (begin == std::string_view::npos) return std::nullopt;

@@ -14,7 +14,7 @@ struct DocumentId {
   std::string changing;
 };
 
-// Reads the two strings behind /ID, decoded; both stay empty where there are no two closed strings.
+// Reads the two strings after /ID, decoded; both stay empty where there are no two closed strings.
 // 0 only if the text has an "ID" that is not the key.
 int ReadIdKey(std::span<BYTE const> text, DocumentId& id);
 

@@ -68,7 +68,7 @@ class Inflater {
   }
 
   std::span<BYTE const> source_;  // not yet given to zlib
-  uint64_t zeros_;                // virtual input behind the source
+  uint64_t zeros_;                // virtual input after the source
   uint64_t limit_;
   uint64_t first_output_;
   std::vector<BYTE>& output_;

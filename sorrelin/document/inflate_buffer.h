@@ -21,7 +21,7 @@ enum InflateResult {
 inline constexpr uint64_t kMostInflated = 1024 * 1024 * 1024;
 
 // Inflates the zlib stream at the start of `source` into `output`, whose size is then exactly what
-// came out; bytes behind the stream do not matter. The source is taken to be `source_size` bytes
+// came out; bytes after the stream do not matter. The source is taken to be `source_size` bytes
 // long: fewer cut it off, and what `source` lacks reads as 0. A size of 0 gives an empty output.
 // On failure the output is empty. What comes out, be it of a stream that fails, is taken off
 // `work`; a stream that needs more of it takes all.

@@ -18,7 +18,7 @@ constexpr DWORD kFirstLook = 512;
 constexpr DWORD kMostLook = 64 * 1024;
 
 // Size of the object in the `bytes` bytes at `offset`: through "endobj" and one byte more, if no
-// NUL stands before it.
+// NUL precedes it.
 DWORD SizeThroughEndobj(DocumentFile& file, DWORD offset, DWORD bytes) {
   DWORD wanted = kFirstLook;
   for (DWORD at = 0; at < bytes;) {

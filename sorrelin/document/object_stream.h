@@ -42,7 +42,7 @@ class ObjectStreamReader {
  private:
   friend struct ::XrefProbe;
 
-  // Where an object begins behind the header, and its number; ordered by offset.
+  // Where an object begins after the header, and its number; ordered by offset.
   struct Place {
     DWORD nOffset;
     DWORD nNumber;

@@ -11,7 +11,7 @@ constexpr size_t kMostStreams = 49;
 // More decoded bytes than this are not kept, however few streams they are of.
 constexpr uint64_t kMostHeldBytes = 128 * 1024 * 1024;
 
-// An offset that stands in a list for the time of a scope.
+// An offset that is in a list for the time of a scope.
 class Entered {
  public:
   Entered(std::vector<uint64_t>& offsets, uint64_t offset) : offsets_(offsets) {

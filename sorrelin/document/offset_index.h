@@ -1,4 +1,4 @@
-// The offsets of the object table in ascending order, so that the object behind a given one is
+// The offsets of the object table in ascending order, so that the object after a given one is
 // found without a walk over the table.
 #ifndef SORRELIN_DOCUMENT_OFFSET_INDEX_H_
 #define SORRELIN_DOCUMENT_OFFSET_INDEX_H_

@@ -69,7 +69,7 @@ Status Opening::Read() {
   return status;
 }
 
-// The number after "startxref", which must stand in the document's last bytes.
+// The number after "startxref", which must be in the document's last bytes.
 Result<DWORD> Opening::FindStartXref() {
   FileChannel* const channel = reader_.file.channel();
   char tail[kTailBytes];

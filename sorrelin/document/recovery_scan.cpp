@@ -12,7 +12,7 @@ namespace sorrelin {
 
 namespace {
 
-// How many positions behind the end of the file are looked at, in what the ring still holds.
+// How many positions after the end of the file are looked at, in what the ring still holds.
 constexpr uint64_t kPastEnd = 2000;
 constexpr int64_t kTailBytes = 4;
 // Beyond this a run of digits has reached its bound in any case.
@@ -69,7 +69,7 @@ struct ScannedHeader {
 
 bool IsHeaderByte(BYTE c) { return c == ' ' || IsDecimalDigit(static_cast<char>(c)); }
 
-// Of the blanks and digits in front of the keyword the first two numbers count. Kept: the walk ends
+// Of the blanks and digits before the keyword the first two numbers count. Kept: the walk ends
 // at the file's first byte, which belongs to no header; documents begin with "%".
 ScannedHeader ReadHeaderBack(BytesBefore bytes, DWORD position) {
   DWORD stop = position;
@@ -107,7 +107,7 @@ int CXRef::IsObjectTextValid(BYTE const* text, uint64_t size) {
   return keyword < end ? 1 : 0;
 }
 
-// Kept: only headers with one blank in front of "obj" are found, and the first of several versions
+// Kept: only headers with one blank before "obj" are found, and the first of several versions
 // wins; objects in object streams are not found.
 void CXRef::RebuildByScan() {
   std::vector<XRefObjectEntry> index;

@@ -1,4 +1,4 @@
-// Where the reading of the cross-reference starts, and whether a classic table stands there.
+// Where the reading of the cross-reference starts, and whether a classic table is there.
 #include <sorrelin/channel/file_channel.h>
 #include <sorrelin/document/cxref_stm.h>
 #include <sorrelin/document/start_xref.h>
@@ -18,7 +18,7 @@ constexpr std::string_view kStreamKeyword = "/XRef";
 constexpr DWORD kBackWindow = 40;  // bytes of each look back from the end
 constexpr DWORD kBackStep = 20;
 constexpr DWORD kBackLooks = 5;
-constexpr DWORD kTableLook = 20;  // bytes that are read where a table shall stand
+constexpr DWORD kTableLook = 20;  // bytes that are read where a table should be
 constexpr DWORD kSearchPasses = 9;
 constexpr DWORD kSearchWindow = 84;  // bytes of the first pass
 constexpr DWORD kSearchStep = 64;

@@ -1,4 +1,4 @@
-// The number behind "startxref".
+// The number after "startxref".
 #ifndef SORRELIN_DOCUMENT_START_XREF_H_
 #define SORRELIN_DOCUMENT_START_XREF_H_
 
@@ -10,7 +10,7 @@ namespace sorrelin {
 
 inline constexpr std::string_view kStartXref = "startxref";
 
-// The first run of digits behind the first "startxref" of the text, or nothing.
+// The first run of digits after the first "startxref" of the text, or nothing.
 std::optional<int32_t> NumberAfterStartXref(std::string_view text);
 
 }  // namespace sorrelin

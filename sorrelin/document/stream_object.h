@@ -9,7 +9,7 @@
 
 namespace sorrelin {
 
-// Whether two integers stand at the text's start, as in an object's header.
+// Whether two integers are at the text's start, as in an object's header.
 bool StartsWithTwoIntegers(std::span<BYTE const> text);
 
 // The bytes after "stream" and its line end, up to the text's end; nothing without the keyword.

@@ -26,7 +26,7 @@ namespace {
 
 constexpr auto kFixed = sorrelin::DocumentFile::Growth::kFixed;
 
-// Takes the channel, tests the header and reads the index. After a failure behind the header the
+// Takes the channel, tests the header and reads the index. After a failure after the header the
 // document stays open, for the caller to close.
 bool ReadDocument(SessionState& state, FileChannel* channel) {
   state.TakeChannel(channel, kFixed);

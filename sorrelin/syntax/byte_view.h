@@ -26,7 +26,7 @@ struct ByteView {
     return {reinterpret_cast<char const*>(data), static_cast<size_t>(size)};
   }
 
-  // The bytes in front of the first NUL, or all of them.
+  // The bytes before the first NUL, or all of them.
   std::string_view Text() const {
     std::string_view const chars = Chars();
     return chars.substr(0, chars.find('\0'));

@@ -1,4 +1,4 @@
-// The key searches behind the scanner.
+// The key searches of the scanner.
 #include <sorrelin/syntax/key_search.h>
 
 #include <string>

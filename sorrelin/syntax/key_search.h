@@ -1,5 +1,5 @@
 // The key searches that the scanner methods and functions share. A key is text: it is found
-// wherever its bytes stand, inside a longer name, a string or stream data, in front of the first
+// wherever its bytes are, inside a longer name, a string or stream data, before the first
 // NUL byte.
 //
 // The terminated searches treat the buffer's last byte as a NUL: it is never part of a match. Which
@@ -18,7 +18,7 @@ namespace sorrelin {
 inline constexpr uint64_t kNotFound = UINT64_MAX;
 
 enum class LastByte {
-  kKept,              // the buffer's last byte stands as it was in every case
+  kKept,              // the buffer's last byte stays as it was in every case
   kTerminatedOnMiss,  // a search that fails leaves a NUL in the buffer's last byte
 };
 
@@ -32,10 +32,10 @@ uint64_t FindKey(BYTE* data, uint64_t size, char const* key, LastByte last_byte)
 // A miss leaves a NUL in the last byte.
 uint64_t FindDelimitedName(BYTE* data, uint64_t size, char const* key);
 
-// Offset behind "/" and the key, whatever follows; the last byte takes part.
+// Offset after "/" and the key, whatever follows; the last byte takes part.
 uint64_t FindBehindName(ByteView buffer, char const* key);
 
-// Whether blanks, digits, blanks, digits, blanks and "R" stand at `at`. All but the "R" may be
+// Whether blanks, digits, blanks, digits, blanks and "R" are at `at`. All but the "R" may be
 // missing: "R" alone is a reference to callers, who only tell references from direct values.
 bool HasReferenceShape(ByteView buffer, uint64_t at, bool (*is_blank)(BYTE));
 

@@ -13,7 +13,7 @@ constexpr uint64_t kNumberCharacters = 99;
 }  // namespace
 
 // Kept: positions count from the match, but the limit is the whole buffer's size; a number at the
-// very end is read behind a late match (the bytes past the end are NULs), and not behind an early
+// very end is read after a late match (the bytes past the end are NULs), and not after an early
 // one.
 NumberScan::Event NumberScan::Next() {
   std::optional<uint64_t> first;

@@ -1,6 +1,6 @@
-// The one loop that reads decimal numbers behind a key, and the rules in which its users differ.
+// The one loop that reads decimal numbers after a key, and the rules in which its users differ.
 //
-// A number is a run of digits with a separator in front and behind. Digits that touch anything else
+// A number is a run of digits with a separator before and after. Digits that touch anything else
 // start no number ("/Im0"), so the scan passes them and takes the next clean number: "-5 7" is 7.
 #ifndef SORRELIN_SYNTAX_NUMBER_SCAN_H_
 #define SORRELIN_SYNTAX_NUMBER_SCAN_H_
@@ -18,8 +18,8 @@ namespace sorrelin {
 enum class ByteRole : BYTE {
   kDrops,        // drops an open number; digits that touch it start none
   kEnds,         // ends an open number; digits that touch it start none
-  kNumeral,      // starts a number behind a separator, or belongs to the open one
-  kSeparates,    // ends an open number, and a number may start behind it
+  kNumeral,      // starts a number after a separator, or belongs to the open one
+  kSeparates,    // ends an open number, and a number may start after it
   kClosesArray,  // separates, and the array that is read ends
   kStops,        // ends the scan, open number or not
 };
@@ -39,16 +39,16 @@ constexpr NumberRule MakeNumberRule(std::string_view separators, std::string_vie
 
 inline constexpr std::string_view kDigits = "0123456789";
 
-// Two numbers behind a key; also two numbers behind the first name.
+// Two numbers after a key; also two numbers after the first name.
 inline constexpr NumberRule kPairRule =
     MakeNumberRule("\r\n [", kDigits, ByteRole::kDrops, ByteRole::kDrops);
-// One number behind a key.
+// One number after a key.
 inline constexpr NumberRule kSingleRule =
     MakeNumberRule({"\r\n [\0/>", 7}, kDigits, ByteRole::kDrops, ByteRole::kDrops);
 // The first two numbers of an array.
 inline constexpr NumberRule kArrayPairRule =
     MakeNumberRule("\r\n [", kDigits, ByteRole::kSeparates, ByteRole::kDrops);
-// All numbers of an array, of which only the part in front of "." counts.
+// All numbers of an array, of which only the part before "." counts.
 inline constexpr NumberRule kArrayRule =
     MakeNumberRule("\r\n [", "0123456789.", ByteRole::kClosesArray, ByteRole::kDrops);
 // Two numbers, and one, as the cross-reference code reads them.

@@ -1,4 +1,4 @@
-// Where the reading of a value finds what stands in another object.
+// Where the reading of a value finds what is in another object.
 #ifndef SORRELIN_SYNTAX_OBJECT_SOURCE_H_
 #define SORRELIN_SYNTAX_OBJECT_SOURCE_H_
 

@@ -15,7 +15,7 @@ namespace {
 
 constexpr size_t kNameBytes = 127;
 
-// Where a scan behind a key starts; the buffer's start without a key.
+// Where a scan after a key starts; the buffer's start without a key.
 uint64_t ScanStart(BYTE* data, uint64_t size, char const* key) {
   return key == nullptr ? 0 : FindKey(data, size, key, LastByte::kTerminatedOnMiss);
 }
@@ -25,7 +25,7 @@ bool EndsName(std::string_view text, size_t at) {
   return c == '/' || IsWhiteSpace(static_cast<BYTE>(c)) || text.substr(at, 2) == ">>";
 }
 
-// The name at the start of a text, behind its slash.
+// The name at the start of a text, after its slash.
 std::string NameBehindSlash(std::string_view text) {
   std::string name;
   size_t at = 0;
@@ -51,7 +51,7 @@ char ClosingOf(char opening) {
   }
 }
 
-// Position of the last closing character behind `begin`, or nothing.
+// Position of the last closing character after `begin`, or nothing.
 std::optional<size_t> FindClosing(std::string_view text, size_t begin, char closing) {
   for (size_t at = text.size() - 1; at > begin; --at) {
     if (text[at] == closing && text[at - 1] != '\\') return at;
@@ -89,8 +89,8 @@ int GetNumericArray(BYTE* data, DWORD size, char const* key, DWORD* values, DWOR
   while (scan.Next() == NumberScan::Event::kNumber) {
     values[read++] = scan.value();
     if (read == count) return 1;
-    // Kept: a closing bracket that stands free ends the array only after one more number, which
-    // fills the next slot; boxes with a blank in front of the bracket are read this way.
+    // Kept: a closing bracket that touches nothing ends the array only after one more number, which
+    // fills the next slot; boxes with a blank before the bracket are read this way.
     if (scan.array_closed()) return read + 1 == count ? 1 : 0;
   }
   return 0;

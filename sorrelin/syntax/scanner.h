@@ -1,4 +1,4 @@
-// Searches over the raw bytes of an object: the free functions that stand beside the scanner
+// Searches over the raw bytes of an object: the free functions beside the scanner
 // methods of the session. They set no error. A missing argument, or a key that is not found, gives
 // 0. Buffers are writable: where nothing is found, some searches leave a NUL in the last byte,
 // which never is part of a match of theirs.
@@ -15,12 +15,12 @@ namespace sorrelin {
 // Whether the key text occurs; the search ends at the first NUL, and the last byte takes part.
 bool BufferContains(BYTE const* data, uint64_t size, char const* key);
 
-// Two, or one, decimal numbers behind a key; the pair's key may be null: from the buffer's start.
+// Two, or one, decimal numbers after a key; the pair's key may be null: from the buffer's start.
 // A failed search leaves a NUL in the last byte. 1 or 0.
 int GetIntPairAfterKey(BYTE* data, uint64_t size, char const* key, DWORD* first, DWORD* second);
 int GetIntAfterKey(BYTE* data, uint64_t size, char const* key, DWORD* value);
 
-// Up to `count` numbers of an array behind the key (without slash; null: from the buffer's start).
+// Up to `count` numbers of an array after the key (without slash; null: from the buffer's start).
 // 1 if at least count - 1 were read; a slot that has no number stays as it was. Else 0.
 int GetNumericArray(BYTE* data, DWORD size, char const* key, DWORD* values, DWORD count);
 
@@ -29,7 +29,7 @@ int GetNumericArray(BYTE* data, DWORD size, char const* key, DWORD* values, DWOR
 int ParseName(char const* text, char** name);
 
 // The text between the first opening character and the last closing one that no backslash precedes,
-// in a new block (free()) with a NUL behind. 0 if there is none or it is empty.
+// in a new block (free()) with a NUL after. 0 if there is none or it is empty.
 int ExtractBracketed(char const* text, uint64_t size, char opening, char** out, uint64_t* length);
 
 bool IsAllDigits(char const* text);  // false for an empty text
@@ -45,20 +45,20 @@ void DecodeHexString(char const* text, uint64_t length, BYTE* out);
 // Bounded search over NUL bytes; null if not found.
 BYTE* FindBytes(BYTE* data, uint64_t size, BYTE const* pattern, uint64_t pattern_size);
 
-// Whether a name stands behind the key.
+// Whether a name follows the key.
 bool IsValueName(BYTE* data, uint64_t size, char const* key);
 // Whether a reference does; its numbers may be missing. A failed search leaves a NUL in the last
 // byte.
 bool IsValueReference(BYTE* data, uint64_t size, char const* key);
 
-// Whether digits up to white space or the end stand behind leading white space and one character
+// Whether digits up to white space or the end follow leading white space and one character
 // that is not looked at (a sign). `length` 0 is the whole text; false for an empty text.
 bool IsNumericText(char const* text, uint64_t length);
 
 // The two numbers of "N G obj" at the start of a text. 0, with both numbers 0, for anything else.
 int ParseObjectHeader(char const* text, DWORD* number, DWORD* generation);
 
-// The names that stand directly in a dictionary, keys and values alike, each with its slash: their
+// The names directly in a dictionary, keys and values alike, each with its slash: their
 // number, and a new table (free()) of slots of kKeySlotBytes, zero-terminated, longer names cut.
 // Null with 0 names.
 inline constexpr uint64_t kKeySlotBytes = 50;

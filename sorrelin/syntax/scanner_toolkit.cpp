@@ -16,7 +16,7 @@ namespace {
 
 constexpr size_t kHeaderDigits = 14;  // of a number in an object header
 
-// The digits at the start of a text, which lose their white space in front, and are taken off it.
+// The digits at the start of a text, without the white space before them; they are taken off it.
 std::string_view TakeDigits(ByteView& text) {
   ByteView const rest = text.From(SkipWhiteSpace(text, 0));
   uint64_t count = 0;

@@ -11,7 +11,7 @@ namespace {
 
 constexpr char kFilterKey[] = "/Filter";
 
-// Each name keeps what stands behind it up to the next one; nobody compares them.
+// Each name keeps what follows it up to the next one; nobody compares them.
 std::vector<std::string> SplitNames(std::string const& text) {
   std::vector<std::string> names;
   for (size_t at = text.find('/'); at != std::string::npos;) {

@@ -72,7 +72,7 @@ std::string_view LeadingNumber(std::string_view text, std::string_view extra = {
   return text.substr(0, count);
 }
 
-// The same with an optional "-" in front.
+// The same after an optional "-".
 std::string_view SignedNumber(std::string_view text, std::string_view extra = {}) {
   size_t const sign = text.starts_with('-') ? 1 : 0;
   return text.substr(0, sign + LeadingNumber(text.substr(sign), extra).size());
@@ -239,7 +239,7 @@ int ReadIsolated(ObjectSource* objects, ByteView rest, Reading const& reading,
   return reading.read({*value.text, text, value.size.value_or(0), value.result}, output);
 }
 
-// An array without inner brackets, taken from the bytes as they stand, or from the value's text.
+// An array without inner brackets, taken from the bytes as they are, or from the value's text.
 int ReadFlatArray(ObjectSource* objects, ByteView rest, Output const& output) {
   std::string_view const text = TrimFront(rest.Chars());
   if (text.empty() || text.front() == '<') return 0;
@@ -254,7 +254,7 @@ bool MayFollowKey(BYTE c) {
          std::string_view("\r\n (/<[").find(static_cast<char>(c)) != std::string_view::npos;
 }
 
-// What stands behind the first match of the key that no longer name continues.
+// What follows the first match of the key that no longer name continues.
 std::optional<ByteView> FindBehindKey(BYTE* data, uint64_t size, std::string_view key) {
   ByteView const buffer{data, size};
   BYTE const* const pattern = reinterpret_cast<BYTE const*>(key.data());

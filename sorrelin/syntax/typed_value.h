@@ -19,15 +19,15 @@ namespace sorrelin {
 //    512  array without inner arrays: its text, brackets included
 //   1024  reference: two int32_t, number and generation
 //    257, 258, 260, 272, 2048  any value: its text
-//    264  the integer behind "obj"; 1032 and 1056 the first digits anywhere
+//    264  the integer after "obj"; 1032 and 1056 the first digits anywhere
 //    288  the first dictionary anywhere in the value
-//   4096  all that stands behind the key, up to a NUL
-// A NUL stands behind every text and is not counted. Other types give 0.
+//   4096  all that follows the key, up to a NUL
+// A NUL follows every text and is not counted. Other types give 0.
 int GetTypedValue(ObjectSource* objects, BYTE* data, uint64_t size, char const* key, void** out,
                   uint64_t* out_size, DWORD type);
 
 // Isolates one value at *text, `size` bytes; `*out` must be null on entry and receives a new block
-// (free()) with a NUL behind.
+// (free()) with a NUL after.
 int ParseValueText(ObjectSource* objects, BYTE** text, uint64_t size, BYTE** out, DWORD* out_size);
 
 }  // namespace sorrelin

@@ -15,7 +15,7 @@ uint64_t FindTerminated(std::span<BYTE> text, char const* key) {
   return FindKey(text.data(), text.size(), key, LastByte::kTerminatedOnMiss);
 }
 
-// Offset of the separator after the first name. A NUL in front of it, which may be the one after
+// Offset of the separator after the first name. A NUL before it, which may be the one after
 // the text, gives kNotFound.
 uint64_t FindFirstNameEnd(std::span<BYTE> text) {
   uint64_t at = FindTerminated(text, "/");

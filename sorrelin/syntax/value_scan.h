@@ -1,6 +1,6 @@
 // Values after a key text in an object's bytes: numbers, references, tokens and value texts.
 //
-// A key is text that is found wherever it stands, see key_search.h. Each text has at least one
+// A key is text that is found wherever it is, see key_search.h. Each text has at least one
 // byte. A search that fails leaves a NUL in the last byte where that is said to be so by
 // "terminates"; what follows a key that is found changes nothing.
 #ifndef SORRELIN_SYNTAX_VALUE_SCAN_H_
@@ -16,7 +16,7 @@
 
 namespace sorrelin {
 
-// Whether the key's text stands anywhere; the last byte takes no part.
+// Whether the key's text is anywhere; the last byte takes no part.
 inline bool HoldsKey(std::span<BYTE> text, char const* key) {
   return FindKey(text.data(), text.size(), key, LastByte::kKept) != kNotFound;
 }

@@ -28,7 +28,7 @@ bool BeginsOtherValue(BYTE c) { return c == '(' || c == '/' || c == '[' || IsWhi
 
 bool IsPair(ByteView text, uint64_t at, BYTE c) { return text[at] == c && text[at + 1] == c; }
 
-// The bytes from `begin` through `last` and one more, which is the byte behind the dictionary.
+// The bytes from `begin` through `last` and one more, which is the byte after the dictionary.
 std::string TextThrough(ByteView text, uint64_t begin, uint64_t last) {
   std::string copy;
   for (uint64_t at = begin; at <= last + 1; ++at) copy += static_cast<char>(text[at]);
@@ -58,7 +58,7 @@ DictionaryPass FindDictionary(ByteView text) {
 // The pass for strings, names, arrays and numbers: writes the value, escapes resolved.
 class ValuePass {
  public:
-  // Kept: the output begins with as many NULs as stand in front of an unclosed dictionary, so that
+  // Kept: the output begins with as many NULs as bytes precede an unclosed dictionary, so that
   // such a value reads as empty, and its size does not. It has room for one byte more than the
   // text; what would go past that counts and reads as 0.
   ValuePass(ByteView text, uint64_t unclosed_at)
@@ -130,7 +130,7 @@ class ValuePass {
   int64_t angles_ = 0;
 };
 
-// What stands behind a number: the next token, and whether an "R" follows it.
+// What follows a number: the next token, and whether an "R" follows it.
 struct NumberTail {
   std::string token;
   bool has_r = false;
