@@ -43,14 +43,16 @@ for language in "${languages[@]}"; do
     --fonts_dir=/usr/share/fonts/truetype --resolution=300 --xsize=2480 --ysize=3508 \
     --margin=240 --ptsize=11 --leading=24 --degrade_image=false --rotate_image=false \
     >/dev/null 2>&1
-  gm convert "$language.tif" -type grayscale -density 300x300 "$language-1.png"
+  gm convert "$language.tif" -type grayscale -units PixelsPerInch -density 300x300 "$language-1.png"
   gm convert "$language-1.png" -background white -rotate 2 -gravity center -crop 2480x3508+0+0 \
-    +repage -density 300x300 "$language-2.png"
-  gm convert "$language-1.png" -threshold 50% -type bilevel -density 300x300 "$language-3.png"
+    +repage -units PixelsPerInch -density 300x300 "$language-2.png"
+  gm convert "$language-1.png" -threshold 50% -type bilevel -units PixelsPerInch -density 300x300 \
+    "$language-3.png"
 done
 for turn in "${turns[@]}"; do
   language=${turn%:*}
-  gm convert "$language-1.png" -rotate "${turn#*:}" -density 300x300 "$language-4.png"
+  gm convert "$language-1.png" -rotate "${turn#*:}" -units PixelsPerInch -density 300x300 \
+    "$language-4.png"
 done
 
 failed=0

@@ -15,6 +15,7 @@ import subprocess
 import sys
 
 DPI = 300
+WIDTH, HEIGHT = 2480, 3508  # pixels of a page as it is read
 
 
 def words_of_boxes(path):
@@ -50,10 +51,10 @@ def words_of_boxes(path):
     return words
 
 
-def tilted(box, degrees, width, height):
+def tilted(box, degrees):
     """The box around a box that was turned clockwise about the middle of the page."""
     angle = math.radians(-degrees)
-    middle = width / 2, height / 2
+    middle = WIDTH / 2, HEIGHT / 2
     corners = []
     for x in (box[0], box[2]):
         for y in (box[1], box[3]):
@@ -65,18 +66,16 @@ def tilted(box, degrees, width, height):
 
 
 def words_of_page(document, page):
-    """Words as (text, [left, bottom, right, top]) in pixels, and the size of the page."""
+    """Words as (text, [left, bottom, right, top]) in pixels of the page as it is read."""
     text = subprocess.run(["pdftotext", "-bbox", "-f", page, "-l", page, document, "-"], check=True,
                           capture_output=True, text=True).stdout
     scale = DPI / 72
-    width, height = (float(side) * scale
-                     for side in re.search(r'<page width="(.*?)" height="(.*?)"', text).groups())
     pattern = r'<word xMin="(.*?)" yMin="(.*?)" xMax="(.*?)" yMax="(.*?)">(.*?)</word>'
     words = []
     for left, top, right, bottom, word in re.findall(pattern, text):
-        words.append((word, [float(left) * scale, height - float(bottom) * scale,
-                             float(right) * scale, height - float(top) * scale]))
-    return words, width, height
+        words.append((word, [float(left) * scale, HEIGHT - float(bottom) * scale,
+                             float(right) * scale, HEIGHT - float(top) * scale]))
+    return words
 
 
 def overlap(a, b):
@@ -92,9 +91,9 @@ def main():
     document, *pages = sys.argv[1:]
     found = total = 0
     for page, boxes, tilt in zip(pages[::3], pages[1::3], pages[2::3]):
-        shown, width, height = words_of_page(document, page)
+        shown = words_of_page(document, page)
         for text, box in words_of_boxes(boxes):
-            place = tilted(box, float(tilt), width, height)
+            place = tilted(box, float(tilt))
             # Box files have the letters from left to right, whatever the script.
             total += 1
             found += any(other in (text, text[::-1]) and overlap(place, at) > 0.5

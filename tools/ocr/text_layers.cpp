@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <cstdlib>
 #include <memory>
 #include <qpdf/Buffer.hh>
 #include <qpdf/Pl_Buffer.hh>
@@ -127,6 +128,32 @@ std::string Renamed(std::string text, std::string const& font) {
   return text;
 }
 
+// Gives each word the width of its box. The renderer stretches a word with the blank after it to
+// the box, so that its letters end too early; the next word has a place of its own.
+std::string Widened(std::string const& text) {
+  constexpr std::string_view kStretch = " Tz [ <";
+  constexpr std::string_view kBlankCode = "0020";
+  constexpr size_t kCodeDigits = 4;
+  std::string widened;
+  size_t done = 0;
+  for (size_t at = 0; (at = text.find(kStretch, at)) != std::string::npos; ++at) {
+    size_t const number = text.rfind(' ', at - 1) + 1;
+    size_t const codes = at + kStretch.size();
+    size_t const end = std::min(text.find('>', codes), text.size());
+    size_t const count = (end - codes) / kCodeDigits;
+    if (number < done || count < 2 || text.substr(end - kCodeDigits, kCodeDigits) != kBlankCode) {
+      continue;
+    }
+    double const stretch = std::strtod(text.c_str() + number, nullptr);
+    char value[32];
+    std::snprintf(value, sizeof value, "%.3f",
+                  stretch * static_cast<double>(count) / static_cast<double>(count - 1));
+    widened.append(text, done, number - done).append(value);
+    done = at;
+  }
+  return widened.append(text, done);
+}
+
 // Lays the layers of one run.
 class Layering {
  public:
@@ -156,7 +183,7 @@ class Layering {
     Matrix const unit = {1 / box.urx, 0, 0, 1 / box.ury, 0, 0};
     auto const bytes = text.getBufferSharedPointer();
     std::string content(reinterpret_cast<char const*>(bytes->getBuffer()), bytes->getSize());
-    content = Renamed(std::move(content), FontName(page, rendered, rendered_page));
+    content = Renamed(Widened(content), FontName(page, rendered, rendered_page));
     content = "q\n" + OperatorOf(unit.Then(layer.place)) + content + "Q\n";
     QPDFObjectHandle stream = QPDFObjectHandle::newStream(&document_);
     stream.replaceStreamData(Deflated(content), QPDFObjectHandle::newName("/FlateDecode"),
