@@ -85,14 +85,11 @@ TEST_F(Ocr, PagesWithOtherTextAreLeftAlone) {
 }
 
 TEST_F(Ocr, TurnedPagesAreShownUprightAndHaveTheirWords) {
-  for (int quarters : {1, 2}) {
-    WritePix("page.png", Lines(quarters));
-    RunQuietly(
-        {"make", Out(), Path("page.png"), "--force", "--ocr", "eng", "--orientation", "auto"});
-    ExpectWords("out.pdf");
-    ExtractAll({"--output", Path("back.png"), "--force"});
-    EXPECT_TRUE(DocumentHas(quarters == 1 ? "/Rotate 270" : "/Rotate 180"));
-  }
+  WritePix("page.png", Lines(1));
+  RunQuietly({"make", Out(), Path("page.png"), "--ocr", "eng", "--orientation", "auto"});
+  ExpectWords("out.pdf");
+  EXPECT_TRUE(DocumentHas("/Rotate 270"));
+  ExtractAll({"--output", Path("back.png")});
 }
 
 TEST_F(Ocr, MissingLanguageNamesThePackageAndWritesNothing) {
