@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Compares the verbs that read documents with poppler's tools on the same documents, which it makes
-# itself. Each pair runs in turns, and the shortest time of each counts, so that a busy machine does
+# Compares the verbs that read documents with poppler's tools, and make with img2pdf and tiff2pdf, on
+# files that it makes itself. Each pair runs in turns, and the shortest time of each counts, so that a busy machine does
 # no harm.
 #
 # usage: bench/tool_bench.sh [BUILD-FOLDER] [RUNS]     (default: build/bench 7)
@@ -16,8 +16,8 @@ if [ ! -x "$sorrelin" ]; then
   exit 2
 fi
 sorrelin=$(realpath "$sorrelin")
-for program in gs pdfimages pdfinfo; do
-  command -v "$program" >/dev/null || { echo "needs $program (scripts/packages.sh demo)" >&2; exit 2; }
+for program in gs img2pdf pdfimages pdfinfo tiff2pdf tiffcp; do
+  command -v "$program" >/dev/null || { echo "needs $program (scripts/packages.sh test)" >&2; exit 2; }
 done
 
 folder=$(mktemp -d)
@@ -79,4 +79,38 @@ compare "extract 200 Group 4 pages, 200 TIFF files" 1 extract_many images_by_pop
 [ "$(tail -n 1 <("$sorrelin" count small.pdf))" = 10000 ]
 [ "$(find images -name '*.tif' | wc -l)" = 200 ]
 [ "$(find many -name '*.tif' | wc -l)" = 200 ]
+
+# Pictures: eight RGB pages of 150 dpi, 40 of black and white, the text as TIFF of several codings.
+gs -q -dBATCH -dNOPAUSE -sDEVICE=png16m -r150 -sPAPERSIZE=a4 -dLastPage=8 -o rgb%d.png text.ps
+gs -q -dBATCH -dNOPAUSE -sDEVICE=pngmono -r300 -sPAPERSIZE=a4 -dLastPage=40 -o mono%d.png text.ps
+gs -q -dBATCH -dNOPAUSE -sDEVICE=jpeg -r150 -sPAPERSIZE=a4 -dLastPage=8 -o photo%d.jpg text.ps
+tiffcp -c g4 -r 64 text.tif strips.tif
+tiffcp -c none text.tif raw.tif
+
+make() { "$sorrelin" make made.pdf --quiet --force "$@"; }
+make_rgb() { make rgb*.png; }
+rgb_by_img2pdf() { img2pdf rgb*.png -o peer.pdf; }
+make_mono() { make mono*.png; }
+mono_by_img2pdf() { img2pdf mono*.png -o peer.pdf; }
+make_photos() { make photo*.jpg; }
+photos_by_img2pdf() { img2pdf photo*.jpg -o peer.pdf; }
+make_strips() { make strips.tif; }
+strips_by_tiff2pdf() { tiff2pdf -o peer.pdf strips.tif; }
+make_strip() { make text.tif --jobs 2; }
+strip_by_tiff2pdf() { tiff2pdf -o peer.pdf text.tif; }
+make_raw() { make raw.tif --jobs 2; }
+raw_by_tiff2pdf() { tiff2pdf -o peer.pdf raw.tif; }
+make_auto() { make mono*.png --plain --jobs 1; }
+make_group_4() { make mono*.png --plain --compression g4 --jobs 1; }
+
+printf '%-42s %10s %10s\n' "" sorrelin peer
+compare "8 RGB PNG pages / img2pdf" 0.25 make_rgb rgb_by_img2pdf
+awk -v a="$(stat -c %s made.pdf)" -v b="$(stat -c %s peer.pdf)" 'BEGIN {
+  printf "  bytes %d, img2pdf %d\n", a, b; exit a > b }' || failed=1
+compare "40 bilevel PNG files / img2pdf" 0.35 make_mono mono_by_img2pdf
+compare "8 JPEG files / img2pdf" 0.25 make_photos photos_by_img2pdf
+compare "Group 4 TIFF of many strips / tiff2pdf" 0.3 make_strips strips_by_tiff2pdf
+compare "Group 4 TIFF of one strip / tiff2pdf" 2 make_strip strip_by_tiff2pdf
+compare "200 raw bilevel pages / tiff2pdf" 0.2 make_raw raw_by_tiff2pdf
+compare "text, the smaller coding / Group 4 alone" 1.3 make_auto make_group_4
 exit "$failed"

@@ -7,7 +7,7 @@ set -euo pipefail
 packages=(
   cmake g++ make pkg-config
   zlib1g-dev libtiff-dev libjpeg62-turbo-dev libturbojpeg0-dev libpng-dev libutfcpp-dev
-  librapidxml-dev libleptonica-dev libcli11-dev libqpdf-dev)
+  libdeflate-dev liblcms2-dev libqpdf-dev librapidxml-dev libleptonica-dev libcli11-dev)
 optional=(libtesseract-dev)
 viewers=(ghostscript graphicsmagick mupdf-tools poppler-utils)
 packaging=(build-essential debhelper dh-python doxygen lintian mmdebstrap python3)

@@ -4,6 +4,7 @@
 #define SORRELIN_WRITER_ENCODED_PAGE_H_
 
 #include <sorrelin/platform/types.h>
+#include <sorrelin/writer/image_form.h>
 
 #include <cstdint>
 #include <optional>
@@ -12,8 +13,8 @@ class CCreatePDF;
 
 namespace sorrelin {
 
-// A page of another size than its picture, and where the picture stands on it: its lower left
-// corner and its sides, in fractions of a point.
+// A page of another size than its picture, or a picture that is turned, and where the picture is on
+// the page: its lower left corner and its sides, in fractions of a point.
 struct PagePlacement {
   static constexpr int64_t kUnitsPerPoint = 10000;  // the fractions
 
@@ -22,6 +23,8 @@ struct PagePlacement {
   int64_t y = 0;        // of the corner, from below
   int64_t width = 0;    // of the picture
   int64_t height = 0;   // of the picture
+  int orientation =
+      1;  // of the rows as coded, as in EXIF: 1 to 8; corner and sides are the shown ones
 };
 
 // The coded bytes, and what the image dictionary says of them. Rows run from the top.
@@ -36,6 +39,10 @@ struct EncodedPage {
   DWORD size = 0;              // bytes
   HGLOBAL palette = nullptr;   // 8 bits: a block of red, green, blue triples, the caller's
   std::optional<PagePlacement> placement;  // otherwise the picture fills a page of its size
+  // In place of bits_per_pixel, compression, decode_normal and palette. The caller's, as the
+  // profile is, which writing the page may number.
+  ImageForm const* form = nullptr;
+  ColourProfile* profile = nullptr;
 };
 
 // Adds the page to the session's document: false after a failure, with the session's error code.

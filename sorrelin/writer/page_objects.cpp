@@ -1,6 +1,7 @@
 // The objects of one page.
 #include <sorrelin/channel/file_channel.h>
 #include <sorrelin/platform/file.h>
+#include <sorrelin/writer/coded_image.h>
 #include <sorrelin/writer/image_object.h>
 #include <sorrelin/writer/page_objects.h>
 #include <sorrelin/writer/skeleton.h>
@@ -18,12 +19,24 @@ constexpr int kImageResource = 2;
 constexpr double kPointsPerInch = 72.0;
 constexpr DWORD kPageObjects = 6;
 constexpr DWORD kPaletteObjects = 2;
+constexpr DWORD kProfileObjects = 2;
 constexpr DWORD kFinishingRows = 2;  // the catalog and the table's own row
 constexpr int64_t kUnits = PagePlacement::kUnitsPerPoint;
 
-int ProcSetKind(int32_t bits_per_pixel) {
-  if (bits_per_pixel == 1) return 0;
-  return bits_per_pixel == 8 ? 2 : 1;
+int ProcSetKind(EncodedPage const& page) {
+  constexpr int kGreys = 0, kColours = 1, kIndices = 2;
+  if (page.form == nullptr) {
+    if (page.bits_per_pixel == 1) return kGreys;
+    return page.bits_per_pixel == 8 ? kIndices : kColours;
+  }
+  if (!page.form->palette.empty()) return kIndices;
+  return page.form->colours == ImageColours::kGrey ? kGreys : kColours;
+}
+
+DWORD ObjectsOf(EncodedPage const& page) {
+  bool const new_profile = page.profile != nullptr && page.profile->object == 0;
+  if (page.form != nullptr) return kPageObjects + (new_profile ? kProfileObjects : 0);
+  return page.bits_per_pixel == 8 ? kPageObjects + kPaletteObjects : kPageObjects;
 }
 
 // Whole points, modulo 2^32; 0 where the quotient has no finite value.
@@ -36,7 +49,7 @@ PagePlacement PlacementOf(EncodedPage const& page) {
   if (page.placement) return *page.placement;
   POINT const size = PageSize(page.width, page.height, static_cast<DWORD>(page.dpi.x),
                               static_cast<DWORD>(page.dpi.y));
-  return {size, 0, 0, size.x * kUnits, size.y * kUnits};
+  return {size, 0, 0, size.x * kUnits, size.y * kUnits, 1};
 }
 
 // Four decimals, whatever the locale.
@@ -60,8 +73,7 @@ struct ImageName {
 // A page that no longer fits is refused before its first byte, so that the document can always be
 // finished.
 bool HasRoom(Output const& output, EncodedPage const& page) {
-  DWORD const objects = page.bits_per_pixel == 8 ? kPageObjects + kPaletteObjects : kPageObjects;
-  return output.current_object < ObjectTable::kRows - objects - kFinishingRows;
+  return output.current_object < ObjectTable::kRows - ObjectsOf(page) - kFinishingRows;
 }
 
 // Kept: the record of a negative size stays unfilled; its code counts until a step sets another.
@@ -76,6 +88,7 @@ _FILTER FilterOf(ObjectWriter& out, EncodedPage const& page) {
 }
 
 DWORD WriteImageOf(ObjectWriter& out, EncodedPage const& page, _FILTER const& filter) {
+  if (page.form != nullptr) return WriteCodedImage(out, page);
   _IMAGE_PARAMETERS const params{page.width, page.height, page.bits_per_pixel,
                                  page.decode_normal ? 1 : 0, 0};
   ImageObject image{params, filter, page.data, page.size};
@@ -83,13 +96,34 @@ DWORD WriteImageOf(ObjectWriter& out, EncodedPage const& page, _FILTER const& fi
   return WriteImage(out, image).value();
 }
 
+// Takes the unit square, in which the picture is as coded, to its place on the page.
+void WriteMatrix(ObjectWriter& out, PagePlacement const& at) {
+  struct Turn {
+    bool swaps;       // rows become columns
+    bool from_right;  // what goes across goes to the left
+    bool from_above;  // what goes up goes down
+  };
+  constexpr Turn kTurns[] = {{false, false, false}, {false, true, false}, {false, true, true},
+                             {false, false, true},  {true, true, true},   {true, false, true},
+                             {true, false, false},  {true, true, false}};
+  Turn const turn = kTurns[at.orientation - 1];
+  Decimal const across(turn.from_right ? -at.width : at.width);
+  Decimal const up(turn.from_above ? -at.height : at.height);
+  Decimal const x(turn.from_right ? at.x + at.width : at.x);
+  Decimal const y(turn.from_above ? at.y + at.height : at.y);
+  if (turn.swaps) {
+    out.Format("0.0000 %s %s  0.0000 %s %s cm", up.text, across.text, x.text, y.text);
+  } else {
+    out.Format("%s 0.0000 0.0000  %s %s %s cm", across.text, up.text, x.text, y.text);
+  }
+}
+
 // Kept: the contents are written to their end whatever fails in them.
 void WriteContents(ObjectWriter& out, char const* image, PagePlacement const& at) {
   if (out.BeginStream() == 0) return;
   out.Line("1.0000 0.0000 0.0000 1.0000 0.0000 0.0000 cm");
   out.GoOn();
-  out.Format("%s 0.0000 0.0000  %s %s %s cm", Decimal(at.width).text, Decimal(at.height).text,
-             Decimal(at.x).text, Decimal(at.y).text);
+  WriteMatrix(out, at);
   out.GoOn();
   out.Format("/%s Do", image);
   out.GoOn();
@@ -124,7 +158,7 @@ Status WritePageObjects(Draft const& draft, EncodedPage const& page) {
   ObjectWriter out = draft.Writer();
   _FILTER const filter = FilterOf(out, page);
   if (!HasRoom(draft.output, page)) out.Fail(Status::Failed(PDF_ERROR_NEW_PAGE_OBJECT));
-  DWORD const proc_set = WriteProcSet(out, ProcSetKind(page.bits_per_pixel), false).value();
+  DWORD const proc_set = WriteProcSet(out, ProcSetKind(page), false).value();
   DWORD const image = WriteImageOf(out, page, filter);
   PagePlacement const placement = PlacementOf(page);
   // Kept: a picture of less than half a point gets no page, and that is no failure.

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 #include <jpeglib.h>
+#include <lcms2.h>
 #include <png.h>
 #include <tiffio.h>
 
@@ -53,6 +54,13 @@ void DescribePage(TIFF* tiff, TiffPage const& page) {
   }
   if (page.compression == COMPRESSION_JPEG) {
     TIFFSetField(tiff, TIFFTAG_JPEGCOLORMODE, JPEGCOLORMODE_RGB);
+    if (page.photometric == PHOTOMETRIC_YCBCR) {
+      TIFFSetField(tiff, TIFFTAG_YCBCRSUBSAMPLING, page.subsampling, page.subsampling);
+    }
+  }
+  if (!page.profile.empty()) {
+    TIFFSetField(tiff, TIFFTAG_ICCPROFILE, static_cast<uint32_t>(page.profile.size()),
+                 page.profile.data());
   }
   if (page.y_resolution != 0) {
     TIFFSetField(tiff, TIFFTAG_XRESOLUTION, static_cast<double>(page.x_resolution));
@@ -215,7 +223,12 @@ void WritePng(std::filesystem::path const& path, PngForm const& form,
   png_infop info = png_create_info_struct(png);
   png_init_io(png, file);
   png_set_IHDR(png, info, static_cast<png_uint_32>(form.width),
-               static_cast<png_uint_32>(form.height), form.bits, form.type, 0, 0, 0);
+               static_cast<png_uint_32>(form.height), form.bits, form.type,
+               form.interlaced ? PNG_INTERLACE_ADAM7 : PNG_INTERLACE_NONE, 0, 0);
+  if (!form.profile.empty()) {
+    png_set_iCCP(png, info, "profile", 0, form.profile.data(),
+                 static_cast<png_uint_32>(form.profile.size()));
+  }
   if (form.x_per_metre != 0) {
     png_set_pHYs(png, info, static_cast<png_uint_32>(form.x_per_metre),
                  static_cast<png_uint_32>(form.y_per_metre), PNG_RESOLUTION_METER);
@@ -239,13 +252,17 @@ void WritePng(std::filesystem::path const& path, PngForm const& form,
   }
   png_write_info(png, info);
   int const samples = png_get_channels(png, info);
+  std::vector<std::vector<BYTE>> rows;
+  std::vector<BYTE*> starts;
   for (int y = 0; y < form.height; ++y) {
     RowPacker row(form.bits);
     for (int x = 0; x < form.width; ++x) {
       for (int s = 0; s < samples; ++s) row.Put(sample(x, y, s));
     }
-    png_write_row(png, row.bytes().data());
+    rows.push_back(row.bytes());
   }
+  for (auto& row : rows) starts.push_back(row.data());
+  png_write_image(png, starts.data());
   png_write_end(png, info);
   png_destroy_write_struct(&png, &info);
   std::fclose(file);
@@ -257,6 +274,10 @@ std::vector<BYTE> MakeJpeg(JpegForm const& form,
   SetForm(compressor.info, form);
   jpeg_start_compress(&compressor.info, TRUE);
   WriteExif(compressor.info, form.exif);
+  if (!form.profile.empty()) {
+    jpeg_write_icc_profile(&compressor.info, form.profile.data(),
+                           static_cast<unsigned>(form.profile.size()));
+  }
   for (int y = 0; y < form.height; ++y) {
     std::vector<BYTE> row;
     for (int x = 0; x < form.width; ++x) {
@@ -305,6 +326,24 @@ std::vector<BYTE> MakeExif(int orientation, unsigned x_resolution, unsigned y_re
   put(y_resolution, 4);
   put(1, 4);
   return block;
+}
+
+std::vector<BYTE> MakeProfile(int components, int variant) {
+  cmsToneCurve* const curve = cmsBuildGamma(nullptr, 1.8 + 0.1 * variant);
+  cmsToneCurve* const curves[] = {curve, curve, curve};
+  cmsCIExyY const white = {0.3457, 0.3585, 1};
+  cmsCIExyYTRIPLE const primaries = {{0.64, 0.33, 1}, {0.30, 0.60, 1}, {0.15, 0.06, 1}};
+  cmsHPROFILE const made = components == 1 ? cmsCreateGrayProfile(&white, curve)
+                                           : cmsCreateRGBProfile(&white, &primaries, curves);
+  cmsUInt32Number size = 0;
+  cmsSaveProfileToMem(made, nullptr, &size);
+  std::vector<BYTE> bytes(size);
+  cmsSaveProfileToMem(made, bytes.data(), &size);
+  cmsCloseProfile(made);
+  cmsFreeToneCurve(curve);
+  constexpr size_t kSpaceAt = 16;
+  if (components == 4) std::memcpy(bytes.data() + kSpaceAt, "CMYK", 4);
+  return bytes;
 }
 
 PixPtr MakeColourPix(int width, int height, ColourAt const& colour) {

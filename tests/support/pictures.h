@@ -42,6 +42,8 @@ struct TiffPage {
   float y_resolution = 72;  // 0: neither is written
   int extra_sample = -1;    // EXTRASAMPLE_*, or none
   std::vector<DWORD> palette = {};
+  std::vector<BYTE> profile = {};
+  int subsampling = 1;  // of JPEG-coded YCbCr, both ways
 };
 
 // Writes a file of pages; `sample(page, x, y, s)` gives the stored value of sample s.
@@ -62,6 +64,8 @@ struct PngForm {
   std::vector<DWORD> palette = {};
   std::vector<BYTE> palette_alpha = {};
   std::vector<WORD> key = {};  // the transparent tone or colour
+  std::vector<BYTE> profile = {};
+  bool interlaced = false;
 };
 
 // `sample(x, y, s)` gives the value of sample s.
@@ -82,7 +86,12 @@ struct JpegForm {
   int y_density = 72;
   std::vector<BYTE> exif = {};  // a block as it stands behind "Exif\0\0"
   int quality = 95;
+  std::vector<BYTE> profile = {};
 };
+
+// An ICC profile for colours of so many components: 1, 3, or 4 for inks, whose tables are those of
+// RGB. Different `variant`s give different profiles.
+std::vector<BYTE> MakeProfile(int components, int variant = 0);
 
 // `sample(x, y, s)` gives the value of component s: grey, RGB, or the four inks as stored.
 std::vector<BYTE> MakeJpeg(JpegForm const& form,

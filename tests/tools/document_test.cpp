@@ -30,8 +30,8 @@ class DocumentLimits : public ::testing::Test {
     StoredImage image;
     image.bytes = std::span(jpeg_).first(size);
     image.width = image.height = 72;
-    image.bits_per_pixel = 24;
-    image.compression = PDF_COMPRESSION_JPEG;
+    image.form.filter = ImageFilter::kJpeg;
+    image.form.colours = ImageColours::kRgb;
     image.dpi = {72, 72};
     return image;
   }
@@ -82,8 +82,8 @@ TEST_F(DocumentLimits, PathThatCannotBeWrittenIsReported) {
 
 TEST(Accepts, AutoTakesAllAndOtherCompressionsTheirOwn) {
   StoredImage jpeg, group4;
-  jpeg.compression = PDF_COMPRESSION_JPEG;
-  group4.compression = PDF_COMPRESSION_CCITT;
+  jpeg.form.filter = ImageFilter::kJpeg;
+  group4.form.filter = ImageFilter::kGroup4;
   EXPECT_TRUE(Accepts(Compression::kAuto, jpeg));
   EXPECT_TRUE(Accepts(Compression::kAuto, group4));
   EXPECT_TRUE(Accepts(Compression::kJpeg, jpeg));

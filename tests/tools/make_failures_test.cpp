@@ -247,7 +247,8 @@ TEST_F(MakeFailures, MissingOrUnusableCodersAreNamed) {
   std::vector<std::string> const environment = {"LD_LIBRARY_PATH=" + directory_.path().string()};
   for (bool const present : {false, true}) {
     if (present) WriteAll(Path("libcadwick.so"), BytesOf("no library"));
-    ProgramResult const result = Make({Out(), Path("a.png")}, {}, environment);
+    ProgramResult const result =
+        Make({Out(), Path("a.png"), "--compression", "g4"}, {}, environment);
     EXPECT_EQ(result.exit_code, 1);
     EXPECT_THAT(
         result.err,

@@ -63,11 +63,11 @@ class MakeTest : public ::testing::Test {
     return count;
   }
 
-  // Whether the bytes stand in the document as a whole stream, as every image's do.
+  // Whether the bytes are a whole stream of the document.
   bool HoldsStream(std::vector<BYTE> const& bytes) const {
     std::string stream = "stream\n";
     stream.append(bytes.begin(), bytes.end());
-    stream += ">\nendstream\n";
+    stream += "\nendstream\n";
     return DocumentHas(stream);
   }
 

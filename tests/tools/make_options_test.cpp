@@ -152,7 +152,7 @@ TEST_F(MakeOptions, JpegOfGreyHasOneComponent) {
   form.x_per_metre = form.y_per_metre = 2835;
   WritePng(Path("a.png"), form, [](int x, int, int) { return static_cast<unsigned>(x / 8); });
   MakeFrom("a.png", {"--compression", "jpeg", "--quality", "100"});
-  EXPECT_TRUE(DocumentHas("/Indexed"));
+  EXPECT_TRUE(DocumentHas("/ColorSpace /DeviceGray"));
   ExpectPage(
       kWidth, kHeight, [](int x, int) { return static_cast<DWORD>(x / 8 * 17) * 0x010101; }, 6);
 }
@@ -251,7 +251,7 @@ TEST_F(MakeOptions, HelpFits80ColumnsAndNamesEveryOption) {
   EXPECT_THAT(general.out, HasSubstr("make "));
   for (char const* const option :
        {"--title", "--author", "--subject", "--keywords", "--dpi", "--default-dpi", "--page",
-        "--fit", "--compression", "--quality", "--recode", "--sort", "--jobs", "--json", "--force",
+        "--fit", "--compression", "--quality", "--plain", "--sort", "--jobs", "--json", "--force",
         "--quiet", "--help"}) {
     EXPECT_THAT(make.out, HasSubstr(option));
   }

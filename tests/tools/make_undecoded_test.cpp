@@ -10,6 +10,7 @@ namespace {
 constexpr int kWidth = 72;
 constexpr int kHeight = 36;
 constexpr int kJpegError = 8;
+constexpr int kInkError = 48;  // of red ink as a reader shows it
 
 DWORD Soft(int x, int y) {
   return static_cast<DWORD>(2 * x + 20) << 16 | static_cast<DWORD>(3 * y + 60) << 8 |
@@ -46,13 +47,13 @@ TEST_F(MakeUndecoded, JpegOfThreeComponentsIsKeptToTheByte) {
   ExpectPage(kWidth, kHeight, Soft, kJpegError);
 }
 
-TEST_F(MakeUndecoded, JpegOfOneComponentHasTheGreyPalette) {
+TEST_F(MakeUndecoded, JpegOfOneComponentIsGrey) {
   JpegForm form;
   form.components = 1;
   std::vector<BYTE> const file = WriteJpeg(form);
   MakeFrom("a.jpg");
   EXPECT_TRUE(HoldsStream(file));
-  EXPECT_TRUE(DocumentHas("/Indexed /DeviceRGB 255"));
+  EXPECT_TRUE(DocumentHas("/ColorSpace /DeviceGray"));
   ExpectPage(kWidth, kHeight, SoftGrey, kJpegError);
 }
 
@@ -65,7 +66,7 @@ TEST_F(MakeUndecoded, ProgressiveJpegIsKept) {
   ExpectPage(kWidth, kHeight, Soft, kJpegError);
 }
 
-TEST_F(MakeUndecoded, JpegOfRgbIsKeptOnlyWhereAMarkerSaysSo) {
+TEST_F(MakeUndecoded, JpegOfRgbIsKeptWithAndWithoutAMarker) {
   JpegForm form;
   form.rgb = true;
   form.jfif = false;
@@ -77,8 +78,9 @@ TEST_F(MakeUndecoded, JpegOfRgbIsKeptOnlyWhereAMarkerSaysSo) {
   form.adobe = false;
   std::vector<BYTE> const unmarked = WriteJpeg(form);
   MakeFrom("a.jpg", {"--force", "--dpi", "72"});
-  EXPECT_FALSE(HoldsStream(unmarked));
-  ExpectPage(kWidth, kHeight, Soft, 24);
+  EXPECT_TRUE(HoldsStream(unmarked));
+  EXPECT_TRUE(DocumentHas("/ColorTransform 0"));
+  ExpectPage(kWidth, kHeight, Soft, kJpegError);
 }
 
 TEST_F(MakeUndecoded, ArithmeticJpegIsDecoded) {
@@ -91,7 +93,7 @@ TEST_F(MakeUndecoded, ArithmeticJpegIsDecoded) {
   ExpectPage(kWidth, kHeight, Soft, 24);
 }
 
-TEST_F(MakeUndecoded, JpegOfFourInksIsDecodedWithEitherPolarity) {
+TEST_F(MakeUndecoded, JpegOfFourInksIsKeptWithEitherPolarity) {
   for (bool const adobe : {true, false}) {
     for (bool const plain : {true, false}) {
       JpegForm form;
@@ -101,11 +103,18 @@ TEST_F(MakeUndecoded, JpegOfFourInksIsDecodedWithEitherPolarity) {
       form.adobe = adobe;
       if (!plain && !adobe) continue;  // nothing would tell it from CMYK
       // Inks of red: no cyan, full magenta and yellow, no black.
-      WriteAll(Path("a.jpg"), MakeJpeg(form, [adobe](int, int, int s) {
-                 bool const ink = s == 1 || s == 2;
-                 return ink == adobe ? 0u : 255u;
-               }));
+      std::vector<BYTE> const file = MakeJpeg(form, [adobe](int, int, int s) {
+        bool const ink = s == 1 || s == 2;
+        return ink == adobe ? 0u : 255u;
+      });
+      WriteAll(Path("a.jpg"), file);
       MakeFrom("a.jpg", {"--force", "--dpi", "72"});
+      EXPECT_TRUE(HoldsStream(file));
+      EXPECT_TRUE(DocumentHas("/ColorSpace /DeviceCMYK"));
+      EXPECT_EQ(DocumentHas("/Decode [1 0 1 0 1 0 1 0]"), adobe);
+      ExpectPage(
+          kWidth, kHeight, [](int, int) { return 0xFF0000; }, kInkError);
+      MakeFrom("a.jpg", {"--force", "--dpi", "72", "--plain"});
       EXPECT_TRUE(DocumentHas("/ColorSpace /DeviceRGB"));
       ExpectPage(
           kWidth, kHeight, [](int, int) { return 0xFF0000; }, kJpegError);
@@ -113,7 +122,7 @@ TEST_F(MakeUndecoded, JpegOfFourInksIsDecodedWithEitherPolarity) {
   }
 }
 
-TEST_F(MakeUndecoded, JpegThatLiesOnItsSideIsTurnedUpright) {
+TEST_F(MakeUndecoded, JpegThatLiesOnItsSideIsTurnedByThePageAlone) {
   for (int orientation = 2; orientation <= 8; ++orientation) {
     bool const turned = orientation >= 5;
     JpegForm form;
@@ -123,15 +132,19 @@ TEST_F(MakeUndecoded, JpegThatLiesOnItsSideIsTurnedUpright) {
     bool const right = orientation == 2 || orientation == 3 || orientation == 6 || orientation == 7;
     bool const bottom =
         orientation == 3 || orientation == 4 || orientation == 7 || orientation == 8;
-    WriteAll(Path("a.jpg"), MakeJpeg(form, [&](int x, int y, int s) {
-               int const shown_x = turned ? y : x, shown_y = turned ? x : y;
-               return SoftSample(right ? kWidth - 1 - shown_x : shown_x,
-                                 bottom ? kHeight - 1 - shown_y : shown_y, s);
-             }));
-    MakeFrom("a.jpg", {"--force"});
-    EXPECT_TRUE(DocumentHas("/MediaBox [0 0 72 36]")) << orientation;
-    EXPECT_TRUE(DocumentHas("/Filter /DCTDecode"));
-    ExpectPage(kWidth, kHeight, Soft, 24);
+    std::vector<BYTE> const file = MakeJpeg(form, [&](int x, int y, int s) {
+      int const shown_x = turned ? y : x, shown_y = turned ? x : y;
+      return SoftSample(right ? kWidth - 1 - shown_x : shown_x,
+                        bottom ? kHeight - 1 - shown_y : shown_y, s);
+    });
+    WriteAll(Path("a.jpg"), file);
+    for (std::string const way : {"--force", "--plain"}) {
+      MakeFrom("a.jpg", {"--force", way});
+      EXPECT_EQ(HoldsStream(file), way == "--force") << orientation;
+      EXPECT_TRUE(DocumentHas("/MediaBox [0 0 72 36]")) << orientation;
+      EXPECT_TRUE(DocumentHas("/Filter /DCTDecode"));
+      ExpectPage(kWidth, kHeight, Soft, way == "--force" ? kJpegError : 24);
+    }
   }
 }
 
@@ -143,13 +156,14 @@ TEST_F(MakeUndecoded, UprightOrientationKeepsTheJpeg) {
   EXPECT_TRUE(HoldsStream(file));
 }
 
-TEST_F(MakeUndecoded, RecodeDecodesJpegAndCodesItAnew) {
-  std::vector<BYTE> const file = WriteJpeg({});
-  MakeFrom("a.jpg", {"--recode"});
-  EXPECT_FALSE(HoldsStream(file));
+TEST_F(MakeUndecoded, PlainKeepsTheDataOfUprightJpeg) {
+  std::vector<BYTE> file = WriteJpeg({});
+  MakeFrom("a.jpg", {"--plain"});
+  file.push_back('>');  // with which the library ends the data of its images
+  EXPECT_TRUE(HoldsStream(file));
   EXPECT_TRUE(DocumentHas("/Filter /DCTDecode"));
   EXPECT_TRUE(DocumentHas("/MediaBox [0 0 72 36]"));
-  ExpectPage(kWidth, kHeight, Soft, 24);
+  ExpectPage(kWidth, kHeight, Soft, kJpegError);
 }
 
 TEST_F(MakeUndecoded, AskedCompressionDecidesWhetherJpegIsKept) {
@@ -201,7 +215,7 @@ TEST_F(MakeUndecoded, JpegCutShortIsNamedAndNotWritten) {
   std::vector<BYTE> file = WriteJpeg({});
   file.resize(file.size() / 2);
   WriteAll(Path("a.jpg"), file);
-  for (std::string const option : {"--quiet", "--recode"}) {
+  for (std::string const option : {"--quiet", "--plain"}) {
     ProgramResult const result = Make({Out(), Path("a.jpg"), option});
     EXPECT_EQ(result.exit_code, 1);
     EXPECT_THAT(result.err, ::testing::HasSubstr("a.jpg: cannot be decoded"));
@@ -245,16 +259,16 @@ TEST_F(MakeUndecoded, Group4OfSeveralStripsIsDecoded) {
   std::vector<BYTE> const strip = WriteGroup4(page);
   MakeFrom("a.tif");
   EXPECT_FALSE(HoldsStream(strip));
-  EXPECT_TRUE(DocumentHas("/Filter /CCITTFaxDecode"));
+  EXPECT_TRUE(DocumentHas("/BitsPerComponent 1\n"));
   ExpectPage(kWidth, kHeight, InkColour);
 }
 
-TEST_F(MakeUndecoded, Group4ThatIsNotUprightIsDecoded) {
+TEST_F(MakeUndecoded, Group4ThatIsNotUprightIsTurnedByThePageAlone) {
   TiffPage page;
   page.orientation = ORIENTATION_BOTRIGHT;
   std::vector<BYTE> const strip = WriteGroup4(page);
   MakeFrom("a.tif");
-  EXPECT_FALSE(HoldsStream(strip));
+  EXPECT_TRUE(HoldsStream(strip));
   ExpectPage(kWidth, kHeight,
              [](int x, int y) { return InkColour(kWidth - 1 - x, kHeight - 1 - y); });
 }
@@ -268,13 +282,13 @@ TEST_F(MakeUndecoded, Group3IsDecoded) {
   ExpectPage(kWidth, kHeight, InkColour);
 }
 
-TEST_F(MakeUndecoded, RecodeAndOtherCompressionDecodeGroup4) {
+TEST_F(MakeUndecoded, PlainKeepsGroup4AndOtherCompressionDecodesIt) {
   TiffPage page;
   page.photometric = PHOTOMETRIC_MINISBLACK;
   std::vector<BYTE> const strip = WriteGroup4(page);
-  MakeFrom("a.tif", {"--recode"});
+  MakeFrom("a.tif", {"--plain"});
   EXPECT_TRUE(DocumentHas("/Filter /CCITTFaxDecode"));
-  EXPECT_TRUE(DocumentHas("/Decode [0 1]"));
+  EXPECT_TRUE(DocumentHas("/Decode [1 0]"));
   ExpectPage(kWidth, kHeight, [](int x, int y) { return ~InkColour(x, y) & 0xFFFFFF; });
   MakeFrom("a.tif", {"--force", "--compression", "flate"});
   EXPECT_FALSE(HoldsStream(strip));
@@ -303,7 +317,7 @@ TEST_F(MakeUndecoded, TiffWithoutAUnitHas96DotsPerInch) {
   WriteGroup4(page);
   MakeFrom("a.tif");
   EXPECT_TRUE(DocumentHas("/MediaBox [0 0 54 27]"));
-  MakeFrom("a.tif", {"--force", "--recode"});
+  MakeFrom("a.tif", {"--force", "--plain"});
   EXPECT_TRUE(DocumentHas("/MediaBox [0 0 54 27]"));
 }
 

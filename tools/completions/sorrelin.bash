@@ -1,6 +1,6 @@
 # Completion of sorrelin for bash.
 
-_sorrelin_pages='--dpi --default-dpi --page --fit --compression --quality --deskew --clean --skip-blank --recode --keep-damaged --ocr --orientation --timeout --sort --jobs --json --verbose --quiet'
+_sorrelin_pages='--dpi --default-dpi --page --fit --compression --quality --deskew --clean --skip-blank --plain --keep-damaged --ocr --orientation --timeout --sort --jobs --json --verbose --quiet'
 
 _sorrelin_options() {
   case $1 in

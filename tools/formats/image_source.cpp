@@ -2,13 +2,13 @@
 // everything else through Leptonica.
 #include "tools/formats/image_source.h"
 
-#include <sorrelin/frame/pdf.h>
-
 #include <utility>
 #include <vector>
 
 #include "tools/formats/bmp_file.h"
+#include "tools/formats/jp2_file.h"
 #include "tools/formats/jpeg_file.h"
+#include "tools/formats/png_chunks.h"
 #include "tools/formats/png_file.h"
 #include "tools/formats/tiff_source.h"
 
@@ -28,38 +28,78 @@ class JpegSource : public ImageSource {
   std::optional<StoredImage> Stored(int) override {
     if (!facts_.common || JpegEnd(*bytes_) == 0) return std::nullopt;
     StoredImage image;
-    auto const upright = facts_.orientation == 1 ? bytes_ : TurnedJpeg(*bytes_, facts_);
-    if (upright == nullptr) return std::nullopt;
-    image.bytes = *upright;
-    image.owner = upright;
+    image.bytes = *bytes_;
+    image.owner = bytes_;
     image.width = facts_.width;
     image.height = facts_.height;
-    image.bits_per_pixel = facts_.components == 1 ? 8 : 24;
-    image.compression = PDF_COMPRESSION_JPEG;
+    image.form = FormOfJpeg(facts_);
+    image.profile = facts_.profile;
+    image.orientation = facts_.orientation;
     image.dpi = facts_.dpi;
-    if (facts_.orientation != 1) image.changes.Add(Change::kTurned);
-    if (facts_.orientation >= 5) {
-      std::swap(image.width, image.height);
-      std::swap(image.dpi.x, image.dpi.y);
-    }
+    if (facts_.profile_unusable) image.changes.Add(Change::kProfile);
     return image;
   }
 
   std::optional<Picture> Decode(int, std::string& problem) override {
     problem = kCannotDecode;
-    PixPtr pix = DecodeJpeg(*bytes_);
-    if (pix != nullptr) pix = Upright(std::move(pix), facts_.orientation);
-    if (pix == nullptr) return std::nullopt;
-    Resolution dpi = facts_.dpi;
-    if (facts_.orientation >= 5) std::swap(dpi.x, dpi.y);
-    Changes changes;
-    if (facts_.orientation != 1) changes.Add(Change::kTurned);
-    return Picture{std::move(pix), dpi, true, changes};
+    auto picture = facts_.components == 4 ? DecodeInks() : DecodeColours();
+    if (!picture) return std::nullopt;
+    picture->from_jpeg = true;
+    picture->profile = facts_.profile;
+    if (facts_.profile_unusable) picture->changes.Add(Change::kProfile);
+    return picture;
   }
 
  private:
+  std::optional<Picture> DecodeInks() const {
+    Picture picture;
+    picture.samples = DecodeJpegInks(*bytes_);
+    picture.orientation = facts_.orientation;
+    picture.dpi = facts_.dpi;
+    if (!picture.samples) return std::nullopt;
+    return picture;
+  }
+
+  std::optional<Picture> DecodeColours() const {
+    Picture picture;
+    picture.pix = DecodeJpeg(*bytes_);
+    if (picture.pix != nullptr) picture.pix = Upright(std::move(picture.pix), facts_.orientation);
+    if (picture.pix == nullptr) return std::nullopt;
+    picture.dpi = facts_.dpi;
+    if (LiesOnItsSide(facts_.orientation)) std::swap(picture.dpi.x, picture.dpi.y);
+    if (facts_.orientation != 1) picture.changes.Add(Change::kTurned);
+    return picture;
+  }
+
   std::shared_ptr<std::vector<BYTE> const> bytes_;
   JpegFacts facts_;
+};
+
+class PngSource : public ImageSource {
+ public:
+  explicit PngSource(std::vector<BYTE> bytes)
+      : bytes_(std::move(bytes)), chunks_(ReadPngChunks(bytes_)) {}
+
+  int PageCount() const override { return 1; }
+
+  std::optional<StoredImage> Stored(int) override {
+    auto image = chunks_ ? StoredPng(*chunks_) : std::nullopt;
+    if (image && chunks_->profile_unusable) image->changes.Add(Change::kProfile);
+    return image;
+  }
+
+  std::optional<Picture> Decode(int, std::string& problem) override {
+    problem = kCannotDecode;
+    auto picture = DecodePng(bytes_);
+    if (!picture || !chunks_) return picture;
+    picture->profile = chunks_->profile;
+    if (chunks_->profile_unusable) picture->changes.Add(Change::kProfile);
+    return picture;
+  }
+
+ private:
+  std::vector<BYTE> bytes_;
+  std::optional<PngChunks> chunks_;  // nothing if they are damaged
 };
 
 // The image library decodes the alpha of such files, and does not tell of it.
@@ -101,8 +141,29 @@ class DecodedSource : public ImageSource {
   Decoder decode_;
 };
 
+class Jpeg2000Source : public ImageSource {
+ public:
+  explicit Jpeg2000Source(std::vector<BYTE> bytes)
+      : bytes_(std::make_shared<std::vector<BYTE> const>(std::move(bytes))) {}
+
+  int PageCount() const override { return 1; }
+
+  std::optional<StoredImage> Stored(int) override {
+    auto image = StoredJp2(*bytes_);
+    if (image && image->owner == nullptr) image->owner = bytes_;
+    return image;
+  }
+
+  std::optional<Picture> Decode(int, std::string& problem) override {
+    problem = kCannotDecode;
+    return DecodeGeneral(*bytes_);
+  }
+
+ private:
+  std::shared_ptr<std::vector<BYTE> const> bytes_;
+};
+
 Decoder DecoderOf(int format) {
-  if (format == IFF_PNG) return DecodePng;
   return format == IFF_BMP ? DecodeBmp : DecodeGeneral;
 }
 
@@ -126,6 +187,8 @@ std::unique_ptr<ImageSource> SourceOfBytes(std::vector<BYTE> bytes, std::string&
     return std::make_unique<JpegSource>(std::move(bytes), *facts);
   }
   if (format == IFF_UNKNOWN) return problem = kUnknownFormat, nullptr;
+  if (format == IFF_PNG) return std::make_unique<PngSource>(std::move(bytes));
+  if (format == IFF_JP2) return std::make_unique<Jpeg2000Source>(std::move(bytes));
   return std::make_unique<DecodedSource>(std::move(bytes), DecoderOf(format));
 }
 

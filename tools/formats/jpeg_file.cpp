@@ -1,18 +1,15 @@
 // JPEG files through libjpeg, with its messages kept back.
 #include "tools/formats/jpeg_file.h"
 
-// jpeglib.h needs size_t and FILE declared before it.
-#include <jerror.h>
-#include <jpeglib.h>
 #include <turbojpeg.h>
 
 #include <array>
-#include <csetjmp>
-#include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <vector>
 
 #include "tools/formats/exif.h"
+#include "tools/formats/jpeg_errors.h"
 
 namespace sorrelin::tool {
 namespace {
@@ -24,28 +21,16 @@ constexpr char kExifMark[] = "Exif\0";  // six bytes with its terminator
 constexpr UINT8 kPerInch = 1;
 constexpr UINT8 kPerCentimetre = 2;
 
-// Counts a warning unless the picture is whole in spite of it.
-void CountWarning(j_common_ptr info, int level) {
-  int const code = info->err->msg_code;
-  bool const harmless =
-      code == JWRN_EXTRANEOUS_DATA || code == JWRN_JFIF_MAJOR || code == JWRN_ADOBE_XFORM;
-  if (level < 0 && !harmless) ++info->err->num_warnings;
-}
-
-// One decompressor. libjpeg leaves it by a jump when it gives up, so whatever runs inside Try has
-// no destructors of its own.
+// One decompressor of a whole file.
 class Decompressor {
  public:
   explicit Decompressor(std::span<BYTE const> file) {
-    info_.err = jpeg_std_error(&errors_.manager);
-    errors_.manager.error_exit = [](j_common_ptr info) {
-      std::longjmp(reinterpret_cast<Errors*>(info->err)->jump, 1);
-    };
-    errors_.manager.emit_message = CountWarning;
+    info_.err = errors_.manager();
     created_ = Try([&] {
       jpeg_create_decompress(&info_);
       jpeg_mem_src(&info_, file.data(), static_cast<unsigned long>(file.size()));
       jpeg_save_markers(&info_, JPEG_APP0 + 1, kMaxMarkerBytes);
+      jpeg_save_markers(&info_, JPEG_APP0 + 2, kMaxMarkerBytes);
     });
   }
   ~Decompressor() { jpeg_destroy_decompress(&info_); }
@@ -58,30 +43,38 @@ class Decompressor {
 
   template <typename Work>
   bool Try(Work work) {
-    if (setjmp(errors_.jump) != 0) return false;
-    work();
-    return true;
+    return errors_.Try(work);
   }
 
   jpeg_decompress_struct& info() { return info_; }
-  bool warned() const { return errors_.manager.num_warnings != 0; }
+  bool warned() const { return errors_.warned(); }
 
  private:
-  struct Errors {
-    jpeg_error_mgr manager;
-    std::jmp_buf jump;
-  };
   jpeg_decompress_struct info_{};
-  Errors errors_{};
+  JpegErrors errors_;
   bool created_ = false;
 };
 
+JpegColours ColoursOf(jpeg_decompress_struct const& info) {
+  switch (info.jpeg_color_space) {
+    case JCS_GRAYSCALE:
+      return JpegColours::kGrey;
+    case JCS_RGB:
+      return JpegColours::kRgb;
+    case JCS_YCbCr:
+      return JpegColours::kYcbcr;
+    case JCS_CMYK:
+      return JpegColours::kCmyk;
+    case JCS_YCCK:
+      return JpegColours::kYcck;
+    default:
+      return JpegColours::kOther;
+  }
+}
+
 bool IsCommon(jpeg_decompress_struct const& info) {
-  if (info.arith_code != FALSE || info.data_precision != 8) return false;
-  if (info.num_components == 1) return info.jpeg_color_space == JCS_GRAYSCALE;
-  if (info.num_components != 3) return false;
-  return info.jpeg_color_space == JCS_YCbCr ||
-         (info.jpeg_color_space == JCS_RGB && info.saw_Adobe_marker != FALSE);
+  return info.arith_code == FALSE && info.data_precision == 8 &&
+         ColoursOf(info) != JpegColours::kOther;
 }
 
 Resolution JfifDensity(jpeg_decompress_struct const& info) {
@@ -102,24 +95,38 @@ ExifFacts ExifOf(jpeg_decompress_struct const& info) {
   return {};
 }
 
-// Inks are stored as they are, or with an Adobe marker as their complement.
-BYTE ToneOfInk(int ink, int black, bool inverted) {
-  int const tone = inverted ? ink : 255 - ink;
-  int const light = inverted ? black : 255 - black;
-  return static_cast<BYTE>((tone * light + 127) / 255);
+bool HasProfileMarker(jpeg_decompress_struct const& info) {
+  constexpr char kMark[] = "ICC_PROFILE";
+  for (auto marker = info.marker_list; marker != nullptr; marker = marker->next) {
+    if (marker->marker == JPEG_APP0 + 2 && marker->data_length >= sizeof kMark &&
+        std::memcmp(marker->data, kMark, sizeof kMark) == 0) {
+      return true;
+    }
+  }
+  return false;
+}
+
+// A profile may be spread over several markers (ICC.1:2022, B.4), which libjpeg puts together.
+void ReadProfile(Decompressor& decompressor, JpegFacts& facts) {
+  JOCTET* bytes = nullptr;
+  unsigned count = 0;
+  bool found = false;
+  bool const read = decompressor.Try(
+      [&] { found = jpeg_read_icc_profile(&decompressor.info(), &bytes, &count) != FALSE; });
+  if (read && found) {
+    facts.profile = UsableProfile({bytes, count}, facts.components);
+    std::free(bytes);
+  }
+  facts.profile_unusable = facts.profile == nullptr && HasProfileMarker(decompressor.info());
 }
 
 void StoreRow(BYTE const* row, jpeg_decompress_struct const& info, l_uint32* line) {
   int const width = static_cast<int>(info.output_width);
-  bool const inverted = info.saw_Adobe_marker != FALSE;
   for (int x = 0; x < width; ++x, row += info.output_components) {
     if (info.output_components == 1) {
       SET_DATA_BYTE(line, x, row[0]);
-    } else if (info.output_components == 3) {
-      composeRGBPixel(row[0], row[1], row[2], line + x);
     } else {
-      composeRGBPixel(ToneOfInk(row[0], row[3], inverted), ToneOfInk(row[1], row[3], inverted),
-                      ToneOfInk(row[2], row[3], inverted), line + x);
+      composeRGBPixel(row[0], row[1], row[2], line + x);
     }
   }
 }
@@ -181,8 +188,23 @@ std::optional<JpegFacts> ReadJpegFacts(std::span<BYTE const> file) {
   facts.orientation = exif.orientation;
   facts.dpi = JfifDensity(info);
   if (facts.dpi == Resolution{}) facts.dpi = exif.dpi;
+  facts.colours = ColoursOf(info);
+  facts.adobe = info.saw_Adobe_marker != FALSE;
   facts.common = IsCommon(info);
+  ReadProfile(decompressor, facts);
   return facts;
+}
+
+ImageForm FormOfJpeg(JpegFacts const& facts) {
+  constexpr ImageColours kColours[] = {ImageColours::kGrey, ImageColours::kGrey,
+                                       ImageColours::kRgb,  ImageColours::kRgb,
+                                       ImageColours::kCmyk, ImageColours::kCmyk};
+  ImageForm form;
+  form.filter = ImageFilter::kJpeg;
+  form.colours = kColours[static_cast<int>(facts.colours)];
+  form.inverted = form.colours == ImageColours::kCmyk && facts.adobe;
+  if (facts.colours == JpegColours::kRgb && !facts.adobe) form.jpeg_is_ycbcr = false;
+  return form;
 }
 
 size_t JpegEnd(std::span<BYTE const> file) {
@@ -230,8 +252,8 @@ PixPtr DecodeJpeg(std::span<BYTE const> file) {
   if (!decompressor.ReadHeader()) return nullptr;
   jpeg_decompress_struct& info = decompressor.info();
   int const components = info.num_components;
-  if (components != 1 && components != 3 && components != 4) return nullptr;
-  info.out_color_space = components == 1 ? JCS_GRAYSCALE : components == 3 ? JCS_RGB : JCS_CMYK;
+  if (components != 1 && components != 3) return nullptr;
+  info.out_color_space = components == 1 ? JCS_GRAYSCALE : JCS_RGB;
   PixPtr pix(pixCreate(static_cast<int>(info.image_width), static_cast<int>(info.image_height),
                        components == 1 ? 8 : 32));
   if (pix == nullptr) return nullptr;
@@ -241,6 +263,32 @@ PixPtr DecodeJpeg(std::span<BYTE const> file) {
     ReadRows(info, pix.get(), row.data());
   });
   return decoded && !decompressor.warned() ? std::move(pix) : nullptr;
+}
+
+std::optional<Samples> DecodeJpegInks(std::span<BYTE const> file) {
+  Decompressor decompressor(file);
+  if (!decompressor.ReadHeader() || decompressor.info().num_components != 4) return std::nullopt;
+  jpeg_decompress_struct& info = decompressor.info();
+  info.out_color_space = JCS_CMYK;
+  Samples samples;
+  samples.width = static_cast<int>(info.image_width);
+  samples.height = static_cast<int>(info.image_height);
+  samples.colours = ImageColours::kCmyk;
+  samples.bytes.resize(samples.RowBytes() * static_cast<size_t>(samples.height));
+  bool const decoded = decompressor.Try([&] {
+    jpeg_start_decompress(&info);
+    while (info.output_scanline < info.output_height) {
+      BYTE* row = samples.bytes.data() + info.output_scanline * samples.RowBytes();
+      jpeg_read_scanlines(&info, &row, 1);
+    }
+    jpeg_finish_decompress(&info);
+  });
+  if (!decoded || decompressor.warned()) return std::nullopt;
+  // With an Adobe marker, inks are stored as their complement.
+  if (info.saw_Adobe_marker != FALSE) {
+    for (BYTE& ink : samples.bytes) ink = static_cast<BYTE>(~ink);
+  }
+  return samples;
 }
 
 }  // namespace sorrelin::tool

@@ -9,13 +9,19 @@
 #include <span>
 #include <vector>
 
+#include "tools/formats/icc_profile.h"
 #include "tools/formats/picture.h"
 #include "tools/formats/resolution.h"
+#include "tools/formats/samples.h"
+#include "tools/formats/stored_image.h"
 
 namespace sorrelin::tool {
 
 // The coder's limit on each side of a picture, in pixels.
 inline constexpr int kMaxJpegSide = 65500;
+
+// Colours as they are coded.
+enum class JpegColours { kOther, kGrey, kRgb, kYcbcr, kCmyk, kYcck };
 
 struct JpegFacts {
   int width = 0;   // pixels, as stored
@@ -23,13 +29,19 @@ struct JpegFacts {
   int components = 0;
   int orientation = 1;  // as in EXIF
   Resolution dpi;       // from JFIF, or else from EXIF; as stored
-  // Every PDF reader decodes it, and to the same colours: Huffman coded, one component of grey or
-  // three of YCbCr, or of RGB where an Adobe marker says so.
+  JpegColours colours = JpegColours::kOther;
+  bool adobe = false;  // an Adobe marker names the colours; inks are then stored inverted
+  // Every PDF reader decodes it: Huffman coded samples of 8 bits in a known colour space.
   bool common = false;
+  ProfileBytes profile;           // null: none that fits the colours
+  bool profile_unusable = false;  // there is one that does not
 };
 
 // Reads the header of a JPEG file; nothing if it is not one, or one that cannot be decoded.
 std::optional<JpegFacts> ReadJpegFacts(std::span<BYTE const> file);
+
+// How a document describes the file's data.
+ImageForm FormOfJpeg(JpegFacts const& facts);
 
 // Bytes of the file up to and with its end marker; 0 if it has none. Not every reader shows a file
 // that was cut short.
@@ -41,9 +53,12 @@ size_t JpegEnd(std::span<BYTE const> file);
 std::shared_ptr<std::vector<BYTE> const> TurnedJpeg(std::span<BYTE const> file,
                                                     JpegFacts const& facts);
 
-// Decodes a file to 8 bits of grey or 32 of colour, rows as stored. Null if it is damaged or memory
-// is short.
+// Decodes a file of one or three components to 8 bits of grey or 32 of colour, rows as stored. Null
+// if it is damaged or memory is short.
 PixPtr DecodeJpeg(std::span<BYTE const> file);
+
+// Decodes a file of four components to inks, 0 for none, rows as stored.
+std::optional<Samples> DecodeJpegInks(std::span<BYTE const> file);
 
 }  // namespace sorrelin::tool
 

@@ -39,12 +39,6 @@ int BlackIndex(PixColormap* map) {
   return tone[0] == 0 ? 0 : 1;
 }
 
-// The same for a 1-bit picture, where Leptonica takes a set bit as black.
-int BlackBit(Pix* pix) {
-  PixColormap* const map = pixGetColormap(pix);
-  return map == nullptr ? 1 : BlackIndex(map);
-}
-
 void FillGreys(Palette& palette, int depth) {
   int const top = (1 << depth) - 1;
   for (int i = 0; i <= top; ++i) {
@@ -163,6 +157,11 @@ void WriteTable(Pix* pix, int depth, BYTE* table) {
 }
 
 }  // namespace
+
+int BlackBit(Pix* pix) {
+  PixColormap* const map = pixGetColormap(pix);
+  return map == nullptr ? 1 : BlackIndex(map);
+}
 
 void BlendOnWhite(Pix* pix, bool premultiplied) {
   if (pixGetDepth(pix) != 32 || pixGetSpp(pix) != 4) return;

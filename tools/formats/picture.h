@@ -7,10 +7,13 @@
 #include <sorrelin/platform/block.h>
 
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "tools/formats/changes.h"
+#include "tools/formats/icc_profile.h"
 #include "tools/formats/resolution.h"
+#include "tools/formats/samples.h"
 
 namespace sorrelin::tool {
 
@@ -19,14 +22,17 @@ struct PixDeleter {
 };
 using PixPtr = std::unique_ptr<Pix, PixDeleter>;
 
-// A picture as its file shows it, upright and without transparency: 1, 2, 4, 8 or 16 bits of grey
-// or palette index, or 32 bits of red, green and blue.
+// A picture as its file shows it, without transparency: 1, 2, 4, 8 or 16 bits of grey or palette
+// index, or 32 bits of red, green and blue, upright. What that cannot hold is in `samples`.
 struct Picture {
-  PixPtr pix;
-  Resolution dpi;
+  PixPtr pix;               // null if there are samples
+  Resolution dpi;           // of samples that are to be turned, as stored
   bool from_jpeg = false;   // it was stored with loss, so storing it so again is no surprise
   Changes changes = {};     // that decoding brought about
   std::string damage = {};  // what is wrong with the file's data; empty: the picture is whole
+  std::optional<Samples> samples = {};
+  int orientation = 1;        // as in EXIF: how samples are to be turned
+  ProfileBytes profile = {};  // null: none
 };
 
 // Lays a 32-bit picture with an alpha channel on white and drops the channel. `premultiplied` tells
@@ -40,6 +46,9 @@ PixPtr Reindexed(PixPtr pix);
 // Turns a picture that its file says is stored lying or mirrored: the orientations of EXIF and
 // TIFF, 1 for upright. Null when memory is short.
 PixPtr Upright(PixPtr pix, int orientation);
+
+// The bit that a 1-bit picture shows as black, or -1 if its palette is not black and white.
+int BlackBit(Pix* pix);
 
 // Bits of the bitmap that PackedDib makes: 1 for black and white, 8 for a palette or grey, 24 for
 // colour.

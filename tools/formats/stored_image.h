@@ -4,26 +4,31 @@
 #define TOOLS_FORMATS_STORED_IMAGE_H_
 
 #include <sorrelin/platform/types.h>
+#include <sorrelin/writer/image_form.h>
 
 #include <memory>
 #include <span>
 
 #include "tools/formats/changes.h"
+#include "tools/formats/icc_profile.h"
 #include "tools/formats/resolution.h"
 
 namespace sorrelin::tool {
 
 struct StoredImage {
-  std::span<BYTE const> bytes;        // as long as `owner` stands
+  std::span<BYTE const> bytes;        // as long as `owner` exists
   std::shared_ptr<void const> owner;  // may be null where the caller keeps the bytes
-  int width = 0;                      // pixels
-  int height = 0;                     // rows
-  int bits_per_pixel = 0;             // 1, 8 (whose values are tones of grey) or 24
-  DWORD compression = 0;              // PDF_COMPRESSION_*
-  bool zero_is_black = true;          // 1 bit: how the decoded bits are to be read
-  Resolution dpi;
+  int width = 0;                      // pixels, as stored
+  int height = 0;                     // rows, as stored
+  ImageForm form;
+  ProfileBytes profile;  // null: none
+  int orientation = 1;   // as in EXIF and TIFF: how the stored picture is to be turned
+  Resolution dpi;        // as stored
   Changes changes = {};  // beside the resolution that a file lacks
 };
+
+// Whether the orientation exchanges rows and columns.
+constexpr bool LiesOnItsSide(int orientation) { return orientation >= 5; }
 
 }  // namespace sorrelin::tool
 

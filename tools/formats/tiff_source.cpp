@@ -1,19 +1,20 @@
-// TIFF pages: Group 4 strips through libtiff as they are, everything else decoded, by Leptonica
-// unless it lies in tiles or planes.
+// TIFF pages: undecoded where a document can hold their coding, otherwise decoded, by Leptonica
+// unless they are in tiles or planes or of more bits than it keeps.
 #include "tools/formats/tiff_source.h"
 
-#include <sorrelin/frame/pdf.h>
 #include <tiffio.h>
 
 #include <algorithm>
 #include <array>
 #include <cstring>
-#include <limits>
 #include <mutex>
 #include <optional>
 #include <utility>
 
 #include "tools/formats/tiff_colours.h"
+#include "tools/formats/tiff_fields.h"
+#include "tools/formats/tiff_samples.h"
+#include "tools/formats/tiff_stored.h"
 
 namespace sorrelin::tool {
 namespace {
@@ -61,23 +62,6 @@ TiffPtr OpenMemory(MemoryFile& file) {
                                 CloseMemory, SizeOfMemory, nullptr, nullptr));
 }
 
-template <typename Value>
-Value FieldOf(TIFF* tiff, uint32_t tag, Value fallback) {
-  Value value{};
-  return TIFFGetFieldDefaulted(tiff, tag, &value) == 1 ? value : fallback;
-}
-
-Resolution ResolutionOf(TIFF* tiff) {
-  uint16_t const unit = FieldOf<uint16_t>(tiff, TIFFTAG_RESOLUTIONUNIT, RESUNIT_INCH);
-  double const scale = unit == RESUNIT_INCH         ? 1.0
-                       : unit == RESUNIT_CENTIMETER ? kCentimetresPerInch
-                                                    : 0.0;
-  float x = 0, y = 0;
-  if (TIFFGetField(tiff, TIFFTAG_XRESOLUTION, &x) != 1) x = 0;
-  if (TIFFGetField(tiff, TIFFTAG_YRESOLUTION, &y) != 1) y = 0;
-  return {WholeDots(x * scale), WholeDots(y * scale)};
-}
-
 // Whether the colours of a page with alpha come out of the decoder scaled by it. The image library
 // has colours of three samples read by libtiff's own converter, which scales them.
 bool IsPremultiplied(TIFF* tiff) {
@@ -86,23 +70,6 @@ bool IsPremultiplied(TIFF* tiff) {
   if (TIFFGetField(tiff, TIFFTAG_EXTRASAMPLES, &count, &kinds) != 1) count = 0;
   bool const associated = count > 0 && kinds[0] == EXTRASAMPLE_ASSOCALPHA;
   return associated || FieldOf<uint16_t>(tiff, TIFFTAG_SAMPLESPERPIXEL, 1) > 3;
-}
-
-// Whether one strip holds the page as plain Group 4 data, upright, in black and white.
-bool IsStorable(TIFF* tiff) {
-  uint32_t const width = FieldOf<uint32_t>(tiff, TIFFTAG_IMAGEWIDTH, 0);
-  uint32_t const height = FieldOf<uint32_t>(tiff, TIFFTAG_IMAGELENGTH, 0);
-  uint16_t const photometric = FieldOf<uint16_t>(tiff, TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_PALETTE);
-  uint32_t const options = FieldOf<uint32_t>(tiff, TIFFTAG_GROUP4OPTIONS, 0);
-  return std::max(width, height) <= static_cast<uint32_t>(std::numeric_limits<LONG>::max()) &&
-         FieldOf<uint16_t>(tiff, TIFFTAG_COMPRESSION, 0) == COMPRESSION_CCITTFAX4 &&
-         (options & GROUP4OPT_UNCOMPRESSED) == 0 &&
-         FieldOf<uint16_t>(tiff, TIFFTAG_BITSPERSAMPLE, 1) == 1 &&
-         FieldOf<uint16_t>(tiff, TIFFTAG_SAMPLESPERPIXEL, 1) == 1 &&
-         (photometric == PHOTOMETRIC_MINISWHITE || photometric == PHOTOMETRIC_MINISBLACK) &&
-         FieldOf<uint16_t>(tiff, TIFFTAG_ORIENTATION, 1) == ORIENTATION_TOPLEFT &&
-         TIFFIsTiled(tiff) == 0 && TIFFNumberOfStrips(tiff) == 1 &&
-         FieldOf<uint32_t>(tiff, TIFFTAG_ROWSPERSTRIP, 0) >= height;
 }
 
 bool IsStoredWithLoss(TIFF* tiff) {
@@ -148,20 +115,11 @@ class TiffSource : public ImageSource {
 
   std::optional<StoredImage> Stored(int page) override {
     std::lock_guard const lock(mutex_);
-    if (!GoTo(page) || !IsStorable(tiff_.get())) return std::nullopt;
-    auto const strip = ReadStrip();
-    if (strip == nullptr) return std::nullopt;
-    StoredImage image;
-    image.bytes = *strip;
-    image.owner = strip;
-    image.width = static_cast<int>(FieldOf<uint32_t>(tiff_.get(), TIFFTAG_IMAGEWIDTH, 0));
-    image.height = static_cast<int>(FieldOf<uint32_t>(tiff_.get(), TIFFTAG_IMAGELENGTH, 0));
-    image.bits_per_pixel = 1;
-    image.compression = PDF_COMPRESSION_CCITT;
-    // The coder's white is the bit 0, which such a page shows as white or as black.
-    image.zero_is_black =
-        FieldOf<uint16_t>(tiff_.get(), TIFFTAG_PHOTOMETRIC, 0) == PHOTOMETRIC_MINISWHITE;
-    image.dpi = ResolutionOf(tiff_.get());
+    if (!GoTo(page)) return std::nullopt;
+    auto image = StoredTiffPage(tiff_.get());
+    if (image && image->profile == nullptr && HasProfile(tiff_.get())) {
+      image->changes.Add(Change::kProfile);
+    }
     return image;
   }
 
@@ -171,11 +129,14 @@ class TiffSource : public ImageSource {
     problem = kCannotDecode;
     auto const facts = FactsOf(page);
     if (!facts) return std::nullopt;
+    if (facts->deep) return ReadDeep(page);
     PixPtr pix =
         facts->tiled_or_planar ? ReadHere(page) : Read(offsets_[static_cast<size_t>(page)]);
     if (pix != nullptr && !facts->tiled_or_planar) pix = Repaired(std::move(pix), *facts);
     if (pix == nullptr) return std::nullopt;
-    return Picture{std::move(pix), facts->dpi, facts->lossy};
+    Picture picture{std::move(pix), facts->dpi, facts->lossy};
+    picture.profile = facts->profile;
+    return picture;
   }
 
  private:
@@ -185,7 +146,9 @@ class TiffSource : public ImageSource {
     bool premultiplied = false;
     bool lossy = false;
     bool tiled_or_planar = false;
-    Resolution dpi;  // upright
+    bool deep = false;     // more than the picture library keeps
+    Resolution dpi;        // upright
+    ProfileBytes profile;  // null: none
   };
 
   bool GoTo(int page) {
@@ -200,24 +163,25 @@ class TiffSource : public ImageSource {
     facts.premultiplied = IsPremultiplied(tiff_.get());
     facts.lossy = IsStoredWithLoss(tiff_.get());
     facts.tiled_or_planar = IsTiledOrPlanar(tiff_.get());
+    facts.deep = HasDeepSamples(tiff_.get());
     facts.dpi = ResolutionOf(tiff_.get());
-    uint16_t const orientation = FieldOf<uint16_t>(tiff_.get(), TIFFTAG_ORIENTATION, 1);
-    if (orientation >= ORIENTATION_LEFTTOP) std::swap(facts.dpi.x, facts.dpi.y);
+    if (LiesOnItsSide(OrientationOf(tiff_.get()))) std::swap(facts.dpi.x, facts.dpi.y);
+    bool const grey = facts.photometric <= PHOTOMETRIC_MINISBLACK;
+    facts.profile = ProfileOf(tiff_.get(), grey ? 1 : 3);
     return facts;
   }
 
-  // Null if the file does not hold the strip.
-  std::shared_ptr<std::vector<BYTE> const> ReadStrip() {
-    uint64_t const bytes = TIFFRawStripSize64(tiff_.get(), 0);
-    uint64_t const all = TIFFGetSizeProc(tiff_.get())(TIFFClientdata(tiff_.get()));
-    if (bytes == 0 || bytes > all) return nullptr;
-    auto const strip = std::make_shared<std::vector<BYTE>>(static_cast<size_t>(bytes));
-    tmsize_t const count = static_cast<tmsize_t>(bytes);
-    if (TIFFReadRawStrip(tiff_.get(), 0, strip->data(), count) != count) return nullptr;
-    if (FieldOf<uint16_t>(tiff_.get(), TIFFTAG_FILLORDER, 1) == FILLORDER_LSB2MSB) {
-      TIFFReverseBits(strip->data(), count);
-    }
-    return strip;
+  std::optional<Picture> ReadDeep(int page) {
+    std::lock_guard const lock(mutex_);
+    if (!GoTo(page)) return std::nullopt;
+    Picture picture;
+    picture.samples = ReadTiffSamples(tiff_.get());
+    if (!picture.samples) return std::nullopt;
+    picture.orientation = OrientationOf(tiff_.get());
+    picture.dpi = ResolutionOf(tiff_.get());
+    picture.from_jpeg = IsStoredWithLoss(tiff_.get());
+    picture.profile = ProfileOf(tiff_.get(), picture.samples->Components());
+    return picture;
   }
 
   PixPtr ReadHere(int page) {

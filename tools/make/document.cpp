@@ -3,6 +3,7 @@
 
 #include <sorrelin/writer/creation_time.h>
 
+#include <algorithm>
 #include <system_error>
 
 #include "tools/cli/messages.h"
@@ -15,6 +16,8 @@ namespace {
 constexpr uint64_t kMaxDocumentBytes = (uint64_t{1} << 31) - (uint64_t{1} << 21);
 // Everything of a page but its image and palette, generously.
 constexpr uint64_t kPageFrameBytes = 1 << 14;
+// Profiles that are kept in memory to be found again.
+constexpr size_t kMaxKnownProfiles = 64;
 
 }  // namespace
 
@@ -43,13 +46,31 @@ bool Document::Update(std::filesystem::path const& path, std::string& problem) {
 }
 
 PageResult Document::Add(CodedPage const& coded, std::string& problem) {
+  EncodedPage page = coded.page();
+  page.profile = SharedProfile(coded);
+  bool const new_profile = page.profile != nullptr && page.profile->object == 0;
+  uint64_t const bytes =
+      page.size + kPageFrameBytes + (new_profile ? page.profile->stream.size() : 0);
   std::error_code error;
   uint64_t const written = std::filesystem::file_size(path_, error);
-  if (!error && written + coded.page().size + kPageFrameBytes > kMaxDocumentBytes) {
+  if (!error && written + bytes > kMaxDocumentBytes) {
     problem = "does not fit: a document ends at 2 GiB (put the rest into another one)";
     return PageResult::kFull;
   }
-  return WriteEncodedPage(*session_, coded.page()) ? PageResult::kWritten : Failure(problem);
+  return WriteEncodedPage(*session_, page) ? PageResult::kWritten : Failure(problem);
+}
+
+// Pages with equal profiles share one object. Null if the page has none.
+ColourProfile* Document::SharedProfile(CodedPage const& coded) {
+  ProfileBytes const& bytes = coded.profile();
+  if (bytes == nullptr) return nullptr;
+  auto const known = std::find_if(profiles_.begin(), profiles_.end(), [&](KnownProfile const& one) {
+    return one.bytes == bytes || *one.bytes == *bytes;
+  });
+  if (known != profiles_.end()) return &known->profile;
+  if (profiles_.size() == kMaxKnownProfiles) profiles_.pop_front();
+  profiles_.push_back({bytes, {flate_coder_.Compress(*bytes), ProfileComponents(*bytes), 0}});
+  return &profiles_.back().profile;
 }
 
 bool Document::Finish(std::string& problem) {

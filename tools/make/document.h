@@ -6,10 +6,12 @@
 #include <sorrelin/platform/process.h>
 
 #include <filesystem>
+#include <list>
 #include <memory>
 #include <optional>
 #include <string>
 
+#include "tools/make/flate_coder.h"
 #include "tools/make/page_coder.h"
 
 namespace sorrelin::tool {
@@ -57,11 +59,19 @@ class Document {
 
  private:
   PageResult Failure(std::string& problem);
+  ColourProfile* SharedProfile(CodedPage const& coded);
   std::string SessionText();
 
   // Large, as its tables are inside it.
   std::unique_ptr<CCreatePDF> session_;
   std::filesystem::path path_;
+  // Those that pages have had, the latest last.
+  struct KnownProfile {
+    ProfileBytes bytes;
+    ColourProfile profile;
+  };
+  std::list<KnownProfile> profiles_;
+  FlateCoder flate_coder_;
 };
 
 }  // namespace sorrelin::tool

@@ -1,4 +1,5 @@
-// Pages through the library's coders, and what the coders' error codes mean to a user.
+// Chooses how a picture goes into a document: as it is stored, by the library's coders, or with all
+// its samples by Flate.
 #include "tools/make/page_coder.h"
 
 #include <sorrelin/platform/memory.h>
@@ -8,35 +9,42 @@
 #include <utility>
 
 #include "tools/formats/jpeg_file.h"
+#include "tools/formats/plain_picture.h"
 
 namespace sorrelin::tool {
 namespace {
 
-constexpr WCHAR const* kGroup4Library = u"Cadwick.dll";
-constexpr WCHAR const* kJpegLibrary = u"Rennick.dll";
-
 constexpr double kPointsPerInch = 72;
 constexpr size_t kGreyTones = 256;
-constexpr int kUsualFlateLevel = -1;
+// Flate is tried where an estimate from some rows is below this share of what Group 4 took.
+constexpr double kWorthTrying = 1.25;
 
-DWORD IdentifierOf(Compression compression) {
+Compression CompressionOf(ImageFilter filter) {
+  return filter == ImageFilter::kGroup4 ? Compression::kGroup4
+         : filter == ImageFilter::kJpeg ? Compression::kJpeg
+                                        : Compression::kFlate;
+}
+
+char const* NameOf(Compression compression) {
   switch (compression) {
     case Compression::kGroup4:
-      return PDF_COMPRESSION_CCITT;
+      return "g4";
     case Compression::kFlate:
-      return PDF_COMPRESSION_FLATE;
+      return "flate";
     case Compression::kRunLength:
-      return PDF_COMPRESSION_RUN_LENGTH;
+      return "runlength";
     case Compression::kJpeg:
-      return PDF_COMPRESSION_JPEG;
+      return "jpeg";
     default:
-      return PDF_COMPRESSION_NONE;
+      return "none";
   }
 }
 
-Compression ForDepth(int depth, bool from_jpeg) {
-  if (depth == 1) return Compression::kGroup4;
-  return from_jpeg ? Compression::kJpeg : Compression::kFlate;
+Compression ChosenFor(Picture const& picture, Compression asked) {
+  if (asked != Compression::kAuto) return asked;
+  if (picture.pix == nullptr) return Compression::kFlate;
+  if (PackedDepth(picture.pix.get()) == 1) return Compression::kGroup4;
+  return picture.from_jpeg ? Compression::kJpeg : Compression::kFlate;
 }
 
 char const* DepthName(int depth) {
@@ -66,6 +74,11 @@ std::string SizeObjection(Compression compression, Pix* pix) {
          std::to_string(kMaxJpegSide) + " (--compression flate)";
 }
 
+std::string ObjectionTo(Compression compression, Pix* pix) {
+  std::string const objection = Objection(compression, PackedDepth(pix));
+  return objection.empty() ? SizeObjection(compression, pix) : objection;
+}
+
 // Puts the resolution of the page into its record, and where it comes from.
 void SetResolution(Resolution own, PageStyle const& style, PageRecord& record) {
   Resolution dpi = style.dpi.value_or(own);
@@ -80,19 +93,9 @@ void SetResolution(Resolution own, PageStyle const& style, PageRecord& record) {
   record.dpi = dpi;
 }
 
-char const* NameOf(DWORD compression) {
-  switch (compression) {
-    case PDF_COMPRESSION_CCITT:
-      return "g4";
-    case PDF_COMPRESSION_FLATE:
-      return "flate";
-    case PDF_COMPRESSION_RUN_LENGTH:
-      return "runlength";
-    case PDF_COMPRESSION_JPEG:
-      return "jpeg";
-    default:
-      return "none";
-  }
+PagePlacement FillingPage(POINT size) {
+  constexpr int64_t kUnits = PagePlacement::kUnitsPerPoint;
+  return {size, 0, 0, size.x * kUnits, size.y * kUnits, 1};
 }
 
 // The palette in which each value is its own tone.
@@ -105,6 +108,30 @@ OwnedBlock GreyPalette() {
   return block;
 }
 
+// The form of what the library's coders make; nothing where only its own form will do.
+std::optional<ImageForm> FormOf(Compression compression, int depth) {
+  ImageForm form;
+  if (compression == Compression::kGroup4) {
+    form.filter = ImageFilter::kGroup4;
+    form.bits_per_component = 1;
+    return form;
+  }
+  if (compression != Compression::kJpeg) return std::nullopt;
+  form.filter = ImageFilter::kJpeg;
+  form.colours = depth == 8 ? ImageColours::kGrey : ImageColours::kRgb;
+  return form;
+}
+
+ImageForm FormOf(Samples const& samples, bool predicted) {
+  ImageForm form;
+  form.filter = ImageFilter::kFlate;
+  form.colours = samples.colours;
+  form.bits_per_component = samples.bits;
+  form.palette = samples.palette;
+  form.predicted = predicted;
+  return form;
+}
+
 std::nullptr_t Refuse(std::string& problem, std::string reason) {
   problem = std::move(reason);
   return nullptr;
@@ -113,17 +140,10 @@ std::nullptr_t Refuse(std::string& problem, std::string reason) {
 }  // namespace
 
 bool Accepts(Compression compression, StoredImage const& image) {
-  return compression == Compression::kAuto || IdentifierOf(compression) == image.compression;
+  if (compression == Compression::kAuto) return true;
+  return image.form.filter != ImageFilter::kJpeg2000 &&
+         compression == CompressionOf(image.form.filter);
 }
-
-CodedPage::~CodedPage() {
-  if (encoded_.IsValid()) GlobalUnlock(encoded_.get());
-}
-
-PageCoder::PageCoder(PageStyle const& style)
-    : style_(style), session_(std::make_unique<CCreatePDF>()) {}
-
-PageCoder::~PageCoder() = default;
 
 std::unique_ptr<CodedPage> PageCoder::Code(ImageSource& source, int page, std::string& problem) {
   if (style_.scan.skip_blank) {
@@ -138,8 +158,8 @@ std::unique_ptr<CodedPage> PageCoder::Code(ImageSource& source, int page, std::s
 // nullptr if the page is not blank, or cannot be looked at.
 std::unique_ptr<CodedPage> PageCoder::BlankPage(ImageSource& source, int page) {
   std::string ignored;
-  auto const picture = source.Decode(page, ignored);
-  if (!picture || !picture->damage.empty()) return nullptr;
+  auto picture = source.Decode(page, ignored);
+  if (!picture || !picture->damage.empty() || !GiveUpSamples(*picture)) return nullptr;
   double const ink = InkPercent(*picture);
   if (ink > kBlankPercent) return nullptr;
   auto blank = std::make_unique<CodedPage>();
@@ -151,8 +171,9 @@ std::unique_ptr<CodedPage> PageCoder::BlankPage(ImageSource& source, int page) {
 // nullptr without a problem if the page has to be decoded.
 std::unique_ptr<CodedPage> PageCoder::CodeStored(ImageSource& source, int page,
                                                  std::string& problem) {
-  if (style_.recode || style_.scan.ChangesPixels()) return nullptr;
-  auto const stored = source.Stored(page);
+  if (style_.scan.ChangesPixels()) return nullptr;
+  auto stored = source.Stored(page);
+  if (stored && style_.plain) stored = PlainStored(std::move(*stored));
   return stored && Accepts(style_.compression, *stored) ? Code(*stored, problem) : nullptr;
 }
 
@@ -162,7 +183,9 @@ std::unique_ptr<CodedPage> PageCoder::CodeDecoded(ImageSource& source, int page,
   if (!picture) return nullptr;
   std::string damage = std::move(picture->damage);
   if (!damage.empty() && !style_.keep_damaged) return Refuse(problem, DamageText(damage));
-  if (!CleanScan(style_.scan, *picture)) return Refuse(problem, kMemoryText);
+  bool const cleaned =
+      !style_.scan.ChangesPixels() || (GiveUpSamples(*picture) && CleanScan(style_.scan, *picture));
+  if (!cleaned) return Refuse(problem, kMemoryText);
   auto coded = Code(std::move(*picture), problem);
   if (coded != nullptr) coded->record_.damage = std::move(damage);
   return coded;
@@ -175,106 +198,185 @@ std::unique_ptr<CodedPage> PageCoder::Code(StoredImage const& image, std::string
   auto coded = std::make_unique<CodedPage>();
   EncodedPage& page = coded->page_;
   coded->record_.changes = image.changes;
-  if (!Place(image.width, image.height, image.dpi, *coded, problem)) return nullptr;
-  if (image.bits_per_pixel == 8) {
-    coded->palette_ = GreyPalette();
-    if (!coded->palette_.IsValid()) return Refuse(problem, kMemoryText);
+  if (!Place({image.width, image.height, image.dpi, image.orientation}, *coded, problem)) {
+    return nullptr;
   }
-  page.bits_per_pixel = image.bits_per_pixel;
-  page.compression = image.compression;
-  page.decode_normal = image.zero_is_black;
+  ImageForm const& form = image.form;
+  if (!style_.plain) {
+    SetForm(form, image.profile, *coded);
+  } else {
+    page.bits_per_pixel = form.Components() * form.bits_per_component;
+    page.compression = IdentifierOf(CompressionOf(form.filter));
+    page.decode_normal = !form.inverted;
+    if (page.bits_per_pixel == 8) {
+      coded->grey_palette_ = GreyPalette();
+      if (!coded->grey_palette_.IsValid()) return Refuse(problem, kMemoryText);
+      page.palette = coded->grey_palette_.get();
+    }
+  }
   page.data = image.bytes.data();
   page.size = static_cast<DWORD>(image.bytes.size());
-  page.palette = coded->palette_.get();
   coded->stored_ = image.owner;
-  coded->record_.coding = NameOf(page.compression);
+  coded->record_.coding =
+      form.filter == ImageFilter::kJpeg2000 ? "jpx" : NameOf(CompressionOf(form.filter));
   coded->record_.passed = true;
   coded->record_.bytes = page.size;
   return coded;
 }
 
 std::unique_ptr<CodedPage> PageCoder::Code(Picture picture, std::string& problem) {
-  int const depth = PackedDepth(picture.pix.get());
-  Compression compression = style_.compression;
-  if (compression == Compression::kAuto) compression = ForDepth(depth, picture.from_jpeg);
-  std::string objection = Objection(compression, depth);
-  if (objection.empty()) objection = SizeObjection(compression, picture.pix.get());
-  if (!objection.empty()) return Refuse(problem, std::move(objection));
+  if (style_.plain && !MakePlain(picture)) return Refuse(problem, kMemoryText);
+  Compression const compression = ChosenFor(picture, style_.compression);
+  bool const keeps_samples = compression == Compression::kFlate && !style_.plain;
+  if (!keeps_samples && !GiveUpSamples(picture)) return Refuse(problem, kMemoryText);
+  if (picture.pix != nullptr) {
+    std::string objection = ObjectionTo(compression, picture.pix.get());
+    if (!objection.empty()) return Refuse(problem, std::move(objection));
+  }
   auto coded = std::make_unique<CodedPage>();
-  EncodedPage& page = coded->page_;
-  int const width = pixGetWidth(picture.pix.get()), height = pixGetHeight(picture.pix.get());
   coded->record_.changes = picture.changes;
-  if (!Place(width, height, picture.dpi, *coded, problem)) return nullptr;
+  Shape shape;
+  shape.width = picture.pix == nullptr ? picture.samples->width : pixGetWidth(picture.pix.get());
+  shape.height = picture.pix == nullptr ? picture.samples->height : pixGetHeight(picture.pix.get());
+  shape.dpi = picture.dpi;
+  shape.orientation = picture.orientation;
+  if (!Place(shape, *coded, problem)) return nullptr;
+  bool const may_choose =
+      style_.compression == Compression::kAuto && compression == Compression::kGroup4;
+  bool const done = keeps_samples ? CodeSamples(std::move(picture), *coded, problem)
+                    : may_choose  ? CodeBilevel(std::move(picture), *coded, problem)
+                                  : CodeBitmap(std::move(picture), compression, *coded, problem);
+  return done ? std::move(coded) : nullptr;
+}
+
+// By the library's coders.
+bool PageCoder::CodeBitmap(Picture picture, Compression compression, CodedPage& coded,
+                           std::string& problem) {
   bool const jpeg = compression == Compression::kJpeg;
-  if (jpeg && picture.from_jpeg) coded->record_.changes.Add(Change::kRecodedJpeg);
+  if (jpeg && picture.from_jpeg) coded.record_.changes.Add(Change::kRecodedJpeg);
   if (jpeg) picture.pix = WithoutPalette(picture.pix.get());
-  if (picture.pix == nullptr) return Refuse(problem, kMemoryText);
-  page.bits_per_pixel = PackedDepth(picture.pix.get());
-  if (pixGetDepth(picture.pix.get()) == 16) coded->record_.changes.Add(Change::kDepth);
-  page.compression = IdentifierOf(compression);
-  OwnedBlock dib = PackedDib(picture.pix.get(), {page.dpi.x, page.dpi.y});
+  problem = kMemoryText;
+  if (picture.pix == nullptr) return false;
+  int const depth = PackedDepth(picture.pix.get());
+  if (pixGetDepth(picture.pix.get()) == 16) coded.record_.changes.Add(Change::kDepth);
+  OwnedBlock const dib = PackedDib(picture.pix.get(), {coded.page_.dpi.x, coded.page_.dpi.y});
   picture.pix.reset();
-  if (!dib.IsValid()) return Refuse(problem, kMemoryText);
-  if (!Encode(std::move(dib), jpeg, *coded, problem)) return nullptr;
-  coded->record_.coding = NameOf(page.compression);
-  coded->record_.bytes = page.size;
-  return coded;
-}
-
-// Size and resolution of the page; false if it would be too small to be one.
-bool PageCoder::Place(int width, int height, Resolution own, CodedPage& coded,
-                      std::string& problem) {
-  SetResolution(own, style_, coded.record_);
-  Resolution const dpi = coded.record_.dpi;
-  EncodedPage& page = coded.page_;
-  page.width = width;
-  page.height = height;
-  page.dpi = {dpi.x, dpi.y};
-  if (style_.paper) {
-    page.placement = PlaceOn(*style_.paper, style_.fit, width * kPointsPerInch / dpi.x,
-                             height * kPointsPerInch / dpi.y);
-    return true;
-  }
-  POINT const points = session_->CalculatePageSizeFromPixelsAndDPI(
-      width, height, static_cast<DWORD>(dpi.x), static_cast<DWORD>(dpi.y));
-  if (points.x > 0 && points.y > 0) return true;
-  problem = "would be a page of less than half a point at " + std::to_string(dpi.x) + " by " +
-            std::to_string(dpi.y) + " dots per inch (--dpi)";
-  return false;
-}
-
-bool PageCoder::Encode(OwnedBlock dib, bool jpeg, CodedPage& coded, std::string& problem) {
-  EncodedPage& page = coded.page_;
-  session_->PDF_SetLastError(PDF_ERROR_MEMORY);
-  if (page.bits_per_pixel == 8) {
-    DWORD palette_bytes = 0;
-    coded.palette_ = OwnedBlock(session_->ExtractPaletteFromDIB(dib.get(), &palette_bytes));
-    if (!coded.palette_.IsValid()) return problem = Reason(), false;
-  }
-  OwnedBlock encoded(session_->ConvertDIB2PDFImageW(dib.get(), page.size, page.compression,
-                                                    jpeg ? kJpegLibrary : kGroup4Library,
-                                                    jpeg ? style_.quality : kUsualFlateLevel));
-  if (!encoded.IsValid()) return problem = Reason(), false;
-  page.data = static_cast<BYTE const*>(GlobalLock(encoded.get()));
-  if (page.data == nullptr) return problem = kMemoryText, false;
-  coded.encoded_ = std::move(encoded);
-  page.palette = coded.palette_.get();
+  if (!dib.IsValid()) return false;
+  CodedBitmap bitmap;
+  if (!bitmap_coder_.Code(dib, depth, compression, style_.quality, bitmap, problem)) return false;
+  SetBitmap(std::move(bitmap), depth, compression, coded);
+  SetBitmapForm(depth, compression, std::move(picture.profile), coded);
   return true;
 }
 
-std::string PageCoder::Reason() {
-  switch (session_->PDF_GetLastError()) {
-    case PDF_ERROR_MEMORY:
-      return kMemoryText;
-    case PDF_ERROR_CCITT_LIBRARY:
-      return "the Group 4 coder libcadwick.so is missing or unusable: install the package "
-             "sorrelin-codecs (or use --compression flate)";
-    case PDF_ERROR_JPEG_LIBRARY:
-      return "the JPEG coder librennick.so is missing or unusable: install the package "
-             "sorrelin-codecs (or use --compression flate)";
-    default:
-      return "cannot be coded (--compression flate)";
+void PageCoder::SetBitmap(CodedBitmap bitmap, int depth, Compression compression,
+                          CodedPage& coded) {
+  EncodedPage& page = coded.page_;
+  coded.bitmap_ = std::move(bitmap);
+  page.bits_per_pixel = depth;
+  page.compression = IdentifierOf(compression);
+  page.palette = coded.bitmap_.palette.get();
+  page.data = coded.bitmap_.data.bytes().data();
+  page.size = static_cast<DWORD>(coded.bitmap_.data.bytes().size());
+  coded.record_.coding = NameOf(compression);
+  coded.record_.bytes = page.size;
+}
+
+// The library's own form will do, except for profiles and for greys without a palette.
+void PageCoder::SetBitmapForm(int depth, Compression compression, ProfileBytes profile,
+                              CodedPage& coded) {
+  auto const form = style_.plain ? std::nullopt : FormOf(compression, depth);
+  if (form && (compression == Compression::kJpeg || profile != nullptr)) {
+    SetForm(*form, std::move(profile), coded);
+  } else if (profile != nullptr) {
+    coded.record_.changes.Add(Change::kProfile);
   }
+}
+
+// With all bits that the picture has.
+bool PageCoder::CodeSamples(Picture picture, CodedPage& coded, std::string& problem) {
+  Samples const samples =
+      picture.samples ? std::move(*picture.samples) : SamplesOf(picture.pix.get());
+  picture.pix.reset();
+  FlateData data = flate_coder_.Code(samples);
+  if (data.stream.empty()) return problem = kMemoryText, false;
+  SetForm(FormOf(samples, data.predicted), std::move(picture.profile), coded);
+  SetStream(std::move(data.stream), coded);
+  return true;
+}
+
+// By Group 4, or by Flate where that is smaller: of halftones, Group 4 makes more than there was.
+bool PageCoder::CodeBilevel(Picture picture, CodedPage& coded, std::string& problem) {
+  problem = kMemoryText;
+  OwnedBlock const dib = PackedDib(picture.pix.get(), {coded.page_.dpi.x, coded.page_.dpi.y});
+  if (!dib.IsValid()) return false;
+  CodedBitmap group_4;
+  if (!bitmap_coder_.Code(dib, 1, Compression::kGroup4, 0, group_4, problem)) return false;
+  size_t const bytes = group_4.data.bytes().size();
+  SetBitmap(std::move(group_4), 1, Compression::kGroup4, coded);
+  Samples const samples = SamplesOf(picture.pix.get());
+  bool const worth_trying = static_cast<double>(flate_coder_.EstimatedBytes(samples)) <=
+                            kWorthTrying * static_cast<double>(bytes);
+  CodedBitmap flate;
+  if (worth_trying && style_.plain &&
+      bitmap_coder_.Code(dib, 1, Compression::kFlate, 0, flate, problem) &&
+      flate.data.bytes().size() < bytes) {
+    SetBitmap(std::move(flate), 1, Compression::kFlate, coded);
+  } else if (worth_trying && !style_.plain) {
+    FlateData data = flate_coder_.Code(samples);
+    if (!data.stream.empty() && data.stream.size() < bytes) {
+      SetForm(FormOf(samples, data.predicted), std::move(picture.profile), coded);
+      SetStream(std::move(data.stream), coded);
+      return true;
+    }
+  }
+  SetBitmapForm(1, Compression::kGroup4, std::move(picture.profile), coded);
+  return true;
+}
+
+// A profile goes with the form if it describes its colours.
+void PageCoder::SetForm(ImageForm form, ProfileBytes profile, CodedPage& coded) {
+  coded.form_ = std::move(form);
+  coded.page_.form = &coded.form_;
+  coded.profile_ = std::move(profile);
+  if (coded.profile_ == nullptr) return;
+  if (ProfileComponents(*coded.profile_) == ComponentsOf(coded.form_.colours)) return;
+  coded.profile_ = nullptr;
+  coded.record_.changes.Add(Change::kProfile);
+}
+
+void PageCoder::SetStream(std::vector<BYTE> stream, CodedPage& coded) {
+  coded.stream_ = std::move(stream);
+  coded.page_.data = coded.stream_.data();
+  coded.page_.size = static_cast<DWORD>(coded.stream_.size());
+  coded.record_.coding = NameOf(Compression::kFlate);
+  coded.record_.bytes = coded.page_.size;
+}
+
+// Size and resolution of the page; false if it would be too small to be one.
+bool PageCoder::Place(Shape shape, CodedPage& coded, std::string& problem) {
+  EncodedPage& page = coded.page_;
+  page.width = shape.width;
+  page.height = shape.height;
+  bool const lies = LiesOnItsSide(shape.orientation);
+  if (lies) std::swap(shape.width, shape.height);
+  if (lies) std::swap(shape.dpi.x, shape.dpi.y);
+  if (shape.orientation != 1) coded.record_.changes.Add(Change::kTurned);
+  SetResolution(shape.dpi, style_, coded.record_);
+  Resolution const dpi = coded.record_.dpi;
+  page.dpi = {lies ? dpi.y : dpi.x, lies ? dpi.x : dpi.y};
+  POINT const points = bitmap_coder_.PageSize(shape.width, shape.height, dpi);
+  if (style_.paper) {
+    page.placement = PlaceOn(*style_.paper, style_.fit, shape.width * kPointsPerInch / dpi.x,
+                             shape.height * kPointsPerInch / dpi.y);
+  } else if (shape.orientation != 1) {
+    page.placement = FillingPage(points);
+  }
+  if (page.placement) page.placement->orientation = shape.orientation;
+  if (style_.paper || (points.x > 0 && points.y > 0)) return true;
+  problem = "would be a page of less than half a point at " + std::to_string(dpi.x) + " by " +
+            std::to_string(dpi.y) + " dots per inch (--dpi)";
+  return false;
 }
 
 }  // namespace sorrelin::tool

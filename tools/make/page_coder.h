@@ -3,17 +3,18 @@
 #ifndef TOOLS_MAKE_PAGE_CODER_H_
 #define TOOLS_MAKE_PAGE_CODER_H_
 
-#include <sorrelin/frame/session.h>
 #include <sorrelin/platform/block.h>
 #include <sorrelin/writer/encoded_page.h>
 
 #include <memory>
-#include <optional>
 #include <string>
+#include <vector>
 
 #include "tools/formats/image_source.h"
 #include "tools/formats/picture.h"
 #include "tools/formats/stored_image.h"
+#include "tools/make/bitmap_coder.h"
+#include "tools/make/flate_coder.h"
 #include "tools/make/page_record.h"
 #include "tools/make/page_style.h"
 
@@ -23,14 +24,17 @@ namespace sorrelin::tool {
 class CodedPage {
  public:
   CodedPage() = default;
-  ~CodedPage();
   CodedPage(CodedPage const&) = delete;
   CodedPage& operator=(CodedPage const&) = delete;
 
   EncodedPage const& page() const { return page_; }
   PageRecord const& record() const { return record_; }
+
   // Has too little ink to go into the document.
   bool IsBlank() const { return is_blank_; }
+
+  // The profile of its colours, which pages of a document share. Null: none.
+  ProfileBytes const& profile() const { return profile_; }
 
  private:
   friend class PageCoder;
@@ -38,17 +42,19 @@ class CodedPage {
   EncodedPage page_;
   PageRecord record_;
   bool is_blank_ = false;
+  ImageForm form_;
+  ProfileBytes profile_;
   std::shared_ptr<void const> stored_;
-  OwnedBlock encoded_;  // locked while the page points to it
-  OwnedBlock palette_;
+  CodedBitmap bitmap_;
+  OwnedBlock grey_palette_;
+  std::vector<BYTE> stream_;
 };
 
 // Codes pages, for one thread at a time. The same picture gives the same bytes from every coder.
 class PageCoder {
  public:
   // `style` outlives the coder.
-  explicit PageCoder(PageStyle const& style);
-  ~PageCoder();
+  explicit PageCoder(PageStyle const& style) : style_(style) {}
   PageCoder(PageCoder const&) = delete;
   PageCoder& operator=(PageCoder const&) = delete;
 
@@ -60,16 +66,30 @@ class PageCoder {
   std::unique_ptr<CodedPage> Code(Picture picture, std::string& problem);
 
  private:
+  // How a picture is on its page before it is coded: its size as stored, resolution as stored, and
+  // orientation.
+  struct Shape {
+    int width = 0;
+    int height = 0;
+    Resolution dpi;
+    int orientation = 1;
+  };
+
   std::unique_ptr<CodedPage> BlankPage(ImageSource& source, int page);
   std::unique_ptr<CodedPage> CodeStored(ImageSource& source, int page, std::string& problem);
   std::unique_ptr<CodedPage> CodeDecoded(ImageSource& source, int page, std::string& problem);
-  bool Place(int width, int height, Resolution own, CodedPage& coded, std::string& problem);
-  bool Encode(OwnedBlock dib, bool jpeg, CodedPage& coded, std::string& problem);
-  std::string Reason();
+  bool Place(Shape shape, CodedPage& coded, std::string& problem);
+  bool CodeBitmap(Picture picture, Compression compression, CodedPage& coded, std::string& problem);
+  bool CodeSamples(Picture picture, CodedPage& coded, std::string& problem);
+  bool CodeBilevel(Picture picture, CodedPage& coded, std::string& problem);
+  void SetBitmap(CodedBitmap bitmap, int depth, Compression compression, CodedPage& coded);
+  void SetBitmapForm(int depth, Compression compression, ProfileBytes profile, CodedPage& coded);
+  void SetForm(ImageForm form, ProfileBytes profile, CodedPage& coded);
+  void SetStream(std::vector<BYTE> stream, CodedPage& coded);
 
   PageStyle const& style_;
-  // Without a document: only its coders are used. Large, as its tables are inside it.
-  std::unique_ptr<CCreatePDF> session_;
+  BitmapCoder bitmap_coder_;
+  FlateCoder flate_coder_;
 };
 
 // Whether an image in this coding may go in undecoded.

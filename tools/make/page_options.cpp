@@ -100,7 +100,7 @@ void AddPageStyle(Verb& verb, PageOptions& options) {
   verb.Flag("--deskew", style.scan.deskew, "Straighten tilted pages");
   verb.Flag("--clean", style.scan.clean, "Remove specks");
   verb.Flag("--skip-blank", style.scan.skip_blank, "Leave blank pages out");
-  verb.Flag("--recode", style.recode, "Decode and code JPEG and Group 4 files anew");
+  verb.Flag("--plain", style.plain, "Only forms that simple readers take");
   verb.Flag("--keep-damaged", style.keep_damaged, "Make pages of damaged pictures too");
 }
 

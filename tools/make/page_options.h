@@ -58,11 +58,16 @@ The order is that of the command line unless --sort says otherwise: "name" goes
 by bytes, and in "natural" page2 comes before page10. Any number of --jobs makes
 the same document.
 
-Compression "auto" is Group 4 for black and white and Flate for everything
-else, so that nothing is lost. JPEG files, and Group 4 TIFF pages of one strip,
-go into the document as they are. A JPEG file that EXIF says lies on its side is
-turned upright, without loss if its sides are whole blocks of the coding. If
-they must be decoded, JPEG files are coded as JPEG again.
+What a picture file holds goes into the document as it is coded, where PDF can
+hold that coding: JPEG, JPEG 2000, PNG without interlace and transparency, and
+TIFF pages of JPEG data or of one Group 4 strip. Colour profiles stay, and a
+page turns a picture that its file says lies on its side. All else is coded
+without loss, with all its bits: compression "auto" is the smaller of Group 4
+and Flate for black and white, and Flate otherwise. JPEG data that PDF cannot
+hold are coded as JPEG again.
+
+With --plain, pages have the forms that the library reads back: 1, 8 or 24 bits
+in grey, a palette or RGB, without prediction, profiles, inks and JPEG 2000.
 
 With --page all pages have one size, and the picture stands in the middle:
 "within" makes it as large as goes, "shrink" keeps its own size if that goes,

@@ -18,7 +18,7 @@ inline constexpr int kUsualDotsPerInch = 96;
 struct PageStyle {
   Compression compression = Compression::kAuto;
   int quality = 0;                // of JPEG, 1 to 100; 0: the coder's usual one
-  bool recode = false;            // coded pictures do not go in as they are
+  bool plain = false;             // only forms that the library reads back
   bool keep_damaged = false;      // what could be read of damaged pictures becomes a page
   std::optional<Resolution> dpi;  // in place of the picture's own
   Resolution default_dpi = {kUsualDotsPerInch, kUsualDotsPerInch};  // where a picture has none

@@ -14,6 +14,7 @@
 #include "tools/cli/messages.h"
 #include "tools/cli/output_file.h"
 #include "tools/formats/image_file.h"
+#include "tools/formats/plain_picture.h"
 #include "tools/make/page_options.h"
 #include "tools/ocr/ocr_engine.h"
 #include "tools/ocr/page_texts.h"
@@ -161,6 +162,7 @@ class Words {
     auto picture = source.Decode(page, problem);
     if (picture && !picture->damage.empty()) problem = DamageText(picture->damage);
     if (!picture || !picture->damage.empty()) return std::nullopt;
+    if (!GiveUpSamples(*picture)) return problem = kMemoryText, std::nullopt;
     return reader_.Read(std::move(*picture), options_.ocr, number_++, quarter_turns, problem);
   }
 

@@ -1,0 +1,32 @@
+// Fields of a TIFF directory, with a fallback for those that are missing.
+#ifndef TOOLS_FORMATS_TIFF_FIELDS_H_
+#define TOOLS_FORMATS_TIFF_FIELDS_H_
+
+#include <tiffio.h>
+
+#include "tools/formats/icc_profile.h"
+#include "tools/formats/resolution.h"
+
+namespace sorrelin::tool {
+
+template <typename Value>
+Value FieldOf(TIFF* tiff, uint32_t tag, Value fallback) {
+  Value value{};
+  return TIFFGetFieldDefaulted(tiff, tag, &value) == 1 ? value : fallback;
+}
+
+// The page's resolution as stored; 0 where it has none.
+Resolution ResolutionOf(TIFF* tiff);
+
+// 1 to 8; anything else in the file counts as 1.
+int OrientationOf(TIFF* tiff);
+
+// The page's colour profile. Null if there is none for `components` components.
+ProfileBytes ProfileOf(TIFF* tiff, int components);
+
+// Whether the page has a profile, usable or not.
+bool HasProfile(TIFF* tiff);
+
+}  // namespace sorrelin::tool
+
+#endif  // TOOLS_FORMATS_TIFF_FIELDS_H_
