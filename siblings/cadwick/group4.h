@@ -10,6 +10,7 @@
 #include <sorrelin/platform/types.h>
 
 #include <cstdint>
+#include <memory>
 #include <span>
 
 namespace sorrelin::cadwick {
@@ -50,6 +51,30 @@ class ByteSink {
 
  protected:
   ~ByteSink() = default;
+};
+
+// Codes rows as they come.
+class Group4Encoder {
+ public:
+  Group4Encoder(Picture picture, ByteSink& sink);
+  ~Group4Encoder();
+  Group4Encoder(Group4Encoder const&) = delete;
+  Group4Encoder& operator=(Group4Encoder const&) = delete;
+
+  // The next row, to be filled in before Encode: whole units of 8 bytes, with what an earlier row
+  // has left. Bits behind the width do not matter.
+  std::span<uint8_t> Row();
+  // Codes that row. False once the sink has refused.
+  bool Encode();
+  // Ends the data with EOFB. False if the sink has refused.
+  bool Finish();
+
+ private:
+  friend Outcome EncodeGroup4(Picture picture, RowCallback rows, ByteSink& sink);
+  void Flush();
+
+  struct State;
+  std::unique_ptr<State> state_;
 };
 
 // Codes the rows that `rows` fills in and ends them with EOFB. `rows` may write whole units of 8

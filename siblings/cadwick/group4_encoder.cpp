@@ -138,25 +138,52 @@ BitWriter EncodeRow(ChangingElements& row, ChangingElements& above, uint32_t wid
 
 }  // namespace
 
+struct Group4Encoder::State {
+  State(Picture picture, ByteSink& sink)
+      : width(picture.width), first(width), second(width), buffer(sink), out(buffer) {}
+
+  uint32_t const width;
+  ChangingElements first, second;
+  ChangingElements* row = &first;
+  ChangingElements* above = &second;
+  ByteBuffer buffer;
+  BitWriter out;
+};
+
+Group4Encoder::Group4Encoder(Picture picture, ByteSink& sink)
+    : state_(std::make_unique<State>(picture, sink)) {}
+
+Group4Encoder::~Group4Encoder() = default;
+
+std::span<uint8_t> Group4Encoder::Row() { return state_->row->Row(); }
+
+bool Group4Encoder::Encode() {
+  State& state = *state_;
+  state.row->FindElements();
+  state.above->Rewind();
+  state.out = EncodeRow(*state.row, *state.above, state.width, state.out);
+  std::swap(state.row, state.above);
+  return state.buffer.Accepted();
+}
+
+void Group4Encoder::Flush() { state_->out.Finish(); }
+
+bool Group4Encoder::Finish() {
+  state_->out.Put(kEndOfBlockCode);
+  Flush();
+  return state_->buffer.Accepted();
+}
+
 Outcome EncodeGroup4(Picture picture, RowCallback rows, ByteSink& sink) {
-  auto row = std::make_unique<ChangingElements>(picture.width);
-  auto above = std::make_unique<ChangingElements>(picture.width);
-  auto const buffer = std::make_unique<ByteBuffer>(sink);
-  BitWriter out(*buffer);
+  Group4Encoder encoder(picture, sink);
   for (uint32_t y = 0; y < picture.height; ++y) {
-    if (!rows(row->Row(), y)) {
-      out.Finish();
+    if (!rows(encoder.Row(), y)) {
+      encoder.Flush();
       return Outcome::kStopped;
     }
-    row->FindElements();
-    above->Rewind();
-    out = EncodeRow(*row, *above, picture.width, out);
-    if (!buffer->Accepted()) return Outcome::kSinkFailed;
-    std::swap(row, above);
+    if (!encoder.Encode()) return Outcome::kSinkFailed;
   }
-  out.Put(kEndOfBlockCode);
-  out.Finish();
-  return buffer->Accepted() ? Outcome::kDone : Outcome::kSinkFailed;
+  return encoder.Finish() ? Outcome::kDone : Outcome::kSinkFailed;
 }
 
 }  // namespace sorrelin::cadwick
