@@ -1,9 +1,8 @@
-// PNG predictors of the cross-reference route, held against those of the program: they agree on
-// whole rows that are not of the Paeth form, in which the library deliberately differs.
+// PNG predictors of the cross-reference route, held against the rules of PNG (clause 9): they agree
+// on whole rows that are not of the Paeth form, in which the library deliberately differs.
 //
 // The input is colours, bits and columns (2 bytes each), then tagged rows.
 #include <sorrelin/document/decode_parms.h>
-#include <tools/documents/png_predictor.h>
 
 #include <vector>
 
@@ -16,7 +15,14 @@ using Parms = sorrelin::CDecodeParms::CDecodeParmsPredictor;
 
 constexpr BYTE kPaeth = 4;
 
-// The rows by the program's reader; empty if it has nothing to say.
+// What is added to byte `i` of a row.
+unsigned Predicted(BYTE tag, Bytes const& row, Bytes const& above, size_t i, size_t pixel_bytes) {
+  unsigned const left = i < pixel_bytes ? 0 : row[i - pixel_bytes];
+  constexpr BYTE kSub = 1, kUp = 2, kAverage = 3;
+  return tag == kSub ? left : tag == kUp ? above[i] : tag == kAverage ? (left + above[i]) / 2 : 0;
+}
+
+// The rows by the rules; empty if they are not whole, or one is of the Paeth form.
 Bytes UndoStrictly(Bytes const& data, size_t row_bytes, size_t pixel_bytes) {
   Bytes rows;
   Bytes above(row_bytes);
@@ -24,8 +30,9 @@ Bytes UndoStrictly(Bytes const& data, size_t row_bytes, size_t pixel_bytes) {
   for (size_t at = 0; at < data.size(); at += row_bytes + 1) {
     Bytes row(data.begin() + static_cast<ptrdiff_t>(at + 1),
               data.begin() + static_cast<ptrdiff_t>(at + 1 + row_bytes));
-    if (data[at] >= kPaeth || !sorrelin::tool::UndoPngRow(data[at], row, above, pixel_bytes)) {
-      return {};
+    if (data[at] >= kPaeth) return {};
+    for (size_t i = 0; i < row_bytes; ++i) {
+      row[i] = static_cast<BYTE>(row[i] + Predicted(data[at], row, above, i, pixel_bytes));
     }
     rows.insert(rows.end(), row.begin(), row.end());
     above = row;

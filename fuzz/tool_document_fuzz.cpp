@@ -1,50 +1,61 @@
-// Documents as the command-line program reads them: each page is judged, and its picture decoded.
-#include <tools/extract/page_image.h>
-#include <tools/extract/page_picture.h>
+// Documents as the command-line program reads them: each page is judged, and its pictures decoded
+// and written as files of every format.
+#include <tools/extract/keep_writer.h>
+#include <tools/extract/page_judge.h>
+#include <tools/extract/picture_writer.h>
 
-#include "fuzz/fuzz_session.h"
+#include <algorithm>
+
+#include "fuzz/fuzz_input.h"
 
 namespace {
 
-constexpr DWORD kMostPages = 6;
-constexpr uint64_t kMostWork = 64 * 1024 * 1024;
+using namespace sorrelin::tool;
 
-// Takes a picture as far as it is worth while, and looks that it is as announced.
-class Sink final : public sorrelin::tool::PictureSink {
+constexpr DWORD kMostPages = 4;
+constexpr size_t kMostPictures = 4;
+constexpr uint64_t kMostPixels = 1 << 20;
+
+// Forgets what it is given.
+class Nowhere : public ByteOutput {
  public:
-  bool Begin(sorrelin::tool::PictureForm const& form) override {
-    bytes_ = form.RowBytes();
-    return form.width != 0 && form.height != 0;
-  }
-  bool Row(std::span<BYTE const> row) override {
-    fuzz::Require(row.size() == bytes_, "a row of another size");
-    return ++rows_ < 1000;
-  }
-
- private:
-  size_t bytes_ = 0;
-  int rows_ = 0;
+  bool WriteAt(uint64_t, std::span<BYTE const>) override { return true; }
 };
 
-void ReadPages(fuzz::Data document) {
-  fuzz::Session session;
-  if (!session.Open(document)) return;
-  DWORD const pages = std::min(session->GetNumberOfPages(), kMostPages);
-  sorrelin::tool::PageJudge judge(*session, kMostWork);
-  for (DWORD page = 0; page < pages; ++page) {
-    auto const facts = judge.Judge(session->GetPageObjectNumber(page));
-    fuzz::Require(facts.image.has_value() == facts.problem.empty(), "neither image nor problem");
-    if (!facts.image) continue;
-    Sink sink;
-    std::string problem;
-    sorrelin::tool::DecodePicture(*session, *facts.image, facts.dpi, sink, problem);
+void WritePicture(PagePicture const& picture) {
+  if (!picture.problem.empty() || uint64_t{picture.Width()} * picture.Height() > kMostPixels)
+    return;
+  std::string problem;
+  for (FileFormat const format : {FileFormat::kPng, FileFormat::kTiff, FileFormat::kPnm}) {
+    Nowhere output;
+    auto const writer = MakeWriter(format, output);
+    bool const decoded = DecodePagePicture(picture, picture.orientation, *writer, problem);
+    fuzz::Require(decoded || !problem.empty(), "neither picture nor problem");
+    fuzz::Require(!decoded || writer->Finish(), "rows are missing");
+  }
+  Nowhere output;
+  KeptAs const kept = KeptAsOf(picture, picture.orientation);
+  if (kept != KeptAs::kNothing) WriteKept(picture, kept, picture.orientation, output, problem);
+}
+
+void ReadPages(QpdfDocument& document) {
+  for (DWORD page = 0; page < std::min(document.ListedPages(), kMostPages); ++page) {
+    PageFacts const facts = JudgePage(document, page);
+    fuzz::Require(facts.whole.empty() || facts.whole[0].problem == facts.problem,
+                  "another problem than that of the picture");
+    for (size_t i = 0; i < std::min(facts.pictures.size(), kMostPictures); ++i) {
+      WritePicture(facts.pictures[i]);
+    }
+    if (facts.whole.size() == 1 && facts.whole[0].strips.size() > 1) WritePicture(facts.whole[0]);
   }
 }
 
 }  // namespace
 
 int LLVMFuzzerTestOneInput(uint8_t const* bytes, size_t size) {
-  fuzz::Data const document(bytes, size);
-  if (!fuzz::HoldsEndlessNumber(document)) fuzz::Guard([&] { ReadPages(document); });
+  std::string problem;
+  auto const document =
+      QpdfDocument::OpenMemory({reinterpret_cast<char const*>(bytes), size}, problem);
+  if (document != nullptr) ReadPages(*document);
   return 0;
 }

@@ -245,8 +245,7 @@ void ScannerSeeds() {
                                 "/Filter", "endobj", "/Type"}) {
     Seed("scanner_fuzz", std::string(key) + "\n" + dictionary);
   }
-  Seed("tool_value_fuzz", dictionary);
-  Seed("tool_value_fuzz", "[true false null -1.5e3 .5 +7 <4> <</A<</B[[]]>> >> %c\n(\\053\\\r\n)]");
+  Seed("tool_calculator_fuzz", "{dup 0.5 gt {1 exch sub} {2 mul} ifelse 3 1 roll}");
 }
 
 void TypedSeeds() {
@@ -290,6 +289,9 @@ void ImageSeeds() {
   }
   // Eight rows of eight: the first black at its left half, the others like it.
   Seed("cadwick_fuzz", Word(7) + Word(7) + Word(0) + group4);
+  for (unsigned flags = 0; flags < 12; ++flags) {
+    Seed("tool_fax_fuzz", std::string(1, static_cast<char>(flags)) + Word(8) + Word(4) + group4);
+  }
 }
 
 void JpegSeeds() {

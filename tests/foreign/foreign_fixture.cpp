@@ -141,6 +141,16 @@ Pixels UpsideDown(Pixels pixels) {
   return pixels;
 }
 
+Pixels Stacked(std::vector<Pixels> const& pictures) {
+  Pixels stack = pictures.at(0);
+  for (size_t i = 1; i < pictures.size(); ++i) {
+    stack.height += pictures[i].height;
+    stack.colours.insert(stack.colours.end(), pictures[i].colours.begin(),
+                         pictures[i].colours.end());
+  }
+  return stack;
+}
+
 int Difference(Pixels const& a, Pixels const& b) {
   if (a.width != b.width || a.height != b.height || a.colours.size() != b.colours.size()) {
     return kOtherSize;

@@ -29,6 +29,8 @@ struct Pixels {
 };
 
 Pixels UpsideDown(Pixels pixels);
+// One below the other.
+Pixels Stacked(std::vector<Pixels> const& pictures);
 
 // What the library makes of a page.
 struct LoadedPage {

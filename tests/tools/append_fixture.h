@@ -77,7 +77,7 @@ class AppendTest : public ReadTest {
   }
   // The same with a copy and in place.
   void ExpectRefusedBothWays(std::string const& document, std::string const& reason) const {
-    ExpectRefused(document, reason);
+    ExpectRefused(document, reason, {"--no-rewrite"});
     ExpectRefused(document, reason, {"--in-place"});
   }
 };

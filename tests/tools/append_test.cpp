@@ -129,6 +129,83 @@ TEST_F(AppendVerb, ObjectStreamsAreRefusedWithTheCommandThatHelps) {
   ExpectPages(3);
 }
 
+// A document that the library does not update is rewritten, and shows what it showed.
+TEST_F(AppendVerb, DocumentsOfOtherFormsAreRewritten) {
+  MakeDocument(2);
+  for (std::string const way : {"--object-streams=generate", "--force-version=2.0",
+                                "--linearize --object-streams=generate"}) {
+    RunProgram({"sh", "-c",
+                "qpdf --warning-exit-0 " + way + " '" + Out() + "' '" + Path("other.pdf") + "'"});
+    WritePicture("new.png", 2);
+    ProgramResult const result = Append({Path("other.pdf"), Path("new.png")});
+    EXPECT_EQ(result.exit_code, 0) << way << result.err;
+    EXPECT_THAT(result.err, HasSubstr("other.pdf: was rewritten for the new pages: it ")) << way;
+    EXPECT_EQ(CountPages("other.pdf"), "3\n");
+    for (int i = 0; i < 3; ++i) {
+      std::string const page = std::to_string(i + 1);
+      ProgramResult const extracted =
+          RunProgram({SORRELIN_TOOL, "extract", Path("other.pdf"), "--pages", page, "--output",
+                      Path("x.png"), "--force"});
+      EXPECT_EQ(extracted.exit_code, 0) << extracted.err;
+      EXPECT_TRUE(Shows("x.png", Picture(i))) << way << i;
+    }
+    EXPECT_EQ(RunProgram({"qpdf", "--warning-exit-0", "--check", Path("other.pdf")}).exit_code, 0);
+    // What has been rewritten takes further pages.
+    WritePicture("new.png", 3);
+    EXPECT_EQ(Append({Path("other.pdf"), Path("new.png")}).exit_code, 0);
+    EXPECT_EQ(CountPages("other.pdf"), "4\n");
+  }
+}
+
+TEST_F(AppendVerb, DamagedTableIsMendedByTheRewriting) {
+  MakeDocument(2);
+  Bytes bytes = Document();
+  WriteAll(Path("cut.pdf"), Bytes(bytes.begin(), bytes.end() - 60));
+  WritePicture("new.png", 2);
+  ProgramResult const result = Append({Path("cut.pdf"), Path("new.png")});
+  EXPECT_EQ(result.exit_code, 0) << result.err;
+  EXPECT_THAT(result.err, HasSubstr("it is damaged"));
+  EXPECT_EQ(CountPages("cut.pdf"), "3\n");
+}
+
+TEST_F(AppendVerb, WhatTheCatalogHoldsIsStillThere) {
+  PdfBuilder pdf;
+  AddPageTree(pdf, 1);
+  pdf.Object(1,
+             "<</Type/Catalog /Pages 2 0 R /Outlines 10 0 R /PageLabels <</Nums [0 <</S /r>>]>> "
+             "/AcroForm <</Fields [12 0 R]>> /Metadata 13 0 R /Lang (en)>>");
+  pdf.Object(10, "<</Type/Outlines /First 11 0 R /Last 11 0 R /Count 1>>");
+  pdf.Object(11, "<</Title (Mark) /Parent 10 0 R>>");
+  pdf.Object(12, "<</FT /Tx /T (field) /V (value)>>");
+  pdf.Stream(13, "/Type/Metadata /Subtype/XML", "<x:xmpmeta/>");
+  WriteDocument("form.pdf", pdf);
+  WriteAll(Path("note.txt"), {'n', 'o', 't', 'e'});
+  RunProgram(
+      {"qpdf", "--add-attachment", Path("note.txt"), "--", Path("form.pdf"), Path("in.pdf")});
+  WritePicture("new.png", 0);
+  ExpectRefused("in.pdf", "has what an added page would take from its catalog", {"--no-rewrite"});
+  ProgramResult const result = Append({Path("in.pdf"), Path("new.png")});
+  EXPECT_EQ(result.exit_code, 0) << result.err;
+  EXPECT_EQ(CountPages("in.pdf"), "2\n");
+  std::string const json = RunProgram({"qpdf", "--json=2", Path("in.pdf")}).out;
+  for (char const* const kept :
+       {"u:Mark", "u:field", "u:value", "/PageLabels", "u:en", "/Metadata"}) {
+    EXPECT_THAT(json, HasSubstr(kept));
+  }
+  EXPECT_THAT(RunProgram({"qpdf", "--list-attachments", Path("in.pdf")}).out,
+              HasSubstr("note.txt"));
+}
+
+TEST_F(AppendVerb, SignedDocumentIsRefused) {
+  PdfBuilder pdf;
+  AddPageTree(pdf, 1);
+  pdf.Object(1, "<</Type/Catalog /Pages 2 0 R /AcroForm <</Fields [10 0 R] /SigFlags 3>> >>");
+  pdf.Object(10, "<</FT /Sig /T (s) /V <</Type/Sig /Contents <00> >> >>");
+  WriteDocument("signed.pdf", pdf);
+  ExpectRefused("signed.pdf", "is signed, and a change would void the signature");
+  ExpectRefusedBothWays("signed.pdf", "is signed, and a change would void the signature");
+}
+
 TEST_F(AppendVerb, EncryptedDocumentIsRefused) {
   MakeDocument(1);
   RunProgram({"qpdf", "--object-streams=disable", "--allow-weak-crypto", "--encrypt", "", "owner",

@@ -36,7 +36,8 @@ TEST_F(CountAndInfo, CountOfSeveralNamesThemAndGoesOnBehindBrokenOnes) {
       Run({"count", Out(), Path("deadly.pdf"), Path("no.pdf"), Path("missing.pdf"), Out()});
   EXPECT_EQ(result.exit_code, 1);
   EXPECT_EQ(result.out, Out() + ": 2\n" + Out() + ": 2\n");
-  EXPECT_THAT(result.err, HasSubstr("deadly.pdf: is damaged in a way that ends its reader (qpdf "));
+  EXPECT_THAT(result.err,
+              HasSubstr("deadly.pdf: cannot be opened: it is damaged beyond repair (qpdf "));
   EXPECT_THAT(result.err,
               HasSubstr("no.pdf: cannot be opened: it is not a PDF document (name one)\n"));
   EXPECT_THAT(
@@ -104,26 +105,40 @@ TEST_F(CountAndInfo, InfoAsJsonHasItsKeysInOrder) {
 
 TEST_F(CountAndInfo, InfoTellsWhyAPictureIsNotRead) {
   WriteDocument("in.pdf", OnePage{.image = "/Subtype/Image /Width 2 /Height 1 /BitsPerComponent 8 "
-                                           "/ColorSpace /DeviceCMYK /Filter /JPXDecode"}
+                                           "/ColorSpace /Pattern /Filter /FlateDecode"}
                               .Build());
   ProgramResult const text = Run({"info", Path("in.pdf")});
   EXPECT_EQ(text.exit_code, 0);
-  EXPECT_THAT(text.out, HasSubstr("2x1      -  JPXDecode"));
-  EXPECT_THAT(text.out, HasSubstr("! its colours are in a space that is not read (DeviceCMYK)"));
+  EXPECT_THAT(text.out, HasSubstr("2x1      -  flate"));
+  EXPECT_THAT(text.out, HasSubstr("! its colours are in a space that is not read (Pattern)"));
   ProgramResult const json = Run({"info", "--json", Path("in.pdf")});
   EXPECT_THAT(json.out, HasSubstr("\"depth\": null"));
   EXPECT_THAT(json.out, HasSubstr("\"problem\": \"its colours"));
 }
 
-TEST_F(CountAndInfo, EncryptedDocumentShowsNoTexts) {
+TEST_F(CountAndInfo, EncryptedDocumentIsReadWithTheEmptyPassword) {
   MakeTwo();
   RunProgram({"qpdf", "--warning-exit-0", "--encrypt", "", "", "128", "--use-aes=y", "--", Out(),
               Path("e.pdf")});
-  EXPECT_EQ(Run({"info", Path("e.pdf")}).out, "Pages:       2\nEncrypted:   yes\n");
-  ProgramResult const json = Run({"info", "--json", Path("e.pdf")});
-  EXPECT_THAT(json.out, HasSubstr("\"encrypted\": true"));
-  EXPECT_THAT(json.out, HasSubstr("\"title\": \"\""));
+  ProgramResult const text = Run({"info", Path("e.pdf")});
+  EXPECT_THAT(text.out, ::testing::StartsWith("Pages:       2\nEncrypted:   yes\nTitle:       K"));
+  EXPECT_THAT(text.out, HasSubstr("72x36      1  g4           144x144"));
+  EXPECT_THAT(Run({"info", "--json", Path("e.pdf")}).out, HasSubstr("\"encrypted\": true"));
   EXPECT_EQ(Run({"count", Path("e.pdf")}).out, "2\n");
+}
+
+TEST_F(CountAndInfo, PasswordComesFromAFile) {
+  MakeTwo();
+  RunProgram({"qpdf", "--warning-exit-0", "--encrypt", "secret", "owner", "256", "--", Out(),
+              Path("e.pdf")});
+  ProgramResult const refused = Run({"info", Path("e.pdf")});
+  EXPECT_EQ(refused.exit_code, 1);
+  EXPECT_THAT(refused.err, HasSubstr("e.pdf: is encrypted, and the password is not the one"));
+  WriteAll(Path("password"), {'s', 'e', 'c', 'r', 'e', 't', '\n', 'x'});
+  ProgramResult const read = Run({"info", Path("e.pdf"), "--password-file", Path("password")});
+  EXPECT_EQ(read.exit_code, 0);
+  EXPECT_THAT(read.out, HasSubstr("144x144"));
+  EXPECT_EQ(Run({"info", Path("e.pdf"), "--password-file", Path("none")}).exit_code, 2);
 }
 
 // The stated number may be far beyond the pages that there are.
@@ -145,8 +160,21 @@ TEST_F(CountAndInfo, DeadlyDocumentIsNamedByInfo) {
   EXPECT_EQ(result.exit_code, 1);
   EXPECT_EQ(result.out, "");
   EXPECT_EQ(result.err, "sorrelin: " + Path("deadly.pdf") +
-                            ": is damaged in a way that ends its reader"
+                            ": cannot be opened: it is damaged beyond repair"
                             " (qpdf in.pdf out.pdf may mend it)\n");
+}
+
+// The library is led astray by an identifier with a NUL, and by offsets that are wrong.
+TEST_F(CountAndInfo, DocumentsThatTheLibraryDoesNotOpenAreCounted) {
+  PdfBuilder pdf = OnePage{}.Build();
+  WriteDocument("nul.pdf", pdf, {.keys = std::string("/ID [(a\0b) (ab)] /Root 1 0 R", 28)});
+  WriteDocument("off.pdf", OnePage{}.Build());
+  auto bytes = ReadAll(Path("off.pdf"));
+  bytes.insert(bytes.begin() + 9, 20, ' ');
+  WriteAll(Path("off.pdf"), bytes);
+  for (char const* const name : {"nul.pdf", "off.pdf"}) {
+    EXPECT_EQ(Run({"count", Path(name)}).out, "1\n") << name;
+  }
 }
 
 TEST_F(CountAndInfo, HelpOfEveryVerbFits80Columns) {

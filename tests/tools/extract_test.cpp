@@ -52,7 +52,7 @@ class Extract : public ReadTest {
     EXPECT_EQ(Make({Out(), Path("1.png"), Path("2.png"), Path("3.png")}).exit_code, 0);
   }
 
-  // Pages of grey, the second with a soft mask.
+  // Pages of grey, the second with data that end early.
   void WriteMixed(std::string const& name) const {
     std::string const image =
         "/Subtype/Image /Width 2 /Height 2 /BitsPerComponent 8 /ColorSpace /DeviceGray";
@@ -66,7 +66,7 @@ class Extract : public ReadTest {
                      std::to_string(6 + i) + " 0 R >> >> >>");
     }
     for (DWORD i = 0; i < 3; ++i) {
-      pdf.Stream(6 + i, image + (i == 1 ? " /SMask 6 0 R" : ""), "\n[ d");
+      pdf.Stream(6 + i, image, i == 1 ? "\n[" : "\n[ d");
     }
     WriteDocument(name, pdf);
   }
@@ -209,8 +209,8 @@ TEST_F(Extract, PageThatCannotBeReadIsNamedAndTheOthersAreWritten) {
       Run({"extract", Path("in.pdf"), "--output", Path("p%d.png"), "--quiet"});
   EXPECT_EQ(result.exit_code, 1);
   EXPECT_EQ(result.err, "sorrelin: " + Path("in.pdf") +
-                            ": page 2: its picture has a soft mask, which is not read (pdftoppm "
-                            "-png draws such pages)\n");
+                            ": page 2: its data end before its picture does (pdftoppm -png draws "
+                            "such pages)\n");
   EXPECT_THAT(Names(), ElementsAre("in.pdf", "p1.png", "p3.png"));
   l_uint32 pixel = 0;
   pixGetPixel(ReadPix("p3.png").get(), 0, 0, &pixel);
@@ -226,19 +226,29 @@ TEST_F(Extract, TiffWithoutAnyPageIsNotWritten) {
   EXPECT_THAT(Names(), ElementsAre("in.pdf"));
 }
 
-TEST_F(Extract, EncryptedDocumentIsNamed) {
+TEST_F(Extract, EncryptedDocumentsComeBack) {
   MakeThree();
   // qpdf warns of the key that stands twice in documents of the library.
   RunProgram({"qpdf", "--warning-exit-0", "--encrypt", "", "", "128", "--use-aes=y", "--", Out(),
               Path("e.pdf")});
   RunProgram(
       {"qpdf", "--warning-exit-0", "--object-streams=generate", Path("e.pdf"), Path("es.pdf")});
-  for (char const* const name : {"e.pdf", "es.pdf"}) {
-    ProgramResult const result = Run({"extract", Path(name), "--output", Path("p%d.png")});
-    EXPECT_EQ(result.exit_code, 1);
-    EXPECT_THAT(result.err, HasSubstr(name)) << result.err;
+  RunProgram({"qpdf", "--warning-exit-0", "--encrypt", "secret", "owner", "256", "--", Out(),
+              Path("p.pdf")});
+  WriteAll(Path("password"), {'s', 'e', 'c', 'r', 'e', 't', '\r', '\n'});
+  for (std::string const name : {"e", "es", "p"}) {
+    ProgramResult const result = Run({"extract", Path(name + ".pdf"), "--output",
+                                      Path(name + "%d.png"), "--password-file", Path("password")});
+    EXPECT_EQ(result.exit_code, name == "p" ? 0 : 1) << result.err;
+    EXPECT_EQ(std::filesystem::exists(Path(name + "1.png")), name == "p");
   }
-  EXPECT_THAT(Names(), ElementsAre("1.png", "2.png", "3.png", "e.pdf", "es.pdf", "out.pdf"));
+  for (std::string const name : {"e", "es"}) {
+    EXPECT_EQ(Run({"extract", Path(name + ".pdf"), "--output", Path(name + "%d.png")}).exit_code,
+              0);
+  }
+  for (std::string const name : {"e", "es", "p"}) {
+    EXPECT_TRUE(Shows(name + "3.png", ReadPix("3.png")));
+  }
 }
 
 TEST_F(Extract, ObjectStreamsAndLinearisedDocumentsComeBack) {
@@ -255,13 +265,13 @@ TEST_F(Extract, ObjectStreamsAndLinearisedDocumentsComeBack) {
   }
 }
 
-TEST_F(Extract, DocumentThatEndsItsReaderIsNamed) {
+TEST_F(Extract, DocumentBeyondRepairIsNamed) {
   WriteDeadly("in.pdf");
   ProgramResult const result = Run({"extract", Path("in.pdf"), "--output", Path("p%d.png")});
   EXPECT_EQ(result.exit_code, 1);
-  EXPECT_EQ(result.err,
-            "sorrelin: " + Path("in.pdf") +
-                ": is damaged in a way that ends its reader (qpdf in.pdf out.pdf may mend it)\n");
+  EXPECT_EQ(result.err, "sorrelin: " + Path("in.pdf") +
+                            ": cannot be opened: it is damaged beyond repair (qpdf in.pdf out.pdf "
+                            "may mend it)\n");
 }
 
 TEST_F(Extract, OneNameForSeveralPagesIsAUsageError) {
@@ -282,6 +292,8 @@ TEST_F(Extract, WrongOptionsAreUsageErrors) {
                                              {"--output", ""},
                                              {"--output", "-"},
                                              {"--output", "p%d.gif"},
+                                             {"--all", "--output", "p%d.png"},
+                                             {"--password-file", "/nowhere"},
                                              {"more.pdf"},
                                              {"--nonsense"}}) {
     std::vector<std::string> arguments = {"extract", Out()};
@@ -297,7 +309,7 @@ TEST_F(Extract, UsualNamesAreTheDocumentsInTheCurrentDirectory) {
   std::string const go = "cd '" + directory_.path().string() + "' && '" SORRELIN_TOOL "' extract ";
   EXPECT_EQ(RunProgram({"sh", "-c", go + "out.pdf --pages 1"}).exit_code, 0);
   EXPECT_EQ(RunProgram({"sh", "-c", go + "out.pdf --format tiff"}).exit_code, 0);
-  EXPECT_THAT(Names(), ElementsAre("1.png", "2.png", "3.png", "out-1.png", "out.pdf", "out.tif"));
+  EXPECT_THAT(Names(), ElementsAre("1.png", "2.png", "3.png", "out-1.tif", "out.pdf", "out.tif"));
 }
 
 // Rows of 10 and 200, top first, on a page whose content draws a form besides.
@@ -336,6 +348,158 @@ TEST_F(Extract, MatrixOfThePictureItselfTurnsItOver) {
     l_uint32 top = 0;
     pixGetPixel(read.get(), 0, 0, &top);
     EXPECT_EQ(top, page.top) << page.content;
+  }
+}
+
+// What documents store comes back as it is.
+class ExtractKept : public Extract {
+ protected:
+  void Keep(std::string const& name, std::vector<std::string> options = {}) const {
+    options.insert(options.begin(),
+                   {"extract", Path(name), "--format", "keep", "--output", Path("k%d"), "--force"});
+    ProgramResult const result = Run(options);
+    EXPECT_EQ(result.exit_code, 0) << result.err;
+  }
+};
+
+TEST_F(ExtractKept, Group4BecomesTiffWithTheSameData) {
+  WritePix("1.png", Noise(40, 10, 1));
+  MakeFrom("1.png");
+  Keep("out.pdf");
+  EXPECT_TRUE(Shows("k1.tif", ReadPix("1.png")));
+  PixPtr const read = ReadPix("k1.tif");
+  EXPECT_EQ(pixGetInputFormat(read.get()), IFF_TIFF_G4);
+  EXPECT_EQ(pixGetYRes(read.get()), 144);
+  RunProgram({"sh", "-c", "pdfimages -ccitt '" + Out() + "' '" + Path("w") + "'"});
+  auto const data = ReadAll(Path("w-000.ccitt"));
+  auto const file = ReadAll(Path("k1.tif"));
+  EXPECT_FALSE(data.empty());
+  EXPECT_NE(std::search(file.begin(), file.end(), data.begin(), data.end()), file.end());
+}
+
+TEST_F(ExtractKept, JpegIsTheFileThatItIs) {
+  WriteAll(Path("1.jpg"), MakeJpeg({}, [](int x, int y, int s) { return unsigned(x + y * s); }));
+  MakeFrom("1.jpg");
+  Keep("out.pdf");
+  EXPECT_EQ(ReadAll(Path("k1.jpg")), ReadAll(Path("1.jpg")));
+}
+
+// The rows of the document's stream are those of the file.
+TEST_F(ExtractKept, PredictedFlateGoesIntoPngAsItIs) {
+  WritePix("1.png", Noise(40, 10, 32));
+  RunProgram({"img2pdf", Path("1.png"), "-o", Path("in.pdf")});
+  Keep("in.pdf");
+  EXPECT_TRUE(Shows("k1.png", ReadPix("1.png")));
+  auto const file = ReadAll(Path("k1.png"));
+  std::string const found =
+      RunProgram({"sh", "-c",
+                  "qpdf --show-object=$(pdfimages -list '" + Path("in.pdf") +
+                      "' | awk 'NR==3{print $11}') --raw-stream-data '" + Path("in.pdf") + "'"})
+          .out;
+  ASSERT_FALSE(found.empty());
+  EXPECT_NE(std::search(file.begin(), file.end(), found.begin(), found.end(),
+                        [](BYTE a, char b) { return a == static_cast<BYTE>(b); }),
+            file.end());
+}
+
+TEST_F(ExtractKept, ExtensionOfThePatternGivesWayToThatOfTheFile) {
+  WritePix("1.png", Noise(40, 10, 1));
+  MakeFrom("1.png");
+  EXPECT_EQ(Run({"extract", Out(), "--format", "keep", "--output", Path("k.png")}).exit_code, 0);
+  EXPECT_THAT(Names(), ElementsAre("1.png", "k.tif", "out.pdf"));
+}
+
+TEST_F(ExtractKept, DamagedDataAreNotKept) {
+  WritePix("1.png", Noise(400, 100, 1));
+  MakeFrom("1.png", {"--compression", "g4"});
+  auto document = Document();
+  std::string const text(document.begin(), document.end());
+  size_t const at = text.find("stream\n") + 500;
+  for (size_t i = 0; i < 40; ++i) document[at + i] = 0;
+  WriteAll(Path("in.pdf"), document);
+  ProgramResult const result =
+      Run({"extract", Path("in.pdf"), "--output", Path("k%d"), "--format", "keep"});
+  EXPECT_EQ(result.exit_code, 1);
+  EXPECT_THAT(result.err, HasSubstr("its data"));
+  EXPECT_THAT(Names(), ElementsAre("1.png", "in.pdf", "out.pdf"));
+}
+
+TEST_F(ExtractKept, TurnedJpegLosesNothing) {
+  JpegForm form = {.width = 16, .height = 8, .components = 1};
+  auto const tone = [](int x, int, int) { return x < 8 ? 40u : 200u; };
+  WriteAll(Path("1.jpg"), MakeJpeg(form, tone));
+  form.width = 13;
+  WriteAll(Path("2.jpg"), MakeJpeg(form, tone));
+  for (std::string const name : {"1", "2"}) {
+    RunProgram({"img2pdf", Path(name + ".jpg"), "-o", Path("a.pdf")});
+    RunProgram({"qpdf", "--rotate=90", Path("a.pdf"), Path("in.pdf")});
+    Keep("in.pdf");
+    std::filesystem::rename(Path("k1.jpg"), Path("t" + name + ".jpg"));
+  }
+  // Whole blocks were turned: the left is the top now.
+  PixPtr const turned = ReadPix("t1.jpg");
+  EXPECT_EQ(pixGetWidth(turned.get()), 8);
+  l_uint32 pixel = 0;
+  pixGetPixel(turned.get(), 4, 2, &pixel);
+  EXPECT_NEAR(pixel, 40, 2);
+  // Others are marked: APP1 of EXIF, orientation 6.
+  auto const marked = ReadAll(Path("t2.jpg"));
+  std::string const text(marked.begin(), marked.end());
+  EXPECT_NE(text.find(std::string("Exif\0\0MM", 8)), text.npos);
+  EXPECT_NE(text.find(std::string("\x01\x12\0\3\0\0\0\1\0\6", 10)), text.npos);
+  Keep("in.pdf", {"--as-stored"});
+  EXPECT_EQ(ReadAll(Path("k1.jpg")), ReadAll(Path("2.jpg")));
+}
+
+TEST_F(Extract, AllPicturesOfPagesGetNumbers) {
+  std::string const image =
+      "/Subtype/Image /Width 2 /Height 2 /BitsPerComponent 8 /ColorSpace /DeviceGray";
+  auto pdf = OnePage{.page = "/MediaBox [0 0 9 9] /Resources <</XObject <</A 4 0 R /B 7 0 R>> >>",
+                     .image = image,
+                     .data = "abcd",
+                     .content = "/A Do q 1 0 0 1 5 5 cm /B Do Q BI /W 1 /H 1 /BPC 8 /CS /G ID x EI"}
+                 .Build();
+  pdf.Stream(7, image, "ef");
+  WriteDocument("in.pdf", pdf);
+  ProgramResult const several = Run({"extract", Path("in.pdf"), "--output", Path("p%d.png")});
+  EXPECT_EQ(several.exit_code, 1);
+  EXPECT_THAT(several.err, HasSubstr("page 1: is made of several pictures (--all writes each"));
+  ProgramResult const all =
+      Run({"extract", Path("in.pdf"), "--all", "--output", Path("p%d-%i.png")});
+  EXPECT_EQ(all.exit_code, 1);
+  EXPECT_THAT(all.err, HasSubstr("page 1: picture 2: its data end before its picture does"));
+  EXPECT_THAT(Names(), ElementsAre("in.pdf", "p1-1.png", "p1-3.png"));
+}
+
+TEST_F(Extract, ReportListsTheFiles) {
+  MakeThree();
+  ProgramResult const result = Run({"extract", Out(), "--pages", "1-2", "--json", "--format",
+                                    "keep", "--output", Path("k%d"), "--jobs", "2"});
+  EXPECT_EQ(result.exit_code, 0);
+  auto const size = [&](char const* name) {
+    return std::to_string(std::filesystem::file_size(Path(name)));
+  };
+  EXPECT_EQ(result.out,
+            "{\n  \"document\": \"" + Out() +
+                "\",\n  \"written\": 2,\n  \"files\": [\n    {\n      \"file\": \"" +
+                Path("k1.tif") +
+                "\",\n      \"page\": 1,\n      \"picture\": 1,\n      \"coding\": \"g4\",\n"
+                "      \"width_pixels\": 40,\n      \"height_pixels\": 10,\n      \"bytes\": " +
+                size("k1.tif") + "\n    },\n    {\n      \"file\": \"" + Path("k2.png") +
+                "\",\n      \"page\": 2,\n      \"picture\": 1,\n      \"coding\": \"flate\",\n"
+                "      \"width_pixels\": 41,\n      \"height_pixels\": 10,\n      \"bytes\": " +
+                size("k2.png") + "\n    }\n  ],\n  \"problems\": []\n}\n");
+}
+
+TEST_F(Extract, AnyNumberOfJobsWritesTheSameFiles) {
+  MakeThree();
+  for (std::string const jobs : {"1", "3"}) {
+    ExtractAll({"--output", Path("j" + jobs + "-%d.png"), "--jobs", jobs});
+  }
+  for (std::string const page : {"1", "2", "3"}) {
+    auto const file = ReadAll(Path("j1-" + page + ".png"));
+    EXPECT_FALSE(file.empty());
+    EXPECT_EQ(file, ReadAll(Path("j3-" + page + ".png")));
   }
 }
 

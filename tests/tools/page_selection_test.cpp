@@ -57,13 +57,20 @@ TEST(NamePattern, NumberTakesItsPlace) {
   EXPECT_EQ(NameOf("100%%-%d%%", 5), "100%-5%");
 }
 
+TEST(NamePattern, PicturesHaveANumberOfTheirOwn) {
+  auto const pattern = NamePattern::Parse("p%02d-%i.png");
+  ASSERT_TRUE(pattern);
+  EXPECT_TRUE(pattern->HasPage() && pattern->HasPicture());
+  EXPECT_EQ(pattern->NameOf(3, 12), "p03-12.png");
+}
+
 TEST(NamePattern, NameWithoutANumberStaysItself) {
-  EXPECT_FALSE(NamePattern::Parse("a%%d.tif")->HasNumber());
+  EXPECT_FALSE(NamePattern::Parse("a%%d.tif")->HasPage());
   EXPECT_EQ(NameOf("a%%d.tif", 5), "a%d.tif");
 }
 
 TEST(NamePattern, OtherPercentSignsAreRefused) {
-  for (char const* const text : {"%", "%s", "%d%d", "%5%", "%123d", "%-3d", "a%"}) {
+  for (char const* const text : {"%", "%s", "%d%d", "%i%i", "%5%", "%123d", "%-3d", "a%"}) {
     EXPECT_FALSE(NamePattern::Parse(text)) << text;
   }
 }

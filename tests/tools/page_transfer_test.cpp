@@ -4,7 +4,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sorrelin/platform/process.h>
+#include <unistd.h>
 
+#include <algorithm>
+#include <cstdlib>
 #include <numeric>
 
 #include "tools/documents/child.h"
@@ -15,29 +18,36 @@ namespace {
 using ::testing::ElementsAre;
 
 constexpr DWORD kPages = 6;
-constexpr DWORD kHeight = 70'000;  // rows of 9 bytes: several messages
+constexpr size_t kFileBytes = 600'000;  // several messages
 
-// Page 1 cannot be read, pages 2 and 4 end the process, page 4 in the midst of its rows.
+BYTE ByteAt(DWORD page, size_t place) { return static_cast<BYTE>(place / 3 + page); }
+
+std::vector<BYTE> FileOf(DWORD page) {
+  std::vector<BYTE> file(kFileBytes);
+  for (size_t i = 0; i < file.size(); ++i) file[i] = ByteAt(page, i);
+  return file;
+}
+
+// Page 1 cannot be read, pages 2 and 4 end the process, page 4 in the midst of its file.
 class HostileSource : public PageSource {
  public:
   DWORD PageCount() override { return kPages; }
 
-  bool Read(DWORD page, PictureSink& sink, std::string& problem) override {
-    problem = "is damaged";
-    if (page == 1) return false;
+  void Read(DWORD page, PictureSender& sender) override {
+    if (page == 1) return sender.Fail(0, "is damaged");
     if (page == 2) EndProcess("a line that the child drops");
-    sink.Begin({3, kHeight, 24, {}, {300, 200}});
-    std::vector<BYTE> row(9);
-    for (DWORD y = 0; y < kHeight; ++y) {
-      if (page == 4 && y == 60'000) EndProcess("a line that the child drops");
-      std::iota(row.begin(), row.end(), static_cast<BYTE>(y + page));
-      sink.Row(row);
+    ByteOutput& output = sender.Begin({1, 3, 4, 24, {300, 200}, "flate", ".png"});
+    std::vector<BYTE> const file = FileOf(page);
+    constexpr size_t kPiece = 1000;
+    for (size_t at = 0; at < file.size(); at += kPiece) {
+      if (page == 4 && at > file.size() / 2) EndProcess("a line that the child drops");
+      output.Write(std::span(file).subspan(at, kPiece));
     }
-    return true;
+    sender.End();
   }
 };
 
-std::unique_ptr<PageSource> OpenHostile(std::string const&, std::string&) {
+std::unique_ptr<PageSource> OpenHostile(void const*, std::string&) {
   return std::make_unique<HostileSource>();
 }
 
@@ -52,82 +62,133 @@ class Target : public PageTarget {
     log.push_back("start " + std::to_string(count));
     return wanted;
   }
-  bool Begin(PictureForm const& form) override {
-    rows = wrong_rows = 0;
-    last_form = form;
-    return !too_large;
+  void Begin(DWORD begun, PictureHead const& given) override {
+    page = begun;
+    head = given;
+    file.clear();
   }
-  bool Row(std::span<BYTE const> row) override {
-    BYTE const first = row[0];
-    for (size_t i = 0; i < row.size(); ++i) {
-      if (row[i] != static_cast<BYTE>(first + i)) ++wrong_rows;
-    }
-    ++rows;
-    return true;
+  void Write(uint64_t place, std::span<BYTE const> bytes) override {
+    file.resize(std::max<size_t>(file.size(), place + bytes.size()));
+    std::copy(bytes.begin(), bytes.end(), file.begin() + static_cast<ptrdiff_t>(place));
   }
-  void Finish(DWORD page) override {
-    log.push_back(std::to_string(page) + (rows == kHeight && wrong_rows == 0 ? " whole" : " bad"));
+  void Finish() override {
+    log.push_back(std::to_string(page) + (file == FileOf(page) ? " whole" : " bad"));
   }
-  void Fail(DWORD page, std::string const& problem) override {
-    log.push_back(std::to_string(page) + " " + problem);
+  void Fail(DWORD failed, DWORD, std::string const& problem) override {
+    log.push_back(std::to_string(failed) + " " + problem);
   }
+  void EndPage(DWORD) override { ++ended; }
 
   std::vector<std::string> log;
-  PictureForm last_form;
-  DWORD rows = 0, wrong_rows = 0;
-  bool wanted = true, too_large = false;
+  std::vector<BYTE> file;
+  PictureHead head;
+  DWORD page = 0;
+  int ended = 0;
+  bool wanted = true;
 };
+
+// A source of one page, which is read by the function that `context` points to.
+using ReadOne = void (*)(PictureSender& sender);
+std::unique_ptr<PageSource> OpenOne(void const* context, std::string&) {
+  struct Source : PageSource {
+    explicit Source(ReadOne given) : read(given) {}
+    DWORD PageCount() override { return 1; }
+    void Read(DWORD, PictureSender& sender) override { read(sender); }
+    ReadOne read;
+  };
+  return std::make_unique<Source>(*static_cast<ReadOne const*>(context));
+}
 
 TEST(PageTransfer, PagesThatEndTheirReaderFailAndTheOthersCome) {
   Target target;
   std::string problem;
-  EXPECT_TRUE(TransferPages("", OpenHostile, target, problem)) << problem;
+  EXPECT_TRUE(TransferPages(OpenHostile, nullptr, target, problem)) << problem;
   std::string const ended = kEndedReader;
   EXPECT_THAT(target.log, ElementsAre("start 6", "0 whole", "1 is damaged", "2 " + ended, "3 whole",
                                       "4 " + ended, "5 whole"));
 }
 
-TEST(PageTransfer, FormArrives) {
-  auto const open = [](std::string const&, std::string&) -> std::unique_ptr<PageSource> {
-    struct Source : PageSource {
-      DWORD PageCount() override { return 1; }
-      bool Read(DWORD, PictureSink& sink, std::string&) override {
-        return sink.Begin({7, 2, 8, {{1, 2, 3, 0}, {4, 5, 6, 0}}, {300, 200}});
-      }
-    };
-    return std::make_unique<Source>();
+TEST(PageTransfer, HeadArrives) {
+  ReadOne const read = [](PictureSender& sender) {
+    sender.Begin({7, 20, 30, 8, {300, 200}, "jbig2", ".jb2"});
+    sender.End();
   };
   Target target;
   std::string problem;
-  EXPECT_TRUE(TransferPages("", open, target, problem));
-  PictureForm const& form = target.last_form;
-  EXPECT_EQ(form.width, 7u);
-  EXPECT_EQ(form.height, 2u);
-  EXPECT_EQ(form.depth, 8);
-  EXPECT_EQ(form.dpi, (Resolution{300, 200}));
-  ASSERT_EQ(form.palette.size(), 2u);
-  EXPECT_EQ(form.palette[1].rgbRed, 6);
+  EXPECT_TRUE(TransferPages(OpenOne, &read, target, problem));
+  EXPECT_EQ(target.head.picture, 7u);
+  EXPECT_EQ(target.head.width, 20u);
+  EXPECT_EQ(target.head.height, 30u);
+  EXPECT_EQ(target.head.depth, 8);
+  EXPECT_EQ(target.head.dpi, (Resolution{300, 200}));
+  EXPECT_EQ(target.head.coding, "jbig2");
+  EXPECT_EQ(target.head.extension, ".jb2");
+}
+
+TEST(PageTransfer, BytesOutOfOrderFindTheirPlaces) {
+  ReadOne const read = [](PictureSender& sender) {
+    ByteOutput& output = sender.Begin({});
+    std::vector<BYTE> const file = FileOf(0);
+    output.WriteAt(1000, std::span(file).subspan(1000));
+    output.WriteAt(0, std::span(file).first(1000));
+    sender.End();
+  };
+  Target target;
+  std::string problem;
+  EXPECT_TRUE(TransferPages(OpenOne, &read, target, problem));
+  EXPECT_THAT(target.log, ElementsAre("start 1", "0 whole"));
+}
+
+// A child may end as if all were well with nothing, or not all, of what it had to say.
+TEST(PageTransfer, ChildWithoutItsFinalMessageHasFailed) {
+  ReadOne const leave = [](PictureSender& sender) {
+    sender.Begin({});
+    _exit(EXIT_SUCCESS);
+  };
+  Target target;
+  std::string problem;
+  EXPECT_TRUE(TransferPages(OpenOne, &leave, target, problem));
+  EXPECT_THAT(target.log, ElementsAre("start 1", std::string("0 ") + kSilentReader));
+}
+
+TEST(PageTransfer, ChildThatSaysNothingHasFailed) {
+  auto const open = [](void const*, std::string&) -> std::unique_ptr<PageSource> {
+    _exit(EXIT_SUCCESS);
+  };
+  Target target;
+  std::string problem;
+  EXPECT_FALSE(TransferPages(open, nullptr, target, problem));
+  EXPECT_EQ(problem, kSilentReader);
+}
+
+TEST(PageTransfer, AnswerWithoutItsEndIsNone) {
+  auto const leave = [](std::string&) -> std::optional<std::string> { _exit(EXIT_SUCCESS); };
+  std::string problem;
+  EXPECT_FALSE(AskChild(leave, problem).has_value());
+  EXPECT_EQ(problem, kSilentReader);
+  auto const answer = [](std::string&) { return std::optional<std::string>("yes"); };
+  EXPECT_EQ(AskChild(answer, problem), "yes");
 }
 
 TEST(PageTransfer, DocumentThatDoesNotOpenIsTheProblem) {
-  auto const open = [](std::string const& name, std::string& problem) {
-    problem = name + " is no document";
+  auto const open = [](void const* name, std::string& problem) {
+    problem = static_cast<char const*>(name) + std::string(" is no document");
     return std::unique_ptr<PageSource>();
   };
   Target target;
   std::string problem;
-  EXPECT_FALSE(TransferPages("it", open, target, problem));
+  EXPECT_FALSE(TransferPages(open, "it", target, problem));
   EXPECT_EQ(problem, "it is no document");
   EXPECT_TRUE(target.log.empty());
 }
 
 TEST(PageTransfer, DocumentThatEndsTheReaderWhileItOpensIsTheProblem) {
-  auto const open = [](std::string const&, std::string&) -> std::unique_ptr<PageSource> {
+  auto const open = [](void const*, std::string&) -> std::unique_ptr<PageSource> {
     EndProcess("a line that the child drops");
   };
   Target target;
   std::string problem;
-  EXPECT_FALSE(TransferPages("", open, target, problem));
+  EXPECT_FALSE(TransferPages(open, nullptr, target, problem));
   EXPECT_EQ(problem, kEndedReader);
 }
 
@@ -135,30 +196,21 @@ TEST(PageTransfer, NothingIsReadIfTheTargetWantsNothing) {
   Target target;
   target.wanted = false;
   std::string problem;
-  EXPECT_TRUE(TransferPages("", OpenHostile, target, problem));
+  EXPECT_TRUE(TransferPages(OpenHostile, nullptr, target, problem));
   EXPECT_THAT(target.log, ElementsAre("start 6"));
 }
 
-TEST(PageTransfer, PictureThatTheTargetRefusesFails) {
-  Target target;
-  target.too_large = true;
-  std::string problem;
-  EXPECT_TRUE(TransferPages("", OpenHostile, target, problem));
-  EXPECT_EQ(target.log[1], "0 its picture is too large");
-  EXPECT_EQ(target.log.back(), "5 its picture is too large");
-}
-
 TEST(PageTransfer, DocumentOfPagesThatAllEndTheirReaderIsGivenUp) {
-  auto const open = [](std::string const&, std::string&) -> std::unique_ptr<PageSource> {
+  auto const open = [](void const*, std::string&) -> std::unique_ptr<PageSource> {
     struct Source : PageSource {
       DWORD PageCount() override { return 1000; }
-      bool Read(DWORD, PictureSink&, std::string&) override { EndProcess("dropped"); }
+      void Read(DWORD, PictureSender&) override { EndProcess("dropped"); }
     };
     return std::make_unique<Source>();
   };
   Target target;
   std::string problem;
-  EXPECT_FALSE(TransferPages("", open, target, problem));
+  EXPECT_FALSE(TransferPages(open, nullptr, target, problem));
   EXPECT_EQ(target.log.size(), 101u);
   EXPECT_EQ(problem,
             "too many pages end their reader; further ones are left out (qpdf in.pdf out.pdf may "

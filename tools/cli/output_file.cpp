@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <mutex>
 #include <random>
+#include <set>
 #include <system_error>
 #include <vector>
 
@@ -28,11 +29,11 @@ struct FileCloser {
   void operator()(std::FILE* file) const { std::fclose(file); }
 };
 
-// The temporary directory in use, empty if there is none. The watching thread reads it; the mutex
-// also keeps that thread from acting between the steps of a commit.
+// The temporary directories in use. The watching thread reads them; the mutex also keeps that
+// thread from acting between the steps of a commit.
 struct ActiveOutput {
   std::mutex mutex;
-  fs::path directory;
+  std::set<fs::path> directories;
 };
 
 // Never destroyed: the watching thread may outlive static objects.
@@ -42,11 +43,10 @@ ActiveOutput& Active() {
 }
 
 // With the mutex held.
-void RemoveActive(ActiveOutput& active) {
-  if (active.directory.empty()) return;
+void RemoveActive(ActiveOutput& active, fs::path const& directory) {
+  if (active.directories.erase(directory) == 0) return;
   std::error_code ignored;
-  fs::remove_all(active.directory, ignored);
-  active.directory.clear();
+  fs::remove_all(directory, ignored);
 }
 
 fs::path TemporaryName(fs::path const& target) {
@@ -66,7 +66,7 @@ fs::path MakeDirectory(fs::path const& target, std::string& problem) {
     std::error_code error;
     if (fs::create_directory(directory, error)) {
       fs::permissions(directory, fs::perms::owner_all, error);
-      return active.directory = directory;
+      return *active.directories.insert(directory).first;
     }
     if (error) return problem = "cannot be created: " + error.message() + kPlaceRemedy, fs::path{};
   }
@@ -136,12 +136,15 @@ std::unique_ptr<OutputFile> OutputFile::ForStandardOutput(std::string& problem) 
 }
 
 OutputFile::OutputFile(fs::path target, bool replace, fs::path const& directory)
-    : target_(std::move(target)), path_(directory / kDocumentName), replace_(replace) {}
+    : target_(std::move(target)),
+      directory_(directory),
+      path_(directory / kDocumentName),
+      replace_(replace) {}
 
 OutputFile::~OutputFile() {
   ActiveOutput& active = Active();
   std::lock_guard const lock(active.mutex);
-  RemoveActive(active);
+  RemoveActive(active, directory_);
 }
 
 bool OutputFile::Commit(std::string& problem, Durability durability) {
@@ -178,7 +181,7 @@ bool OutputFile::Rename(std::string& problem, Durability durability) {
   } else if (!moved) {
     problem = "cannot be written: " + LastSystemError() + kRoomRemedy;
   }
-  RemoveActive(active);
+  RemoveActive(active, directory_);
   return moved;
 }
 
@@ -208,7 +211,7 @@ bool FlushFile(fs::path const& path) {
 void RemoveOutputForGood() {
   ActiveOutput& active = Active();
   active.mutex.lock();
-  RemoveActive(active);
+  while (!active.directories.empty()) RemoveActive(active, fs::path(*active.directories.begin()));
 }
 
 }  // namespace sorrelin::tool

@@ -16,7 +16,7 @@ enum class Durability { kOnDisk, kUsual };
 
 // The document is written inside a directory of its own beside the target, which no other process
 // can have a file in, and is renamed when it is complete. What goes to standard output is written
-// in the directory for temporary files first. One such file may be open at a time.
+// in the directory for temporary files first. Threads may each have files of their own.
 class OutputFile {
  public:
   // Makes the directory. Null with the reason in `problem`: the target exists and `replace` is not
@@ -53,6 +53,7 @@ class OutputFile {
   bool Copy(std::string& problem) const;
 
   std::filesystem::path target_;  // empty: standard output
+  std::filesystem::path directory_;
   std::filesystem::path path_;
   bool replace_;
   bool keep_owner_ = false;

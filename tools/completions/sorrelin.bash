@@ -5,10 +5,12 @@ _sorrelin_pages='--dpi --default-dpi --page --fit --compression --quality --desk
 _sorrelin_options() {
   case $1 in
     make) echo "--help $_sorrelin_pages --title --author --subject --keywords --force" ;;
-    append) echo "--help $_sorrelin_pages --in-place" ;;
+    append) echo "--help $_sorrelin_pages --in-place --no-rewrite" ;;
     count) echo '--help' ;;
-    info) echo '--help --json' ;;
-    extract) echo '--help --pages --output --format --force --quiet' ;;
+    info) echo '--help --json --password-file' ;;
+    extract)
+      echo '--help --pages --output --format --all --as-stored --password-file --jobs --force --json --quiet'
+      ;;
     ocr) echo '--help --output --language --orientation --timeout --psm --redo --force --jobs --quiet' ;;
     words) echo '--help --format --text --language --orientation --timeout --psm --jobs' ;;
     *) echo '--help --version' ;;
@@ -22,7 +24,7 @@ _sorrelin_values() {
     --fit) echo 'within shrink fill stretch' ;;
     --page) echo 'a3 a4 a5 a6 letter legal tabloid' ;;
     --sort) echo 'natural name none' ;;
-    --format) [ "$2" = words ] && echo 'json text hocr tsv alto' || echo 'png tiff bmp pnm jpeg' ;;
+    --format) [ "$2" = words ] && echo 'json text hocr tsv alto' || echo 'keep png tiff bmp pnm jpeg' ;;
     --dpi | --default-dpi) echo '150 200 300 600' ;;
     --language | --ocr) echo 'auto eng' ;;
     --orientation) echo 'auto keep' ;;

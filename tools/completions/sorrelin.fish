@@ -42,13 +42,19 @@ complete -c sorrelin -n "$make" -l keywords -x -d 'Its keywords'
 complete -c sorrelin -n "$make" -l force -d 'Replace the document if it exists'
 
 complete -c sorrelin -n '__fish_seen_subcommand_from append' -l in-place -d 'Write to the document itself'
+complete -c sorrelin -n '__fish_seen_subcommand_from append' -l no-rewrite -d 'Refuse a document whose form takes no pages'
 
 complete -c sorrelin -n '__fish_seen_subcommand_from info' -l json -d 'Print it as JSON'
+complete -c sorrelin -n '__fish_seen_subcommand_from info extract' -l password-file -r -d 'Password of the document'
 
 set -l extract '__fish_seen_subcommand_from extract'
 complete -c sorrelin -n "$extract" -l pages -x -d 'Only these, as in 1-3,7'
 complete -c sorrelin -n "$extract" -l output -r -d 'Names of the files'
-complete -c sorrelin -n "$extract" -l format -x -a 'png tiff bmp pnm jpeg' -d 'Of the files'
+complete -c sorrelin -n "$extract" -l format -x -a 'keep png tiff bmp pnm jpeg' -d 'Of the files'
+complete -c sorrelin -n "$extract" -l all -d 'Every picture of each page'
+complete -c sorrelin -n "$extract" -l as-stored -d 'Do not turn pictures as they are shown'
+complete -c sorrelin -n "$extract" -l jobs -x -d 'Pages to read at a time'
+complete -c sorrelin -n "$extract" -l json -d 'Report as JSON'
 complete -c sorrelin -n "$extract" -l force -d 'Replace files that exist'
 complete -c sorrelin -n "$extract" -l quiet -d 'Show no progress bar'
 

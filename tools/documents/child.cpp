@@ -1,4 +1,5 @@
-// An answer goes over the pipe as a mark, "+" for a result and "-" for a problem, and the text.
+// An answer goes over the pipe as a mark, "+" for a result and "-" for a problem, the text, and a
+// full stop, without which it counts as no answer.
 #include "tools/documents/child.h"
 
 #include <sorrelin/platform/console.h>
@@ -12,6 +13,8 @@
 
 namespace sorrelin::tool {
 namespace {
+
+constexpr char kFullStop = '.';
 
 struct Run {
   ChildWork const& work;
@@ -45,7 +48,7 @@ std::optional<std::string> AskChild(ChildAnswer const& work, std::string& proble
       result = work(reason);
     } catch (std::bad_alloc const&) {
     }
-    std::string const text = result ? "+" + *result : "-" + reason;
+    std::string const text = (result ? "+" + *result : "-" + reason) + kFullStop;
     SendToParent(link, text.data(), static_cast<DWORD>(text.size()));
   };
   std::string received;
@@ -54,8 +57,13 @@ std::optional<std::string> AskChild(ChildAnswer const& work, std::string& proble
     return true;
   };
   if (!RunChild(answer, append, problem)) return std::nullopt;
-  if (received.starts_with('+')) return received.substr(1);
-  problem = received.substr(received.empty() ? 0 : 1);
+  if (received.size() < 2 || received.back() != kFullStop) {
+    problem = kSilentReader;
+    return std::nullopt;
+  }
+  std::string const text = received.substr(1, received.size() - 2);
+  if (received.starts_with('+')) return text;
+  problem = text;
   return std::nullopt;
 }
 

@@ -15,16 +15,20 @@ namespace sorrelin::tool {
 // What is said of a document, or a page, that ended its reader.
 inline constexpr char kEndedReader[] =
     "is damaged in a way that ends its reader (qpdf in.pdf out.pdf may mend it)";
+// What is said where the reader ended as if it were done, but its final message has not come.
+inline constexpr char kSilentReader[] =
+    "could not be read: its reader ended before its last word (run this again)";
 
 using ChildWork = std::function<void(CHILD_LINK* link)>;
 using ChildReceiver = std::function<bool(std::span<BYTE const> bytes)>;
 
-// Runs `work` in a child whose standard error is dropped. True if it came to its end and everything
-// that it sent was taken; otherwise false, with the reason in `problem`.
+// Runs `work` in a child whose standard error is dropped. True if the child came to its end and
+// everything that was sent has been taken; whether all was sent is for the receiver to know from a
+// final message. Otherwise false, with the reason in `problem`.
 bool RunChild(ChildWork const& work, ChildReceiver const& receiver, std::string& problem);
 
-// Runs `work` in a child and gives its result, or nothing if it gave none; the problem is the one
-// that it told, or how the child ended.
+// Runs `work` in a child and gives its result, or nullopt if it gave none; the problem is the one
+// that it reported, or how the child ended.
 using ChildAnswer = std::function<std::optional<std::string>(std::string& problem)>;
 std::optional<std::string> AskChild(ChildAnswer const& work, std::string& problem);
 

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <charconv>
 #include <limits>
+#include <utility>
 
 namespace sorrelin::tool {
 namespace {
@@ -60,35 +61,43 @@ bool PageSelection::GoesBeyond(DWORD count) const {
 
 std::optional<NamePattern> NamePattern::Parse(std::string_view text) {
   NamePattern pattern;
-  std::string* part = &pattern.before_;
+  Part part;
   for (size_t at = 0; at < text.size(); ++at) {
     if (text[at] != '%') {
-      *part += text[at];
+      part.text += text[at];
       continue;
     }
     size_t end = at + 1;
     while (end < text.size() && text[end] >= '0' && text[end] <= '9') ++end;
     std::string_view const width = text.substr(at + 1, end - at - 1);
     if (end == text.size() || width.size() > 2) return std::nullopt;
-    if (text[end] == '%' && width.empty()) {
-      *part += '%';
-    } else if (text[end] == 'd' && !pattern.has_number_) {
-      pattern.has_number_ = true;
-      if (auto const digits = NumberOf(width)) pattern.digits_ = *digits;
-      part = &pattern.behind_;
-    } else {
-      return std::nullopt;
-    }
     at = end;
+    if (text[end] == '%' && width.empty()) {
+      part.text += '%';
+      continue;
+    }
+    part.number = text[end];
+    if (part.number == 'd') ++pattern.pages_;
+    if (part.number == 'i') ++pattern.pictures_;
+    if (part.number != 'd' && part.number != 'i') return std::nullopt;
+    if (auto const digits = NumberOf(width)) part.digits = *digits;
+    pattern.parts_.push_back(std::exchange(part, Part{}));
   }
+  pattern.parts_.push_back(std::move(part));
+  if (pattern.pages_ > 1 || pattern.pictures_ > 1) return std::nullopt;
   return pattern;
 }
 
-std::string NamePattern::NameOf(DWORD page) const {
-  if (!has_number_) return before_;
-  std::string const number = std::to_string(page);
-  size_t const zeros = digits_ > number.size() ? digits_ - number.size() : 0;
-  return before_ + std::string(zeros, '0') + number + behind_;
+std::string NamePattern::NameOf(DWORD page, DWORD picture) const {
+  std::string name;
+  for (Part const& part : parts_) {
+    name += part.text;
+    if (part.number == '\0') continue;
+    std::string const number = std::to_string(part.number == 'd' ? page : picture);
+    if (part.digits > number.size()) name.append(part.digits - number.size(), '0');
+    name += number;
+  }
+  return name;
 }
 
 std::string PatternOf(std::string_view text) {

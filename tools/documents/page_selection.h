@@ -30,21 +30,25 @@ class PageSelection {
   std::vector<Range> ranges_;
 };
 
-// A file's name with the place of the page's number: %d, or %3d or %03d for at least three digits;
-// %% stands for a percent sign.
+// A file's name with the places of numbers: %d for the page's and %i for the picture's on its page;
+// %3d or %03d for at least three digits; %% stands for a percent sign.
 class NamePattern {
  public:
-  // Nothing if there are several places, or a percent sign that means nothing.
+  // nullopt if a number has several places, or a percent sign means nothing.
   static std::optional<NamePattern> Parse(std::string_view text);
 
-  bool HasNumber() const { return has_number_; }
-  std::string NameOf(DWORD page) const;
+  bool HasPage() const { return pages_ != 0; }
+  bool HasPicture() const { return pictures_ != 0; }
+  std::string NameOf(DWORD page, DWORD picture = 1) const;
 
  private:
-  std::string before_;
-  std::string behind_;
-  size_t digits_ = 1;
-  bool has_number_ = false;
+  struct Part {
+    std::string text;    // before the number
+    char number = '\0';  // 'd', 'i', or none at the end
+    size_t digits = 1;
+  };
+  std::vector<Part> parts_;
+  int pages_ = 0, pictures_ = 0;
 };
 
 // The text as a part of a pattern that stands for itself.

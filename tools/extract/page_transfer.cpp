@@ -2,14 +2,17 @@
 //
 //   O  the document is open: its pages (32 bits)
 //   B  a page begins: its place in the list of wanted pages (32 bits)
-//   F  the form of its picture: width, height, depth, dots per inch (32 bits each), its palette
-//   R  rows, whole
-//   J  the picture as a JPEG file, in place of F and R
-//   E  the picture is complete
-//   P  the page cannot be read: why
+//   N  a picture file begins: picture, width, height, depth, dots per inch across and down (32 bits
+//      each), the length of the coding's name (32 bits), that name, and the extension
+//   D  bytes of the file: their place (64 bits), and they
+//   E  the file is complete
+//   P  a picture fails: its number, or 0 for the page (32 bits), and why
+//   F  the page is finished
 //   X  the document cannot be read: why
+//   Z  everything has been sent; a child that ends without it has failed
 #include "tools/extract/page_transfer.h"
 
+#include <algorithm>
 #include <array>
 #include <cstring>
 #include <new>
@@ -21,94 +24,108 @@
 namespace sorrelin::tool {
 namespace {
 
-constexpr size_t kRowsBytes = size_t{256} << 10;  // rows are sent in messages of about this size
+constexpr size_t kPieceBytes = size_t{256} << 10;  // the bytes of a file in one message
 constexpr size_t kHeadBytes = 5;
-constexpr size_t kFormNumbers = 5;
-constexpr int kMaxReaders = 100;  // of one document, one behind the other
+constexpr size_t kHeadNumbers = 7;
+constexpr int kMaxReaders = 100;  // of one document, one after the other
 
-class Sender : public PictureSink {
+std::string TextOf(DWORD number) { return {reinterpret_cast<char const*>(&number), sizeof number}; }
+
+DWORD NumberAt(std::string_view payload, size_t index) {
+  DWORD value = 0;
+  if (payload.size() >= (index + 1) * sizeof value) {
+    std::memcpy(&value, payload.data() + index * sizeof value, sizeof value);
+  }
+  return value;
+}
+
+std::string_view Behind(std::string_view payload, size_t bytes) {
+  return payload.substr(std::min(bytes, payload.size()));
+}
+
+// In the child.
+class Sender : public PictureSender, private ByteOutput {
  public:
-  Sender(CHILD_LINK* link, PageTarget const& target) : link_(link), target_(target) {}
+  explicit Sender(CHILD_LINK* link) : link_(link) {}
 
-  bool Begin(PictureForm const& form) override {
-    std::array<DWORD, kFormNumbers> const numbers = {
-        form.width, form.height, static_cast<DWORD>(form.depth), static_cast<DWORD>(form.dpi.x),
-        static_cast<DWORD>(form.dpi.y)};
-    std::string payload(reinterpret_cast<char const*>(numbers.data()), sizeof numbers);
-    payload.append(reinterpret_cast<char const*>(form.palette.data()),
-                   form.palette.size() * sizeof(RGBQUAD));
-    return Send('F', payload);
+  ByteOutput& Begin(PictureHead const& head) override {
+    Flush();
+    Restart();
+    std::string payload;
+    for (DWORD const number :
+         {head.picture, head.width, head.height, static_cast<DWORD>(head.depth),
+          static_cast<DWORD>(head.dpi.x), static_cast<DWORD>(head.dpi.y),
+          static_cast<DWORD>(head.coding.size())}) {
+      payload += TextOf(number);
+    }
+    Send('N', payload + head.coding + head.extension);
+    return *this;
   }
 
-  bool Row(std::span<BYTE const> row) override {
-    rows_.append(reinterpret_cast<char const*>(row.data()), row.size());
-    return rows_.size() < kRowsBytes || FlushRows();
+  void End() override {
+    Flush();
+    Send('E', {});
   }
 
-  bool TakesJpeg() const override { return target_.TakesJpeg(); }
-
-  void Jpeg(std::span<BYTE const> file) override {
-    Send('J', {reinterpret_cast<char const*>(file.data()), file.size()});
+  void Fail(DWORD picture, std::string const& problem) override {
+    piece_.clear();
+    Send('P', TextOf(picture) + problem);
   }
 
-  bool FlushRows() {
-    bool const sent = rows_.empty() || Send('R', rows_);
-    rows_.clear();
-    return sent;
+  // Bytes that follow one another go in one message.
+  bool WriteAt(uint64_t place, std::span<BYTE const> bytes) override {
+    if (!piece_.empty() && place != piece_place_ + piece_.size()) Flush();
+    if (piece_.empty()) piece_place_ = place;
+    piece_.insert(piece_.end(), bytes.begin(), bytes.end());
+    return piece_.size() < kPieceBytes || Flush();
   }
 
-  bool SendNumber(char type, size_t number) {
-    DWORD const value = static_cast<DWORD>(number);
-    return Send(type, {reinterpret_cast<char const*>(&value), sizeof value});
-  }
+  void SendNumber(char type, size_t number) { Send(type, TextOf(static_cast<DWORD>(number))); }
 
   bool Send(char type, std::string_view payload) {
     DWORD const size = static_cast<DWORD>(payload.size());
     char head[kHeadBytes] = {type};
     std::memcpy(head + 1, &size, sizeof size);
-    return SendToParent(link_, head, sizeof head) != FALSE &&
-           SendToParent(link_, payload.data(), size) != FALSE;
+    is_heard_ = is_heard_ && SendToParent(link_, head, sizeof head) != FALSE &&
+                SendToParent(link_, payload.data(), size) != FALSE;
+    return is_heard_;
   }
 
  private:
-  CHILD_LINK* link_;
-  PageTarget const& target_;
-  std::string rows_;
-};
+  bool Flush() {
+    if (piece_.empty()) return is_heard_;
+    std::string payload(reinterpret_cast<char const*>(&piece_place_), sizeof piece_place_);
+    payload.append(reinterpret_cast<char const*>(piece_.data()), piece_.size());
+    piece_.clear();
+    return Send('D', payload);
+  }
 
-void SendPage(PageSource& source, DWORD page, Sender& sender) {
-  std::string problem = kMemoryProblem;
-  bool read = false;
-  try {
-    read = source.Read(page, sender, problem);
-  } catch (std::bad_alloc const&) {
-  }
-  sender.FlushRows();
-  if (read) {
-    sender.Send('E', {});
-  } else {
-    sender.Send('P', problem);
-  }
-}
+  CHILD_LINK* link_;
+  std::vector<BYTE> piece_;
+  uint64_t piece_place_ = 0;
+  bool is_heard_ = true;
+};
 
 // One run of a child, both ends of it.
 class Transfer {
  public:
-  Transfer(std::string const& name, OpenSource open, PageTarget& target)
-      : name_(name), open_(open), target_(target) {}
+  Transfer(OpenSource open, void const* context, PageTarget& target)
+      : open_(open), context_(context), target_(target) {}
 
   bool Run(std::string& problem) {
     for (int i = 0; i < kMaxReaders; ++i) {
       rest_.clear();
       auto const work = [this](CHILD_LINK* link) { Work(link); };
       auto const take = [this](std::span<BYTE const> bytes) { return Take(bytes); };
-      bool const done = RunChild(work, take, problem);
+      bool const ended = RunChild(work, take, problem);
       if (stopped_) return true;
       if (document_problem_) problem = *document_problem_;
-      if (done || document_problem_) return !document_problem_;
+      if (document_problem_) return false;
+      if (ended && complete_) return true;
+      if (ended) problem = kSilentReader;
       if (!reading_) return false;
+      target_.Fail((*pages_)[current_], 0, problem);
       EndPage();
-      target_.Fail((*pages_)[current_], problem);
     }
     problem =
         "too many pages end their reader; further ones are left out" + std::string(kMendRemedy);
@@ -118,13 +135,14 @@ class Transfer {
  private:
   // In the child. What the target chooses there, it will choose here.
   void Work(CHILD_LINK* link) {
-    Sender sender(link, target_);
+    Sender sender(link);
     std::string problem = kMemoryProblem;
     try {
-      auto const source = open_(name_, problem);
+      auto const source = open_(context_, problem);
       if (source != nullptr) {
         sender.SendNumber('O', source->PageCount());
         SendPages(*source, sender);
+        sender.Send('Z', {});
         return;
       }
     } catch (std::bad_alloc const&) {
@@ -136,7 +154,12 @@ class Transfer {
     auto const pages = pages_ ? *pages_ : target_.Choose(source.PageCount());
     for (size_t i = next_; i < pages.size(); ++i) {
       sender.SendNumber('B', i);
-      SendPage(source, pages[i], sender);
+      try {
+        source.Read(pages[i], sender);
+      } catch (std::bad_alloc const&) {
+        sender.Fail(0, kMemoryProblem);
+      }
+      sender.Send('F', {});
     }
   }
 
@@ -163,23 +186,24 @@ class Transfer {
         current_ = NumberAt(payload, 0);
         reading_ = current_ < pages_->size();
         return reading_;
-      case 'F':
-        TakeForm(payload);
+      case 'N':
+        TakeHead(payload);
         return true;
-      case 'R':
-        TakeRows(payload);
-        return true;
-      case 'J':
-        target_.Jpeg({reinterpret_cast<BYTE const*>(payload.data()), payload.size()});
-        wanted_ = true;
+      case 'D':
+        TakeBytes(payload);
         return true;
       case 'E':
-        EndPage();
-        if (wanted_) target_.Finish((*pages_)[current_]);
+        target_.Finish();
         return true;
       case 'P':
+        target_.Fail((*pages_)[current_], NumberAt(payload, 0),
+                     std::string(Behind(payload, sizeof(DWORD))));
+        return true;
+      case 'F':
         EndPage();
-        target_.Fail((*pages_)[current_], std::string(payload));
+        return true;
+      case 'Z':
+        complete_ = true;
         return true;
       default:
         document_problem_ = std::string(payload);
@@ -194,61 +218,51 @@ class Transfer {
     return !stopped_;
   }
 
-  // A next reader goes on behind the page.
+  // A next reader goes on after the page.
   void EndPage() {
     reading_ = false;
     next_ = current_ + 1;
+    target_.EndPage((*pages_)[current_]);
   }
 
-  static DWORD NumberAt(std::string_view payload, size_t index) {
-    DWORD value = 0;
-    if (payload.size() >= (index + 1) * sizeof value) {
-      std::memcpy(&value, payload.data() + index * sizeof value, sizeof value);
-    }
-    return value;
+  void TakeHead(std::string_view payload) {
+    PictureHead head;
+    head.picture = NumberAt(payload, 0);
+    head.width = NumberAt(payload, 1);
+    head.height = NumberAt(payload, 2);
+    head.depth = static_cast<int>(NumberAt(payload, 3));
+    head.dpi = {static_cast<int>(NumberAt(payload, 4)), static_cast<int>(NumberAt(payload, 5))};
+    size_t const coding_bytes = NumberAt(payload, 6);
+    std::string_view const names = Behind(payload, kHeadNumbers * sizeof(DWORD));
+    head.coding = names.substr(0, coding_bytes);
+    head.extension = Behind(names, coding_bytes);
+    target_.Begin((*pages_)[current_], head);
   }
 
-  void TakeForm(std::string_view payload) {
-    PictureForm form = {
-        NumberAt(payload, 0),
-        NumberAt(payload, 1),
-        static_cast<int>(NumberAt(payload, 2)),
-        {},
-        {static_cast<int>(NumberAt(payload, 3)), static_cast<int>(NumberAt(payload, 4))}};
-    payload.remove_prefix(kFormNumbers * sizeof(DWORD));
-    form.palette.resize(payload.size() / sizeof(RGBQUAD));
-    if (!payload.empty()) std::memcpy(form.palette.data(), payload.data(), payload.size());
-    row_bytes_ = form.RowBytes();
-    wanted_ = target_.Begin(form);
-    if (!wanted_) target_.Fail((*pages_)[current_], "its picture is too large");
+  void TakeBytes(std::string_view payload) {
+    uint64_t place = 0;
+    if (payload.size() >= sizeof place) std::memcpy(&place, payload.data(), sizeof place);
+    std::string_view const bytes = Behind(payload, sizeof place);
+    target_.Write(place, {reinterpret_cast<BYTE const*>(bytes.data()), bytes.size()});
   }
 
-  void TakeRows(std::string_view payload) {
-    std::span<BYTE const> const rows(reinterpret_cast<BYTE const*>(payload.data()), payload.size());
-    for (size_t at = 0; wanted_ && at + row_bytes_ <= rows.size(); at += row_bytes_) {
-      target_.Row(rows.subspan(at, row_bytes_));
-    }
-  }
-
-  std::string const& name_;
   OpenSource open_;
+  void const* context_;
   PageTarget& target_;
   std::optional<std::vector<DWORD>> pages_;
-  size_t current_ = 0;    // the place of the last page that has begun
-  bool reading_ = false;  // it has not ended
-  bool stopped_ = false;
+  size_t current_ = 0;     // the place of the last page that has begun
+  bool reading_ = false;   // it has not ended
+  bool stopped_ = false;   // the target wants nothing
+  bool complete_ = false;  // the child's final message has come
   std::optional<std::string> document_problem_;
   size_t next_ = 0;
-  size_t row_bytes_ = 0;
-  bool wanted_ = false;
   std::string rest_;
 };
 
 }  // namespace
 
-bool TransferPages(std::string const& name, OpenSource open, PageTarget& target,
-                   std::string& problem) {
-  return Transfer(name, open, target).Run(problem);
+bool TransferPages(OpenSource open, void const* context, PageTarget& target, std::string& problem) {
+  return Transfer(open, context, target).Run(problem);
 }
 
 }  // namespace sorrelin::tool

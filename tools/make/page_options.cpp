@@ -7,6 +7,7 @@
 #include <system_error>
 #include <thread>
 
+#include "tools/cli/jobs.h"
 #include "tools/cli/text.h"
 #include "tools/formats/byte_stream.h"
 
@@ -15,8 +16,6 @@ namespace {
 
 constexpr int kMaxDpi = 100000;
 constexpr int kMaxQuality = 100;
-constexpr int kMaxJobs = 64;
-constexpr int kUsualMostJobs = 4;
 
 int DotsOf(std::string const& option, std::string_view text) {
   int value = 0;
@@ -68,10 +67,6 @@ Sort ParseSort(std::string const& text) {
 }
 
 }  // namespace
-
-int UsualJobs() {
-  return std::clamp(static_cast<int>(std::thread::hardware_concurrency()), 1, kUsualMostJobs);
-}
 
 void AddJobs(Verb& verb, int& jobs) {
   verb.Number("--jobs", jobs, 1, kMaxJobs, "Pages to work on at a time (processors, up to 4)");

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "tools/cli/jobs.h"
 #include "tools/cli/command_line.h"
 #include "tools/make/input_list.h"
 #include "tools/make/page_style.h"
@@ -40,8 +41,6 @@ void AddRun(Verb& verb, PageOptions& options);
 // Adds --jobs, for verbs with work for several processors.
 void AddJobs(Verb& verb, int& jobs);
 
-// The usual --jobs: processors, but not more than pictures of a usual size leave memory for.
-int UsualJobs();
 
 // Finds the files that the images stand for. Leaves as UsageError if files are named that
 // do not go together. `name` is that of the document in the help.

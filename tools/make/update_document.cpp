@@ -7,6 +7,7 @@
 
 #include <cstdio>
 #include <filesystem>
+#include <functional>
 #include <optional>
 #include <string>
 #include <system_error>
@@ -15,6 +16,7 @@
 #include "tools/cli/output_file.h"
 #include "tools/cli/text.h"
 #include "tools/documents/child.h"
+#include "tools/documents/document_form.h"
 #include "tools/documents/file_hold.h"
 #include "tools/documents/open_document.h"
 #include "tools/make/add_texts.h"
@@ -28,7 +30,6 @@ namespace fs = std::filesystem;
 struct Judgement {
   unsigned pages = 0;   // as the document states it
   unsigned listed = 0;  // that can be reached
-  unsigned whole_trailer = 0;
 };
 
 std::optional<std::string> JudgeHere(std::string const& name, std::string& problem) {
@@ -37,50 +38,92 @@ std::optional<std::string> JudgeHere(std::string const& name, std::string& probl
     problem += kRewriteHint;
     return std::nullopt;
   }
-  if (document->IsEncrypted()) {
-    problem = "is encrypted, and takes no pages (qpdf --decrypt in.pdf out.pdf)";
-    return std::nullopt;
-  }
-  return std::to_string(document->PageCount()) + " " + std::to_string(document->ListedPages()) +
-         " " + std::to_string(document->HasWholeTrailer() ? 1 : 0);
+  return std::to_string(document->PageCount()) + " " + std::to_string(document->ListedPages());
 }
 
-// Nothing with the reason in `problem` if the document cannot be read.
+// nullopt with the reason in `problem` if the library cannot read the document.
 std::optional<Judgement> Judge(fs::path const& path, std::string& problem) {
   auto const answer =
       AskChild([&](std::string& reason) { return JudgeHere(path.string(), reason); }, problem);
   Judgement found;
-  if (!answer || std::sscanf(answer->c_str(), "%u %u %u", &found.pages, &found.listed,
-                             &found.whole_trailer) != 3) {
+  if (!answer || std::sscanf(answer->c_str(), "%u %u", &found.pages, &found.listed) != 2) {
     return std::nullopt;
   }
   return found;
 }
 
+// Has a child do `work`, whose result is whether it succeeded.
+bool DoInChild(std::function<bool(std::string& problem)> const& work, std::string& problem) {
+  auto const answer = [&](std::string& reason) {
+    return work(reason) ? std::optional<std::string>("") : std::nullopt;
+  };
+  return AskChild(answer, problem).has_value();
+}
+
+// What libqpdf says of a document; nothing is known against one that it cannot read.
+DocumentForm FormOf(fs::path const& path) {
+  std::string ignored;
+  auto const answer = AskChild(
+      [&](std::string& reason) -> std::optional<std::string> {
+        auto const form = ReadForm(path.string(), reason);
+        if (!form) return std::nullopt;
+        return std::string(form->encrypted ? "e" : "-") + (form->has_signatures ? "s" : "-") +
+               form->obstacle + "\n" + form->catalog_keys;
+      },
+      ignored);
+  DocumentForm form;
+  if (!answer || answer->size() < 3) return form;
+  size_t const line_end = answer->find('\n');
+  form.encrypted = (*answer)[0] == 'e';
+  form.has_signatures = (*answer)[1] == 's';
+  form.obstacle = answer->substr(2, line_end - 2);
+  form.catalog_keys = answer->substr(line_end + 1);
+  return form;
+}
+
+// Why pages are not added, whatever is done; empty if they can be.
+std::string RefusalOf(DocumentForm const& form) {
+  if (form.encrypted) return "is encrypted, and takes no pages (qpdf --decrypt in.pdf out.pdf)";
+  if (form.has_signatures) {
+    return "is signed, and a change would void the signature (append to an unsigned copy)";
+  }
+  return "";
+}
+
 class Update {
  public:
-  explicit Update(UpdateOptions const& options) : options_(options), adder_(options.pages) {}
+  explicit Update(UpdateOptions const& options) : options_(options) {
+    adder_.emplace(options.pages);
+  }
 
   int Run() {
     std::string problem;
-    bool const changed = CheckTexts(options_.pages, adder_) &&
+    bool const changed = CheckTexts(options_.pages, *adder_) &&
                          (options_.in_place ? ChangeInPlace(problem) : ChangeCopy(problem));
-    if (!changed && !problem.empty()) adder_.ReportDocument(problem);
+    if (!changed && !problem.empty()) adder_->ReportDocument(problem);
     if (changed) NoteWritten();
-    adder_.Finish();
-    return changed && !adder_.failed() ? kExitSuccess : kExitFailure;
+    adder_->Finish();
+    return changed && !adder_->failed() ? kExitSuccess : kExitFailure;
   }
 
  private:
-  // Each of these tells in `problem` why it failed, unless that has been reported.
+  // Each of these says in `problem` why it failed, unless that has been reported.
 
   bool ChangeCopy(std::string& problem) {
     FileHold const hold(options_.pages.output);
     if (!hold.IsHeld()) return problem = FileHold::Problem(), false;
-    auto const output = OutputFile::OpenCopy(options_.pages.output, problem);
-    if (output != nullptr && !AddPages(output->path(), problem)) return false;
+    auto output = OutputFile::OpenCopy(options_.pages.output, problem);
+    if (output != nullptr && !AddPages(output->path(), problem)) {
+      std::string const obstacle = problem;
+      if (!MayRewrite()) return false;
+      adder_.emplace(options_.pages);
+      output.reset();
+      output = OutputFile::OpenCopy(options_.pages.output, problem);
+      if (output != nullptr && !AddToRewritten(output->path(), problem)) return false;
+      if (output != nullptr) SayRewritten(obstacle);
+    }
     if (output != nullptr &&
-        !AddTexts(output->path(), pages_ - added_, pages_, options_.pages, adder_, problem)) {
+        !AddTexts(output->path(), pages_ - added_, pages_, options_.pages, *adder_, problem)) {
       return false;
     }
     if (output != nullptr && output->Commit(problem)) return true;
@@ -105,7 +148,20 @@ class Update {
     return false;
   }
 
+  // Whether the form of the document was in the way, and may be changed. Pictures that have failed
+  // would be reported twice.
+  bool MayRewrite() const { return form_is_unfit_ && !options_.no_rewrite && !adder_->failed(); }
+
   bool AddPages(fs::path const& path, std::string& problem) {
+    DocumentForm const form = FormOf(path);
+    problem = RefusalOf(form);
+    if (!problem.empty()) return false;
+    form_is_unfit_ = true;
+    if (!form.obstacle.empty()) return problem = form.obstacle + kRewriteHint, false;
+    return AddByLibrary(path, problem);
+  }
+
+  bool AddByLibrary(fs::path const& path, std::string& problem) {
     auto const before = Judge(path, problem);
     if (!before || !WritePages(path, problem)) return false;
     auto const after = Judge(path, problem);
@@ -113,7 +169,9 @@ class Update {
     pages_ = after->pages;
     bool const listed =
         after->pages == before->pages + added_ && after->listed == before->listed + added_;
-    if (listed && after->whole_trailer != 0) return true;
+    std::string ignored;
+    auto const is_sound = [&](std::string&) { return IsSound(path.string(), pages_); };
+    if (listed && DoInChild(is_sound, ignored)) return true;
     problem = std::string(listed ? "has a trailer that a change would damage"
                                  : "has a page tree that takes no pages") +
               kRewriteHint;
@@ -125,23 +183,58 @@ class Update {
     if (!document.Update(path, problem)) return false;
     begun_ = true;
     unsigned const old = document.PageCount();
-    if (!adder_.AddImages(document)) return false;
+    form_is_unfit_ = false;
+    if (!adder_->AddImages(document)) return false;
     added_ = document.PageCount() - old;
-    if (added_ == 0)
+    if (added_ == 0) {
       return problem = "is as it was: there is no page to add (name pictures)", false;
+    }
+    form_is_unfit_ = true;
     return document.Finish(problem);
+  }
+
+  bool AddToRewritten(fs::path const& path, std::string& problem) {
+    fs::path const other = path.parent_path() / kSecondCopy;
+    auto const exchange = [&](std::function<bool(std::string const&, std::string const&,
+                                                 std::string&)> const& write) {
+      bool const written = DoInChild(
+          [&](std::string& reason) { return write(path.string(), other.string(), reason); },
+          problem);
+      std::error_code error;
+      if (written) fs::rename(other, path, error);
+      if (!written || error) fs::remove(other, error);
+      return written && !error;
+    };
+    if (!exchange(RewriteDocument)) return false;
+    DocumentForm const form = FormOf(path);
+    if (!AddByLibrary(path, problem)) return false;
+    return exchange([&](std::string const& from, std::string const& to, std::string& reason) {
+      return RestoreCatalog(from, form.catalog_keys, to, reason);
+    });
+  }
+
+  // The run says why the document is not its old bytes with others after them.
+  void SayRewritten(std::string const& obstacle) const {
+    if (options_.pages.quiet) return;
+    std::string const reason =
+        obstacle.substr(0, obstacle.find(" (")).substr(0, obstacle.find(','));
+    std::fprintf(stderr, "sorrelin: %s: was rewritten for the new pages: it %s\n",
+                 options_.pages.output.c_str(), reason.c_str());
   }
 
   void NoteWritten() {
     std::error_code ignored;
-    adder_.NoteWritten(pages_, fs::file_size(options_.pages.output, ignored));
+    adder_->NoteWritten(pages_, fs::file_size(options_.pages.output, ignored));
   }
 
+  static constexpr char kSecondCopy[] = "rewritten.pdf";
+
   UpdateOptions const& options_;
-  PageAdder adder_;
-  unsigned pages_ = 0;  // of the document, the old ones included
+  std::optional<PageAdder> adder_;
+  unsigned pages_ = 0;          // of the document, the old ones included
   unsigned added_ = 0;
-  bool begun_ = false;  // the document may have been written to
+  bool begun_ = false;          // the document may have been written to
+  bool form_is_unfit_ = false;  // what failed, failed for the document's form
 };
 
 }  // namespace

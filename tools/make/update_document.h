@@ -9,12 +9,13 @@ namespace sorrelin::tool {
 struct UpdateOptions {
   PageOptions pages;
   bool in_place = false;
+  bool no_rewrite = false;
 };
 
 // Adds a page for each picture, naming on standard error what cannot become one, and gives the exit
 // code. The pages are added to a copy, which takes the document's place when it is whole; or, in
 // place, to the document itself, which is cut back to what it was after a failure. A document that
-// the change would damage is left alone.
+// the change would damage is rewritten first, in the copy, or left alone where that is not wanted.
 int UpdateDocument(UpdateOptions const& options);
 
 }  // namespace sorrelin::tool

@@ -18,14 +18,6 @@ constexpr char kEncrypted[] = "is encrypted, and takes no text (qpdf --decrypt i
 constexpr char kSigned[] =
     "is signed, and a change would void the signature (recognise an unsigned copy)";
 
-std::shared_ptr<QPDFLogger> SilentLogger() {
-  auto logger = QPDFLogger::create();
-  logger->setInfo(logger->discard());
-  logger->setWarn(logger->discard());
-  logger->setError(logger->discard());
-  return logger;
-}
-
 std::string ReadProblem(std::string const& name, std::exception const& error) {
   std::error_code code;
   auto const status = std::filesystem::status(name, code);
@@ -49,18 +41,6 @@ bool AreSigned(QPDFObjectHandle fields, bool are_signatures, int depth) {
 }
 
 }  // namespace
-
-bool CatchDamage(std::function<void()> const& work, std::string& problem) {
-  try {
-    work();
-    return true;
-  } catch (std::bad_alloc const&) {
-    throw;
-  } catch (std::exception const&) {
-    problem = std::string("has damaged objects") + kMendRemedy;
-    return false;
-  }
-}
 
 std::unique_ptr<ChangeableDocument> ChangeableDocument::Open(std::string const& name,
                                                              std::string& problem) {

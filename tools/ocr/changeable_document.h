@@ -8,6 +8,8 @@
 #include <string>
 #include <vector>
 
+#include "tools/documents/qpdf_document.h"
+
 namespace sorrelin::tool {
 
 // libqpdf ends the process on no document, but takes long on some: for use in a child.
@@ -30,10 +32,6 @@ class ChangeableDocument {
   QPDF qpdf_;
   std::vector<QPDFObjectHandle> pages_;
 };
-
-// Does `work`, which uses libqpdf. False with the reason in `problem` if it throws; memory problems
-// pass through.
-bool CatchDamage(std::function<void()> const& work, std::string& problem);
 
 }  // namespace sorrelin::tool
 

@@ -5,8 +5,9 @@
 #include <utility>
 
 #include "tools/cli/messages.h"
-#include "tools/documents/open_document.h"
-#include "tools/extract/picture_file.h"
+#include "tools/documents/qpdf_document.h"
+#include "tools/extract/page_judge.h"
+#include "tools/extract/picture_builder.h"
 #include "tools/formats/image_source.h"
 #include "tools/ocr/changeable_document.h"
 
@@ -15,15 +16,17 @@ namespace {
 
 class DocumentScanner : public PageScanner {
  public:
-  DocumentScanner(std::unique_ptr<OpenDocument> pictures,
+  DocumentScanner(std::unique_ptr<QpdfDocument> pictures,
                   std::unique_ptr<ChangeableDocument> places)
       : pictures_(std::move(pictures)), places_(std::move(places)) {}
 
   std::vector<ScannedPicture> Scan(unsigned page, std::string& problem) override {
-    PageFacts const facts = pictures_->Judge(page);
+    PageFacts const facts = JudgePage(*pictures_, page);
     PictureBuilder builder;
     problem = facts.problem;
-    if (!facts.image || !pictures_->Decode(facts, builder, problem)) return {};
+    if (!problem.empty()) return {};
+    PagePicture const& picture = facts.whole.at(0);
+    if (!DecodePagePicture(picture, kUpright, builder, problem)) return {};
     std::optional<Matrix> place;
     int rotation = 0;
     auto const find = [&] {
@@ -39,12 +42,12 @@ class DocumentScanner : public PageScanner {
     pix = Upright(std::move(pix), orientation);
     if (pix == nullptr) return {};
     std::vector<ScannedPicture> scanned;
-    scanned.push_back({{std::move(pix), facts.dpi}, UprightPlace(*place, orientation)});
+    scanned.push_back({{std::move(pix), picture.dpi}, UprightPlace(*place, orientation)});
     return scanned;
   }
 
  private:
-  std::unique_ptr<OpenDocument> pictures_;
+  std::unique_ptr<QpdfDocument> pictures_;
   std::unique_ptr<ChangeableDocument> places_;
 };
 
@@ -53,7 +56,7 @@ class DocumentScanner : public PageScanner {
 std::unique_ptr<PageScanner> PageScanner::Open(std::string const& name, std::string& problem) {
   auto places = ChangeableDocument::Open(name, problem);
   if (places == nullptr) return nullptr;
-  auto pictures = OpenDocument::Open(name, problem);
+  auto pictures = QpdfDocument::Open(name, "", problem);
   if (pictures == nullptr) return nullptr;
   return std::make_unique<DocumentScanner>(std::move(pictures), std::move(places));
 }

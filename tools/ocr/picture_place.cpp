@@ -17,9 +17,6 @@ constexpr size_t kMatrixNumbers = 6;
 constexpr Matrix kQuarterBack = {0, 1, -1, 0, 1, 0};
 constexpr Matrix kMirror = {-1, 0, 0, 1, 1, 0};
 
-// A viewer's quarter turn of the page, without its shift.
-Matrix TurnedPage(Matrix const& m) { return {m.b, -m.a, m.d, -m.c, m.f, -m.e}; }
-
 class PictureFinder : public QPDFObjectHandle::ParserCallbacks {
  public:
   explicit PictureFinder(QPDFObjectHandle pictures) : pictures_(pictures) {}
@@ -75,27 +72,6 @@ bool IsMirrored(int orientation) {
 }
 
 }  // namespace
-
-Matrix Matrix::Then(Matrix const& next) const {
-  return {a * next.a + b * next.c,          a * next.b + b * next.d,
-          c * next.a + d * next.c,          c * next.b + d * next.d,
-          e * next.a + f * next.c + next.e, e * next.b + f * next.d + next.f};
-}
-
-double Matrix::Width() const { return std::hypot(a, b); }
-
-double Matrix::Height() const { return std::hypot(c, d); }
-
-int OrientationOf(Matrix const& matrix, int rotation) {
-  Matrix m = matrix;
-  for (int turned = 0; turned < rotation; turned += kQuarter) m = TurnedPage(m);
-  if (std::abs(m.a) + std::abs(m.d) >= std::abs(m.b) + std::abs(m.c)) {
-    if (m.a >= 0) return m.d >= 0 ? 1 : 4;
-    return m.d >= 0 ? 2 : 3;
-  }
-  if (m.b < 0) return m.c >= 0 ? 6 : 5;
-  return m.c < 0 ? 8 : 7;
-}
 
 Matrix UprightPlace(Matrix const& place, int orientation) {
   Matrix const mirrored = IsMirrored(orientation) ? kMirror.Then(place) : place;

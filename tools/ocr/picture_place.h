@@ -5,23 +5,9 @@
 #include <optional>
 #include <qpdf/QPDFObjectHandle.hh>
 
+#include "tools/extract/placement.h"
+
 namespace sorrelin::tool {
-
-// The matrix [a b c d e f] of ISO 32000-1, 8.3.4; points are rows, multiplied from the left.
-struct Matrix {
-  double a = 1, b = 0, c = 0, d = 1, e = 0, f = 0;
-
-  // The matrix that applies this one first.
-  Matrix Then(Matrix const& next) const;
-  // Lengths of the sides of the unit square, across and down.
-  double Width() const;
-  double Height() const;
-};
-
-// The orientation, as EXIF numbers it, in which a picture that fills the unit square is seen
-// through this matrix on a page that viewers turn clockwise by `rotation` degrees. Slanted pictures
-// count as the nearest.
-int OrientationOf(Matrix const& matrix, int rotation);
 
 // From the unit square of the picture that is brought upright to the page, where `place` is that of
 // the picture as it is stored.

@@ -42,9 +42,10 @@ one. Owner and permissions stay; a link stays a link, and what it names is
 changed. --in-place writes to DOC itself: it needs no room for a copy and keeps
 hard links, but a run that is killed leaves a document that has to be repaired.
 
-Pages, description and bookmarks of DOC stay; forms, attachments and what else
-hangs on its catalog do not. Documents with object streams and encrypted ones
-are left alone, and the message tells how to rewrite them.
+Pages, description, bookmarks, forms and attachments of DOC stay. A DOC whose
+form takes no pages, such as one with object streams, is rewritten first in the
+copy, and the run says so; --no-rewrite and --in-place leave it alone. Encrypted
+and signed documents are left alone.
 
 Exit status: 0 all is done; 1 a file failed and was named, or DOC could not be
 changed and is as it was; 2 the command line is wrong.
@@ -64,6 +65,7 @@ void AddAppend(Program& program) {
   AddOcr(verb, options->pages.ocr);
   AddRecognition(verb, options->pages.ocr);
   verb.Flag("--in-place", options->in_place, "Write to DOC itself and not to a copy");
+  verb.Flag("--no-rewrite", options->no_rewrite, "Refuse a DOC whose form takes no pages");
   AddRun(verb, options->pages);
   verb.Footer(std::string(kPicturesHelp) + kOcrHelp + kFooter);
   verb.Runs([options] {

@@ -7,23 +7,40 @@
 #include "tools/cli/messages.h"
 #include "tools/documents/child.h"
 #include "tools/documents/open_document.h"
+#include "tools/documents/qpdf_document.h"
 #include "tools/verbs/verbs.h"
 
 namespace sorrelin::tool {
 namespace {
 
 std::optional<std::string> CountPages(std::string const& name, std::string& problem) {
-  auto const document = OpenDocument::Open(name, problem);
+  if (auto const document = OpenDocument::Open(name, problem)) {
+    return std::to_string(document->PageCount());
+  }
+  return std::nullopt;
+}
+
+std::optional<std::string> CountRepaired(std::string const& name, std::string& problem) {
+  auto const document = QpdfDocument::Open(name, "", problem);
   if (document == nullptr) return std::nullopt;
-  return std::to_string(document->PageCount());
+  return std::to_string(document->ListedPages());
+}
+
+// The library's answer, or libqpdf's where the library does not open the document, or is ended.
+std::optional<std::string> CountHere(std::string const& name, std::string& problem) {
+  using Counter = std::optional<std::string> (*)(std::string const&, std::string&);
+  for (Counter const counter : {CountPages, CountRepaired}) {
+    auto count = AskChild([&](std::string& reason) { return counter(name, reason); }, problem);
+    if (count) return count;
+  }
+  return std::nullopt;
 }
 
 int Count(std::vector<std::string> const& names) {
   int exit_code = kExitSuccess;
   for (std::string const& name : names) {
     std::string problem;
-    auto const count =
-        AskChild([&](std::string& reason) { return CountPages(name, reason); }, problem);
+    auto const count = CountHere(name, problem);
     if (!count) {
       PrintProblem(name, problem);
       exit_code = kExitFailure;

@@ -6,7 +6,9 @@
 #include "tools/cli/json.h"
 #include "tools/cli/messages.h"
 #include "tools/documents/child.h"
-#include "tools/documents/open_document.h"
+#include "tools/documents/password_file.h"
+#include "tools/documents/qpdf_document.h"
+#include "tools/extract/page_judge.h"
 #include "tools/verbs/verbs.h"
 
 namespace sorrelin::tool {
@@ -14,29 +16,37 @@ namespace {
 
 struct InfoOptions {
   std::string name;
+  std::string password;
   bool json = false;
 };
 
 std::string Pair(std::string const& a, std::string const& b) { return a + "x" + b; }
 
-std::string PixelsOf(PageFacts const& facts) {
-  if (facts.pixel_width == 0 || facts.pixel_height == 0) return "-";
-  return Pair(std::to_string(facts.pixel_width), std::to_string(facts.pixel_height));
+// What is said of the picture of a page; of a page that does not consist of one, nothing is known.
+PagePicture const& PictureOf(PageFacts const& facts) {
+  static PagePicture const kNone;
+  return facts.whole.empty() ? kNone : facts.whole[0];
 }
 
-std::string DotsOf(PageFacts const& facts) {
-  if (facts.dpi.x == 0 || facts.dpi.y == 0) return "-";
-  return Pair(std::to_string(facts.dpi.x), std::to_string(facts.dpi.y));
+std::string PixelsOf(PagePicture const& picture) {
+  if (picture.Width() == 0 || picture.Height() == 0) return "-";
+  return Pair(std::to_string(picture.Width()), std::to_string(picture.Height()));
+}
+
+std::string DotsOf(PagePicture const& picture) {
+  if (picture.dpi.x == 0 || picture.dpi.y == 0) return "-";
+  return Pair(std::to_string(picture.dpi.x), std::to_string(picture.dpi.y));
 }
 
 std::string PageLine(DWORD page, PageFacts const& facts) {
+  PagePicture const& picture = PictureOf(facts);
   char line[256];
   std::snprintf(line, sizeof line, "%6u  %13s  %13s  %5s  %-11s  %s", page + 1,
                 Pair(JsonNumber(facts.width), JsonNumber(facts.height)).c_str(),
-                PixelsOf(facts).c_str(),
-                facts.depth == 0 ? "-" : std::to_string(facts.depth).c_str(),
-                facts.compression.empty() ? "-" : facts.compression.substr(0, 100).c_str(),
-                DotsOf(facts).c_str());
+                PixelsOf(picture).c_str(),
+                picture.Depth() == 0 ? "-" : std::to_string(picture.Depth()).c_str(),
+                picture.compression.empty() ? "-" : picture.compression.substr(0, 100).c_str(),
+                DotsOf(picture).c_str());
   std::string text = std::string(line) + "\n";
   if (facts.rotation != 0) {
     text += "        shown turned by " + std::to_string(facts.rotation) + " degrees\n";
@@ -52,19 +62,18 @@ std::string OneLine(std::string text) {
   return text;
 }
 
-std::string InfoText(OpenDocument const& document) {
+std::string InfoText(QpdfDocument& document) {
   std::string text = "Pages:       " + std::to_string(document.PageCount()) + "\n";
-  if (document.IsEncrypted()) return text + "Encrypted:   yes\n";
-  auto const add = [&](char const* label, std::string const& value) {
+  if (document.IsEncrypted()) text += "Encrypted:   yes\n";
+  for (char const* const key : {"Title", "Author", "Subject", "Keywords"}) {
+    std::string const value = document.Text(key);
+    std::string label = std::string(key) + ":";
+    label.resize(13, ' ');
     if (!value.empty()) text += label + OneLine(value) + "\n";
-  };
-  add("Title:       ", document.Title());
-  add("Author:      ", document.Author());
-  add("Subject:     ", document.Subject());
-  add("Keywords:    ", document.Keywords());
+  }
   DWORD const listed = document.ListedPages();
   if (listed != 0) text += "\n  page         points         pixels  depth  compression  dpi\n";
-  for (DWORD page = 0; page < listed; ++page) text += PageLine(page, document.Judge(page));
+  for (DWORD page = 0; page < listed; ++page) text += PageLine(page, JudgePage(document, page));
   if (listed < document.PageCount()) {
     text += "        ! further pages are not in the document\n";
   }
@@ -73,48 +82,55 @@ std::string InfoText(OpenDocument const& document) {
 
 std::string OrNull(bool known, std::string const& value) { return known ? value : "null"; }
 
+std::string NumberOrNull(long long number) { return OrNull(number != 0, std::to_string(number)); }
+
 std::string PageJson(DWORD page, PageFacts const& facts) {
+  PagePicture const& picture = PictureOf(facts);
   JsonObject json(4);
   json.Add("number", std::to_string(page + 1));
   json.Add("width_points", JsonNumber(facts.width));
   json.Add("height_points", JsonNumber(facts.height));
   json.Add("rotate", std::to_string(facts.rotation));
-  json.Add("width_pixels", OrNull(facts.pixel_width != 0, std::to_string(facts.pixel_width)));
-  json.Add("height_pixels", OrNull(facts.pixel_height != 0, std::to_string(facts.pixel_height)));
-  json.Add("depth", OrNull(facts.depth != 0, std::to_string(facts.depth)));
-  json.Add("compression", OrNull(!facts.compression.empty(), JsonString(facts.compression)));
-  json.Add("dpi_x", OrNull(facts.dpi.x != 0, std::to_string(facts.dpi.x)));
-  json.Add("dpi_y", OrNull(facts.dpi.y != 0, std::to_string(facts.dpi.y)));
+  json.Add("width_pixels", NumberOrNull(picture.Width()));
+  json.Add("height_pixels", NumberOrNull(picture.Height()));
+  json.Add("depth", NumberOrNull(picture.Depth()));
+  json.Add("compression", OrNull(!picture.compression.empty(), JsonString(picture.compression)));
+  json.Add("dpi_x", NumberOrNull(picture.dpi.x));
+  json.Add("dpi_y", NumberOrNull(picture.dpi.y));
   json.Add("problem", OrNull(!facts.problem.empty(), JsonString(facts.problem)));
   return json.Finish();
 }
 
-std::string PagesJson(OpenDocument const& document) {
-  if (document.IsEncrypted()) return "[]";
+std::string PagesJson(QpdfDocument& document) {
   std::string pages;
   for (DWORD page = 0; page < document.ListedPages(); ++page) {
-    pages += (page == 0 ? "\n    " : ",\n    ") + PageJson(page, document.Judge(page));
+    pages += (page == 0 ? "\n    " : ",\n    ") + PageJson(page, JudgePage(document, page));
   }
   return pages.empty() ? "[]" : "[" + pages + "\n  ]";
 }
 
-std::string InfoJson(std::string const& name, OpenDocument const& document) {
+std::string InfoJson(std::string const& name, QpdfDocument& document) {
   JsonObject json(0);
   json.Add("file", JsonString(name));
   json.Add("pages", std::to_string(document.PageCount()));
   json.Add("encrypted", document.IsEncrypted() ? "true" : "false");
-  json.Add("title", JsonString(document.Title()));
-  json.Add("author", JsonString(document.Author()));
-  json.Add("subject", JsonString(document.Subject()));
-  json.Add("keywords", JsonString(document.Keywords()));
+  json.Add("title", JsonString(document.Text("Title")));
+  json.Add("author", JsonString(document.Text("Author")));
+  json.Add("subject", JsonString(document.Text("Subject")));
+  json.Add("keywords", JsonString(document.Text("Keywords")));
   json.Add("page", PagesJson(document));
   return json.Finish() + "\n";
 }
 
 std::optional<std::string> Describe(InfoOptions const& options, std::string& problem) {
-  auto const document = OpenDocument::Open(options.name, problem);
+  auto const document = QpdfDocument::Open(options.name, options.password, problem);
   if (document == nullptr) return std::nullopt;
-  return options.json ? InfoJson(options.name, *document) : InfoText(*document);
+  std::string text;
+  bool const described = CatchDamage(
+      [&] { text = options.json ? InfoJson(options.name, *document) : InfoText(*document); },
+      problem);
+  if (!described) return std::nullopt;
+  return text;
 }
 
 int Info(InfoOptions const& options) {
@@ -132,9 +148,9 @@ int Info(InfoOptions const& options) {
 constexpr char kFooter[] =
     R"(Of each page: its size in points, and of its picture the size in pixels, the
 bits per pixel, how it is compressed, and its dots per inch as it stands on the
-page. A line with ! tells why a picture cannot be extracted. Sizes are those
-before a page is turned for display, as pictures are extracted. Nothing is told
-of the texts and pages of an encrypted document.
+page. A line with ! says why a page is not extracted as one picture. Sizes are
+those before a page is turned for display. An encrypted document is read with
+the empty password, or with the one in the first line of --password-file.
 
 With --json, "page" is an array of objects. Keys always stand in the same order,
 what is not known is null, and a text that the document does not have is empty.
@@ -152,6 +168,7 @@ void AddInfo(Program& program) {
   auto const options = std::make_shared<InfoOptions>();
   verb.Argument("FILE", options->name, "The document");
   verb.Flag("--json", options->json, "Print it as JSON");
+  AddPasswordFile(verb, options->password);
   verb.Footer(kFooter);
   verb.Runs([options] { return Info(*options); });
 }

@@ -1,0 +1,18 @@
+// CCITT data (ITU-T T.4 and T.6) in every form that documents have.
+#ifndef TOOLS_EXTRACT_FAX_DECODER_H_
+#define TOOLS_EXTRACT_FAX_DECODER_H_
+
+#include <span>
+#include <string>
+
+#include "tools/extract/sample_decoder.h"
+
+namespace sorrelin::tool {
+
+// Decodes a fax picture. Rows have set bits for black, or clear ones as the parameters say.
+bool DecodeFax(PictureShape const& shape, std::span<BYTE const> data, SampleSink& sink,
+               std::string& problem);
+
+}  // namespace sorrelin::tool
+
+#endif  // TOOLS_EXTRACT_FAX_DECODER_H_

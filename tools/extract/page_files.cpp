@@ -1,0 +1,74 @@
+// Each picture goes out as it is stored where that is wanted and possible, and else decoded.
+#include "tools/extract/page_files.h"
+
+#include <utility>
+
+#include "tools/cli/messages.h"
+#include "tools/extract/keep_writer.h"
+
+namespace sorrelin::tool {
+namespace {
+
+constexpr char kNoFit[] = "its picture does not fit this format (choose another --format)";
+constexpr char kSeveralRemedy[] = " (--all writes each; pdftoppm -png draws such pages)";
+
+PictureHead HeadOf(PagePicture const& picture, DWORD number, Orientation orientation,
+                   char const* extension) {
+  PictureHead head = {number,      picture.Width(),     picture.Height(), picture.Depth(),
+                      picture.dpi, picture.compression, extension};
+  if (!IsSideways(orientation)) return head;
+  std::swap(head.width, head.height);
+  std::swap(head.dpi.x, head.dpi.y);
+  return head;
+}
+
+}  // namespace
+
+std::unique_ptr<PageSource> PageFiles::Open(void const* context, std::string& problem) {
+  auto const& options = *static_cast<FileOptions const*>(context);
+  auto document = QpdfDocument::Open(options.document, options.password, problem);
+  if (document == nullptr) return nullptr;
+  return std::unique_ptr<PageSource>(new PageFiles(options, std::move(document)));
+}
+
+void PageFiles::Read(DWORD page, PictureSender& sender) {
+  PageFacts const facts = JudgePage(*document_, page);
+  if (options_.all && !facts.pictures.empty()) {
+    DWORD number = 0;
+    for (PagePicture const& picture : facts.pictures) SendPicture(picture, ++number, sender);
+  } else if (!facts.problem.empty()) {
+    bool const several = facts.pictures.size() > 1 && facts.whole.empty();
+    sender.Fail(0, facts.problem + (several ? kSeveralRemedy : kDrawRemedy));
+  } else {
+    SendPicture(facts.whole[0], 1, sender);
+  }
+}
+
+void PageFiles::SendPicture(PagePicture const& picture, DWORD number, PictureSender& sender) {
+  std::string problem = picture.problem;
+  bool const written = problem.empty() && WriteFile(picture, number, sender, problem);
+  if (written) {
+    sender.End();
+  } else {
+    sender.Fail(options_.all ? number : 0, problem + kDrawRemedy);
+  }
+}
+
+bool PageFiles::WriteFile(PagePicture const& picture, DWORD number, PictureSender& sender,
+                          std::string& problem) {
+  Orientation const orientation = options_.as_stored ? kUpright : picture.orientation;
+  KeptAs const kept = KeptAsOf(picture, orientation);
+  bool const keeps =
+      kept != KeptAs::kNothing && (options_.format == FileFormat::kKeep ||
+                                   (options_.format == FileFormat::kJpeg && kept == KeptAs::kJpeg));
+  char const* const extension = keeps ? ExtensionOf(kept) : ExtensionOf(options_.format);
+  ByteOutput& output = sender.Begin(HeadOf(picture, number, orientation, extension));
+  if (keeps) return WriteKept(picture, kept, orientation, output, problem);
+  auto const writer = MakeWriter(options_.format, output);
+  if (!DecodePagePicture(picture, orientation, *writer, problem)) return false;
+  bool const written = writer->Finish();
+  if (!written) problem = kNoFit;
+  return written;
+}
+
+}  // namespace sorrelin::tool
