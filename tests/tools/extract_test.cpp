@@ -428,7 +428,7 @@ TEST_F(ExtractKept, TurnedJpegLosesNothing) {
   JpegForm form = {.width = 16, .height = 8, .components = 1};
   auto const tone = [](int x, int, int) { return x < 8 ? 40u : 200u; };
   WriteAll(Path("1.jpg"), MakeJpeg(form, tone));
-  form.width = 13;
+  form.height = 13;
   WriteAll(Path("2.jpg"), MakeJpeg(form, tone));
   for (std::string const name : {"1", "2"}) {
     RunProgram({"img2pdf", Path(name + ".jpg"), "-o", Path("a.pdf")});
