@@ -118,8 +118,9 @@ TEST_F(ForeignPages, TransparencyComesBackWhereTheFormatHasIt) {
   Shell("mutool convert -o out.pdf alpha.png");
   EXPECT_EQ(Tool({"extract", Path("out.pdf"), "--output", Path("t%d.png")}).exit_code, 0);
   Shell(
-      "test $(identify -format '%[channels]' t1.png) = srgba && "
-      "test $(compare -metric AE alpha.png t1.png null: 2>&1) = 0");
+      "pdfimages out.pdf w && convert w-000.ppm w-001.p?m -alpha off -compose CopyOpacity "
+      "-composite w.png && test $(identify -format '%[channels]' t1.png) = srgba && "
+      "test $(compare -metric AE w.png t1.png null: 2>&1) = 0");
 }
 
 // Bytes of a kept file are those that pdfimages takes out.
