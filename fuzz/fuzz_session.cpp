@@ -4,6 +4,7 @@
 #include <sorrelin/channel/file_channel.h>
 #include <sorrelin/document/loaded_object.h>
 #include <sorrelin/image/codecs/sibling_library.h>
+#include <sorrelin/image/codecs/sibling_names.h>
 #include <sorrelin/platform/block.h>
 #include <sorrelin/platform/memory.h>
 #include <sorrelin/platform/wide_string.h>
@@ -28,8 +29,8 @@ DWORD SizeOf(Data data) { return static_cast<DWORD>(data.size()); }
 // Siblings are loaded for each image. Here they stay loaded, since libFuzzer holds on to the
 // counters of every module that it has seen.
 void KeepSiblingsLoaded() {
-  static bool const loaded = sorrelin::LoadSibling(SORRELIN_TEXT("Cadwick.dll")) != nullptr &&
-                             sorrelin::LoadSibling(SORRELIN_TEXT("Rennick.dll")) != nullptr;
+  static bool const loaded = sorrelin::LoadSibling(sorrelin::kCcittLibrary) != nullptr &&
+                             sorrelin::LoadSibling(sorrelin::kJpegLibrary) != nullptr;
   Require(loaded, "the siblings are missing");
 }
 

@@ -46,9 +46,8 @@ struct Coding {
 };
 
 void AddWrittenPage(CCreatePDF& session, Coding const& coding) {
-  WCHAR const* const library = coding.compression == PDF_COMPRESSION_JPEG
-                                   ? SORRELIN_TEXT("Rennick.dll")
-                                   : SORRELIN_TEXT("Cadwick.dll");
+  WCHAR const* const library =
+      coding.compression == PDF_COMPRESSION_JPEG ? sorrelin::kJpegLibrary : sorrelin::kCcittLibrary;
   test::Block const picture = Picture(coding.bits);
   if (session.SaveDIBAsColorPDFPageW(picture, library, coding.compression, 50) == 0) {
     throw std::runtime_error("page");

@@ -6,6 +6,7 @@
 #include <sorrelin/image/rebuilt_dib.h>
 #include <sorrelin/platform/codes.h>
 #include <sorrelin/platform/memory.h>
+#include <sorrelin/platform/units.h>
 #include <sorrelin/syntax/scanner.h>
 #include <sorrelin/syntax/value_scan.h>
 
@@ -27,8 +28,6 @@ struct Page {
   bool flipped = false;
   DWORD xobject = 0;
 };
-
-constexpr float kPointsPerMetre = 2834.0F;
 
 // The first number after "XObject" in the resources, which are a part of the page or an object of
 // their own; those of the page's ancestors are not looked for.

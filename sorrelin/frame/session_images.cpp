@@ -1,7 +1,7 @@
-// Doors of the session: image objects, compression values, and what a bitmap says of itself.
+// Doors of the session: image objects and compression values.
 #include <sorrelin/frame/door.h>
 #include <sorrelin/frame/session.h>
-#include <sorrelin/writer/compression.h>
+#include <sorrelin/image/compression.h>
 #include <sorrelin/writer/image_object.h>
 
 using sorrelin::Door;
@@ -73,21 +73,4 @@ int CCreatePDF::IsCompession_CCITT_FAX_DECODE(DWORD nCompression) {
 
 int CCreatePDF::IsCompession_DCT_JPEG_DECODE(DWORD nCompression) {
   return Either(nCompression, PDF_COMPRESSION_JPEG, PDF_COMPRESSION_FLAG_JPEG);
-}
-
-int CCreatePDF::GetDIBBitsPerPixel(void* hDIB) {
-  return Door(m_pState, [&](SessionState& state) { return state.GetDIBBitsPerPixel(hDIB); });
-}
-
-POINT CCreatePDF::GetDIBDPI(void* hDIB) {
-  return Door(m_pState, [&](SessionState& state) { return state.GetDIBDPI(hDIB); });
-}
-
-POINT CCreatePDF::GetDIBImageSize(void* hDIB) {
-  return Door(m_pState, [&](SessionState& state) { return state.GetDIBImageSize(hDIB); });
-}
-
-void* CCreatePDF::ExtractPaletteFromDIB(void* hDIB, DWORD* pSize) {
-  return Door(m_pState,
-              [&](SessionState& state) { return state.ExtractPaletteFromDIB(hDIB, pSize); });
 }

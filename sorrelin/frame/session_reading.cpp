@@ -57,33 +57,6 @@ void TakeDescription(SessionState& state, PageImage const& image) {
   if (image.kind != 0) state.m_nProcSetFlags = image.kind;
 }
 
-// The order settles what becomes of several filters. False with the code of a filter that no
-// decoder takes.
-bool Decode(SessionState& state, PageImage const& image, void** bitmap) {
-  DWORD const filters = image.compression;
-  DWORD const height = image.flipped ? 0 - image.height : image.height;
-  HGLOBAL const data = image.data.get();
-  HGLOBAL const palette = image.palette.get();
-  if ((filters & PDF_COMPRESSION_FLAG_ASCII_85) != 0) {
-    return state.Report(Status::Failed(PDF_ERROR_UNSUPPORTED_COMPRESSION));
-  }
-  if ((filters & PDF_COMPRESSION_FLAG_NONE) != 0) {
-    *bitmap = state.CreateDIBFromUncompressedData(data, image.width, height,
-                                                  static_cast<int>(image.kind), palette);
-  } else if ((filters & PDF_COMPRESSION_FLAG_FLATE) != 0) {
-    *bitmap = state.CreateDIBFromFLATEData(data, image.width, height, image.kind, palette);
-  } else if ((filters & PDF_COMPRESSION_FLAG_JPEG) != 0) {
-    *bitmap = state.CreateDIBFromJPEGData(data);
-  } else if ((filters & PDF_COMPRESSION_FLAG_CCITT) != 0) {
-    *bitmap = state.CreateDIBFromCCITTData(data, image.width, image.height);
-  } else if ((filters & PDF_COMPRESSION_FLAG_RUN_LENGTH) != 0) {
-    *bitmap = state.CreateDIBFromRLEData(data, image.width, image.height, image.kind, palette);
-  } else {
-    return state.Report(Status::Failed(PDF_ERROR_UNSUPPORTED_COMPRESSION));
-  }
-  return true;
-}
-
 // Kept: the page decides, also over the resolution that a JPEG file brought with it.
 void SetResolution(void* bitmap, PageImage const& image) {
   sorrelin::LockedBlock const block(bitmap);
@@ -101,8 +74,13 @@ void* LoadImageAndInfo(SessionState& state, DWORD page, DWORD* compression, DWOR
   Status const status = sorrelin::ReadPageImage(objects, state.m_Pages, page, image);
   TakeDescription(state, image);
   if (!state.Report(status)) return nullptr;
-  void* bitmap = nullptr;
-  if (!Decode(state, image, &bitmap)) return nullptr;
+  if (!sorrelin::HasDecoder(image.compression)) {
+    static_cast<void>(state.Report(Status::Failed(PDF_ERROR_UNSUPPORTED_COMPRESSION)));
+    return nullptr;
+  }
+  sorrelin::ImageShape const shape{image.width, image.height, image.kind, image.palette.get()};
+  void* const bitmap = state.TakeBlock(DecodeImage(image.compression, image.data.get(), shape,
+                                                   image.flipped, state.ImagePolarity()));
   SetResolution(bitmap, image);
   if (compression != nullptr) *compression = image.compression;
   if (kind != nullptr) *kind = state.m_nProcSetFlags;

@@ -21,13 +21,8 @@ void FreeSideRecord(ReaderState* record) {
 }  // namespace
 
 SessionState::SessionState() : m_pReader(NewSideRecord(), FreeSideRecord) {
-  static_assert(std::size(kWideCreator) <= kCreatorUnits);
-  std::copy(std::begin(kWideCreator), std::end(kWideCreator), m_szCreator);
-}
-
-DWORD SessionState::Fail(DWORD nError) {
-  m_nLastError = nError;
-  return 0;
+  static_assert(std::size(kNarrowCreator) <= kCreatorUnits);
+  std::copy(std::begin(kNarrowCreator), std::end(kNarrowCreator), m_szCreator);
 }
 
 bool SessionState::Report(Status status) {

@@ -10,6 +10,8 @@
 #include <sorrelin/document/page_list.h>
 #include <sorrelin/document/reader_state.h>
 #include <sorrelin/frame/session.h>
+#include <sorrelin/image/decoders.h>
+#include <sorrelin/platform/block.h>
 #include <sorrelin/platform/status.h>
 #include <sorrelin/writer/draft.h>
 
@@ -17,58 +19,19 @@
 
 namespace sorrelin {
 
-class DibView;
-class OwnedBlock;
-
 // Copies share the channel and the side record.
 struct SessionState {
   SessionState();
-
-  // Bitmap access
-  int CheckDIBPaletteOrder(void* hDIB, int& nOrder);
-
-  // Encoders
-  void* ConvertDIB2PDFImage(void* hDIB, DWORD& nSize, DWORD nCompression,
-                            char const* szCodecLibrary, int nQuality);
-  void* ConvertDIB2PDFImageW(void* hDIB, DWORD& nSize, DWORD nCompression,
-                             WCHAR const* szCodecLibrary, int nQuality);
-  void* ConvertDIB2UncompressedPDFImage(void* hDIB, DWORD& nSize);
-  void* ConvertDIB2FlatePDFImage(void* hDIB, DWORD& nSize, DWORD nCompression, int nLevel);
-  void* ConvertDIB2RLEPDFImage(void* hDIB, DWORD& nSize, DWORD nCompression);
-  void RLEEncriptLine(BYTE* pLine, DWORD nLength, BYTE* pOut, DWORD& nOutSize);
-  void* ConvertDIB2CcittPDFImage(void* hDIB, DWORD& nSize, char const* szCodecLibrary);
-  void* ConvertDIB2CcittPDFImageW(void* hDIB, DWORD& nSize, WCHAR const* szCodecLibrary);
-  void* ConvertDIB2CcittPDFImageFileW(void* hDIB, DWORD& nSize, WCHAR const* szCodecLibrary);
-  void* ConvertDIB2DctJpegPDFImage(void* hDIB, DWORD& nSize, char const* szCodecLibrary,
-                                   int nQuality, DWORD nCompression);
-  void* ConvertDIB2DctJpegPDFImageW(void* hDIB, DWORD& nSize, WCHAR const* szCodecLibrary,
-                                    int nQuality, DWORD nCompression);
-  void* ConvertDIB2DctJpegPDFImageFileW(void* hDIB, DWORD& nSize, WCHAR const* szCodecLibrary,
-                                        int nQuality, DWORD nCompression);
-
-  int GetDIBBitsPerPixel(void* hDIB);
-  POINT GetDIBDPI(void* hDIB);
-  POINT GetDIBImageSize(void* hDIB);
-  void* ExtractPaletteFromDIB(void* hDIB, DWORD* pSize);
-
-  // Decoders
-  void* CreateDIBFromUncompressedData(void* hData, DWORD nWidth, DWORD nHeight, int nKind,
-                                      void* hPalette);
-  void* CreateDIBFromFLATEData(void* hData, DWORD nWidth, DWORD nHeight, DWORD nKind,
-                               void* hPalette);
-  void* CreateDIBFromRLEData(void* hData, DWORD nWidth, DWORD nHeight, DWORD nKind, void* hPalette);
-  int DecriptRLEData(BYTE* pData, uint64_t nSize, void* hDIB);
-  void* CreateDIBFromCCITTData(void* hData, DWORD nWidth, DWORD nHeight);
-  void* CreateDIBFromCCITTDataFile(void* hData, DWORD nWidth, DWORD nHeight);
-  void* CreateDIBFromJPEGData(void* hData);
-  void* CreateDIBFromJPEGDataFile(void* hData);
 
   static constexpr DWORD kObjectRows = ObjectTable::kRows;
   static constexpr DWORD kPageSlots = PageList::kSlots;
   static constexpr DWORD kCreatorUnits = 260;
 
   // Sets the code and returns 0.
-  DWORD Fail(DWORD nError);
+  DWORD Fail(DWORD nError) {
+    m_nLastError = nError;
+    return 0;
+  }
   // Sets the code that an operation noted, then that of its outcome, if any. Whether it succeeded.
   bool Report(Status status);
 
@@ -81,6 +44,15 @@ struct SessionState {
     return Report(result.status()) ? result.value() : T();
   }
 
+  // The same for a block: what the coder or decoder left in it.
+  void* TakeBlock(Result<OwnedBlock> result) {
+    static_cast<void>(Report(result.status()));
+    return result.value().Release();
+  }
+
+  // What the image last read says of its bits.
+  Polarity ImagePolarity() const { return {m_bBlackIs1 != 0, m_bDecodeNormal != 0}; }
+
   // The document under way.
   Draft Document() { return {m_Output, m_Objects, m_Pages, m_Facts, m_Update, *m_pReader}; }
   // Takes a number for the pages root and remembers it as that.
@@ -91,17 +63,6 @@ struct SessionState {
   void Close();
   void CloseTake(int64_t* data, DWORD* size);
   void CloseOpenDocument();
-
-  // Encoders
-  void* FailBlock(DWORD nError);
-  void* EncodedBlock(DWORD nError, OwnedBlock& block);
-  void* EncodeRunLengthRows(DibView const& dib, DWORD& nSize);
-
-  // Decoders
-  // Sets the code and returns 0.
-  void* FailBitmap(DWORD nError);
-  void* DecodedBitmap(DWORD nError, OwnedBlock& bitmap);
-  OwnedBlock BuildCcittBitmap(DWORD nWidth, DWORD nHeight);
 
   // Defaults of the page layout, which no operation reads.
   DWORD m_nLayoutDefault0 = 10;

@@ -1,23 +1,23 @@
 // CCITT Group 4 image data back into a bitmap, decoded by the sibling library from memory or from a
 // temporary file.
-#include <sorrelin/frame/session_state.h>
 #include <sorrelin/image/codecs/sibling_library.h>
+#include <sorrelin/image/codecs/sibling_names.h>
 #include <sorrelin/image/codecs/temp_file.h>
+#include <sorrelin/image/decoders.h>
 #include <sorrelin/image/rebuilt_dib.h>
 #include <sorrelin/platform/block.h>
 #include <sorrelin/platform/file.h>
 #include <sorrelin/platform/memory.h>
+#include <sorrelin/platform/row_stride.h>
 
 #include <algorithm>
 #include <cstring>
 #include <utility>
 
-using sorrelin::OwnedBlock;
-using sorrelin::SiblingLibrary;
+namespace sorrelin {
 
 namespace {
 
-constexpr WCHAR const* kLibraryName = SORRELIN_TEXT("Cadwick.dll");
 constexpr uint64_t kTableBytes = 2 * sizeof(RGBQUAD);
 
 struct Decoder {
@@ -82,7 +82,7 @@ class RowTarget {
     if (index < 0 || index >= header_.biHeight) return;
     uint64_t const width = static_cast<uint64_t>(std::max(header_.biWidth, LONG{0}));
     uint64_t const from_bottom = static_cast<uint64_t>(header_.biHeight - index - 1);
-    uint64_t const at = header_.biSize + kTableBytes + from_bottom * ((width + 31) / 32 * 4);
+    uint64_t const at = header_.biSize + kTableBytes + from_bottom * RowStride(width, 1);
     uint64_t const payload = (width + 7) / 8;
     if (at + payload <= bytes_.size()) std::memcpy(bytes_.data() + at, row, payload);
   }
@@ -90,7 +90,7 @@ class RowTarget {
   static thread_local RowTarget const* current_;
 
   HDIB bitmap_;
-  sorrelin::LockedBlock block_;
+  LockedBlock block_;
   RowTarget const* outer_;
   std::span<BYTE> bytes_ = block_.bytes();
   BITMAPINFOHEADER header_{};
@@ -140,10 +140,10 @@ DWORD DecodeFromMemory(Decoder const& sibling, MemoryFile const& memory, HGLOBAL
 // Kept: after a failure the temporary file stays.
 DWORD DecodeFromFile(Decoder const& sibling, HGLOBAL data, Size size, HDIB bitmap) {
   WCHAR path[MAX_PATH];
-  DWORD const made = sorrelin::MakeTempFile(SORRELIN_TEXT("~tm"), path);
+  DWORD const made = MakeTempFile(SORRELIN_TEXT("~tm"), path);
   if (made != PDF_ERROR_NONE) return made;
-  sorrelin::LockedBlock const block(data);
-  if (!block || !sorrelin::WriteTempFile(path, block.bytes())) return PDF_ERROR_TEMP_FILE;
+  LockedBlock const block(data);
+  if (!block || !WriteTempFile(path, block.bytes())) return PDF_ERROR_TEMP_FILE;
   HANDLE const file = CreateFileW(path, GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
                                   FILE_ATTRIBUTE_NORMAL, nullptr);
   if (file == INVALID_HANDLE_VALUE) return PDF_ERROR_TEMP_FILE;
@@ -155,53 +155,51 @@ DWORD DecodeFromFile(Decoder const& sibling, HGLOBAL data, Size size, HDIB bitma
   return PDF_ERROR_NONE;
 }
 
+OwnedBlock BuildBitmap(DWORD width, DWORD height, Polarity polarity) {
+  RebuiltDib dib;
+  if (!dib.Create(kKindBilevel, width, height)) return OwnedBlock();
+  dib.SetColours(ColoursOfCcittData(polarity.black_is_1, polarity.decode_normal));
+  return dib.Release();
+}
+
+// The decoded bitmap, or null with the code.
+Result<OwnedBlock> Outcome(DWORD code, OwnedBlock& bitmap) {
+  return code == PDF_ERROR_NONE ? Result<OwnedBlock>(std::move(bitmap)) : Status::Failed(code);
+}
+
 }  // namespace
 
-void* sorrelin::SessionState::CreateDIBFromCCITTData(void* hData, DWORD nWidth, DWORD nHeight) {
-  if (hData == nullptr) return nullptr;
+Result<OwnedBlock> DecodeCcitt(HGLOBAL data, DWORD width, DWORD height, Polarity polarity) {
+  if (data == nullptr) return Status::Failed();
   {
-    OwnedBlock bitmap = BuildCcittBitmap(nWidth, nHeight);
-    if (!bitmap.IsValid()) return FailBitmap(PDF_ERROR_MEMORY);
-    SiblingLibrary const library(kLibraryName);
-    if (!library.IsLoaded()) return FailBitmap(PDF_ERROR_CCITT_LIBRARY);
+    OwnedBlock bitmap = BuildBitmap(width, height, polarity);
+    if (!bitmap.IsValid()) return Status::Failed(PDF_ERROR_MEMORY);
+    SiblingLibrary const library(kCcittLibrary);
+    if (!library.IsLoaded()) return Status::Failed(PDF_ERROR_CCITT_LIBRARY);
     MemoryFile const memory(library);
     if (memory.open != nullptr) {
       Decoder const sibling(library);
       if (!memory.IsComplete() || !sibling.IsComplete()) {
-        return FailBitmap(PDF_ERROR_CCITT_LIBRARY);
+        return Status::Failed(PDF_ERROR_CCITT_LIBRARY);
       }
-      Size const size{static_cast<int32_t>(nWidth), static_cast<int32_t>(nHeight)};
-      return DecodedBitmap(DecodeFromMemory(sibling, memory, hData, size, bitmap.get()), bitmap);
+      Size const size{static_cast<int32_t>(width), static_cast<int32_t>(height)};
+      return Outcome(DecodeFromMemory(sibling, memory, data, size, bitmap.get()), bitmap);
     }
   }
   // The missing mOpen is the only thing that chooses the file route.
-  return CreateDIBFromCCITTDataFile(hData, nWidth, nHeight);
+  return DecodeCcittInFile(data, width, height, polarity);
 }
 
-void* sorrelin::SessionState::CreateDIBFromCCITTDataFile(void* hData, DWORD nWidth, DWORD nHeight) {
-  if (hData == nullptr) return nullptr;
-  OwnedBlock bitmap = BuildCcittBitmap(nWidth, nHeight);
-  if (!bitmap.IsValid()) return FailBitmap(PDF_ERROR_MEMORY);
-  SiblingLibrary const library(kLibraryName);
-  if (!library.IsLoaded()) return FailBitmap(PDF_ERROR_CCITT_LIBRARY);
+Result<OwnedBlock> DecodeCcittInFile(HGLOBAL data, DWORD width, DWORD height, Polarity polarity) {
+  if (data == nullptr) return Status::Failed();
+  OwnedBlock bitmap = BuildBitmap(width, height, polarity);
+  if (!bitmap.IsValid()) return Status::Failed(PDF_ERROR_MEMORY);
+  SiblingLibrary const library(kCcittLibrary);
+  if (!library.IsLoaded()) return Status::Failed(PDF_ERROR_CCITT_LIBRARY);
   Decoder const sibling(library);
-  if (!sibling.IsComplete()) return FailBitmap(PDF_ERROR_CCITT_LIBRARY);
-  Size const size{static_cast<int32_t>(nWidth), static_cast<int32_t>(nHeight)};
-  return DecodedBitmap(DecodeFromFile(sibling, hData, size, bitmap.get()), bitmap);
+  if (!sibling.IsComplete()) return Status::Failed(PDF_ERROR_CCITT_LIBRARY);
+  Size const size{static_cast<int32_t>(width), static_cast<int32_t>(height)};
+  return Outcome(DecodeFromFile(sibling, data, size, bitmap.get()), bitmap);
 }
 
-OwnedBlock sorrelin::SessionState::BuildCcittBitmap(DWORD nWidth, DWORD nHeight) {
-  sorrelin::RebuiltDib dib;
-  if (!dib.Create(sorrelin::kKindBilevel, nWidth, nHeight)) return OwnedBlock();
-  dib.SetColours(sorrelin::ColoursOfCcittData(m_bBlackIs1 != 0, m_bDecodeNormal != 0));
-  return OwnedBlock(dib.Release());
-}
-
-void* sorrelin::SessionState::FailBitmap(DWORD nError) {
-  Fail(nError);
-  return nullptr;
-}
-
-void* sorrelin::SessionState::DecodedBitmap(DWORD nError, OwnedBlock& bitmap) {
-  return nError == PDF_ERROR_NONE ? bitmap.Release() : FailBitmap(nError);
-}
+}  // namespace sorrelin

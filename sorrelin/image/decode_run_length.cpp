@@ -1,11 +1,14 @@
 // Run-length image data back into a bitmap: pairs of a control byte c and a value. ISO 32000-1
 // 7.4.5, as far as RLEEncriptLine writes it.
-#include <sorrelin/frame/session_state.h>
+#include <sorrelin/image/decoders.h>
+#include <sorrelin/image/dib_view.h>
 #include <sorrelin/image/rebuilt_dib.h>
 #include <sorrelin/platform/block.h>
 
 #include <algorithm>
 #include <cstring>
+
+namespace sorrelin {
 
 namespace {
 
@@ -48,10 +51,7 @@ struct Rows {
     std::memcpy(&header, block.data(), std::min(block.size(), sizeof header));
     width = header.biWidth;
     height = header.biHeight;
-    uint64_t const row_bits =
-        static_cast<uint64_t>(std::max<int64_t>(width, 0)) * header.biBitCount;
-    bool const known = header.biBitCount == 1 || header.biBitCount == 8 || header.biBitCount == 24;
-    if (known) stride = (row_bits + 31) / 32 * 4;
+    stride = DibStride(std::max<int64_t>(width, 0), header.biBitCount);
     uint64_t const entries = header.biBitCount == 1 ? 2 : header.biBitCount == 8 ? 256 : 0;
     first = uint64_t{header.biSize} + entries * sizeof(RGBQUAD);
   }
@@ -148,29 +148,23 @@ void DecodeInto(BYTE const* data, uint64_t size, std::span<BYTE> block, bool zer
 
 }  // namespace
 
-void* sorrelin::SessionState::CreateDIBFromRLEData(void* hData, DWORD nWidth, DWORD nHeight,
-                                                   DWORD nKind, void* hPalette) {
-  sorrelin::LockedBlock data(hData);
-  if (!data || !sorrelin::CanBeRebuilt(data, nKind, hPalette)) return nullptr;
+Result<OwnedBlock> DecodeRunLength(HGLOBAL block, ImageShape const& shape) {
+  LockedBlock data(block);
+  if (!data || !CanBeRebuilt(data, shape.kind, shape.palette)) return Status::Failed();
 
-  sorrelin::RebuiltDib dib;
-  if (!dib.Create(nKind, nWidth, nHeight)) return FailBitmap(PDF_ERROR_MEMORY);
-  if (nKind == sorrelin::kKindBilevel) {
+  RebuiltDib dib;
+  if (!dib.Create(shape.kind, shape.width, shape.height)) return Status::Failed(PDF_ERROR_MEMORY);
+  if (shape.kind == kKindBilevel) {
     dib.SetColours({0, 255});
-  } else if (nKind == sorrelin::kKindIndexed && !dib.CopyPalette(hPalette)) {
-    return FailBitmap(PDF_ERROR_PALETTE);
+  } else if (shape.kind == kKindIndexed && !dib.CopyPalette(shape.palette)) {
+    return Status::Failed(PDF_ERROR_PALETTE);
   }
   DecodeInto(data.bytes().data(), data.bytes().size(), dib.block(), true);
   return dib.Release();
 }
 
-int sorrelin::SessionState::DecriptRLEData(BYTE* pData, uint64_t nSize, void* hDIB) {
-  if (pData == nullptr || nSize == 0 || hDIB == nullptr) return 0;
-  sorrelin::LockedBlock const dib(hDIB);
-  if (!dib) {
-    Fail(PDF_ERROR_INVALID_HANDLE);
-    return 0;
-  }
-  DecodeInto(pData, nSize, dib.bytes(), false);
-  return 1;
+void DecodeRunLengthRows(std::span<BYTE const> data, std::span<BYTE> bitmap) {
+  DecodeInto(data.data(), data.size(), bitmap, false);
 }
+
+}  // namespace sorrelin

@@ -1,6 +1,7 @@
 // Reading of a packed bitmap within the bounds of its block.
 #include <sorrelin/image/dib_view.h>
 #include <sorrelin/platform/memory.h>
+#include <sorrelin/platform/row_stride.h>
 
 #include <algorithm>
 #include <cstring>
@@ -16,7 +17,7 @@ uint64_t FirstRowOffset(BITMAPINFOHEADER const& header) {
 
 uint64_t DibStride(int64_t width, int bits) {
   if (width < 0 || (bits != 1 && bits != 8 && bits != 24)) return 0;
-  return (static_cast<uint64_t>(width) * static_cast<uint64_t>(bits) + 31) / 32 * 4;
+  return RowStride(static_cast<uint64_t>(width), static_cast<uint64_t>(bits));
 }
 
 uint64_t DibPayload(int64_t width, int bits) {

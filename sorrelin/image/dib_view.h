@@ -39,6 +39,7 @@ class DibView {
   DibView(DibView const&) = delete;
   DibView& operator=(DibView const&) = delete;
 
+  HDIB bitmap() const { return bitmap_; }
   bool IsLocked() const { return locked_; }
   BITMAPINFOHEADER const& header() const { return header_; }
   std::span<BYTE const> bytes() const { return bytes_; }

@@ -1,25 +1,22 @@
 // CCITT Group 4 image data, coded by the sibling library in memory or through a temporary file.
-#include <sorrelin/frame/session_state.h>
 #include <sorrelin/image/codecs/sibling_library.h>
 #include <sorrelin/image/codecs/temp_file.h>
-#include <sorrelin/image/dib_view.h>
+#include <sorrelin/image/encoders.h>
 #include <sorrelin/platform/error.h>
 #include <sorrelin/platform/file.h>
 #include <sorrelin/platform/memory.h>
 #include <sorrelin/platform/prefetch.h>
-#include <sorrelin/platform/wide_string.h>
+#include <sorrelin/platform/row_stride.h>
 
 #include <algorithm>
+#include <utility>
 
-using sorrelin::DibView;
-using sorrelin::OwnedBlock;
-using sorrelin::SiblingLibrary;
+namespace sorrelin {
 
 namespace {
 
 // What the row callback is given back.
 struct RowSource {
-  HDIB hDIB;
   BITMAPINFOHEADER Header;
   std::span<BYTE const> Bits;  // from the first row on
 };
@@ -28,8 +25,7 @@ struct RowSource {
 constexpr int64_t kRowsAhead = 4;
 
 uint64_t PaddedRowBytes(BITMAPINFOHEADER const& header) {
-  int64_t const bits = int64_t{header.biWidth} * header.biBitCount + 31;
-  return bits > 0 ? static_cast<uint64_t>(bits) / 8 & ~uint64_t{3} : 0;
+  return RowStride(static_cast<uint64_t>(std::max(header.biWidth, LONG{0})), header.biBitCount);
 }
 
 constexpr auto kInverted = [](BYTE bits) { return static_cast<BYTE>(~bits); };
@@ -52,14 +48,14 @@ int SupplyRow(BYTE* row, int32_t index, void* user) {
   auto const end = std::transform(held.begin(), held.end(), out.begin(), kInverted);
   std::fill(end, out.end(), kInverted(0));
   if (from_bottom >= kRowsAhead) {
-    sorrelin::Prefetch(HeldRow(source.Bits, from_bottom - kRowsAhead, out.size()));
+    Prefetch(HeldRow(source.Bits, from_bottom - kRowsAhead, out.size()));
   }
   return CCITT_ROW_DONE;
 }
 
 // Kept: the rows are always sought behind two colours, whatever biClrUsed says.
-RowSource SourceOf(HDIB bitmap, DibView const& dib) {
-  return {bitmap, dib.header(), dib.Part(sorrelin::kBilevelRows, dib.bytes().size())};
+RowSource SourceOf(DibView const& dib) {
+  return {dib.header(), dib.Part(kBilevelRows, dib.bytes().size())};
 }
 
 struct MemoryEntries {
@@ -100,7 +96,7 @@ bool Rewind(HANDLE file) {
 DWORD EncodeInFile(EncodeCcittImageFunction encode, RowSource& source, OwnedBlock& block,
                    DWORD& size) {
   WCHAR path[MAX_PATH];
-  DWORD const made = sorrelin::MakeTempFile(SORRELIN_TEXT("raw"), path);
+  DWORD const made = MakeTempFile(SORRELIN_TEXT("raw"), path);
   if (made != PDF_ERROR_NONE) return made;
   HANDLE const file = CreateFileW(path, GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ, nullptr,
                                   CREATE_ALWAYS, FILE_ATTRIBUTE_TEMPORARY, nullptr);
@@ -112,61 +108,50 @@ DWORD EncodeInFile(EncodeCcittImageFunction encode, RowSource& source, OwnedBloc
   if (!Rewind(file)) return PDF_ERROR_TEMP_FILE;
   size = GetFileSize(file, nullptr);
   if (size == INVALID_FILE_SIZE) return PDF_ERROR_TEMP_FILE;
-  DWORD const read = sorrelin::ReadIntoBlock(file, size, block);
+  DWORD const read = ReadIntoBlock(file, size, block);
   if (read != PDF_ERROR_NONE) return read;
   CloseHandle(file);
   DeleteFileW(path);
   return PDF_ERROR_NONE;
 }
 
-}  // namespace
-
-void* sorrelin::SessionState::ConvertDIB2CcittPDFImage(void* hDIB, DWORD& nSize,
-                                                       char const* szCodecLibrary) {
-  return ConvertDIB2CcittPDFImageW(hDIB, nSize, sorrelin::ToWide(szCodecLibrary).c_str());
+// The coded block, or -1 with the code.
+Result<OwnedBlock> Outcome(DWORD code, OwnedBlock& block) {
+  return code == PDF_ERROR_NONE ? Result<OwnedBlock>(std::move(block)) : Refused(code);
 }
 
-void* sorrelin::SessionState::ConvertDIB2CcittPDFImageW(void* hDIB, DWORD& nSize,
-                                                        WCHAR const* szCodecLibrary) {
+}  // namespace
+
+Result<OwnedBlock> EncodeCcitt(DibView const& dib, WCHAR const* name, DWORD& size) {
+  if (!dib.IsLocked()) return Refused(Status::Failed());
+  if (dib.header().biBitCount != 1) return Refused(PDF_ERROR_INVALID_BITS_PER_PIXEL);
   {
-    DibView const dib(hDIB);
-    if (!dib.IsLocked()) return INVALID_HANDLE_VALUE;
-    if (dib.header().biBitCount != 1) return FailBlock(PDF_ERROR_INVALID_BITS_PER_PIXEL);
-    SiblingLibrary const library(szCodecLibrary);
-    if (!library.IsLoaded()) return FailBlock(PDF_ERROR_CCITT_LIBRARY);
+    SiblingLibrary const library(name);
+    if (!library.IsLoaded()) return Refused(PDF_ERROR_CCITT_LIBRARY);
     MemoryEntries const sibling(library);
     if (sibling.open != nullptr) {
       if (sibling.close == nullptr || sibling.encode == nullptr) {
-        return FailBlock(PDF_ERROR_CCITT_LIBRARY);
+        return Refused(PDF_ERROR_CCITT_LIBRARY);
       }
-      RowSource source = SourceOf(hDIB, dib);
+      RowSource source = SourceOf(dib);
       OwnedBlock block;
-      return EncodedBlock(EncodeInMemory(sibling, source, block, nSize), block);
+      return Outcome(EncodeInMemory(sibling, source, block, size), block);
     }
   }
   // The missing mOpen is the only thing that chooses the file route.
-  return ConvertDIB2CcittPDFImageFileW(hDIB, nSize, szCodecLibrary);
+  return EncodeCcittInFile(dib, name, size);
 }
 
-void* sorrelin::SessionState::ConvertDIB2CcittPDFImageFileW(void* hDIB, DWORD& nSize,
-                                                            WCHAR const* szCodecLibrary) {
-  DibView const dib(hDIB);
-  if (!dib.IsLocked()) return INVALID_HANDLE_VALUE;
-  if (dib.header().biBitCount != 1) return FailBlock(PDF_ERROR_INVALID_BITS_PER_PIXEL);
-  SiblingLibrary const library(szCodecLibrary);
-  if (!library.IsLoaded()) return FailBlock(PDF_ERROR_CCITT_LIBRARY);
+Result<OwnedBlock> EncodeCcittInFile(DibView const& dib, WCHAR const* name, DWORD& size) {
+  if (!dib.IsLocked()) return Refused(Status::Failed());
+  if (dib.header().biBitCount != 1) return Refused(PDF_ERROR_INVALID_BITS_PER_PIXEL);
+  SiblingLibrary const library(name);
+  if (!library.IsLoaded()) return Refused(PDF_ERROR_CCITT_LIBRARY);
   auto const encode = library.Entry<EncodeCcittImageFunction>("EncodeCcittImage");
-  if (encode == nullptr) return FailBlock(PDF_ERROR_CCITT_LIBRARY);
-  RowSource source = SourceOf(hDIB, dib);
+  if (encode == nullptr) return Refused(PDF_ERROR_CCITT_LIBRARY);
+  RowSource source = SourceOf(dib);
   OwnedBlock block;
-  return EncodedBlock(EncodeInFile(encode, source, block, nSize), block);
+  return Outcome(EncodeInFile(encode, source, block, size), block);
 }
 
-void* sorrelin::SessionState::FailBlock(DWORD nError) {
-  Fail(nError);
-  return INVALID_HANDLE_VALUE;
-}
-
-void* sorrelin::SessionState::EncodedBlock(DWORD nError, OwnedBlock& block) {
-  return nError == PDF_ERROR_NONE ? block.Release() : FailBlock(nError);
-}
+}  // namespace sorrelin

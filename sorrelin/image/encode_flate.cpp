@@ -1,14 +1,11 @@
 // Flate image data: zlib over the raw image.
-#include <sorrelin/frame/session_state.h>
+#include <sorrelin/image/encoders.h>
 #include <sorrelin/image/flate.h>
 #include <sorrelin/image/raw_image.h>
 #include <sorrelin/platform/memory.h>
 #include <zlib.h>
 
 #include <algorithm>
-
-using sorrelin::DibView;
-using sorrelin::OwnedBlock;
 
 namespace sorrelin {
 
@@ -54,23 +51,18 @@ OwnedBlock CompressFlate(std::span<BYTE const> raw, int level, DWORD& size) {
   return block;
 }
 
-}  // namespace sorrelin
-
-void* sorrelin::SessionState::ConvertDIB2FlatePDFImage(void* hDIB, DWORD& nSize,
-                                                       DWORD /*nCompression*/, int nLevel) {
-  DibView dib(hDIB);
-  if (!dib.IsLocked()) return INVALID_HANDLE_VALUE;
+Result<OwnedBlock> EncodeFlate(DibView& dib, int level, DWORD& size) {
+  if (!dib.IsLocked()) return Refused(Status::Failed());
   DWORD raw_bytes = 0;
-  OwnedBlock const raw = sorrelin::BuildRawImage(dib, raw_bytes);
+  OwnedBlock const raw = BuildRawImage(dib, raw_bytes);
   if (!raw.IsValid()) {
     // Kept: the bitmap stays locked after code 10.
     dib.KeepLocked();
-    Fail(PDF_ERROR_MEMORY);
-    return INVALID_HANDLE_VALUE;
+    return Refused(PDF_ERROR_MEMORY);
   }
-  BYTE const* const data = static_cast<BYTE const*>(GlobalLock(raw.get()));
+  LockedBlock const data(raw.get());
   // Kept: a block that cannot be had gives 0 and no code.
-  void* const flate = sorrelin::CompressFlate({data, raw_bytes}, nLevel, nSize).Release();
-  GlobalUnlock(raw.get());
-  return flate;
+  return CompressFlate(data.bytes().first(raw_bytes), level, size);
 }
+
+}  // namespace sorrelin

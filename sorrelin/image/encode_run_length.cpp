@@ -1,14 +1,14 @@
 // Run-length image data (ISO 32000-1, 7.4.5): pairs of a control byte and a value.
-#include <sorrelin/frame/session_state.h>
 #include <sorrelin/image/dib_view.h>
+#include <sorrelin/image/encoders.h>
 #include <sorrelin/platform/block.h>
+#include <sorrelin/platform/codes.h>
 #include <sorrelin/platform/memory.h>
 
 #include <algorithm>
+#include <utility>
 
-using sorrelin::DibView;
-using sorrelin::LockedBlock;
-using sorrelin::OwnedBlock;
+namespace sorrelin {
 
 namespace {
 
@@ -46,10 +46,10 @@ class OutputBlock {
     used_ += bytes.size();
     return true;
   }
-  HGLOBAL Finish(DWORD& size) {
-    if (GlobalReAlloc(block_.get(), used_, GMEM_MOVEABLE) == nullptr) return nullptr;
+  OwnedBlock Finish(DWORD& size) {
+    if (GlobalReAlloc(block_.get(), used_, GMEM_MOVEABLE) == nullptr) return OwnedBlock();
     size = static_cast<DWORD>(used_);
-    return block_.Release();
+    return std::move(block_);
   }
 
  private:
@@ -70,17 +70,44 @@ class OutputBlock {
   size_t used_ = 0;
 };
 
+// Kept: the rows are always sought behind 256 colours, whatever biClrUsed says. Kept: the size
+// counts an unset byte, 0 here, behind the last pair; the end marker 128 has no place in the block,
+// and decoders stop on their row count.
+OwnedBlock EncodeRows(DibView const& dib, DWORD& size) {
+  BITMAPINFOHEADER const& header = dib.header();
+  if (header.biWidth < 0 || header.biHeight < 0) return OwnedBlock();
+  DWORD const width = static_cast<DWORD>(header.biWidth);
+  if (LeastSize(width, static_cast<uint64_t>(header.biHeight)) > UINT32_MAX) return OwnedBlock();
+  uint64_t const stride = DibStride(header.biWidth, 8);
+  size_t const row_bytes = std::max<size_t>(width, 1);
+  OwnedBlock const row(GlobalAlloc(GHND, row_bytes));
+  OwnedBlock const pairs(GlobalAlloc(GHND, 2 * row_bytes));
+  LockedBlock const locked_row(row.get());
+  LockedBlock const locked_pairs(pairs.get());
+  if (!locked_row || !locked_pairs) return OwnedBlock();
+  OutputBlock output;
+  for (int64_t y = int64_t{header.biHeight} - 1; y >= 0; --y) {
+    // A row never holds less than the one above it, so what it lacks is 0 still.
+    auto const held = dib.Part(kPaletteRows + static_cast<uint64_t>(y) * stride, row_bytes);
+    std::copy(held.begin(), held.end(), locked_row.bytes().begin());
+    DWORD const coded =
+        EncodeRunLengthRow(locked_row.bytes().data(), width, locked_pairs.bytes().data());
+    if (!output.Append(locked_pairs.bytes().first(coded))) return OwnedBlock();
+  }
+  static constexpr BYTE kUnsetByte = 0;
+  return output.Append({&kUnsetByte, 1}) ? output.Finish(size) : OwnedBlock();
+}
+
 }  // namespace
 
-void sorrelin::SessionState::RLEEncriptLine(BYTE* pLine, DWORD nLength, BYTE* pOut,
-                                            DWORD& nOutSize) {
-  RunWriter runs(pOut);
-  BYTE value = pLine[0];
+DWORD EncodeRunLengthRow(BYTE const* row, DWORD bytes, BYTE* out) {
+  RunWriter runs(out);
+  BYTE value = row[0];
   DWORD count = 1;
-  for (DWORD at = 1; at < nLength; ++at) {
-    if (pLine[at] != value) {
+  for (DWORD at = 1; at < bytes; ++at) {
+    if (row[at] != value) {
       if (count != 0) runs.Emit(count, value);
-      value = pLine[at];
+      value = row[at];
       count = 1;
     } else if (++count == kLongestRun) {
       runs.Emit(count, value);
@@ -88,48 +115,14 @@ void sorrelin::SessionState::RLEEncriptLine(BYTE* pLine, DWORD nLength, BYTE* pO
     }
   }
   if (count != 0) runs.Emit(count, value);
-  nOutSize = runs.size();
+  return runs.size();
 }
 
-void* sorrelin::SessionState::ConvertDIB2RLEPDFImage(void* hDIB, DWORD& nSize,
-                                                     DWORD /*nCompression*/) {
-  DibView const dib(hDIB);
-  if (!dib.IsLocked()) return INVALID_HANDLE_VALUE;
-  if (dib.header().biBitCount != 8) {
-    Fail(PDF_ERROR_INVALID_BITS_PER_PIXEL);
-    return INVALID_HANDLE_VALUE;
-  }
-  void* const encoded = EncodeRunLengthRows(dib, nSize);
-  if (encoded != nullptr) return encoded;
-  Fail(PDF_ERROR_MEMORY);
-  return INVALID_HANDLE_VALUE;
+Result<OwnedBlock> EncodeRunLength(DibView const& dib, DWORD& size) {
+  if (!dib.IsLocked()) return Refused(Status::Failed());
+  if (dib.header().biBitCount != 8) return Refused(PDF_ERROR_INVALID_BITS_PER_PIXEL);
+  OwnedBlock encoded = EncodeRows(dib, size);
+  return encoded.IsValid() ? Result<OwnedBlock>(std::move(encoded)) : Refused(PDF_ERROR_MEMORY);
 }
 
-// Kept: the rows are always sought behind 256 colours, whatever biClrUsed says. Kept: the size
-// counts an unset byte, 0 here, behind the last pair; the end marker 128 has no place in the block,
-// and decoders stop on their row count.
-void* sorrelin::SessionState::EncodeRunLengthRows(DibView const& dib, DWORD& nSize) {
-  BITMAPINFOHEADER const& header = dib.header();
-  if (header.biWidth < 0 || header.biHeight < 0) return nullptr;
-  DWORD const width = static_cast<DWORD>(header.biWidth);
-  if (LeastSize(width, static_cast<uint64_t>(header.biHeight)) > UINT32_MAX) return nullptr;
-  uint64_t const stride = sorrelin::DibStride(header.biWidth, 8);
-  size_t const row_bytes = std::max<size_t>(width, 1);
-  OwnedBlock const row(GlobalAlloc(GHND, row_bytes));
-  OwnedBlock const pairs(GlobalAlloc(GHND, 2 * row_bytes));
-  LockedBlock const locked_row(row.get());
-  LockedBlock const locked_pairs(pairs.get());
-  if (!locked_row || !locked_pairs) return nullptr;
-  OutputBlock output;
-  for (int64_t y = int64_t{header.biHeight} - 1; y >= 0; --y) {
-    // A row never holds less than the one above it, so what it lacks is 0 still.
-    auto const held =
-        dib.Part(sorrelin::kPaletteRows + static_cast<uint64_t>(y) * stride, row_bytes);
-    std::copy(held.begin(), held.end(), locked_row.bytes().begin());
-    DWORD size = 0;
-    RLEEncriptLine(locked_row.bytes().data(), width, locked_pairs.bytes().data(), size);
-    if (!output.Append(locked_pairs.bytes().first(size))) return nullptr;
-  }
-  static constexpr BYTE kUnsetByte = 0;
-  return output.Append({&kUnsetByte, 1}) ? output.Finish(nSize) : nullptr;
-}
+}  // namespace sorrelin

@@ -2,6 +2,7 @@
 #include <sorrelin/image/pixel_order.h>
 #include <sorrelin/image/rebuilt_dib.h>
 #include <sorrelin/platform/memory.h>
+#include <sorrelin/platform/row_stride.h>
 
 #include <algorithm>
 #include <cstring>
@@ -46,7 +47,7 @@ bool RebuiltDib::Create(DWORD kind, DWORD width, uint64_t height) {
   if (width > kLargestNumber || height > kLargestNumber) return false;
   Format const format = FormatOf(kind);
   uint64_t const row_bits = uint64_t{width} * format.bits;
-  uint64_t const stride = (row_bits + 31) / 32 * 4;
+  uint64_t const stride = RowStride(width, format.bits);
   uint64_t const rows_at = sizeof(BITMAPINFOHEADER) + uint64_t{format.entries} * sizeof(RGBQUAD);
   if (stride != 0 && height > (kLargestBlock - rows_at) / stride) return false;
 
@@ -79,18 +80,17 @@ void RebuiltDib::SetColours(BilevelColours colours) {
 }
 
 bool RebuiltDib::CopyPalette(HGLOBAL palette) {
-  void const* const entries = GlobalLock(palette);
-  if (entries == nullptr) return false;
-  size_t const bytes = std::min<size_t>(GlobalSize(palette), kPaletteBytes);
-  std::memcpy(bytes_ + sizeof(BITMAPINFOHEADER), entries, bytes);
-  GlobalUnlock(palette);
+  LockedBlock const entries(palette);
+  if (!entries) return false;
+  size_t const bytes = std::min<size_t>(entries.bytes().size(), kPaletteBytes);
+  std::memcpy(bytes_ + sizeof(BITMAPINFOHEADER), entries.bytes().data(), bytes);
   return true;
 }
 
-HDIB RebuiltDib::Release() {
+OwnedBlock RebuiltDib::Release() {
   GlobalUnlock(block_);
   bytes_ = rows_ = nullptr;
-  return std::exchange(block_, nullptr);
+  return OwnedBlock(std::exchange(block_, nullptr));
 }
 
 RowWriter::RowWriter(RebuiltDib& dib, DWORD kind, bool from_top)

@@ -72,7 +72,7 @@ class RebuiltDib {
   BYTE* Row(uint64_t y) { return rows_ + y * stride_; }
 
   // Unlocks the bitmap and hands it over.
-  HDIB Release();
+  OwnedBlock Release();
 
  private:
   void FillHeader(DWORD width, WORD bits);

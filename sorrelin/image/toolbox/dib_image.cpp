@@ -3,16 +3,16 @@
 #include <sorrelin/image/toolbox/dib_image.h>
 #include <sorrelin/image/toolbox/dib_toolbox.h>
 #include <sorrelin/platform/memory.h>
+#include <sorrelin/platform/units.h>
 
 #include <utility>
 
 namespace sorrelin {
 namespace {
 
-// Not the factor of new bitmaps, 39.37: both are kept, as resolutions are compared.
-constexpr double kInchesPerMetre = 39.3701;
-
-LONG DotsPerInch(LONG per_metre) { return static_cast<LONG>(per_metre / kInchesPerMetre + 0.5); }
+LONG DotsPerInch(LONG per_metre) {
+  return static_cast<LONG>(per_metre / kInchesPerMetreOfReadBitmaps + 0.5);
+}
 
 }  // namespace
 

@@ -6,6 +6,7 @@
 #ifndef SORRELIN_IMAGE_TOOLBOX_DIB_LAYOUT_H_
 #define SORRELIN_IMAGE_TOOLBOX_DIB_LAYOUT_H_
 
+#include <sorrelin/platform/row_stride.h>
 #include <sorrelin/platform/types.h>
 
 #include <cstdint>
@@ -23,7 +24,7 @@ constexpr uint64_t StoredBits(int bits) { return bits == 15 ? 16 : static_cast<u
 // Bytes of a row with its padding; 0 for a width below 1 and for depths outside 1..32.
 constexpr uint64_t PackedStride(int64_t width, int bits) {
   if (width < 1 || bits < 1 || bits > 32) return 0;
-  return (static_cast<uint64_t>(width) * StoredBits(bits) + 31) / 32 * 4;
+  return RowStride(static_cast<uint64_t>(width), StoredBits(bits));
 }
 
 struct DibLayout {

@@ -4,6 +4,7 @@
 #include <sorrelin/image/toolbox/dib_toolbox.h>
 #include <sorrelin/image/toolbox/new_block.h>
 #include <sorrelin/platform/block.h>
+#include <sorrelin/platform/units.h>
 
 #include <algorithm>
 #include <cstring>
@@ -13,11 +14,10 @@ namespace {
 
 constexpr int kMinDpi = 50;
 constexpr int kMaxDpi = 9999;
-constexpr double kInchesPerMetre = 39.37;
 constexpr RGBQUAD kWhite{255, 255, 255, 0};
 bool IsDpi(int dpi) { return dpi >= kMinDpi && dpi <= kMaxDpi; }
 
-LONG PerMetre(int dpi) { return static_cast<LONG>(dpi * kInchesPerMetre + 0.5); }
+LONG PerMetre(int dpi) { return static_cast<LONG>(dpi * kInchesPerMetreOfNewBitmaps + 0.5); }
 
 BITMAPINFOHEADER BlankHeader(POINT size, int bits, uint64_t picture_bytes) {
   BITMAPINFOHEADER header{};

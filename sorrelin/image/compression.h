@@ -1,6 +1,6 @@
 // The compression vocabulary: each value is a small identifier or a flag bit.
-#ifndef SORRELIN_WRITER_COMPRESSION_H_
-#define SORRELIN_WRITER_COMPRESSION_H_
+#ifndef SORRELIN_IMAGE_COMPRESSION_H_
+#define SORRELIN_IMAGE_COMPRESSION_H_
 
 #include <sorrelin/platform/codes.h>
 #include <sorrelin/platform/types.h>
@@ -22,4 +22,4 @@ constexpr bool IsJpeg(DWORD compression) {
 
 }  // namespace sorrelin
 
-#endif  // SORRELIN_WRITER_COMPRESSION_H_
+#endif  // SORRELIN_IMAGE_COMPRESSION_H_
