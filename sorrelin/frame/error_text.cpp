@@ -6,7 +6,6 @@
 
 #include <cstring>
 #include <iterator>
-#include <string>
 
 namespace sorrelin {
 
@@ -71,35 +70,35 @@ static_assert(std::size(kTexts) == PDF_ERROR_HOCR + 1);
 constexpr DWORD kDefaultLanguage = 0x400;
 constexpr int kWideTextUnits = 512;
 
-// Kept: the system's text is that of the moment of asking, not of the failure.
-std::string SystemErrorText() {
+// Calls use(text) with the text of a code. Kept: the system's text is that of the moment of asking,
+// not of the failure. The library's own texts need no memory, which may be what is short.
+template <typename Use>
+auto WithText(DWORD code, Use use) {
+  if (code != PDF_ERROR_SYSTEM) return use(code < std::size(kTexts) ? kTexts[code] : kNoText);
   char* text = nullptr;
   FormatMessageA(
       FORMAT_MESSAGE_ALLOCATE_BUFFER | FORMAT_MESSAGE_IGNORE_INSERTS | FORMAT_MESSAGE_FROM_SYSTEM,
       nullptr, GetLastError(), kDefaultLanguage, reinterpret_cast<char*>(&text), 0, nullptr);
-  std::string const copy = text != nullptr ? text : "";
+  auto const result = use(text != nullptr ? text : "");
   LocalFree(text);
-  return copy;
-}
-
-std::string ErrorText(DWORD code) {
-  if (code == PDF_ERROR_SYSTEM) return SystemErrorText();
-  return code < std::size(kTexts) ? kTexts[code] : kNoText;
+  return result;
 }
 
 }  // namespace
 
 int GetErrorText(DWORD code, char* buffer) {
   if (buffer == nullptr) return 0;
-  std::string const text = ErrorText(code);
-  std::memcpy(buffer, text.c_str(), text.size() + 1);
-  return 1;
+  return WithText(code, [&](char const* text) {
+    std::memcpy(buffer, text, std::strlen(text) + 1);
+    return 1;
+  });
 }
 
 int GetErrorTextW(DWORD code, WCHAR* buffer) {
   if (buffer == nullptr) return 0;
-  std::string const text = ErrorText(code);
-  return MultiByteToWideChar(CP_ACP, 0, text.c_str(), -1, buffer, kWideTextUnits) != 0 ? 1 : 0;
+  return WithText(code, [&](char const* text) {
+    return MultiByteToWideChar(CP_ACP, 0, text, -1, buffer, kWideTextUnits) != 0 ? 1 : 0;
+  });
 }
 
 }  // namespace sorrelin

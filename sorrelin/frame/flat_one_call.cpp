@@ -1,16 +1,17 @@
 // The one-call helpers: one page to a file or to memory, on a private session.
 #include <sorrelin/frame/flat.h>
-#include <sorrelin/platform/wide_string.h>
-
 #include <memory>
+#include <new>
 
+using sorrelin::Guarded;
 using sorrelin::ResultOf;
 using sorrelin::ToWide;
 
 namespace {
 
+// Null where memory is short.
 SORRELIN_NOINLINE std::unique_ptr<CCreatePDF> NewPrivateSession() {
-  return std::make_unique<CCreatePDF>();
+  return std::unique_ptr<CCreatePDF>(new (std::nothrow) CCreatePDF);
 }
 
 // Kept: the guards leave the private session behind, which has been constructed before them.
@@ -60,13 +61,16 @@ DWORD SaveToMemory(CCreatePDF& session, void** data, DWORD* size, Page const& pa
 
 DWORD pdf_SaveDIBToPDF(char const* szFileName, HDIB hDib, char const* szCodecLibrary,
                        DWORD nCompression, int nQuality) {
-  return pdf_SaveDIBToPDFW(ToWide(szFileName).c_str(), hDib, ToWide(szCodecLibrary).c_str(),
-                           nCompression, nQuality);
+  return Guarded(hPDF{0}, DWORD{PDF_ERROR_MEMORY}, [&] {
+    return pdf_SaveDIBToPDFW(ToWide(szFileName).c_str(), hDib, ToWide(szCodecLibrary).c_str(),
+                             nCompression, nQuality);
+  });
 }
 
 DWORD pdf_SaveDIBToPDFW(WCHAR const* szFileName, HDIB hDib, WCHAR const* szCodecLibrary,
                         DWORD nCompression, int nQuality) {
   std::unique_ptr<CCreatePDF> session = NewPrivateSession();
+  if (session == nullptr) return PDF_ERROR_MEMORY;
   if (hDib == nullptr) return Abandon(session, PDF_ERROR_INVALID_HANDLE);
   if (szFileName == nullptr || *szFileName == 0) return Abandon(session, PDF_ERROR_NULL_POINTER);
   return SaveToFile(*session, szFileName, {hDib, szCodecLibrary, nCompression, nQuality});
@@ -75,6 +79,7 @@ DWORD pdf_SaveDIBToPDFW(WCHAR const* szFileName, HDIB hDib, WCHAR const* szCodec
 DWORD pdf_SaveDIBToPDFInMemory(void** ppData, DWORD* pnSize, HDIB hDib, WCHAR const* szCodecLibrary,
                                DWORD nCompression, int nQuality) {
   std::unique_ptr<CCreatePDF> session = NewPrivateSession();
+  if (session == nullptr) return PDF_ERROR_MEMORY;
   if (hDib == nullptr) return Abandon(session, PDF_ERROR_INVALID_HANDLE);
   if (ppData == nullptr || pnSize == nullptr) return Abandon(session, PDF_ERROR_NULL_POINTER);
   return SaveToMemory(*session, ppData, pnSize, {hDib, szCodecLibrary, nCompression, nQuality});

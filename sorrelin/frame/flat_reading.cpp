@@ -1,11 +1,11 @@
 // Flat functions that read a document.
 #include <sorrelin/frame/flat.h>
-#include <sorrelin/frame/trace.h>
-#include <sorrelin/platform/wide_string.h>
 
-using sorrelin::ResultOf;
+using sorrelin::Guarded;
+using sorrelin::OnSession;
 using sorrelin::SessionOf;
 using sorrelin::ToWide;
+using sorrelin::WithWide;
 
 namespace {
 
@@ -15,7 +15,9 @@ constexpr DWORD kNoCount = 0xFFFFFFFF;
 class PrivateSession {
  public:
   PrivateSession() : result_(pdf_Init_PDF(&handle_)) {}
-  ~PrivateSession() { pdf_Release_PDF(handle_); }
+  ~PrivateSession() {
+    if (result_ == PDF_ERROR_NONE) pdf_Release_PDF(handle_);
+  }
   PrivateSession(PrivateSession const&) = delete;
   PrivateSession& operator=(PrivateSession const&) = delete;
 
@@ -35,25 +37,25 @@ class PrivateSession {
 }  // namespace
 
 DWORD pdf_OpenPDFFile(hPDF hPdf, char const* szFileName) {
-  return pdf_OpenPDFFileW(hPdf, ToWide(szFileName).c_str());
+  return WithWide(hPdf, szFileName,
+                  [&](WCHAR const* name) { return pdf_OpenPDFFileW(hPdf, name); });
 }
 
 DWORD pdf_OpenPDFFileW(hPDF hPdf, WCHAR const* szFileName) {
-  CCreatePDF* const session = SessionOf(hPdf);
-  if (session == nullptr || szFileName == nullptr) return PDF_ERROR_INVALID_HANDLE;
-  return ResultOf(*session, session->OpenPDFFileW(szFileName));
+  if (szFileName == nullptr) return PDF_ERROR_INVALID_HANDLE;
+  return OnSession(hPdf, [&](CCreatePDF& session) { return session.OpenPDFFileW(szFileName); });
 }
 
 DWORD pdf_OpenPDFInMemory(hPDF hPdf, void const* pData, DWORD nSize) {
-  CCreatePDF* const session = SessionOf(hPdf);
-  if (session == nullptr) return PDF_ERROR_INVALID_HANDLE;
+  if (SessionOf(hPdf) == nullptr) return PDF_ERROR_INVALID_HANDLE;
   if (pData == nullptr) return PDF_ERROR_NULL_POINTER;
   if (nSize == 0) return PDF_ERROR_NOT_PDF;
-  return ResultOf(*session, session->OpenPDFFileInMemory(reinterpret_cast<int64_t>(pData), nSize));
+  return OnSession(hPdf, [&](CCreatePDF& session) {
+    return session.OpenPDFFileInMemory(reinterpret_cast<int64_t>(pData), nSize);
+  });
 }
 
 DWORD pdf_GetNumberOfPages(hPDF hPdf) {
-  sorrelin::Trace(SORRELIN_TEXT("pdf_GetNumberOfPages: %d"));
   CCreatePDF* const session = SessionOf(hPdf);
   return session != nullptr ? session->GetNumberOfPages() : 0;
 }
@@ -62,11 +64,12 @@ HDIB pdf_LoadImageFromPDF(hPDF hPdf, DWORD nPage) {
   CCreatePDF* const session = SessionOf(hPdf);
   if (session == nullptr) return nullptr;
   session->PDF_SetLastError(PDF_ERROR_NONE);
-  return session->LoadImageFromPDF(nPage);
+  return Guarded(hPdf, HDIB{}, [&] { return session->LoadImageFromPDF(nPage); });
 }
 
 HDIB pdf_LoadPDFIntoDIB(char const* szFileName, DWORD nPage) {
-  return pdf_LoadPDFIntoDIBW(ToWide(szFileName).c_str(), nPage);
+  return Guarded(hPDF{0}, HDIB{},
+                 [&] { return pdf_LoadPDFIntoDIBW(ToWide(szFileName).c_str(), nPage); });
 }
 
 HDIB pdf_LoadPDFIntoDIBW(WCHAR const* szFileName, DWORD nPage) {
@@ -80,7 +83,8 @@ HDIB pdf_LoadPDFIntoDIBInMemory(void const* pData, DWORD nSize, DWORD nPage) {
 }
 
 DWORD GetNumberOfPagesInPDFFile(char const* szFileName) {
-  return GetNumberOfPagesInPDFFileW(ToWide(szFileName).c_str());
+  return Guarded(hPDF{0}, kNoCount,
+                 [&] { return GetNumberOfPagesInPDFFileW(ToWide(szFileName).c_str()); });
 }
 
 DWORD GetNumberOfPagesInPDFFileW(WCHAR const* szFileName) {

@@ -1,35 +1,31 @@
 // Flat functions of the session itself.
 #include <sorrelin/frame/flat.h>
 #include <sorrelin/frame/session_state.h>
-#include <sorrelin/frame/trace.h>
 
 #include <new>
 
+using sorrelin::SessionAccess;
 using sorrelin::SessionOf;
-using sorrelin::Trace;
 
 DWORD pdf_Init_PDF(hPDF* pPDF) {
-  Trace(SORRELIN_TEXT("pdf_Init_PDF: START"));
   if (pPDF == nullptr) return PDF_ERROR_INVALID_HANDLE;
-  *pPDF = reinterpret_cast<hPDF>(new CCreatePDF);
-  if (SessionOf(*pPDF) == nullptr) return PDF_ERROR_INVALID_HANDLE;
-  Trace(SORRELIN_TEXT("pdf_Init_PDF: OK"));
-  Trace(SORRELIN_TEXT("pdf_Init_PDF: hPDF = %x"));
+  *pPDF = 0;
+  CCreatePDF* const session = new (std::nothrow) CCreatePDF;
+  if (session == nullptr || SessionAccess::Of(*session) == nullptr) {
+    delete session;
+    return PDF_ERROR_MEMORY;
+  }
+  *pPDF = reinterpret_cast<hPDF>(session);
   return PDF_ERROR_NONE;
 }
 
 // Kept: the side record with its strings stays allocated.
 DWORD pdf_Release_PDF(hPDF hPdf) {
-  Trace(SORRELIN_TEXT("pdf_Release_PDF:"));
   CCreatePDF* const session = SessionOf(hPdf);
-  if (session == nullptr) {
-    Trace(SORRELIN_TEXT("pdf_Release_PDF: Error"));
-    return PDF_ERROR_INVALID_HANDLE;
-  }
+  if (session == nullptr) return PDF_ERROR_INVALID_HANDLE;
   session->ClosePDFFile();
-  sorrelin::SessionAccess::LeaveSideRecord(*session);
+  SessionAccess::LeaveSideRecord(*session);
   delete session;
-  Trace(SORRELIN_TEXT("pdf_Release_PDF: OK"));
   return PDF_ERROR_NONE;
 }
 

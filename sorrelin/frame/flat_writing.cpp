@@ -1,14 +1,10 @@
 // Flat functions that make a document.
 #include <sorrelin/frame/flat.h>
-#include <sorrelin/frame/trace.h>
-#include <sorrelin/platform/wide_string.h>
 
 #include <cstdlib>
 
-using sorrelin::ResultOf;
-using sorrelin::SessionOf;
-using sorrelin::ToWide;
-using sorrelin::Trace;
+using sorrelin::OnSession;
+using sorrelin::WithWide;
 
 namespace {
 
@@ -17,98 +13,61 @@ bool IsBadBitmap(HDIB bitmap) { return bitmap == nullptr || bitmap == INVALID_HA
 }  // namespace
 
 DWORD pdf_CreatePDF(hPDF hPdf, char const* szFileName) {
-  return pdf_CreatePDFW(hPdf, ToWide(szFileName).c_str());
+  return WithWide(hPdf, szFileName, [&](WCHAR const* name) { return pdf_CreatePDFW(hPdf, name); });
 }
 
 DWORD pdf_CreatePDFW(hPDF hPdf, WCHAR const* szFileName) {
-  Trace(SORRELIN_TEXT("pdf_CreatePDF START"));
-  Trace(SORRELIN_TEXT("pdf_CreatePDF szFileName = %s"));
-  Trace(SORRELIN_TEXT("pdf_CreatePDF pPDF = %x"));
-  CCreatePDF* const session = SessionOf(hPdf);
-  if (session == nullptr) return PDF_ERROR_INVALID_HANDLE;
-  Trace(SORRELIN_TEXT("pdf_CreatePDF CreatePDF start"));
-  int const created = session->CreatePDFW(szFileName);
-  Trace(created != 0 ? SORRELIN_TEXT("pdf_CreatePDF END OK")
-                     : SORRELIN_TEXT("pdf_CreatePDF CreatePDF error"));
-  return ResultOf(*session, created);
+  return OnSession(hPdf, [&](CCreatePDF& session) { return session.CreatePDFW(szFileName); });
 }
 
 DWORD pdf_CreatePDFInMemory(hPDF hPdf, void const* pAppendTo, DWORD nSize) {
-  Trace(SORRELIN_TEXT("pdf_CreatePDFInMemory START"));
-  Trace(SORRELIN_TEXT("pdf_CreatePDFInMemory pPDF = %x"));
-  Trace(SORRELIN_TEXT("pdf_CreatePDFInMemory pAppendTo = %p"));
-  CCreatePDF* const session = SessionOf(hPdf);
-  if (session == nullptr) return PDF_ERROR_INVALID_HANDLE;
-  Trace(SORRELIN_TEXT("pdf_CreatePDFInMemory CreatePDF start"));
-  int const created = session->CreatePDFInMemory(reinterpret_cast<int64_t>(pAppendTo), nSize);
-  Trace(created != 0 ? SORRELIN_TEXT("pdf_CreatePDFInMemory END OK")
-                     : SORRELIN_TEXT("pdf_CreatePDFInMemory CreatePDF error"));
-  return ResultOf(*session, created);
+  return OnSession(hPdf, [&](CCreatePDF& session) {
+    return session.CreatePDFInMemory(reinterpret_cast<int64_t>(pAppendTo), nSize);
+  });
 }
 
 DWORD pdf_SaveDIBAsPDFPage(hPDF hPdf, HDIB hDib, char const* szCodecLibrary) {
-  return pdf_SaveDIBAsPDFPageW(hPdf, hDib, ToWide(szCodecLibrary).c_str());
+  return WithWide(hPdf, szCodecLibrary,
+                  [&](WCHAR const* library) { return pdf_SaveDIBAsPDFPageW(hPdf, hDib, library); });
 }
 
 DWORD pdf_SaveDIBAsPDFPageW(hPDF hPdf, HDIB hDib, WCHAR const* szCodecLibrary) {
-  Trace(SORRELIN_TEXT("pdf_SaveDIBAsPDFPage START"));
-  CCreatePDF* const session = SessionOf(hPdf);
-  if (session == nullptr || IsBadBitmap(hDib)) return PDF_ERROR_INVALID_HANDLE;
-  Trace(SORRELIN_TEXT("pdf_SaveDIBAsPDFPage SaveDDIBAsPDFPage START, hDIB=%x"));
-  int const saved = session->SaveDIBAsPDFPageW(hDib, szCodecLibrary);
-  Trace(saved != 0 ? SORRELIN_TEXT("pdf_SaveDIBAsPDFPage OK")
-                   : SORRELIN_TEXT("pdf_SaveDIBAsPDFPage ERROR"));
-  return ResultOf(*session, saved);
+  if (IsBadBitmap(hDib)) return PDF_ERROR_INVALID_HANDLE;
+  return OnSession(
+      hPdf, [&](CCreatePDF& session) { return session.SaveDIBAsPDFPageW(hDib, szCodecLibrary); });
 }
 
 DWORD pdf_SaveDIBAsColorPDFPage(hPDF hPdf, HDIB hDib, char const* szCodecLibrary,
                                 DWORD nCompression, int nQuality) {
-  return pdf_SaveDIBAsColorPDFPageW(hPdf, hDib, ToWide(szCodecLibrary).c_str(), nCompression,
-                                    nQuality);
+  return WithWide(hPdf, szCodecLibrary, [&](WCHAR const* library) {
+    return pdf_SaveDIBAsColorPDFPageW(hPdf, hDib, library, nCompression, nQuality);
+  });
 }
 
 DWORD pdf_SaveDIBAsColorPDFPageW(hPDF hPdf, HDIB hDib, WCHAR const* szCodecLibrary,
                                  DWORD nCompression, int nQuality) {
-  Trace(SORRELIN_TEXT("pdf_SaveDIBAsColorPDFPage"));
-  CCreatePDF* const session = SessionOf(hPdf);
-  if (session == nullptr || IsBadBitmap(hDib)) return PDF_ERROR_INVALID_HANDLE;
-  int const saved = session->SaveDIBAsColorPDFPageW(hDib, szCodecLibrary, nCompression, nQuality);
-  Trace(saved != 0 ? SORRELIN_TEXT("pdf_SaveDIBAsColorPDFPage OK")
-                   : SORRELIN_TEXT("pdf_SaveDIBAsColorPDFPage ERROR"));
-  return ResultOf(*session, saved);
+  if (IsBadBitmap(hDib)) return PDF_ERROR_INVALID_HANDLE;
+  return OnSession(hPdf, [&](CCreatePDF& session) {
+    return session.SaveDIBAsColorPDFPageW(hDib, szCodecLibrary, nCompression, nQuality);
+  });
 }
 
 DWORD pdf_FinishPDF(hPDF hPdf) {
-  Trace(SORRELIN_TEXT("pdf_FinishPDF START"));
-  CCreatePDF* const session = SessionOf(hPdf);
-  if (session == nullptr) return PDF_ERROR_INVALID_HANDLE;
-  Trace(SORRELIN_TEXT("pdf_FinishPDF FinishPDF START"));
-  int const finished = session->FinishPDF();
-  Trace(finished != 0 ? SORRELIN_TEXT("pdf_FinishPDF FinishPDF OK")
-                      : SORRELIN_TEXT("pdf_FinishPDF FinishPDF ERROR"));
-  return ResultOf(*session, finished);
+  return OnSession(hPdf, [](CCreatePDF& session) { return session.FinishPDF(); });
 }
 
 DWORD pdf_FinishPDFInMemory(hPDF hPdf, void** ppData, DWORD* pnSize) {
-  Trace(SORRELIN_TEXT("pdf_FinishPDFInMemory START"));
-  CCreatePDF* const session = SessionOf(hPdf);
-  if (session == nullptr) return PDF_ERROR_INVALID_HANDLE;
-  Trace(SORRELIN_TEXT("pdf_FinishPDFInMemory FinishPDF START"));
-  int64_t data = 0;
-  int const finished = session->FinishPDFInMemory(ppData != nullptr ? &data : nullptr, pnSize);
-  if (finished != 0 && ppData != nullptr) *ppData = reinterpret_cast<void*>(data);
-  Trace(finished != 0 ? SORRELIN_TEXT("pdf_FinishPDFInMemory FinishPDF OK")
-                      : SORRELIN_TEXT("pdf_FinishPDFInMemory FinishPDF ERROR"));
-  return ResultOf(*session, finished);
+  return OnSession(hPdf, [&](CCreatePDF& session) {
+    int64_t data = 0;
+    int const finished = session.FinishPDFInMemory(ppData != nullptr ? &data : nullptr, pnSize);
+    if (finished != 0 && ppData != nullptr) *ppData = reinterpret_cast<void*>(data);
+    return finished;
+  });
 }
 
-void pdf_ClosePDFFile(hPDF hPdf) {
-  Trace(SORRELIN_TEXT("pdf_ClosePDFFile Closing the PDF file"));
-  reinterpret_cast<CCreatePDF*>(hPdf)->ClosePDFFile();
-}
+void pdf_ClosePDFFile(hPDF hPdf) { reinterpret_cast<CCreatePDF*>(hPdf)->ClosePDFFile(); }
 
 DWORD pdf_ClosePDFInMemory(hPDF hPdf) {
-  Trace(SORRELIN_TEXT("pdf_ClosePDFInMemory Closing the PDF file"));
   reinterpret_cast<CCreatePDF*>(hPdf)->ClosePDFFileInMemory(nullptr, nullptr);
   return PDF_ERROR_NONE;
 }
