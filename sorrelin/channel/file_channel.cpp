@@ -61,12 +61,11 @@ void Store(int64_t* data, DWORD* size, BYTE* block, uint64_t bytes) {
 
 FileChannel* ChannelOpenFile(WCHAR const* name, DWORD access, DWORD share, void* security,
                              DWORD disposition, DWORD flags, HANDLE template_file) {
-  HANDLE const file = CreateFileW(name, access, share, static_cast<LPSECURITY_ATTRIBUTES>(security),
-                                  disposition, flags, template_file);
-  if (file == INVALID_HANDLE_VALUE) return InvalidChannel();
+  // First, so that no file is made where there is no memory for its record.
   FileChannel* const channel = NewChannelRecord();
-  channel->hFile = file;
-  return channel;
+  channel->hFile = CreateFileW(name, access, share, static_cast<LPSECURITY_ATTRIBUTES>(security),
+                               disposition, flags, template_file);
+  return OpenedOrInvalid(channel, channel->hFile != INVALID_HANDLE_VALUE);
 }
 
 FileChannel* ChannelOpenMemory(DWORD capacity) {

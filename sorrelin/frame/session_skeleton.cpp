@@ -25,8 +25,9 @@ int CCreatePDF::WritePDFHeader(char const* szTitle, char const* szCreator) {
     // byte of its first character.
     char const first_of_banner[] = {static_cast<char>(state.m_szCreator[0]), '\0'};
     char const* const creator = szCreator != nullptr ? szCreator : first_of_banner;
+    sorrelin::InfoDigits const info(*state.m_pReader);
     ObjectWriter out = state.Document().Writer();
-    return state.Report(WriteHeader(out, szTitle, creator, *state.m_pReader)) ? 1 : 0;
+    return state.Report(WriteHeader(out, szTitle, creator, info)) ? 1 : 0;
   });
 }
 

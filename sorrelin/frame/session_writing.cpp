@@ -3,6 +3,7 @@
 #include <sorrelin/frame/session.h>
 #include <sorrelin/platform/wide_string.h>
 #include <sorrelin/writer/banner.h>
+#include <sorrelin/writer/checkpoint.h>
 #include <sorrelin/writer/cross_reference.h>
 #include <sorrelin/writer/finish.h>
 #include <sorrelin/writer/skeleton.h>
@@ -37,21 +38,23 @@ bool OpenMemory(SessionState& state, int64_t document, DWORD size) {
                     sorrelin::OpenMemoryTarget(reinterpret_cast<void const*>(document), size));
 }
 
-Status WriteFirstObjects(SessionState& state) {
-  ObjectWriter out = state.Document().Writer();
-  Status const header =
-      sorrelin::WriteHeader(out, nullptr, sorrelin::kNarrowCreator, *state.m_pReader);
-  return header.ok() ? WriteOutlines(out, state.m_Facts, 0).status() : header;
+Status WriteFirstObjects(SessionState& state, sorrelin::InfoDigits const& info) {
+  return WithCheckpoint(state.Document(), [&] {
+    ObjectWriter out = state.Document().Writer();
+    Status const header = sorrelin::WriteHeader(out, nullptr, sorrelin::kNarrowCreator, info);
+    return header.ok() ? WriteOutlines(out, state.m_Facts, 0).status() : header;
+  });
 }
 
-bool StartDocument(SessionState& state) {
+bool StartDocument(SessionState& state, sorrelin::InfoDigits const& info) {
   return state.Report(state.m_Update.active != 0 ? BeginUpdate(state.Document())
-                                                 : WriteFirstObjects(state));
+                                                 : WriteFirstObjects(state, info));
 }
 
 bool CreateFile(SessionState& state, WCHAR const* name) {
   state.m_nLastError = PDF_ERROR_NONE;
-  if (!OpenFile(state, name) || !StartDocument(state)) return false;
+  sorrelin::InfoDigits const info(*state.m_pReader);
+  if (!OpenFile(state, name) || !StartDocument(state, info)) return false;
   if (state.m_Update.active == 0) state.ReservePagesRoot();
   return true;
 }
@@ -59,12 +62,16 @@ bool CreateFile(SessionState& state, WCHAR const* name) {
 // Kept: an update in memory reserves a new pages root too, unlike an update of a file.
 bool CreateInMemory(SessionState& state, int64_t document, DWORD size) {
   state.m_nLastError = PDF_ERROR_NONE;
-  if (!OpenMemory(state, document, size) || !StartDocument(state)) return false;
+  sorrelin::InfoDigits const info(*state.m_pReader);
+  if (!OpenMemory(state, document, size) || !StartDocument(state, info)) return false;
   state.ReservePagesRoot();
   return true;
 }
 
-bool WriteEnd(SessionState& state) { return state.Report(WriteDocumentEnd(state.Document())); }
+bool WriteEnd(SessionState& state) {
+  Draft const draft = state.Document();
+  return state.Report(WithCheckpoint(draft, [&] { return WriteDocumentEnd(draft); }));
+}
 
 }  // namespace
 

@@ -24,9 +24,29 @@ using FileTable = HandleTable<FileRecord, HandleKind::kFile>;
 
 // Never destroyed: files may be closed by destructors that run at exit.
 FileTable& Files() {
-  static FileTable& table = *new FileTable;
-  return table;
+  static NeverDestroyed<FileTable> table;
+  return table.value();
 }
+
+// A handle that becomes a file's, or goes again. Made before the file, so that none is left behind
+// where there is no memory for its handle.
+class NewHandle {
+ public:
+  NewHandle() : handle_(Files().Insert({-1, false, false})) {}
+  ~NewHandle() {
+    if (handle_ != nullptr) Files().RemoveIf(handle_, [](FileRecord const&) { return true; });
+  }
+  NewHandle(NewHandle const&) = delete;
+  NewHandle& operator=(NewHandle const&) = delete;
+
+  HANDLE Take(FileRecord const& file) {
+    Files().Visit(handle_, [&](FileRecord& record) { record = file; });
+    return std::exchange(handle_, nullptr);
+  }
+
+ private:
+  HANDLE handle_;
+};
 
 // Repeats a system call that a signal broke off.
 template <typename Call>
@@ -141,15 +161,14 @@ bool IsReplaced(int descriptor, std::string const& path) {
 HANDLE Open(std::string const& path, OpenRequest const& request) {
   bool const temporary = (request.flags & FILE_ATTRIBUTE_TEMPORARY) != 0;
   mode_t const mode = temporary ? 0600 : 0666;
+  NewHandle handle;
   Descriptor descriptor(Retry([&] { return open(path.c_str(), OpenFlags(request), mode); }));
   if (descriptor.get() == -1) return Fail(ErrorOfPath(errno, path), INVALID_HANDLE_VALUE);
   if (!Prepare(descriptor.get(), request)) return INVALID_HANDLE_VALUE;
   if (request.writable && IsReplaced(descriptor.get(), path)) {
     return Fail(ERROR_SHARING_VIOLATION, INVALID_HANDLE_VALUE);
   }
-  HANDLE const handle = Files().Insert({descriptor.get(), request.readable, request.writable});
-  descriptor.Release();
-  return handle;
+  return handle.Take({descriptor.Release(), request.readable, request.writable});
 }
 
 bool IsServed(OpenRequest const& request) {

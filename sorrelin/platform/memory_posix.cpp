@@ -28,8 +28,8 @@ using BlockTable = HandleTable<BlockRecord, HandleKind::kBlock>;
 
 // Never destroyed: blocks may be freed by destructors that run at exit.
 BlockTable& Blocks() {
-  static BlockTable& table = *new BlockTable;
-  return table;
+  static NeverDestroyed<BlockTable> table;
+  return table.value();
 }
 
 // Growth from here on comes from fresh zero pages if a copy of the old content is the smaller part.

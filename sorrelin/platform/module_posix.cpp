@@ -53,8 +53,8 @@ class ModuleTable {
 };
 
 ModuleTable& Modules() {
-  static ModuleTable& table = *new ModuleTable;
-  return table;
+  static NeverDestroyed<ModuleTable> table;
+  return table.value();
 }
 
 // Under which spelling each bare name was found last. Looking all over the system for the others
@@ -80,8 +80,8 @@ class FoundSpellings {
 };
 
 FoundSpellings& Found() {
-  static FoundSpellings& found = *new FoundSpellings;
-  return found;
+  static NeverDestroyed<FoundSpellings> found;
+  return found.value();
 }
 
 char LowerAscii(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c; }

@@ -22,6 +22,19 @@ std::optional<std::string> Utf8Path(std::u16string_view name);
 // UTF-16 of a path, or nothing if it is not UTF-8.
 std::optional<std::u16string> WidePath(std::string_view path);
 
+// A value that destructors which run at exit may still use. It needs no memory of its own.
+template <typename Value>
+class NeverDestroyed {
+ public:
+  NeverDestroyed() { new (storage_) Value; }
+  NeverDestroyed(NeverDestroyed const&) = delete;
+  NeverDestroyed& operator=(NeverDestroyed const&) = delete;
+  Value& value() { return *std::launder(reinterpret_cast<Value*>(storage_)); }
+
+ private:
+  alignas(Value) unsigned char storage_[sizeof(Value)];
+};
+
 // Sets the system error and returns `result`.
 template <typename Result>
 Result Fail(DWORD error, Result result) {

@@ -1,5 +1,6 @@
 // Objects, lines and streams as bytes (ISO 32000-1, 7.3.8, 7.3.10).
 #include <sorrelin/platform/block.h>
+#include <sorrelin/platform/error.h>
 #include <sorrelin/platform/process.h>
 #include <sorrelin/writer/object_writer.h>
 
@@ -235,6 +236,7 @@ DWORD ObjectWriter::Write(BYTE const* data, DWORD bytes) {
   if (!ok()) return 0;
   DWORD written = 0;
   if (ChannelWrite(output_.channel, data, bytes, &written, nullptr) == 0) {
+    if (GetLastError() == ERROR_NOT_ENOUGH_MEMORY) output_.short_of_memory = true;
     return Refuse(PDF_ERROR_SYSTEM);
   }
   if (written == 0) Fail(Status::Failed());

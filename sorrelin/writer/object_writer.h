@@ -20,9 +20,10 @@ struct Output {
   DWORD offset = 0;                         // of the next byte to be written
   DWORD stream_begin = 0;
   DWORD stream_end = 0;
-  DWORD current_object = 0;  // the highest object number handed out
-  DWORD pages_added = 0;     // by this session
-  int32_t use_char13 = 0;    // not 0: lines end with CR LF
+  DWORD current_object = 0;      // the highest object number handed out
+  DWORD pages_added = 0;         // by this session
+  int32_t use_char13 = 0;        // not 0: lines end with CR LF
+  bool short_of_memory = false;  // a document in memory could not grow
 
   void MarkStreamBegin() { stream_begin = offset; }
   void MarkStreamEnd() { stream_end = offset; }

@@ -1,6 +1,7 @@
 // The objects of one page.
 #include <sorrelin/channel/file_channel.h>
 #include <sorrelin/platform/file.h>
+#include <sorrelin/platform/units.h>
 #include <sorrelin/writer/coded_image.h>
 #include <sorrelin/writer/image_object.h>
 #include <sorrelin/writer/page_objects.h>
@@ -16,7 +17,6 @@ namespace {
 
 constexpr _CCITT_ENCODE_TYPE kGroup4{-1};
 constexpr int kImageResource = 2;
-constexpr double kPointsPerInch = 72.0;
 constexpr DWORD kPageObjects = 6;
 constexpr DWORD kPaletteObjects = 2;
 constexpr DWORD kProfileObjects = 2;

@@ -45,20 +45,6 @@ std::string Hexadecimal(WideString const& text) {
   return digits;
 }
 
-// The strings as digits, made before the first byte is written, while a lack of memory does not
-// cost anything.
-struct InfoDigits {
-  explicit InfoDigits(ReaderState const& record)
-      : title(Hexadecimal(record.m_Title)),
-        author(Hexadecimal(record.m_Author)),
-        subject(Hexadecimal(record.m_Subject)),
-        keywords(Hexadecimal(record.m_Keywords)) {}
-  std::string title;
-  std::string author;
-  std::string subject;
-  std::string keywords;
-};
-
 void WriteTitle(ObjectWriter& out, char const* title, std::string const& digits) {
   if (title != nullptr) {
     out.Format("/Title (%s)", title);
@@ -85,10 +71,16 @@ void WriteResource(ObjectWriter& out, PageObject const& page) {
 
 }  // namespace
 
+InfoDigits::InfoDigits(ReaderState const& record)
+    : title(Hexadecimal(record.m_Title)),
+      author(Hexadecimal(record.m_Author)),
+      subject(Hexadecimal(record.m_Subject)),
+      keywords(Hexadecimal(record.m_Keywords)),
+      created(record.m_CreationTime.value_or(LocalTime())) {}
+
 Status WriteHeader(ObjectWriter& out, char const* title, char const* creator,
-                   ReaderState const& record) {
-  InfoDigits const digits(record);
-  DateText const date(record.m_CreationTime.value_or(LocalTime()));
+                   InfoDigits const& digits) {
+  DateText const date(digits.created);
   out.Lines({"%PDF-1.7", kBinaryMarker});
   out.Start(Body::kDictionary, LineEnd::kWritten);
   out.Format("/CreationDate (%s)", date.text);

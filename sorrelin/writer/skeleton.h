@@ -5,14 +5,29 @@
 #include <sorrelin/document/document_facts.h>
 #include <sorrelin/document/page_list.h>
 #include <sorrelin/document/reader_state.h>
+#include <sorrelin/platform/process.h>
 #include <sorrelin/writer/object_writer.h>
+
+#include <string>
 
 namespace sorrelin {
 
-// The header lines and object 1, the Info dictionary. A null title takes the record's, or the
-// default. The record also has the other strings and the time, if it is not now.
+// The information strings and the time that an Info dictionary holds, as digits. Made before the
+// first byte is written, and before a file is made, while a lack of memory does no harm.
+struct InfoDigits {
+  // The time is now unless the record has one.
+  explicit InfoDigits(ReaderState const& record);
+  std::string title;
+  std::string author;
+  std::string subject;
+  std::string keywords;
+  SYSTEMTIME created;
+};
+
+// The header lines and object 1, the Info dictionary. A null title takes the digits, or the
+// default.
 Status WriteHeader(ObjectWriter& out, char const* title, char const* creator,
-                   ReaderState const& record);
+                   InfoDigits const& info);
 
 // Each of the following writes one object, whose number is the result, or 0.
 

@@ -13,7 +13,8 @@ struct Target {
   bool update;
 };
 
-// Kept: a name that exists is updated; it is neither refused nor replaced.
+// Kept: a name that exists is updated; it is neither refused nor replaced. Throws std::bad_alloc
+// where memory is too short to tell, with no file made.
 Target OpenFileTarget(WCHAR const* name);
 // A copy of the document of `size` bytes, or without a document `size` as the first capacity.
 Target OpenMemoryTarget(void const* document, DWORD size);
