@@ -14,6 +14,14 @@ namespace sorrelin {
 // Built from the rows at the first question. Whoever changes a row, or their number, calls Clear.
 class OffsetIndex {
  public:
+  OffsetIndex() = default;
+  // A copy is built anew at its first question, so that copying needs no memory.
+  OffsetIndex(OffsetIndex const&) {}
+  OffsetIndex& operator=(OffsetIndex const&) {
+    Clear();
+    return *this;
+  }
+
   // The smallest offset of a row that is above `offset` and below `size`; `size` if there is none.
   DWORD NextAbove(std::span<ObjectEntry const> rows, DWORD offset, DWORD size);
 

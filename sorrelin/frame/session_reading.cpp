@@ -97,14 +97,16 @@ int CCreatePDF::OpenPDFFile(char const* szFileName) {
 
 int CCreatePDF::OpenPDFFileW(WCHAR const* szFileName) {
   return Door(m_pState, [&](SessionState& state) {
-    if (szFileName == nullptr) return static_cast<int>(state.Fail(PDF_ERROR_INVALID_PARAMETER));
+    if (szFileName == nullptr)
+      return state.Report(Status::Failed(PDF_ERROR_INVALID_PARAMETER)) ? 1 : 0;
     return OpenFile(state, szFileName) ? 1 : 0;
   });
 }
 
 int CCreatePDF::OpenPDFFileInMemory(int64_t pData, DWORD nSize) {
   return Door(m_pState, [&](SessionState& state) {
-    if (pData == 0 || nSize == 0) return static_cast<int>(state.Fail(PDF_ERROR_INVALID_PARAMETER));
+    if (pData == 0 || nSize == 0)
+      return state.Report(Status::Failed(PDF_ERROR_INVALID_PARAMETER)) ? 1 : 0;
     state.CloseOpenDocument();
     auto const data = reinterpret_cast<void const*>(pData);
     return ReadDocument(state, sorrelin::ChannelAttachMemory(data, nSize, true)) ? 1 : 0;
@@ -185,7 +187,7 @@ void* CCreatePDF::LoadPalette(DWORD nBitsPerComponent, DWORD nHighValue, DWORD n
 int CCreatePDF::ParseKids(BYTE* pData, DWORD nSize) {
   return Door(m_pState, [&](SessionState& state) {
     if (pData == nullptr || nSize == 0 || state.m_pReader == nullptr) {
-      return static_cast<int>(state.Fail(PDF_ERROR_INVALID_HANDLE));
+      return state.Report(Status::Failed(PDF_ERROR_INVALID_HANDLE)) ? 1 : 0;
     }
     ObjectLoader objects = state.Objects();
     bool const listed = sorrelin::ListPages(objects, {pData, nSize}, state.m_Facts.pages_root,

@@ -1,10 +1,11 @@
-// A session's state at its start, and its last error.
+// A session and its state: how both begin, are copied and end.
 #include <sorrelin/channel/file_channel.h>
 #include <sorrelin/frame/session_state.h>
 #include <sorrelin/writer/banner.h>
 
 #include <algorithm>
 #include <iterator>
+#include <new>
 
 namespace sorrelin {
 
@@ -68,3 +69,32 @@ void SessionState::CloseOpenDocument() {
 }
 
 }  // namespace sorrelin
+
+namespace {
+
+sorrelin::SessionState* NewState() {
+  try {
+    return new sorrelin::SessionState;
+  } catch (std::bad_alloc const&) {
+    return nullptr;
+  }
+}
+
+}  // namespace
+
+CCreatePDF::CCreatePDF() : m_pState(NewState()) {}
+
+// Kept: the channel stays open; ClosePDFFile is what closes it.
+CCreatePDF::~CCreatePDF() { delete m_pState; }
+
+CCreatePDF& CCreatePDF::operator=(CCreatePDF const& other) {
+  if (m_pState != nullptr && other.m_pState != nullptr) {
+    *m_pState = *other.m_pState;
+  } else if (this != &other) {
+    delete m_pState;
+    m_pState = other.m_pState != nullptr ? new (std::nothrow)
+                                               sorrelin::SessionState(*other.m_pState)
+                                         : nullptr;
+  }
+  return *this;
+}

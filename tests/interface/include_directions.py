@@ -1,76 +1,107 @@
 #!/usr/bin/env python3
-"""Which folder may include which: include_directions.py ROOT
+"""Checks which folder includes which: include_directions.py ROOT
 
-Dependencies point one way; only the session's headers are for everybody. System headers stand in
-the platform layer, and in the few files that exist on Windows alone.
+Dependencies point one way, between folders, and in the library between files too: none is included
+by one that it includes itself. System headers belong to the platform layer, and to the few files that exist on
+Windows alone.
 """
 import pathlib
 import re
 import sys
 
+# Each folder builds on those that are named here, and on itself.
 MAY_INCLUDE = {
-    "sorrelin/platform": set(),
-    "sorrelin/channel": {"platform"},
-    "sorrelin/image": {"platform"},
-    "sorrelin/ocr": {"image", "platform"},
-    "sorrelin/syntax": {"channel", "platform"},
-    "sorrelin/document": {"syntax", "image", "channel", "platform"},
-    "sorrelin/writer": {"document", "syntax", "image", "channel", "platform"},
-    "sorrelin/coded": {"platform"},
-    "sorrelin/frame": {"writer", "document", "syntax", "image", "channel", "platform"},
-    "siblings": {"image/codecs/sibling.h", "platform"},
+    "sorrelin/platform": {"sorrelin/version.h"},
+    "sorrelin/channel": {"sorrelin/platform"},
+    "sorrelin/syntax": {"sorrelin/channel", "sorrelin/platform"},
+    "sorrelin/image": {"sorrelin/channel", "sorrelin/platform"},
+    "sorrelin/ocr": {"sorrelin/image", "sorrelin/platform"},
+    "sorrelin/document": {"sorrelin/syntax", "sorrelin/image", "sorrelin/channel",
+                          "sorrelin/platform"},
+    "sorrelin/writer": {"sorrelin/document", "sorrelin/syntax", "sorrelin/image",
+                        "sorrelin/channel", "sorrelin/platform", "sorrelin/version.h"},
+    "sorrelin/frame": {"sorrelin/writer", "sorrelin/document", "sorrelin/syntax",
+                       "sorrelin/image", "sorrelin/channel", "sorrelin/platform"},
+    "sorrelin/coded": {"sorrelin/frame", "sorrelin/writer", "sorrelin/image",
+                       "sorrelin/platform"},
+    "siblings": {"sorrelin/image/codecs/sibling.h", "sorrelin/platform"},
+    "tools/cli": {"sorrelin"},
+    "tools/formats": {"tools/cli", "sorrelin"},
+    "tools/documents": {"tools/extract/page_image.h", "tools/extract/page_picture.h",
+                        "tools/formats", "tools/cli", "sorrelin"},
+    "tools/ocr": {"tools/extract", "tools/documents", "tools/formats", "tools/cli", "sorrelin",
+                  "siblings"},
+    "tools/extract": {"tools/documents", "tools/formats", "tools/cli", "sorrelin"},
+    "tools/make": {"tools/ocr", "tools/extract", "tools/documents", "tools/formats", "tools/cli",
+                   "sorrelin"},
+    "tools/verbs": {"tools/make", "tools/ocr", "tools/extract", "tools/documents",
+                    "tools/formats", "tools/cli", "sorrelin"},
 }
-# What the other folders of the library may know of frame.
-SESSION = {
-    "frame/banner.h",
-    "frame/pdf.h",
-    "frame/session.h",
-    "frame/session_state.h",
-    "frame/string_error.h",
-    "frame/trace.h",
-}
-WITHOUT_SESSION = {"sorrelin/platform", "sorrelin/channel", "sorrelin/syntax", "sorrelin/document",
-                   "siblings"}
+OURS = ("sorrelin/", "siblings/", "tools/")
 SYSTEM_HEADER = re.compile(
     r"(windows|unistd|fcntl|dlfcn|pthread|poll|signal|termios|spawn|iconv|langinfo)\.h|sys/.*")
 INCLUDE = re.compile(r'^\s*#\s*include\s*[<"]([^>"]+)[>"]', re.MULTILINE)
 
 
 def allowed(folder: str, header: str) -> bool:
-    own = folder.removeprefix("sorrelin/")
-    target = header.removeprefix("sorrelin/")
-    if target.split("/")[0] == own or header.startswith(folder + "/"):
-        return True
-    if target in SESSION and folder not in WITHOUT_SESSION:
-        return True
-    return target in MAY_INCLUDE[folder] or target.split("/")[0] in MAY_INCLUDE[folder]
+    return any(header == part or header.startswith(part + "/")
+               for part in {folder} | MAY_INCLUDE[folder])
 
 
 def may_ask_the_system(path: pathlib.Path) -> bool:
-    return "platform" in path.parts or path.stem.endswith("_windows") or path.stem == "dll_main"
+    return ("platform" in path.parts or "tools" in path.parts or path.stem.endswith("_windows")
+            or path.stem == "dll_main")
 
 
-def problems_of(path: pathlib.Path, folder: str) -> list[str]:
+def problems_of(path: pathlib.Path, folder: str, headers: list[str]) -> list[str]:
     problems = []
-    for header in INCLUDE.findall(path.read_text(encoding="ascii")):
-        if header.startswith(("sorrelin/", "siblings/")) and not allowed(folder, header):
+    for header in headers:
+        if header.startswith(OURS) and not allowed(folder, header):
             problems.append(f"{path}: {folder} does not build on {header}")
         if SYSTEM_HEADER.fullmatch(header) and not may_ask_the_system(path):
-            problems.append(f"{path}: {header} belongs into the platform layer")
+            problems.append(f"{path}: {header} belongs to the platform layer")
     return problems
+
+
+def circles(includes: dict[str, list[str]]) -> list[str]:
+    """Headers that reach themselves; a source counts as one file with its header."""
+    graph: dict[str, set[str]] = {}
+    for name, headers in includes.items():
+        graph.setdefault(name, set()).update(h for h in headers if h in includes and h != name)
+
+    found = []
+    state: dict[str, int] = {}
+
+    def walk(name: str, trail: list[str]) -> None:
+        state[name] = 1
+        for target in sorted(graph[name]):
+            if state.get(target) == 1:
+                found.append(" -> ".join(trail[trail.index(target):] + [target]))
+            elif target not in state:
+                walk(target, trail + [target])
+        state[name] = 2
+
+    for name in sorted(graph):
+        if name not in state:
+            walk(name, [name])
+    return found
 
 
 def main() -> int:
     root = pathlib.Path(sys.argv[1])
-    files = 0
+    includes: dict[str, list[str]] = {}
     problems = []
     for folder in MAY_INCLUDE:
         for path in sorted((root / folder).rglob("*")):
             if path.suffix in (".h", ".cpp"):
-                files += 1
-                problems += problems_of(path, folder)
-    print("\n".join(problems) if problems else f"{files} files include what they may")
-    return 1 if problems or files == 0 else 0
+                headers = INCLUDE.findall(path.read_text(encoding="ascii"))
+                problems += problems_of(path, folder, headers)
+                name = str(path.relative_to(root).with_suffix(".h"))
+                includes.setdefault(name, []).extend(headers)
+    library = {name: headers for name, headers in includes.items() if name.startswith("sorrelin/")}
+    problems += [f"circle: {circle}" for circle in circles(library)]
+    print("\n".join(problems) if problems else f"{len(includes)} files include what they may")
+    return 1 if problems or not includes else 0
 
 
 sys.exit(main())

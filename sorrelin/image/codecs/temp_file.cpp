@@ -1,5 +1,5 @@
 // The temporary files of the siblings' file routes.
-#include <sorrelin/frame/pdf.h>
+#include <sorrelin/platform/codes.h>
 #include <sorrelin/image/codecs/temp_file.h>
 #include <sorrelin/platform/file.h>
 
