@@ -3,6 +3,7 @@
 #include <siblings/averna/averna.h>
 #include <siblings/averna/bitmap_pix.h>
 #include <sorrelin/platform/memory.h>
+#include <sorrelin/platform/row_stride.h>
 
 #include <algorithm>
 #include <array>
@@ -70,7 +71,7 @@ bool Describe(BITMAPINFOHEADER const& header, std::span<BYTE const> block, Bitma
   bitmap.height = std::abs(header.biHeight);
   bitmap.bits = header.biBitCount;
   bitmap.top_down = header.biHeight < 0;
-  bitmap.stride = (static_cast<size_t>(bitmap.width) * header.biBitCount + 31) / 32 * 4;
+  bitmap.stride = RowStride(static_cast<size_t>(bitmap.width), header.biBitCount);
   size_t const entries = TableEntries(header);
   size_t const rows_at = header.biSize + entries * sizeof(RGBQUAD);
   size_t const rows_bytes = bitmap.stride * static_cast<size_t>(bitmap.height);

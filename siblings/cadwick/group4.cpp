@@ -1,6 +1,7 @@
 // Limits of pictures and of their coded data.
 #include <siblings/cadwick/cadwick.h>
 #include <siblings/cadwick/group4.h>
+#include <sorrelin/platform/row_stride.h>
 
 namespace sorrelin::cadwick {
 
@@ -12,7 +13,7 @@ bool ValidPicture(int64_t width, int64_t height) {
 
 uint64_t MaxCodedBytes(Picture picture) {
   constexpr uint64_t kEndMarkAndSlack = 4096;
-  uint64_t const padded_row_bytes = (uint64_t{picture.width} + 31) / 32 * 4;
+  uint64_t const padded_row_bytes = RowStride(picture.width, 1);
   return 24 * padded_row_bytes * picture.height + kEndMarkAndSlack;
 }
 

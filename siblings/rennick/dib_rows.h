@@ -3,6 +3,7 @@
 #ifndef SIBLINGS_RENNICK_DIB_ROWS_H_
 #define SIBLINGS_RENNICK_DIB_ROWS_H_
 
+#include <sorrelin/platform/row_stride.h>
 #include <sorrelin/platform/types.h>
 
 #include <cstdint>
@@ -14,7 +15,7 @@ namespace sorrelin::rennick {
 
 // Bytes of a row with its padding.
 constexpr uint64_t StrideOf(uint32_t width, uint32_t bytes_per_pixel) {
-  return (uint64_t{width} * bytes_per_pixel + 3) & ~uint64_t{3};
+  return RowStride(uint64_t{width} * bytes_per_pixel, 8);
 }
 
 class DibRows {

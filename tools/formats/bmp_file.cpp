@@ -2,6 +2,8 @@
 // not know bit masks and run lengths.
 #include "tools/formats/bmp_file.h"
 
+#include <sorrelin/platform/row_stride.h>
+
 #include <algorithm>
 #include <array>
 #include <bit>
@@ -165,7 +167,7 @@ bool StoreColours(std::span<BYTE const> row, Header const& header, Masks const& 
 // The rows as they are stored; false if the file ends early.
 bool ReadRows(std::span<BYTE const> file, Header const& header, Pix* pix) {
   uint64_t const row_bytes = (static_cast<uint64_t>(header.width) * header.bits + 7) / 8;
-  uint64_t const stride = (row_bytes + 3) / 4 * 4;
+  uint64_t const stride = RowStride(row_bytes, 8);
   uint64_t const last = stride * static_cast<uint64_t>(header.height - 1) + row_bytes;
   if (header.rows_at > file.size() || last > file.size() - header.rows_at) return false;
   Masks const masks = MasksOf(Numbers(file), header);

@@ -1,6 +1,8 @@
 // Packs Leptonica pictures as bitmaps of 1, 8 or 24 bits.
 #include "tools/formats/picture.h"
 
+#include <sorrelin/platform/row_stride.h>
+
 #include <array>
 #include <cmath>
 #include <cstring>
@@ -217,7 +219,7 @@ OwnedBlock PackedDib(Pix* pix, Resolution dpi) {
   int const depth = PackedDepth(pix);
   size_t const width = static_cast<size_t>(pixGetWidth(pix));
   size_t const height = static_cast<size_t>(pixGetHeight(pix));
-  size_t const stride = (width * static_cast<size_t>(depth) + 31) / 32 * 4;
+  size_t const stride = RowStride(width, static_cast<size_t>(depth));
   size_t const rows_at = sizeof(BITMAPINFOHEADER) + TableBytes(depth);
   OwnedBlock block(GlobalAlloc(GHND, rows_at + stride * height));
   if (!block.IsValid()) return block;
