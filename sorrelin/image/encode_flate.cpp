@@ -38,6 +38,10 @@ OwnedBlock CompressFlate(std::span<BYTE const> raw, int level, DWORD& size) {
   BYTE* const out = static_cast<BYTE*>(GlobalLock(block.get()));
   if (out == nullptr) return OwnedBlock();
   int const result = compress2(out, &compressed, raw.data(), static_cast<uLong>(raw.size()), level);
+  if (result == Z_MEM_ERROR) {
+    GlobalUnlock(block.get());
+    return OwnedBlock();
+  }
   GlobalUnlock(block.get());
   // Kept: a level that zlib refuses leaves the first block as it is, all of it zeros and all of it
   // counted; callers write size bytes.

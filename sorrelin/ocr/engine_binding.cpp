@@ -1,7 +1,7 @@
 // Loading and calling the OCR engine.
-#include <sorrelin/platform/codes.h>
 #include <sorrelin/image/codecs/sibling_library.h>
 #include <sorrelin/ocr/engine_binding.h>
+#include <sorrelin/platform/codes.h>
 #include <sorrelin/platform/module.h>
 
 #include <algorithm>
