@@ -11,6 +11,7 @@
 #include <map>
 #include <memory>
 #include <set>
+#include <span>
 #include <vector>
 
 struct XrefProbe;
@@ -86,8 +87,9 @@ class CXRef {
 
   // Recovery
 
-  // Whether the text can be an object: "obj" before "endobj", or before a ">" at its end.
-  static int IsObjectTextValid(BYTE const* text, uint64_t size);
+  // Whether `text` and what follows it, blanks or NULs up to `size` bytes, can be an object: "obj"
+  // before "endobj", or before a ">" at its end.
+  static int IsObjectTextValid(std::span<BYTE const> text, uint64_t size);
   // Replaces index, extents and marks by what a scan of the document for " obj" finds. All stay as
   // they were where memory is short.
   void RebuildByScan();

@@ -5,6 +5,7 @@
 #include <sorrelin/syntax/byte_view.h>
 
 #include <algorithm>
+#include <cstring>
 #include <new>
 #include <utility>
 
@@ -12,12 +13,16 @@ namespace sorrelin {
 
 namespace {
 
-// An object that is no stream has its NUL bytes as blanks, so that scans see all of it.
-void BlankNuls(std::span<BYTE> text) {
-  std::string_view const front = ByteView{text.data(), text.size()}.Text();
+// An object that is no stream has its NUL bytes as blanks, so that scans see all of it. All bytes
+// after the first `held` are NUL; there may be very many.
+void BlankNuls(std::span<BYTE> text, size_t held) {
+  std::string_view const front = ByteView{text.data(), held}.Text();
   bool const stream = front.find("/Filter") != std::string_view::npos ||
                       front.find("stream") != std::string_view::npos;
-  if (!stream) std::replace(text.begin(), text.end(), BYTE{0}, BYTE{' '});
+  if (stream) return;
+  std::span<BYTE> const before = text.first(held);
+  std::replace(before.begin(), before.end(), BYTE{0}, BYTE{' '});
+  std::memset(text.data() + held, ' ', text.size() - held);
 }
 
 }  // namespace
@@ -71,8 +76,8 @@ bool IndexedObjects::FetchPlain(ObjectId id, ObjectBytes& out) {
   std::span<BYTE> const text = lock.bytes().first(bytes);
   auto const read = file_.Read(extent.nStart, text.data(), bytes);
   file_.SeekTo(extent.nStart + read.value_or(0));
-  BlankNuls(text);
-  if (CXRef::IsObjectTextValid(text.data(), bytes) == 0) return false;
+  BlankNuls(text, read.value_or(0));
+  if (CXRef::IsObjectTextValid(text.first(read.value_or(0)), bytes) == 0) return false;
   out = {std::move(block), bytes != 0};
   return true;
 }

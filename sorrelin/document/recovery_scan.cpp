@@ -93,8 +93,8 @@ ScannedHeader ReadHeaderBack(BytesBefore bytes, DWORD position) {
 
 }  // namespace
 
-int CXRef::IsObjectTextValid(BYTE const* text, uint64_t size) {
-  std::string_view const chars = ByteView{text, size}.Chars();
+int CXRef::IsObjectTextValid(std::span<BYTE const> text, uint64_t size) {
+  std::string_view const chars = ByteView{text.data(), text.size()}.Chars();
   auto const position = [](size_t at) {
     return at == std::string_view::npos ? int64_t{-1} : static_cast<int64_t>(at);
   };

@@ -24,8 +24,7 @@ class ObjectText : public testing::TestWithParam<TextRow> {};
 
 TEST_P(ObjectText, IsValidOrNot) {
   std::string const& text = GetParam().text;
-  EXPECT_EQ(CXRefStm::IsObjectTextValid(reinterpret_cast<BYTE const*>(text.data()), text.size()),
-            GetParam().valid);
+  EXPECT_EQ(CXRefStm::IsObjectTextValid(test::ToBytes(text), text.size()), GetParam().valid);
 }
 
 INSTANTIATE_TEST_SUITE_P(

@@ -70,7 +70,8 @@ class OpenDocument {
   };
   Fetched Fetch(DWORD object, DWORD generation = 0) {
     sorrelin::ObjectBytes bytes = reader().objects.Fetch(object, generation);
-    return {std::string(sorrelin::LoadedObject(bytes.block.Release()).Chars()), bytes.valid};
+    sorrelin::LockedBlock const lock(bytes.block.get());
+    return {std::string(lock.bytes().begin(), lock.bytes().end()), bytes.valid};
   }
 
  private:
