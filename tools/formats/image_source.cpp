@@ -163,9 +163,7 @@ class Jpeg2000Source : public ImageSource {
   std::shared_ptr<std::vector<BYTE> const> bytes_;
 };
 
-Decoder DecoderOf(int format) {
-  return format == IFF_BMP ? DecodeBmp : DecodeGeneral;
-}
+Decoder DecoderOf(int format) { return format == IFF_BMP ? DecodeBmp : DecodeGeneral; }
 
 // What the image library takes the first bytes for. It tells documents too, and does not read them.
 int FormatOf(std::span<BYTE const> bytes) {
