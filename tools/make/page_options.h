@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "tools/cli/jobs.h"
 #include "tools/cli/command_line.h"
+#include "tools/cli/jobs.h"
 #include "tools/make/input_list.h"
 #include "tools/make/page_style.h"
 #include "tools/ocr/ocr_options.h"
@@ -40,7 +40,6 @@ void AddRun(Verb& verb, PageOptions& options);
 
 // Adds --jobs, for verbs with work for several processors.
 void AddJobs(Verb& verb, int& jobs);
-
 
 // Finds the files that the images stand for. Leaves as UsageError if files are named that
 // do not go together. `name` is that of the document in the help.

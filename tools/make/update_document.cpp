@@ -231,7 +231,7 @@ class Update {
 
   UpdateOptions const& options_;
   std::optional<PageAdder> adder_;
-  unsigned pages_ = 0;          // of the document, the old ones included
+  unsigned pages_ = 0;  // of the document, the old ones included
   unsigned added_ = 0;
   bool begun_ = false;          // the document may have been written to
   bool form_is_unfit_ = false;  // what failed, failed for the document's form
