@@ -24,6 +24,15 @@ int ParseAndRun(int argc, char** argv) {
   AddExtract(program);
   AddOcrVerb(program);
   AddWords(program);
+  program.Footer(R"(
+The verb comes first, then the document, then the pictures; options may be
+anywhere after the verb.
+
+Examples:
+  sorrelin make scans.pdf page1.tif page2.tif
+  sorrelin extract scans.pdf --pages 1-3
+
+"sorrelin help VERB" says what a verb takes, and "man sorrelin" says it all.)");
   return program.Run(argc, argv);
 }
 

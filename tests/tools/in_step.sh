@@ -96,7 +96,7 @@ done
 
 # Each value that is offered is one that the program takes.
 echo "-- values"
-for option in --page --fit --compression --orientation --sort; do
+for option in --page --fit --border --rotate --compression --orientation --sort; do
   values=$(bash_offers sorrelin make "$option" '')
   same "zsh: $option" "$values" \
     "$(zsh_offers sorrelin make '' | sed -n "s/^$option\[.*:(\(.*\))\$/\1/p")"

@@ -105,6 +105,41 @@ TEST_F(ListInputsTest, HiddenFilesDirectoriesAndPipesAreLeftOut) {
   EXPECT_THAT(List({"d"}), ElementsAre("d/a.png", "d/link.png"));
 }
 
+TEST_F(ListInputsTest, PicturesOfFormatsThatAreNotReadAreNotPassedOver) {
+  fs::create_directory(directory_ / "d");
+  for (char const* const name : {"d/a.jxl", "d/b.CR2", "d/c.heic", "d/Thumbs.db", "d/x.txt"}) {
+    test::WriteAll(directory_ / name, BytesOf("whatever there is in it"));
+  }
+  EXPECT_THAT(List({"d"}), ElementsAre("d/a.jxl", "d/b.CR2", "d/c.heic"));
+  std::vector<std::string> ignored;
+  ListInputs({Path("d")}, Sort::kNone, false, &ignored);
+  EXPECT_THAT(ignored, ElementsAre(Path("d/Thumbs.db"), Path("d/x.txt")));
+}
+
+TEST_F(ListInputsTest, DanglingLinksAreProblems) {
+  fs::create_directory(directory_ / "d");
+  fs::create_symlink("nowhere", directory_ / "d/link");
+  auto const inputs = ListInputs({Path("d")}, Sort::kNone);
+  ASSERT_EQ(inputs.size(), 1u);
+  EXPECT_EQ(inputs[0].name, Path("d/link"));
+  EXPECT_THAT(inputs[0].problem, HasSubstr("is a link to a file that does not exist"));
+}
+
+TEST_F(ListInputsTest, RecursionGoesDownAndFollowsNoLinksToDirectories) {
+  fs::create_directories(directory_ / "d/b/c");
+  for (char const* const name : {"d/z.png", "d/b/y.png", "d/b/c/x.png"}) {
+    test::WriteAll(directory_ / name, {});
+  }
+  fs::create_directory_symlink("..", directory_ / "d/b/up");
+  std::vector<std::string> found;
+  for (Input const& input : ListInputs({Path("d")}, Sort::kNone, true)) {
+    EXPECT_EQ(input.problem, "");
+    found.push_back(fs::path(input.name).lexically_relative(directory_.path()).string());
+  }
+  EXPECT_THAT(found, ElementsAre("d/b/c/x.png", "d/b/y.png", "d/z.png"));
+  EXPECT_THAT(List({"d"}), ElementsAre("d/z.png"));
+}
+
 TEST_F(ListInputsTest, DirectoryWithoutPicturesIsAProblem) {
   fs::create_directory(directory_ / "d");
   auto const inputs = ListInputs({Path("d"), Path("x")}, Sort::kNone);

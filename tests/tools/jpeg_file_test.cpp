@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/support/pictures.h"
+#include "tools/formats/jpeg_check.h"
 
 namespace sorrelin::tool {
 namespace {
@@ -141,11 +142,15 @@ TEST(JpegFile, EndInsideAMarkerSegmentDoesNotCount) {
   EXPECT_EQ(JpegEnd(file), 0u);
 }
 
-TEST(JpegFile, CutFilesAreNotDecoded) {
-  std::vector<BYTE> const whole = MakeJpeg({}, Slope);
-  EXPECT_NE(DecodeJpeg(whole), nullptr);
-  for (size_t size = 0; size + 2 < whole.size(); size += 7) {
-    EXPECT_EQ(DecodeJpeg(std::span(whole).first(size)), nullptr) << size;
+TEST(JpegFile, CutFilesAreDamaged) {
+  for (bool const progressive : {false, true}) {
+    JpegForm form;
+    form.progressive = progressive;
+    std::vector<BYTE> const whole = MakeJpeg(form, Slope);
+    EXPECT_EQ(JpegDamage(whole), "");
+    for (size_t size = 0; size + 2 < whole.size(); size += 7) {
+      EXPECT_NE(JpegDamage(std::span(whole).first(size)), "") << size;
+    }
   }
 }
 

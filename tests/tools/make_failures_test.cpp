@@ -177,17 +177,17 @@ TEST_F(MakeFailures, FullDocumentIsFinishedAndTheRestNamed) {
 
 TEST_F(MakeFailures, ExistingDocumentIsLeftAlone) {
   WriteGood("a.png");
-  WriteAll(Out(), BytesOf("precious"));
+  WriteAll(Out(), BytesOf("%PDF-precious"));
   ProgramResult const result = Make({Out(), Path("a.png")});
   EXPECT_EQ(result.exit_code, 1);
   EXPECT_THAT(result.err, HasSubstr(Line(Out()) + "exists already (--force replaces it)"));
-  EXPECT_EQ(Document(), BytesOf("precious"));
+  EXPECT_EQ(Document(), BytesOf("%PDF-precious"));
   EXPECT_THAT(Names(), ElementsAre("a.png", "out.pdf"));
 }
 
 TEST_F(MakeFailures, ForceReplacesTheDocumentAndKeepsItsPermissions) {
   WriteGood("a.png");
-  WriteAll(Out(), BytesOf("old"));
+  WriteAll(Out(), BytesOf("%PDF-old"));
   chmod(Out().c_str(), 0640);
   MakeFrom("a.png", {"--force"});
   EXPECT_EQ(PageCount(), 1);
@@ -197,16 +197,55 @@ TEST_F(MakeFailures, ForceReplacesTheDocumentAndKeepsItsPermissions) {
   EXPECT_THAT(Names(), ElementsAre("a.png", "out.pdf"));
 }
 
+TEST_F(MakeFailures, ForceReplacesDocumentsOnly) {
+  WriteGood("a.png");
+  WriteGood("b.png");
+  std::vector<BYTE> const before = ReadAll(Path("a.png"));
+  for (std::string const option : {"--force", "--quiet"}) {
+    ProgramResult const result = Make({Path("a.png"), Path("b.png"), option});
+    EXPECT_EQ(result.exit_code, 1);
+    EXPECT_THAT(result.err, HasSubstr(Line(Path("a.png")) + "exists already, and is no PDF document"));
+    EXPECT_EQ(ReadAll(Path("a.png")), before);
+  }
+  WriteAll(Out(), {});
+  MakeFrom("a.png", {"--force"});
+}
+
+TEST_F(MakeFailures, PageBeyond14400PointsIsNamed) {
+  PngForm form;
+  form.width = 300;
+  form.height = 1;
+  form.x_per_metre = form.y_per_metre = 79;  // 2 dots an inch
+  WritePng(Path("long.png"), form, [](int, int, int) { return 7u; });
+  ProgramResult const fits = Make({Out(), Path("long.png")});
+  EXPECT_EQ(fits.exit_code, 0) << fits.err;
+  form.width = 500;
+  WritePng(Path("long.png"), form, [](int, int, int) { return 7u; });
+  ProgramResult const result = Make({Out(), Path("long.png"), "--force"});
+  EXPECT_EQ(result.exit_code, 1);
+  EXPECT_THAT(result.err, HasSubstr("18000 by 36 points at 2 by 2 dots per inch"));
+  MakeFrom("long.png", {"--force", "--page", "A4"});
+}
+
+TEST_F(MakeFailures, DocumentAmongThePicturesIsRecognised) {
+  WriteGood("a.png");
+  WriteAll(Path("b.pdf"), BytesOf("%PDF-1.4 and so on, as documents go"));
+  ProgramResult const result = Make({Out(), Path("a.png"), Path("b.pdf")});
+  EXPECT_EQ(result.exit_code, 1);
+  EXPECT_THAT(result.err, HasSubstr("is a PDF document and no picture (qpdf"));
+  EXPECT_EQ(PageCount(), 1);
+}
+
 TEST_F(MakeFailures, FailedRunWithForceKeepsTheOldDocument) {
-  WriteAll(Out(), BytesOf("old"));
+  WriteAll(Out(), BytesOf("%PDF-old"));
   ProgramResult const result = Make({Out(), Path("missing.png"), "--force"});
   EXPECT_EQ(result.exit_code, 1);
-  EXPECT_EQ(Document(), BytesOf("old"));
+  EXPECT_EQ(Document(), BytesOf("%PDF-old"));
 }
 
 TEST_F(MakeFailures, ForceWritesThroughALinkAndLeavesItALink) {
   WriteGood("a.png");
-  WriteAll(Path("real.pdf"), BytesOf("old"));
+  WriteAll(Path("real.pdf"), BytesOf("%PDF-old"));
   std::filesystem::create_symlink("real.pdf", Out());
   MakeFrom("a.png", {"--force"});
   EXPECT_TRUE(std::filesystem::is_symlink(Out()));

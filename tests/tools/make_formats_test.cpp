@@ -468,5 +468,26 @@ TEST_F(MakeFormats, FilesAndStandardInputKeepTheirOrder) {
       kWidth, kHeight, [](int, int) { return Grey(10); }, 0, 3);
 }
 
+// heif-enc codes with loss.
+TEST_F(MakeFormats, HeicAndAvifAreReadWhereTheModuleIsBuilt) {
+  WritePng(Path("a.png"), {64, 48, 8, 2}, [](int x, int y, int s) {
+    return s == 0 ? unsigned(3 * x) : s == 1 ? unsigned(4 * y) : 90u;
+  });
+  for (std::string const name : {"a.heic", "a.avif"}) {
+    std::vector<std::string> call = {"heif-enc", Path("a.png"), "-q", "95", "-o", Path(name)};
+    if (name == "a.avif") call.push_back("-A");
+    if (RunProgram(call).exit_code != 0) GTEST_SKIP() << "heif-enc lacks the coder";
+    ProgramResult const result = Make({Out(), Path(name), "--dpi", "72", "--force"});
+    if (SORRELIN_TEST_HEIF == 0) {
+      EXPECT_EQ(result.exit_code, 1);
+      EXPECT_THAT(result.err, ::testing::HasSubstr("libsorrelin-heif.so is not there"));
+      continue;
+    }
+    EXPECT_EQ(result.exit_code, 0) << result.err;
+    ExpectPage(
+        64, 48, [](int x, int y) { return DWORD(3 * x) << 16 | DWORD(4 * y) << 8 | 90u; }, 24);
+  }
+}
+
 }  // namespace
 }  // namespace test

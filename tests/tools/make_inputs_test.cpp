@@ -110,7 +110,7 @@ TEST_F(MakeInputs, DamagedPictureOfAStreamIsNamedByItsNumberAndKeptOnlyIfAsked) 
   std::vector<BYTE> const input(stream.begin(), stream.end());
   ProgramResult const result = Make({Out(), "-", "--dpi", "72"}, input);
   EXPECT_EQ(result.exit_code, 1);
-  EXPECT_THAT(result.err, HasSubstr("standard input: page 2: is damaged: the data end in row 1"));
+  EXPECT_THAT(result.err, HasSubstr("standard input: page 2: cannot be decoded whole, it is damaged: the data end"));
   EXPECT_THAT(Widths(), ElementsAre(100));
   ProgramResult const kept = Make({Out(), "-", "--dpi", "72", "--force", "--keep-damaged"}, input);
   EXPECT_EQ(kept.exit_code, 1);
@@ -144,7 +144,7 @@ TEST_F(MakeInputs, MissingTemporaryDirectoryIsNamed) {
 }
 
 // Reads a little and goes, as `head` does; the document is longer than a pipe holds.
-TEST_F(MakeInputs, ReaderThatGoesIsAnErrorAndNothingIsLeft) {
+TEST_F(MakeInputs, ReaderThatGoesEndsTheRunWithoutAMessage) {
   PngForm form;
   form.width = form.height = 500;
   WritePng(Path("a.png"), form, [](int x, int y, int) {
@@ -152,12 +152,12 @@ TEST_F(MakeInputs, ReaderThatGoesIsAnErrorAndNothingIsLeft) {
   });
   std::filesystem::create_directory(Path("tmp"));
   std::string const command =
-      "{ \"$0\" make - \"$1\" --compression none; echo $? >\"$2\"; } | true";
+      "{ \"$0\" make - \"$1\" --compression none --dpi 72; echo $? >\"$2\"; } | true";
   ProgramResult const result =
       RunProgram({"sh", "-c", command, SORRELIN_TOOL, Path("a.png"), Path("code")}, {},
                  {"TMPDIR=" + Path("tmp")});
   EXPECT_EQ(ReadAll(Path("code")), (std::vector<BYTE>{'1', '\n'}));
-  EXPECT_THAT(result.err, HasSubstr("standard output: cannot be written: Broken pipe"));
+  EXPECT_EQ(result.err, "");
   EXPECT_TRUE(std::filesystem::is_empty(Path("tmp")));
 }
 

@@ -300,5 +300,41 @@ TEST_F(MakeOptions, StandardOutputStaysEmpty) {
   EXPECT_EQ(Make({Out(), Path("a.png")}).out, "");
 }
 
+TEST_F(MakeOptions, RotationTurnsThePictureClockwise) {
+  WriteAll(Path("a.pgm"), {'P', '5', ' ', '2', ' ', '1', ' ', '2', '5', '5', '\n', 0, 255});
+  auto const black_at = [this](std::string const& degrees, int black_x, int black_y) {
+    MakeFrom("a.pgm", {"--dpi", "72", "--force", "--rotate", degrees});
+    bool const upright = degrees == "90" || degrees == "270";
+    ExpectPage(upright ? 1 : 2, upright ? 2 : 1,
+               [=](int x, int y) { return x == black_x && y == black_y ? 0u : 0xFFFFFFu; });
+  };
+  black_at("auto", 0, 0);
+  black_at("90", 0, 0);
+  black_at("180", 1, 0);
+  black_at("270", 0, 1);
+}
+
+TEST_F(MakeOptions, BorderIsSpaceAroundThePicture) {
+  WriteAll(Path("a.pgm"), {'P', '5', ' ', '2', ' ', '1', ' ', '2', '5', '5', '\n', 0, 0});
+  MakeFrom("a.pgm", {"--dpi", "72", "--border", "3pt"});
+  EXPECT_TRUE(DocumentHas("/MediaBox [0 0 8 7]"));
+  ExpectPage(8, 7, [](int x, int y) { return y == 3 && (x == 3 || x == 4) ? 0u : 0xFFFFFFu; });
+}
+
+TEST_F(MakeOptions, WrongBordersAndRotationsAreUsageErrors) {
+  for (std::vector<std::string> const& options :
+       {std::vector<std::string>{"--rotate", "45"},
+        {"--border", "5"},
+        {"--border", "-1mm"},
+        {"--page", "a4", "--border", "105mm"},
+        {"--page", "a4", "--fit", "fill", "--border", "1mm"}}) {
+    std::vector<std::string> arguments = {Out(), Path("a.png")};
+    arguments.insert(arguments.end(), options.begin(), options.end());
+    ProgramResult const result = Make(arguments);
+    EXPECT_EQ(result.exit_code, 2) << options[1];
+    EXPECT_THAT(result.err, ::testing::HasSubstr("help make says more"));
+  }
+}
+
 }  // namespace
 }  // namespace test

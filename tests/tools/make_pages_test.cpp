@@ -1,6 +1,8 @@
 // Sizes of pages and places of pictures, orientations, and the report.
 #include <png.h>
 
+#include <tiffio.h>
+
 #include "tests/tools/make_fixture.h"
 
 namespace test {
@@ -164,6 +166,39 @@ TEST_F(MakePages, ChangesAreSaidOnceAtTheEndUnlessTheRunIsQuiet) {
   EXPECT_EQ(quiet.err, "");
   ProgramResult const given = Make({Out(), Path("b.png"), "--force", "--dpi", "72"});
   EXPECT_EQ(given.err, "");
+}
+
+TEST_F(MakePages, DensityOf1x1IsTakenAsNoneAndThatIsSaid) {
+  for (int const unit : {1, 2}) {
+    JpegForm form;
+    form.unit = unit;
+    form.x_density = form.y_density = 1;
+    WriteAll(Path("b.jpg"), MakeJpeg(form, [](int x, int, int) { return 3u * unsigned(x); }));
+    ProgramResult const result = Make({Out(), Path("b.jpg"), "--force"});
+    EXPECT_EQ(result.exit_code, 0);
+    EXPECT_EQ(result.err,
+              "sorrelin: resolution of 1 x 1 taken as none: page 1\n"
+              "sorrelin: resolution assumed: page 1\n");
+    EXPECT_TRUE(DocumentHas("/MediaBox [0 0 54 27]"));
+  }
+}
+
+TEST_F(MakePages, ReducedCopiesOfTiffPagesAreNoPages) {
+  TIFF* tiff = TIFFOpen(Path("r.tif").c_str(), "w");
+  for (uint32_t const kind : {0u, 1u, 2u}) {
+    TIFFSetField(tiff, TIFFTAG_SUBFILETYPE, kind);
+    TIFFSetField(tiff, TIFFTAG_IMAGEWIDTH, 8);
+    TIFFSetField(tiff, TIFFTAG_IMAGELENGTH, 8);
+    TIFFSetField(tiff, TIFFTAG_BITSPERSAMPLE, 8);
+    TIFFSetField(tiff, TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_MINISBLACK);
+    TIFFSetField(tiff, TIFFTAG_ROWSPERSTRIP, 8);
+    std::vector<BYTE> rows(64, BYTE(kind));
+    TIFFWriteEncodedStrip(tiff, 0, rows.data(), 64);
+    TIFFWriteDirectory(tiff);
+  }
+  TIFFClose(tiff);
+  MakeFrom("r.tif", {"--dpi", "72"});
+  EXPECT_EQ(PageCount(), 2);
 }
 
 TEST_F(MakePages, VerboseRunPrintsALineForEachPage) {

@@ -35,6 +35,49 @@ TEST(ParsePaper, NumbersTakeAnyOfFourUnits) {
   EXPECT_EQ(Text("595x842pt"), "595000 842000");
 }
 
+TEST(ParsePaper, LetterCaseDoesNotMatterAndBothSeriesAreKnown) {
+  EXPECT_EQ(Text("A4"), Text("a4"));
+  EXPECT_EQ(Text("Letter"), Text("letter"));
+  EXPECT_EQ(Text("a0"), "2383937 3370394 turns");
+  EXPECT_EQ(Text("B5"), "498898 708661 turns");
+  EXPECT_EQ(Text("b10"), "87874 124724 turns");
+  EXPECT_EQ(Text("Executive"), "522000 756000 turns");
+  for (char const* const name : {"a11", "c4", "a", "a-1", "a04", "a4x", "b 5"}) {
+    EXPECT_EQ(Text(name), "none") << name;
+  }
+}
+
+TEST(ParsePaper, UnitMayFollowEitherNumber) {
+  EXPECT_EQ(Text("254mmx127mm"), "720000 360000");
+  EXPECT_EQ(Text("10inx127mm"), "720000 360000");
+  EXPECT_EQ(Text("254MMx127"), "720000 360000");
+}
+
+TEST(ParseLength, IsANumberWithAUnit) {
+  EXPECT_EQ(ParseLength("0"), 0);
+  EXPECT_EQ(ParseLength("0.5in"), 36);
+  EXPECT_EQ(ParseLength("25.4mm"), 72);
+  for (char const* const length : {"", "mm", "5", "-1mm", "7201pt", "1mmx2mm", "1 mm"}) {
+    EXPECT_FALSE(ParseLength(length)) << length;
+  }
+}
+
+TEST(PlaceOn, BorderStaysFree) {
+  Paper const paper = {200, 300, false};
+  PagePlacement const place = PlaceOn(paper, Fit::kWithin, 20, 80, 80);
+  EXPECT_EQ(place.x, 20 * PagePlacement::kUnitsPerPoint);
+  EXPECT_EQ(place.width, 160 * PagePlacement::kUnitsPerPoint);
+  EXPECT_EQ(place.y, 70 * PagePlacement::kUnitsPerPoint);
+}
+
+TEST(PlaceOn, PictureOfItsOwnSizeGetsALargerPage) {
+  PagePlacement const place = PlaceWithBorder(10, 72, 36);
+  EXPECT_EQ(place.page.x, 92);
+  EXPECT_EQ(place.page.y, 56);
+  EXPECT_EQ(place.x, 10 * PagePlacement::kUnitsPerPoint);
+  EXPECT_EQ(place.height, 36 * PagePlacement::kUnitsPerPoint);
+}
+
 TEST(ParsePaper, PagesHave3To14400Points) {
   EXPECT_EQ(Text("3x14400pt"), "3000 14400000");
   for (char const* const size : {"2.9x100pt", "100x2.9pt", "14401x10pt", "10x14401pt", "1e9x10pt",
@@ -44,15 +87,15 @@ TEST(ParsePaper, PagesHave3To14400Points) {
 }
 
 TEST(ParsePaper, AnythingElseIsNone) {
-  for (char const* const size : {"", "A4", "a4 ", "b9", "210x297", "210mm", "210xmm", "x297mm",
-                                 "210mmx297mm", "210*297mm", "210x297km", "210x297mmm"}) {
+  for (char const* const size : {"", "a4 ", "c9", "210x297", "210mm", "210xmm", "x297mm",
+                                 "210xmmx297mm", "210*297mm", "210x297km", "210x297mmm"}) {
     EXPECT_EQ(Text(size), "none") << size;
   }
 }
 
 // The page, then the corner and the sides of the picture in ten-thousandths of a point.
 std::string Place(Paper paper, Fit fit, double width, double height) {
-  PagePlacement const at = PlaceOn(paper, fit, width, height);
+  PagePlacement const at = PlaceOn(paper, fit, 0, width, height);
   return std::to_string(at.page.x) + "x" + std::to_string(at.page.y) + ": " + std::to_string(at.x) +
          " " + std::to_string(at.y) + ", " + std::to_string(at.width) + " " +
          std::to_string(at.height);

@@ -141,6 +141,6 @@ ends 1 "$message"
 echo "a document is not sent to a terminal"
 start - a.pgm
 ends 2 'sorrelin: OUT: standard output is a terminal: name a file, or send the document' \
-  'into a file or pipe (sorrelin --help tells more)'
+  'into a file or pipe (sorrelin help make says more)'
 
 exit "$failed"

@@ -2,17 +2,47 @@
 #include "tools/cli/command_line.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <cstdio>
+#include <filesystem>
+#include <system_error>
 #include <utility>
 
 namespace sorrelin::tool {
 namespace {
 
+std::string VerbsOf(CLI::App const& parser) {
+  std::string names;
+  for (CLI::App const* const verb : parser.get_subcommands([](CLI::App const*) { return true; })) {
+    names += (names.empty() ? "" : ", ") + verb->get_name();
+  }
+  return names;
+}
+
 // A word in the place of the verb that is none is left over.
 void RequireVerb(CLI::App const& parser) {
   auto const left_over = parser.remaining();
+  if (!left_over.empty() && !left_over.front().starts_with('-')) {
+    throw UsageError(left_over.front(), "is no verb; there are " + VerbsOf(parser));
+  }
   if (!left_over.empty()) throw CLI::ExtrasError(parser.get_name(), {left_over.front()});
-  if (parser.get_subcommands().empty()) throw CLI::RequiredError("A verb");
+  if (parser.get_subcommands().empty()) {
+    throw UsageError("A verb is required", "there are " + VerbsOf(parser));
+  }
+}
+
+// The arguments, in the order in which the parser takes them: from the last to the first.
+std::vector<std::string> Reversed(CLI::App const& parser, int argc, char** argv) {
+  std::vector<std::string> arguments(argv + 1, argv + argc);
+  if (!arguments.empty() && arguments[0] == "help") {
+    arguments.erase(arguments.begin());
+    auto const is_verb = [&](CLI::App const* verb) { return verb->get_name() == arguments[0]; };
+    if (arguments.empty() || !parser.get_subcommands(is_verb).empty()) {
+      arguments.push_back("--help");
+    }
+  }
+  std::reverse(arguments.begin(), arguments.end());
+  return arguments;
 }
 
 }  // namespace
@@ -63,12 +93,28 @@ Verb Program::AddVerb(std::string const& name, std::string const& help) {
   return {*parser_->add_subcommand(name, help), exit_code_};
 }
 
+void Program::Footer(std::string const& text) { parser_->footer(text); }
+
+// How to go on after a wrong command line.
+std::string Program::Hint(int argc, char** argv) const {
+  for (int i = 1; i < argc; ++i) {
+    std::string const argument = argv[i];
+    std::error_code error;
+    if (argument.size() > 1 && argument[0] == '-' && std::filesystem::exists(argument, error)) {
+      return "write ./" + argument + " for the file of that name";
+    }
+  }
+  auto const verbs = parser_->get_subcommands();
+  if (!verbs.empty()) return name_ + " help " + verbs.front()->get_name() + " says more";
+  return name_ + " --help says more";
+}
+
 int Program::Run(int argc, char** argv) {
   std::string problem;
   try {
     // A word left over may be a wrong verb. Verbs, which are there by now, do not take this over.
     parser_->allow_extras();
-    parser_->parse(argc, argv);
+    parser_->parse(Reversed(*parser_, argc, argv));
     RequireVerb(*parser_);
     return exit_code_;
   } catch (CLI::ParseError const& error) {
@@ -78,8 +124,7 @@ int Program::Run(int argc, char** argv) {
   } catch (UsageError const& error) {
     problem = error.what();
   }
-  std::fprintf(stderr, "%s: %s (%s --help tells more)\n", name_.c_str(), problem.c_str(),
-               name_.c_str());
+  std::fprintf(stderr, "%s: %s (%s)\n", name_.c_str(), problem.c_str(), Hint(argc, argv).c_str());
   return kExitUsage;
 }
 

@@ -68,11 +68,16 @@ class Program {
 
   Verb AddVerb(std::string const& name, std::string const& help);
 
-  // Runs the verb that the command line names and gives its exit code; prints what is wrong with
-  // the command line.
+  // What the help says at its end.
+  void Footer(std::string const& text);
+
+  // Runs the verb that the command line names and returns its exit code; prints what is wrong with
+  // the command line. "help VERB" is the same as "VERB --help".
   int Run(int argc, char** argv);
 
  private:
+  std::string Hint(int argc, char** argv) const;
+
   std::string name_;
   std::unique_ptr<CLI::App> parser_;
   int exit_code_ = kExitSuccess;

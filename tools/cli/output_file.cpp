@@ -24,6 +24,7 @@ constexpr char kDocumentName[] = "document.pdf";
 constexpr int kNameTries = 16;
 constexpr char kPlaceRemedy[] = " (choose a directory that exists and may be written to)";
 constexpr size_t kCopyBytes = 1 << 16;
+constexpr size_t kMarkWithin = 1024;  // bytes of a document
 
 struct FileCloser {
   void operator()(std::FILE* file) const { std::fclose(file); }
@@ -160,11 +161,21 @@ bool OutputFile::Copy(std::string& problem) const {
     copied = std::ferror(file.get()) == 0 && std::fwrite(buffer.data(), 1, bytes, stdout) == bytes;
   }
   copied = copied && std::fflush(stdout) == 0;
-  if (!copied) {
-    char const* const remedy = errno == EPIPE ? " (keep its reader running)" : kRoomRemedy;
-    problem = "cannot be written: " + std::generic_category().message(errno) + remedy;
+  if (!copied && errno != EPIPE) {
+    problem = "cannot be written: " + std::generic_category().message(errno) + kRoomRemedy;
   }
   return copied;
+}
+
+bool IsOtherFile(std::string const& name) {
+  std::error_code error;
+  if (!fs::is_regular_file(name, error)) return false;
+  std::unique_ptr<std::FILE, FileCloser> const file(std::fopen(name.c_str(), "rb"));
+  if (file == nullptr) return false;
+  // Readers of documents accept some bytes before the mark.
+  std::string start(kMarkWithin, '\0');
+  start.resize(std::fread(start.data(), 1, start.size(), file.get()));
+  return !start.empty() && start.find("%PDF-") == std::string::npos;
 }
 
 bool OutputFile::Rename(std::string& problem, Durability durability) {

@@ -12,8 +12,6 @@ namespace sorrelin::tool {
 // longer than most pictures take to write.
 enum class Durability { kOnDisk, kUsual };
 
-// What to do where writing fails.
-
 // The document is written inside a directory of its own beside the target, which no other process
 // can have a file in, and is renamed when it is complete. What goes to standard output is written
 // in the directory for temporary files first. Threads may each have files of their own.
@@ -41,7 +39,8 @@ class OutputFile {
 
   // Brings the file to the disk, if that is wanted, and gives it the target's name, or copies it to
   // standard output. Without `replace`, a target that has come into being in the meantime is left
-  // alone. False with the reason in `problem`.
+  // alone. False with the reason in `problem`, which stays empty if the reader of standard output
+  // has gone.
   bool Commit(std::string& problem, Durability durability = Durability::kOnDisk);
 
  private:
@@ -61,6 +60,9 @@ class OutputFile {
 
 // Brings a file's bytes to the disk. False with the system error.
 bool FlushFile(std::filesystem::path const& path);
+
+// Whether a name is that of a file that exists, is not empty, and is no PDF document.
+bool IsOtherFile(std::string const& name);
 
 // Removes what was not committed; nothing can be made or committed any more, and whoever tries
 // waits for ever. For a process that is about to end.

@@ -1,6 +1,6 @@
 # Completion of sorrelin for bash.
 
-_sorrelin_pages='--dpi --default-dpi --page --fit --compression --quality --deskew --clean --skip-blank --plain --keep-damaged --ocr --orientation --timeout --sort --jobs --json --verbose --quiet'
+_sorrelin_pages='--dpi --default-dpi --page --fit --border --rotate --compression --quality --deskew --clean --skip-blank --plain --keep-damaged --recursive --ocr --orientation --timeout --sort --jobs --json --verbose --quiet'
 
 _sorrelin_options() {
   case $1 in
@@ -21,8 +21,10 @@ _sorrelin_options() {
 _sorrelin_values() {
   case $1 in
     --compression) echo 'auto g4 flate runlength jpeg none' ;;
+    --rotate) echo 'auto 90 180 270' ;;
+    --border) echo '10mm 0.5in' ;;
     --fit) echo 'within shrink fill stretch' ;;
-    --page) echo 'a3 a4 a5 a6 letter legal tabloid' ;;
+    --page) echo 'a3 a4 a5 a6 b4 b5 letter legal executive tabloid' ;;
     --sort) echo 'natural name none' ;;
     --format) [ "$2" = words ] && echo 'json text hocr tsv alto' || echo 'keep png tiff bmp pnm jpeg' ;;
     --dpi | --default-dpi) echo '150 200 300 600' ;;
@@ -37,7 +39,7 @@ _sorrelin() {
   if [ "$COMP_CWORD" -gt 1 ]; then verb=${COMP_WORDS[1]}; fi
   case $before in
     --title | --author | --subject | --keywords | --quality | --jobs | --pages | --timeout | --psm) return ;;
-    --compression | --fit | --page | --sort | --format | --dpi | --default-dpi | --language | --ocr | --orientation)
+    --compression | --fit | --border | --rotate | --page | --sort | --format | --dpi | --default-dpi | --language | --ocr | --orientation)
       COMPREPLY=($(compgen -W "$(_sorrelin_values "$before" "$verb")" -- "$word"))
       return
       ;;

@@ -8,6 +8,7 @@
 #include <array>
 #include <bit>
 #include <cstdint>
+#include <string>
 #include <utility>
 
 namespace sorrelin::tool {
@@ -164,17 +165,21 @@ bool StoreColours(std::span<BYTE const> row, Header const& header, Masks const& 
   return shown;
 }
 
-// The rows as they are stored; false if the file ends early.
-bool ReadRows(std::span<BYTE const> file, Header const& header, Pix* pix) {
+// The rows as they are stored, as far as the file has them. Returns what is wrong with them.
+std::string ReadRows(std::span<BYTE const> file, Header const& header, Pix* pix) {
   uint64_t const row_bytes = (static_cast<uint64_t>(header.width) * header.bits + 7) / 8;
   uint64_t const stride = RowStride(row_bytes, 8);
-  uint64_t const last = stride * static_cast<uint64_t>(header.height - 1) + row_bytes;
-  if (header.rows_at > file.size() || last > file.size() - header.rows_at) return false;
   Masks const masks = MasksOf(Numbers(file), header);
   bool shown = false;
+  std::string damage;
   for (int64_t i = 0; i < header.height; ++i) {
-    size_t const at = header.rows_at + static_cast<size_t>(stride * static_cast<uint64_t>(i));
-    auto const row = file.subspan(at, static_cast<size_t>(row_bytes));
+    uint64_t const at = header.rows_at + stride * static_cast<uint64_t>(i);
+    if (at + row_bytes > file.size()) {
+      damage =
+          "the data end in row " + std::to_string(i + 1) + " of " + std::to_string(header.height);
+      break;
+    }
+    auto const row = file.subspan(static_cast<size_t>(at), static_cast<size_t>(row_bytes));
     l_uint32* const line = LineOf(pix, header.from_top ? i : header.height - 1 - i);
     if (header.bits <= 8)
       StoreIndices(row, line);
@@ -183,7 +188,7 @@ bool ReadRows(std::span<BYTE const> file, Header const& header, Pix* pix) {
   }
   // Writers that name the mask and leave its bits at 0 mean an opaque picture.
   if (shown) pixSetSpp(pix, 4);
-  return true;
+  return damage;
 }
 
 // Takes runs apart; pixels that no run reaches keep the index 0.
@@ -192,21 +197,24 @@ class RunReader {
   RunReader(std::span<BYTE const> file, Header const& header, Pix* pix)
       : file_(file), header_(header), pix_(pix), at_(header.rows_at) {}
 
-  // False if the data end before the picture does.
-  bool Read() {
+  // Returns what is wrong with the data; empty: nothing.
+  std::string Read() {
     while (y_ < header_.height) {
-      if (at_ >= file_.size() || file_.size() - at_ < 2) return IsWhole();
+      if (at_ >= file_.size() || file_.size() - at_ < 2) {
+        if (!IsWhole()) return "the data end before the picture does";
+        break;
+      }
       BYTE const count = file_[at_];
       BYTE const code = file_[at_ + 1];
       at_ += 2;
       if (count > 0)
         Put(count, [code](size_t) { return code; });
       else if (code == kEnd)
-        return true;
+        break;
       else
         Escape(code);
     }
-    return true;
+    return out_of_row_ ? "runs go on after the end of their row" : "";
   }
 
  private:
@@ -238,7 +246,10 @@ class RunReader {
   void Put(size_t count, ByteAt byte_at) {
     l_uint32* const line = LineOf(pix_, header_.height - 1 - y_);
     for (size_t i = 0; i < count; ++i, ++x_) {
-      if (x_ >= header_.width) continue;
+      if (x_ >= header_.width) {
+        out_of_row_ = true;
+        continue;
+      }
       if (header_.bits == 8) {
         SET_DATA_BYTE(line, x_, byte_at(i));
       } else {
@@ -253,6 +264,7 @@ class RunReader {
   size_t at_;
   int64_t x_ = 0;
   int64_t y_ = 0;  // from the lowest row
+  bool out_of_row_ = false;
 };
 
 }  // namespace
@@ -265,15 +277,16 @@ std::optional<Picture> DecodeBmp(std::span<BYTE const> file) {
   PixPtr pix(pixCreate(static_cast<int>(header.width), static_cast<int>(header.height), depth));
   if (pix == nullptr) return std::nullopt;
   bool const runs = header.coding == kRuns8 || header.coding == kRuns4;
-  bool const read =
+  std::string damage =
       runs ? RunReader(file, header, pix.get()).Read() : ReadRows(file, header, pix.get());
-  if (!read) return std::nullopt;
   if (depth <= 8) {
     PixColormap* const map = MapOf(numbers, header);
     if (map == nullptr || pixSetColormap(pix.get(), map) != 0) return std::nullopt;
   }
+  Changes changes;
+  if (pixGetSpp(pix.get()) == 4) changes.Add(Change::kTransparency);
   BlendOnWhite(pix.get(), false);
-  return Picture{std::move(pix), header.dpi, false};
+  return Picture{std::move(pix), header.dpi, false, changes, std::move(damage)};
 }
 
 }  // namespace sorrelin::tool

@@ -12,8 +12,9 @@
 namespace sorrelin::tool {
 
 // Decodes a file of any depth, also one that is coded by run lengths: palettes keep their depth,
-// and what a file with an alpha mask shows transparent is laid on white. Nothing if the file is
-// damaged or of a rarer kind, or memory is short. Prints nothing.
+// and what a file with an alpha mask shows transparent is laid on white. Of a damaged file what
+// can be read, and the damage. nullopt if it is of a rarer kind, or memory is short. Prints
+// nothing.
 std::optional<Picture> DecodeBmp(std::span<BYTE const> file);
 
 }  // namespace sorrelin::tool

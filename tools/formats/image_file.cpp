@@ -18,6 +18,10 @@ namespace {
 
 constexpr std::array<BYTE, 8> kPngSignature = {0x89, 'P', 'N', 'G', '\r', '\n', 0x1A, '\n'};
 constexpr std::array<BYTE, 3> kJpegStart = {0xFF, 0xD8, 0xFF};
+constexpr std::array<BYTE, 5> kPdfStart = {'%', 'P', 'D', 'F', '-'};
+constexpr char kIsDocument[] =
+    "is a PDF document and no picture (qpdf --empty --pages one.pdf two.pdf -- all.pdf joins "
+    "documents)";
 constexpr size_t kPngChunkFrameBytes = 12;
 constexpr size_t kFirstLook = 1 << 20;
 constexpr size_t kMaxRecordBytes = 1 << 26;  // of what a camera adds, films apart
@@ -114,6 +118,7 @@ std::unique_ptr<ImageSource> ImageFile::TakeSource(std::string& problem) {
     return SourceOfBytes(stream_->Take(PngEnd(*stream_)), problem);
   if (StartsWith(start, kJpegStart)) return TakeJpeg(problem);
   if (begun_) return problem = kLeftOver, nullptr;
+  if (StartsWith(start, kPdfStart)) return problem = kIsDocument, nullptr;
   ended_ = true;
   if (IsTiff(start)) return TakeTiff(problem);
   return SourceOfBytes(stream_->TakeRest(), problem);

@@ -6,11 +6,16 @@
 #include <vector>
 
 #include "tools/formats/bmp_file.h"
+#include "tools/formats/gif_file.h"
+#include "tools/formats/heif_file.h"
 #include "tools/formats/jp2_file.h"
+#include "tools/formats/jpeg2000_file.h"
+#include "tools/formats/jpeg_check.h"
 #include "tools/formats/jpeg_file.h"
 #include "tools/formats/png_chunks.h"
 #include "tools/formats/png_file.h"
 #include "tools/formats/tiff_source.h"
+#include "tools/formats/webp_file.h"
 
 namespace sorrelin::tool {
 namespace {
@@ -26,7 +31,9 @@ class JpegSource : public ImageSource {
   int PageCount() const override { return 1; }
 
   std::optional<StoredImage> Stored(int) override {
-    if (!facts_.common || JpegEnd(*bytes_) == 0) return std::nullopt;
+    if (!facts_.common || JpegEnd(*bytes_) == 0 || !JpegDamage(*bytes_).empty()) {
+      return std::nullopt;
+    }
     StoredImage image;
     image.bytes = *bytes_;
     image.owner = bytes_;
@@ -45,6 +52,7 @@ class JpegSource : public ImageSource {
     auto picture = facts_.components == 4 ? DecodeInks() : DecodeColours();
     if (!picture) return std::nullopt;
     picture->from_jpeg = true;
+    picture->damage = JpegDamage(*bytes_);
     picture->profile = facts_.profile;
     if (facts_.profile_unusable) picture->changes.Add(Change::kProfile);
     return picture;
@@ -102,20 +110,9 @@ class PngSource : public ImageSource {
   std::optional<PngChunks> chunks_;  // nothing if they are damaged
 };
 
-// The image library decodes the alpha of such files, and does not tell of it.
-bool IsJpeg2000WithAlpha(std::span<BYTE const> file) {
-  int format = IFF_UNKNOWN, width = 0, height = 0, bits = 0, samples = 0, codec = 0;
-  findFileFormatBuffer(file.data(), &format);
-  return format == IFF_JP2 &&
-         readHeaderMemJp2k(file.data(), file.size(), &width, &height, &bits, &samples, &codec) ==
-             0 &&
-         samples == 4;
-}
-
 std::optional<Picture> DecodeGeneral(std::span<BYTE const> file) {
   PixPtr pix(pixReadMem(file.data(), file.size()));
   if (pix == nullptr) return std::nullopt;
-  if (IsJpeg2000WithAlpha(file)) pixSetSpp(pix.get(), 4);
   Resolution const dpi = {WholeDots(pixGetXRes(pix.get())), WholeDots(pixGetYRes(pix.get()))};
   BlendOnWhite(pix.get(), false);
   return Picture{std::move(pix), dpi, false};
@@ -149,6 +146,7 @@ class Jpeg2000Source : public ImageSource {
   int PageCount() const override { return 1; }
 
   std::optional<StoredImage> Stored(int) override {
+    if (!Jpeg2000Damage(*bytes_).empty()) return std::nullopt;
     auto image = StoredJp2(*bytes_);
     if (image && image->owner == nullptr) image->owner = bytes_;
     return image;
@@ -156,14 +154,25 @@ class Jpeg2000Source : public ImageSource {
 
   std::optional<Picture> Decode(int, std::string& problem) override {
     problem = kCannotDecode;
-    return DecodeGeneral(*bytes_);
+    return DecodeJpeg2000(*bytes_);
   }
 
  private:
   std::shared_ptr<std::vector<BYTE> const> bytes_;
 };
 
-Decoder DecoderOf(int format) { return format == IFF_BMP ? DecodeBmp : DecodeGeneral; }
+Decoder DecoderOf(int format) {
+  switch (format) {
+    case IFF_BMP:
+      return DecodeBmp;
+    case IFF_GIF:
+      return DecodeGif;
+    case IFF_WEBP:
+      return DecodeWebp;
+    default:
+      return DecodeGeneral;
+  }
+}
 
 // What the image library takes the first bytes for. It tells documents too, and does not read them.
 int FormatOf(std::span<BYTE const> bytes) {
@@ -176,6 +185,7 @@ int FormatOf(std::span<BYTE const> bytes) {
 
 std::unique_ptr<ImageSource> SourceOfBytes(std::vector<BYTE> bytes, std::string& problem) {
   if (IsTiff(bytes)) return OpenTiff(std::move(bytes), problem);
+  if (IsHeif(bytes)) return OpenHeif(std::move(bytes), problem);
   int const format = FormatOf(bytes);
   if (format == IFF_JFIF_JPEG) {
     auto const facts = ReadJpegFacts(bytes);
@@ -191,11 +201,12 @@ std::unique_ptr<ImageSource> SourceOfBytes(std::vector<BYTE> bytes, std::string&
 }
 
 bool IsPicture(std::span<BYTE const> start) {
-  return IsTiff(start) || FormatOf(start) != IFF_UNKNOWN;
+  return IsTiff(start) || IsHeif(start) || FormatOf(start) != IFF_UNKNOWN;
 }
 
 std::string DamageText(std::string const& damage) {
-  return "is damaged: " + damage + " (scan or save it again, or take what is left: --keep-damaged)";
+  return "cannot be decoded whole, it is damaged: " + damage +
+         " (scan or save it again, or take what is left: --keep-damaged)";
 }
 
 }  // namespace sorrelin::tool

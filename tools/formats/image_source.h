@@ -17,8 +17,7 @@ namespace sorrelin::tool {
 
 // What is said of a page that gives no picture, and of one that takes more memory than there is.
 inline constexpr char kCannotDecode[] =
-    "cannot be decoded: it is damaged, too large, or of a kind that is not read "
-    "(save it anew as PNG or TIFF)";
+    "cannot be decoded: it is of a kind that is not read (save it anew as PNG or TIFF)";
 inline constexpr char kLeftOver[] =
     "goes on after its last picture with bytes that are no picture (save it again, or cut them "
     "off)";

@@ -47,7 +47,6 @@ class Decompressor {
   }
 
   jpeg_decompress_struct& info() { return info_; }
-  bool warned() const { return errors_.warned(); }
 
  private:
   jpeg_decompress_struct info_{};
@@ -79,6 +78,8 @@ bool IsCommon(jpeg_decompress_struct const& info) {
 
 Resolution JfifDensity(jpeg_decompress_struct const& info) {
   if (info.saw_JFIF_marker == FALSE) return {};
+  // Written for "none"; a picture of so few dots would be one of 100 metres.
+  if (info.X_density == 1 && info.Y_density == 1 && info.density_unit != 0) return {1, 1};
   double const scale = info.density_unit == kPerInch         ? 1.0
                        : info.density_unit == kPerCentimetre ? kCentimetresPerInch
                                                              : 0.0;
@@ -258,11 +259,12 @@ PixPtr DecodeJpeg(std::span<BYTE const> file) {
                        components == 1 ? 8 : 32));
   if (pix == nullptr) return nullptr;
   std::vector<BYTE> row(static_cast<size_t>(info.image_width) * static_cast<size_t>(components));
-  bool const decoded = decompressor.Try([&] {
+  pixSetAll(pix.get());
+  decompressor.Try([&] {
     jpeg_start_decompress(&info);
     ReadRows(info, pix.get(), row.data());
   });
-  return decoded && !decompressor.warned() ? std::move(pix) : nullptr;
+  return pix;
 }
 
 std::optional<Samples> DecodeJpegInks(std::span<BYTE const> file) {
@@ -275,7 +277,7 @@ std::optional<Samples> DecodeJpegInks(std::span<BYTE const> file) {
   samples.height = static_cast<int>(info.image_height);
   samples.colours = ImageColours::kCmyk;
   samples.bytes.resize(samples.RowBytes() * static_cast<size_t>(samples.height));
-  bool const decoded = decompressor.Try([&] {
+  decompressor.Try([&] {
     jpeg_start_decompress(&info);
     while (info.output_scanline < info.output_height) {
       BYTE* row = samples.bytes.data() + info.output_scanline * samples.RowBytes();
@@ -283,7 +285,6 @@ std::optional<Samples> DecodeJpegInks(std::span<BYTE const> file) {
     }
     jpeg_finish_decompress(&info);
   });
-  if (!decoded || decompressor.warned()) return std::nullopt;
   // With an Adobe marker, inks are stored as their complement.
   if (info.saw_Adobe_marker != FALSE) {
     for (BYTE& ink : samples.bytes) ink = static_cast<BYTE>(~ink);

@@ -53,11 +53,12 @@ size_t JpegEnd(std::span<BYTE const> file);
 std::shared_ptr<std::vector<BYTE> const> TurnedJpeg(std::span<BYTE const> file,
                                                     JpegFacts const& facts);
 
-// Decodes a file of one or three components to 8 bits of grey or 32 of colour, rows as stored. Null
-// if it is damaged or memory is short.
+// Decodes a file of one or three components to 8 bits of grey or 32 of colour, rows as stored: of a
+// damaged file what can be read, on white. Null if nothing can be, or memory is short.
 PixPtr DecodeJpeg(std::span<BYTE const> file);
 
-// Decodes a file of four components to inks, 0 for none, rows as stored.
+// Decodes a file of four components to inks, 0 for none, rows as stored: of a damaged file what can
+// be read.
 std::optional<Samples> DecodeJpegInks(std::span<BYTE const> file);
 
 }  // namespace sorrelin::tool

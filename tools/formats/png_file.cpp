@@ -3,8 +3,11 @@
 
 #include <png.h>
 
+#include <array>
 #include <csetjmp>
+#include <cstdio>
 #include <cstring>
+#include <string>
 #include <utility>
 
 namespace sorrelin::tool {
@@ -23,15 +26,41 @@ void Give(png_structp png, png_bytep out, size_t bytes) {
   input.left = input.left.subspan(bytes);
 }
 
+// libpng's first message about damage. Its other warnings are about odd values in whole chunks.
+struct Damage {
+  char text[200];
+
+  void Keep(char const* message) {
+    if (text[0] == '\0') std::snprintf(text, sizeof text, "%s", message);
+  }
+
+  void KeepWarning(char const* message) {
+    constexpr std::array<char const*, 4> kLost = {"CRC", "IDAT", "image data", "compressed data"};
+    for (char const* word : kLost) {
+      if (std::strstr(message, word) != nullptr) Keep(message);
+    }
+  }
+};
+
 // One decompressor. libpng leaves it by a jump when it gives up, so whatever runs inside Try has no
 // destructors of its own.
 class PngReader {
  public:
   explicit PngReader(std::span<BYTE const> file) : input_{file} {
     png_ = png_create_read_struct(
-        PNG_LIBPNG_VER_STRING, nullptr, [](png_structp png, auto) { png_longjmp(png, 1); },
-        [](auto, auto) {});
-    if (png_ != nullptr) info_ = png_create_info_struct(png_);
+        PNG_LIBPNG_VER_STRING, &damage_,
+        [](png_structp png, char const* message) {
+          static_cast<Damage*>(png_get_error_ptr(png))->Keep(message);
+          png_longjmp(png, 1);
+        },
+        [](png_structp png, char const* message) {
+          static_cast<Damage*>(png_get_error_ptr(png))->KeepWarning(message);
+        });
+    if (png_ == nullptr) return;
+    info_ = png_create_info_struct(png_);
+    // Data with a wrong CRC are used, and the warning is kept.
+    png_set_crc_action(png_, PNG_CRC_WARN_USE, PNG_CRC_WARN_DISCARD);
+    png_set_benign_errors(png_, 1);
   }
   ~PngReader() { png_destroy_read_struct(&png_, &info_, nullptr); }
   PngReader(PngReader const&) = delete;
@@ -52,9 +81,10 @@ class PngReader {
            });
   }
 
-  // Each row is read once a pass, and a later pass keeps what an earlier one has put there.
-  bool ReadRows(Pix* pix) {
-    return Try([&] {
+  // Each row is read once a pass, and a later pass keeps what an earlier one has put there. Rows
+  // that cannot be read stay as they are.
+  void ReadRows(Pix* pix) {
+    Try([&] {
       for (int pass = 0; pass < passes_; ++pass) {
         for (int y = 0; y < height(); ++y) {
           l_uint32* const line = pixGetData(pix) + static_cast<ptrdiff_t>(y) * pixGetWpl(pix);
@@ -65,6 +95,9 @@ class PngReader {
     });
   }
 
+  // What is wrong with the data read so far; empty: nothing.
+  std::string damage() const { return damage_.text; }
+
   int width() const { return static_cast<int>(png_get_image_width(png_, info_)); }
   int height() const { return static_cast<int>(png_get_image_height(png_, info_)); }
   // Bits of a sample in the file.
@@ -72,6 +105,9 @@ class PngReader {
   int type() const { return png_get_color_type(png_, info_); }
   bool IsPalette() const { return type() == PNG_COLOR_TYPE_PALETTE; }
   bool HasAlpha() const { return (type() & PNG_COLOR_MASK_ALPHA) != 0; }
+  bool IsTransparent() const {
+    return HasAlpha() || png_get_valid(png_, info_, PNG_INFO_tRNS) != 0;
+  }
   // Of the rows that come.
   int Depth() const { return png_get_bit_depth(png_, info_) * png_get_channels(png_, info_); }
 
@@ -111,6 +147,7 @@ class PngReader {
   }
 
   Input input_;
+  Damage damage_{};
   png_structp png_ = nullptr;
   png_infop info_ = nullptr;
   int bits_ = 0;
@@ -179,10 +216,16 @@ std::optional<Picture> DecodePng(std::span<BYTE const> file) {
   PngReader reader(file);
   if (!reader.ReadHeader()) return std::nullopt;
   PixPtr pix(pixCreate(reader.width(), reader.height(), reader.Depth()));
-  if (pix == nullptr || !reader.ReadRows(pix.get()) || !Finish(reader, pix.get())) {
-    return std::nullopt;
-  }
-  return Picture{std::move(pix), reader.Dpi(), false};
+  if (pix == nullptr) return std::nullopt;
+  reader.ReadRows(pix.get());
+  Picture picture;
+  picture.damage = reader.damage();
+  if (!Finish(reader, pix.get())) return std::nullopt;
+  if (reader.IsTransparent()) picture.changes.Add(Change::kTransparency);
+  if (reader.bits() == 16) picture.changes.Add(Change::kDepth);
+  picture.pix = std::move(pix);
+  picture.dpi = reader.Dpi();
+  return picture;
 }
 
 }  // namespace sorrelin::tool

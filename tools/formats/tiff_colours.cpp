@@ -82,7 +82,7 @@ PixPtr ReadTiledOrPlanar(TIFF* tiff) {
   uint16_t const orientation = FieldOf(tiff, TIFFTAG_ORIENTATION);
   TileBuffer const buffer(tiff);
   // Asked for the page's own orientation, libtiff leaves the rows as they are stored.
-  if (TIFFReadRGBAImageOriented(tiff, width, height, pixGetData(pix.get()), orientation, 1) != 1) {
+  if (TIFFReadRGBAImageOriented(tiff, width, height, pixGetData(pix.get()), orientation, 0) != 1) {
     return nullptr;
   }
   Reorder(pix.get());

@@ -12,7 +12,7 @@ namespace sorrelin::tool {
 bool IsTiledOrPlanar(TIFF* tiff);
 
 // Such a page upright, without transparency, in black and white, grey or a palette if it is stored
-// so. Null if it is damaged or of a rarer kind, or memory is short.
+// so. Of a damaged one what can be read. nullptr if it is of a rarer kind, or memory is short.
 PixPtr ReadTiledOrPlanar(TIFF* tiff);
 
 }  // namespace sorrelin::tool

@@ -11,8 +11,11 @@
 #include <optional>
 #include <utility>
 
+#include "tools/formats/group4_check.h"
+#include "tools/formats/jpeg_check.h"
 #include "tools/formats/tiff_colours.h"
 #include "tools/formats/tiff_fields.h"
+#include "tools/formats/tiff_messages.h"
 #include "tools/formats/tiff_samples.h"
 #include "tools/formats/tiff_stored.h"
 
@@ -72,18 +75,23 @@ bool IsPremultiplied(TIFF* tiff) {
   return associated || FieldOf<uint16_t>(tiff, TIFFTAG_SAMPLESPERPIXEL, 1) > 3;
 }
 
+bool HasAlpha(TIFF* tiff) {
+  uint16_t count = 0;
+  uint16_t* kinds = nullptr;
+  return TIFFGetField(tiff, TIFFTAG_EXTRASAMPLES, &count, &kinds) == 1 && count > 0 &&
+         kinds[0] != EXTRASAMPLE_UNSPECIFIED;
+}
+
+// Whether the coded data can be decoded to the last row.
+bool IsWhole(StoredImage const& image) {
+  if (image.form.filter == ImageFilter::kJpeg) return JpegDamage(image.bytes).empty();
+  return image.form.filter != ImageFilter::kGroup4 ||
+         IsWholeGroup4(image.bytes, image.width, image.height);
+}
+
 bool IsStoredWithLoss(TIFF* tiff) {
   uint16_t const compression = FieldOf<uint16_t>(tiff, TIFFTAG_COMPRESSION, COMPRESSION_NONE);
   return compression == COMPRESSION_JPEG || compression == COMPRESSION_OJPEG;
-}
-
-// The handlers are the process's; other threads may be reading.
-void KeepQuiet() {
-  static std::once_flag once;
-  std::call_once(once, [] {
-    TIFFSetErrorHandler(nullptr);
-    TIFFSetWarningHandler(nullptr);
-  });
 }
 
 class TiffSource : public ImageSource {
@@ -93,15 +101,16 @@ class TiffSource : public ImageSource {
       : name_(std::move(name)), memory_{std::move(bytes)} {}
 
   bool Open() {
-    KeepQuiet();
+    KeepTiffQuiet();
     tiff_ = name_.empty() ? OpenMemory(memory_) : TiffPtr(TIFFOpen(name_.c_str(), kReadUnmapped));
     if (tiff_ == nullptr) return false;
-    offsets_.push_back(TIFFCurrentDirOffset(tiff_.get()));
+    AddPage();
     while (TIFFLastDirectory(tiff_.get()) == 0) {
       broken_ = TIFFReadDirectory(tiff_.get()) == 0;
       if (broken_) break;
-      offsets_.push_back(TIFFCurrentDirOffset(tiff_.get()));
+      AddPage();
     }
+    if (offsets_.empty()) offsets_.swap(reduced_);
     return true;
   }
 
@@ -114,13 +123,8 @@ class TiffSource : public ImageSource {
   }
 
   std::optional<StoredImage> Stored(int page) override {
-    std::lock_guard const lock(mutex_);
-    if (!GoTo(page)) return std::nullopt;
-    auto image = StoredTiffPage(tiff_.get());
-    if (image && image->profile == nullptr && HasProfile(tiff_.get())) {
-      image->changes.Add(Change::kProfile);
-    }
-    return image;
+    auto image = StoredHere(page);
+    return image && IsWhole(*image) ? image : std::nullopt;
   }
 
   // What is done with tiff_ is for one thread at a time; the picture library opens the file anew
@@ -129,13 +133,15 @@ class TiffSource : public ImageSource {
     problem = kCannotDecode;
     auto const facts = FactsOf(page);
     if (!facts) return std::nullopt;
-    if (facts->deep) return ReadDeep(page);
-    PixPtr pix =
-        facts->tiled_or_planar ? ReadHere(page) : Read(offsets_[static_cast<size_t>(page)]);
-    if (pix != nullptr && !facts->tiled_or_planar) pix = Repaired(std::move(pix), *facts);
-    if (pix == nullptr) return std::nullopt;
-    Picture picture{std::move(pix), facts->dpi, facts->lossy};
-    picture.profile = facts->profile;
+    TiffMessages const messages;
+    auto picture = facts->deep ? ReadDeep(page) : ReadPix(page, *facts);
+    if (!picture && !messages.damage().empty()) {
+      problem = DamageText(messages.damage());
+      picture = Salvage(page, *facts);
+    }
+    if (!picture) return std::nullopt;
+    picture->changes.Add(facts->changes);
+    picture->damage = messages.damage();
     return picture;
   }
 
@@ -149,7 +155,17 @@ class TiffSource : public ImageSource {
     bool deep = false;     // more than the picture library keeps
     Resolution dpi;        // upright
     ProfileBytes profile;  // null: none
+    Changes changes;
   };
+
+  // Smaller copies of pages, and masks of their shape, are no pages.
+  void AddPage() {
+    uint32_t const kind = FieldOf<uint32_t>(tiff_.get(), TIFFTAG_SUBFILETYPE, 0);
+    uint16_t const old_kind = FieldOf<uint16_t>(tiff_.get(), TIFFTAG_OSUBFILETYPE, 0);
+    bool const reduced =
+        (kind & (FILETYPE_REDUCEDIMAGE | FILETYPE_MASK)) != 0 || old_kind == OFILETYPE_REDUCEDIMAGE;
+    (reduced ? reduced_ : offsets_).push_back(TIFFCurrentDirOffset(tiff_.get()));
+  }
 
   bool GoTo(int page) {
     return TIFFSetSubDirectory(tiff_.get(), offsets_[static_cast<size_t>(page)]) == 1;
@@ -165,10 +181,39 @@ class TiffSource : public ImageSource {
     facts.tiled_or_planar = IsTiledOrPlanar(tiff_.get());
     facts.deep = HasDeepSamples(tiff_.get());
     facts.dpi = ResolutionOf(tiff_.get());
-    if (LiesOnItsSide(OrientationOf(tiff_.get()))) std::swap(facts.dpi.x, facts.dpi.y);
+    int const orientation = OrientationOf(tiff_.get());
+    if (LiesOnItsSide(orientation)) std::swap(facts.dpi.x, facts.dpi.y);
+    if (orientation != ORIENTATION_TOPLEFT) facts.changes.Add(Change::kTurned);
+    if (HasAlpha(tiff_.get())) facts.changes.Add(Change::kTransparency);
     bool const grey = facts.photometric <= PHOTOMETRIC_MINISBLACK;
     facts.profile = ProfileOf(tiff_.get(), grey ? 1 : 3);
     return facts;
+  }
+
+  std::optional<StoredImage> StoredHere(int page) {
+    std::lock_guard const lock(mutex_);
+    if (!GoTo(page)) return std::nullopt;
+    auto image = StoredTiffPage(tiff_.get());
+    if (image && image->profile == nullptr && HasProfile(tiff_.get())) {
+      image->changes.Add(Change::kProfile);
+    }
+    return image;
+  }
+
+  std::optional<Picture> ReadPix(int page, PageFacts const& facts) {
+    PixPtr pix = facts.tiled_or_planar ? ReadHere(page) : Read(offsets_[static_cast<size_t>(page)]);
+    if (pix != nullptr && !facts.tiled_or_planar) pix = Repaired(std::move(pix), facts);
+    if (pix == nullptr) return std::nullopt;
+    Picture picture{std::move(pix), facts.dpi, facts.lossy};
+    picture.profile = facts.profile;
+    return picture;
+  }
+
+  // What libtiff itself makes of a damaged page.
+  std::optional<Picture> Salvage(int page, PageFacts const& facts) {
+    PixPtr pix = ReadHere(page);
+    if (pix == nullptr) return std::nullopt;
+    return Picture{std::move(pix), facts.dpi, facts.lossy};
   }
 
   std::optional<Picture> ReadDeep(int page) {
@@ -211,6 +256,7 @@ class TiffSource : public ImageSource {
   std::mutex mutex_;  // of tiff_, and of the position in memory_
   TiffPtr tiff_;
   std::vector<toff_t> offsets_;
+  std::vector<toff_t> reduced_;  // directories that are no pages
   bool broken_ = false;
 };
 

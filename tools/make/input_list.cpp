@@ -1,10 +1,10 @@
-// Directories are looked into through the standard library; names compare by their bytes.
+// Expands directories and sorts the input files.
 #include "tools/make/input_list.h"
 
 #include <algorithm>
-#include <array>
 #include <compare>
 #include <filesystem>
+#include <iterator>
 #include <system_error>
 #include <utility>
 
@@ -15,9 +15,14 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::array<std::string_view, 21> kPictureEndings = {
-    ".bmp", ".dib", ".gif", ".j2k", ".jfif", ".jp2", ".jpe",  ".jpeg", ".jpf",  ".jpg", ".jpx",
-    ".pam", ".pbm", ".pgm", ".png", ".pnm",  ".ppm", ".spix", ".tif",  ".tiff", ".webp"};
+// Endings of picture formats, those included that are not read here: their files are named as
+// problems and not passed over.
+constexpr std::string_view kPictureEndings[] = {
+    ".arw", ".avif", ".avifs", ".bmp",   ".cr2",  ".cr3", ".dib",  ".djv", ".djvu", ".dng",
+    ".exr", ".gif",  ".heic",  ".heics", ".heif", ".hif", ".ico",  ".j2c", ".j2k",  ".jfif",
+    ".jp2", ".jpc",  ".jpe",   ".jpeg",  ".jpf",  ".jpg", ".jpx",  ".jxl", ".jxr",  ".nef",
+    ".orf", ".pam",  ".pbm",   ".pcx",   ".pgm",  ".png", ".pnm",  ".ppm", ".psd",  ".raf",
+    ".rw2", ".spix", ".tga",   ".tif",   ".tiff", ".wdp", ".webp", ".xbm", ".xcf",  ".xpm"};
 
 bool IsDigit(char c) { return c >= '0' && c <= '9'; }
 
@@ -57,32 +62,74 @@ std::strong_ordering CompareNatural(std::string_view a, std::string_view b) {
 bool HasPictureEnding(fs::path const& path) {
   std::string ending = path.extension().string();
   std::transform(ending.begin(), ending.end(), ending.begin(), Lower);
-  return std::find(kPictureEndings.begin(), kPictureEndings.end(), ending) != kPictureEndings.end();
+  return std::ranges::find(kPictureEndings, ending) != std::end(kPictureEndings);
 }
 
-bool IsPicture(fs::directory_entry const& entry) {
-  std::error_code error;
-  if (!entry.is_regular_file(error) || entry.path().filename().string().starts_with('.')) {
-    return false;
-  }
-  return HasPictureEnding(entry.path()) || StartsAsPicture(entry.path().string());
-}
+class FolderReader {
+ public:
+  FolderReader(bool recursive, std::vector<std::string>* ignored)
+      : recursive_(recursive), ignored_(ignored) {}
 
-// Appends the pictures of a directory, by name, or what is wrong with it.
-void AppendPictures(std::string const& directory, std::vector<Input>& inputs) {
-  std::vector<std::string> names;
-  std::error_code error;
-  for (fs::directory_iterator at(directory, error), end; !error && at != end; at.increment(error)) {
-    if (IsPicture(*at)) names.push_back(at->path().string());
+  // Appends the files of a directory by name, or what is wrong with it.
+  void Append(std::string const& directory, std::vector<Input>& inputs) {
+    Read(directory);
+    auto const by_name = [](Input const& a, Input const& b) { return a.name < b.name; };
+    std::sort(found_.begin(), found_.end(), by_name);
+    if (found_.empty()) {
+      found_.push_back(
+          {directory, "is a directory without pictures (name files, or one with some)"});
+    }
+    std::move(found_.begin(), found_.end(), std::back_inserter(inputs));
+    found_.clear();
   }
-  std::sort(names.begin(), names.end());
-  for (std::string& name : names) inputs.push_back({std::move(name), {}});
-  if (error) {
-    inputs.push_back({directory, error.message() + " (make it readable)"});
-  } else if (names.empty()) {
-    inputs.push_back({directory, "is a directory without pictures (name files, or one with some)"});
+
+ private:
+  void Read(std::string const& directory) {
+    std::error_code error;
+    fs::directory_iterator at(directory, error);
+    for (fs::directory_iterator const end; !error && at != end; at.increment(error)) {
+      if (!at->path().filename().string().starts_with('.')) Take(*at);
+    }
+    if (error) found_.push_back({directory, error.message() + " (make it readable)"});
   }
-}
+
+  void Take(fs::directory_entry const& entry) {
+    std::error_code error;
+    std::string const name = entry.path().string();
+    fs::file_status const status = entry.status(error);
+    bool const link = entry.is_symlink(error);
+    if (status.type() == fs::file_type::directory) {
+      // A link may lead back to where it is.
+      if (recursive_ && !link) Read(name);
+    } else if (status.type() == fs::file_type::not_found && link) {
+      found_.push_back(
+          {name, "is a link to a file that does not exist (remove it, or restore the file)"});
+    } else if (status.type() == fs::file_type::regular) {
+      TakeFile(entry.path(), name);
+    } else {
+      Ignore(name);
+    }
+  }
+
+  void TakeFile(fs::path const& path, std::string const& name) {
+    std::string problem;
+    if (ByteStream::Open(name, problem) == nullptr) {
+      found_.push_back({name, problem});
+    } else if (HasPictureEnding(path) || StartsAsPicture(name)) {
+      found_.push_back({name, {}});
+    } else {
+      Ignore(name);
+    }
+  }
+
+  void Ignore(std::string const& name) {
+    if (ignored_ != nullptr) ignored_->push_back(name);
+  }
+
+  bool recursive_;
+  std::vector<std::string>* ignored_;
+  std::vector<Input> found_;
+};
 
 }  // namespace
 
@@ -91,12 +138,14 @@ bool NaturalLess(std::string_view a, std::string_view b) {
   return order != 0 ? order < 0 : a < b;
 }
 
-std::vector<Input> ListInputs(std::vector<std::string> const& names, Sort sort) {
+std::vector<Input> ListInputs(std::vector<std::string> const& names, Sort sort, bool recursive,
+                              std::vector<std::string>* ignored) {
   std::vector<Input> inputs;
+  FolderReader folders(recursive, ignored);
   for (std::string const& name : names) {
     std::error_code error;
     if (name != kStandardInput && fs::is_directory(name, error)) {
-      AppendPictures(name, inputs);
+      folders.Append(name, inputs);
     } else {
       inputs.push_back({name, {}});
     }
@@ -104,6 +153,7 @@ std::vector<Input> ListInputs(std::vector<std::string> const& names, Sort sort) 
   auto const by_name = [](Input const& a, Input const& b) { return a.name < b.name; };
   auto const natural = [](Input const& a, Input const& b) { return NaturalLess(a.name, b.name); };
   if (sort == Sort::kName) std::stable_sort(inputs.begin(), inputs.end(), by_name);
+  if (ignored != nullptr) std::sort(ignored->begin(), ignored->end());
   if (sort == Sort::kNatural) std::stable_sort(inputs.begin(), inputs.end(), natural);
   return inputs;
 }

@@ -1,4 +1,4 @@
-// The files that a command line means: names as they are, and what lies in directories.
+// The files that a command line names: those named themselves, and those in directories.
 #ifndef TOOLS_MAKE_INPUT_LIST_H_
 #define TOOLS_MAKE_INPUT_LIST_H_
 
@@ -13,13 +13,16 @@ enum class Sort { kNone, kName, kNatural };
 
 struct Input {
   std::string name;
-  std::string problem;  // of a directory that gives nothing; otherwise empty
+  std::string problem;  // why there is no file to open; otherwise empty
 };
 
-// Replaces each directory by the pictures that lie in it, without those further down: files whose
-// name ends as a picture's does, or whose first bytes are a picture's. Hidden files are left out.
-// Then sorts all of them.
-std::vector<Input> ListInputs(std::vector<std::string> const& names, Sort sort);
+// Replaces each directory by the pictures in it, and with `recursive` by those further down too:
+// files whose name ends as a picture's does, whether or not its format is read here, or whose first
+// bytes are a picture's. Dangling links and files that cannot be read are in the list with their
+// problem. Other files are passed over, and appended to `ignored` unless that is null; hidden ones
+// are left out. Then sorts the list.
+std::vector<Input> ListInputs(std::vector<std::string> const& names, Sort sort,
+                              bool recursive = false, std::vector<std::string>* ignored = nullptr);
 
 // Whether `a` stands before `b` where runs of digits count as numbers and upper case as lower:
 // "Page 2" before "page 10".

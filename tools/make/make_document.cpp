@@ -13,6 +13,10 @@ namespace {
 
 std::unique_ptr<OutputFile> OpenOutput(MakeOptions const& options, std::string& problem) {
   if (options.pages.output == kStandardOutput) return OutputFile::ForStandardOutput(problem);
+  if (IsOtherFile(options.pages.output)) {
+    problem = "exists already, and is no PDF document (name the new document before the pictures)";
+    return nullptr;
+  }
   return OutputFile::Open(options.pages.output, options.force, problem);
 }
 

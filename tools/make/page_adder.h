@@ -16,7 +16,9 @@ namespace sorrelin::tool {
 class PageAdder {
  public:
   // The options stay the caller's.
-  explicit PageAdder(PageOptions const& options) : options_(options), progress_(!options.quiet) {}
+  explicit PageAdder(PageOptions const& options) : options_(options), progress_(!options.quiet) {
+    for (std::string const& name : options.ignored) report_.AddIgnored(name);
+  }
 
   // Adds a page for each picture and names the files that have none. False if the document is lost.
   bool AddImages(Document& document);

@@ -5,6 +5,8 @@
 #include <sorrelin/platform/memory.h>
 
 #include <algorithm>
+#include <array>
+#include <cmath>
 #include <limits>
 #include <utility>
 
@@ -15,6 +17,7 @@ namespace sorrelin::tool {
 namespace {
 
 constexpr double kPointsPerInch = 72;
+constexpr double kRounding = 0.5;  // points; sizes of pages are whole
 constexpr size_t kGreyTones = 256;
 // Flate is tried where an estimate from some rows is below this share of what Group 4 took.
 constexpr double kWorthTrying = 1.25;
@@ -81,6 +84,11 @@ std::string ObjectionTo(Compression compression, Pix* pix) {
 
 // Puts the resolution of the page into its record, and where it comes from.
 void SetResolution(Resolution own, PageStyle const& style, PageRecord& record) {
+  // Writers that know none store this.
+  if (own == Resolution{1, 1}) {
+    own = {};
+    if (!style.dpi) record.changes.Add(Change::kUnitDensity);
+  }
   Resolution dpi = style.dpi.value_or(own);
   if (dpi.x == 0) dpi.x = dpi.y;
   if (dpi.y == 0) dpi.y = dpi.x;
@@ -130,6 +138,13 @@ ImageForm FormOf(Samples const& samples, bool predicted) {
   form.palette = samples.palette;
   form.predicted = predicted;
   return form;
+}
+
+// The orientation, as in EXIF, of a picture that is turned clockwise after its own is heeded.
+int Turned(int orientation, int degrees) {
+  constexpr std::array<int, 9> kQuarterTurned = {0, 6, 7, 8, 5, 2, 3, 4, 1};
+  for (; degrees > 0; degrees -= 90) orientation = kQuarterTurned[static_cast<size_t>(orientation)];
+  return orientation;
 }
 
 std::nullptr_t Refuse(std::string& problem, std::string reason) {
@@ -356,6 +371,7 @@ void PageCoder::SetStream(std::vector<BYTE> stream, CodedPage& coded) {
 // Size and resolution of the page; false if it would be too small to be one.
 bool PageCoder::Place(Shape shape, CodedPage& coded, std::string& problem) {
   EncodedPage& page = coded.page_;
+  shape.orientation = Turned(shape.orientation, style_.rotate);
   page.width = shape.width;
   page.height = shape.height;
   bool const lies = LiesOnItsSide(shape.orientation);
@@ -366,16 +382,30 @@ bool PageCoder::Place(Shape shape, CodedPage& coded, std::string& problem) {
   Resolution const dpi = coded.record_.dpi;
   page.dpi = {lies ? dpi.y : dpi.x, lies ? dpi.x : dpi.y};
   POINT const points = bitmap_coder_.PageSize(shape.width, shape.height, dpi);
+  double const own_width = shape.width * kPointsPerInch / dpi.x;
+  double const own_height = shape.height * kPointsPerInch / dpi.y;
   if (style_.paper) {
-    page.placement = PlaceOn(*style_.paper, style_.fit, shape.width * kPointsPerInch / dpi.x,
-                             shape.height * kPointsPerInch / dpi.y);
+    page.placement = PlaceOn(*style_.paper, style_.fit, style_.border, own_width, own_height);
+  } else if (style_.border > 0) {
+    page.placement = PlaceWithBorder(style_.border, own_width, own_height);
   } else if (shape.orientation != 1) {
     page.placement = FillingPage(points);
   }
   if (page.placement) page.placement->orientation = shape.orientation;
+  if (!style_.paper && !FitsAPage(own_width, own_height, dpi, problem)) return false;
   if (style_.paper || (points.x > 0 && points.y > 0)) return true;
   problem = "would be a page of less than half a point at " + std::to_string(dpi.x) + " by " +
             std::to_string(dpi.y) + " dots per inch (--dpi)";
+  return false;
+}
+
+// Whether the picture and its border are no larger than pages can be.
+bool PageCoder::FitsAPage(double width, double height, Resolution dpi, std::string& problem) const {
+  if (std::max(width, height) + 2 * style_.border <= kMostPoints + kRounding) return true;
+  problem = "would be a page of " + std::to_string(std::llround(width)) + " by " +
+            std::to_string(std::llround(height)) + " points at " + std::to_string(dpi.x) + " by " +
+            std::to_string(dpi.y) +
+            " dots per inch, and pages end at 14400 (more --dpi, or --page a4)";
   return false;
 }
 

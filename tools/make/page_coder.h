@@ -86,6 +86,7 @@ class PageCoder {
   void SetBitmapForm(int depth, Compression compression, ProfileBytes profile, CodedPage& coded);
   void SetForm(ImageForm form, ProfileBytes profile, CodedPage& coded);
   void SetStream(std::vector<BYTE> stream, CodedPage& coded);
+  bool FitsAPage(double width, double height, Resolution dpi, std::string& problem) const;
 
   PageStyle const& style_;
   BitmapCoder bitmap_coder_;

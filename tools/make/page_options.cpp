@@ -35,9 +35,24 @@ Resolution ParseDpi(std::string const& option, std::string const& text) {
 
 Paper ParsePage(std::string const& text) {
   if (auto const paper = ParsePaper(text)) return *paper;
-  throw UsageError("--page",
-                   "takes a3, a4, a5, a6, letter, legal, tabloid, or a size of 3 to 14400 "
-                   "points such as 210x297mm, 21x29.7cm, 8.5x11in or 595x842pt");
+  throw UsageError(
+      "--page",
+      "takes a3, a4 or any other from a0 to b10, letter, legal, executive, tabloid, or a "
+      "size of 3 to 14400 points such as 210x297mm, 21cmx29.7cm, 8.5x11in or 595x842pt");
+}
+
+double ParseBorder(std::string const& text) {
+  if (auto const border = ParseLength(text)) return *border;
+  throw UsageError("--border",
+                   "takes a length of up to 7200 points such as 10mm, 1cm, 0.5in or 36pt");
+}
+
+int ParseRotation(std::string const& text) {
+  if (text == "auto") return 0;
+  if (text == "90") return 90;
+  if (text == "180") return 180;
+  if (text == "270") return 270;
+  throw UsageError("--rotate", "takes auto, 90, 180 or 270, not " + text);
 }
 
 Fit ParseFit(std::string const& text) {
@@ -89,6 +104,10 @@ void AddPageStyle(Verb& verb, PageOptions& options) {
   verb.Option("--fit", "KIND", "within, shrink, fill or stretch, with --page",
               [&style](std::string const& text) { style.fit = ParseFit(text); });
   verb.Needs("--fit", "--page");
+  verb.Option("--border", "LENGTH", "Space around the picture: 10mm, 0.5in, ...",
+              [&style](std::string const& text) { style.border = ParseBorder(text); });
+  verb.Option("--rotate", "DEGREES", "auto, or 90, 180 or 270 further clockwise",
+              [&style](std::string const& text) { style.rotate = ParseRotation(text); });
   verb.Option("--compression", "KIND", "auto, g4, flate, runlength, jpeg or none",
               [&style](std::string const& text) { style.compression = ParseCompression(text); });
   verb.Number("--quality", style.quality, 1, kMaxQuality, "Of JPEG coding, from 1 to 100 (75)");
@@ -101,6 +120,7 @@ void AddPageStyle(Verb& verb, PageOptions& options) {
 
 void AddRun(Verb& verb, PageOptions& options) {
   options.jobs = UsualJobs();
+  verb.Flag("--recursive", options.recursive, "Take the pictures of directories further down too");
   verb.Option("--sort", "KIND", "natural, name or none: the order of the files",
               [&options](std::string const& text) { options.sort = ParseSort(text); });
   AddJobs(verb, options.jobs);
@@ -109,14 +129,29 @@ void AddRun(Verb& verb, PageOptions& options) {
   verb.Flag("--quiet", options.quiet, "Print problems only: no progress bar, no changes");
 }
 
+namespace {
+
+void CheckBorder(PageStyle const& style) {
+  if (style.border == 0 || !style.paper) return;
+  if (style.fit == Fit::kFill) {
+    throw UsageError("--border", "a picture that fills the page has none: leave --fit fill out");
+  }
+  if (2 * style.border > std::min(style.paper->width, style.paper->height) - 1) {
+    throw UsageError("--border", "leaves nothing of the page for the picture");
+  }
+}
+
+}  // namespace
+
 void ListFiles(PageOptions& options, std::string const& name) {
+  CheckBorder(options.style);
   auto const& images = options.images;
   if (std::count(images.begin(), images.end(), kStandardInput) > 1) {
     throw UsageError("IMAGE", "- stands more than once, and standard input is one file");
   }
   if (options.output.empty()) throw UsageError(name, "the name is empty");
   if (!Utf16(options.output)) throw UsageError(name, "the name is not valid UTF-8");
-  options.inputs = ListInputs(images, options.sort);
+  options.inputs = ListInputs(images, options.sort, options.recursive, &options.ignored);
   std::error_code error;
   if (!std::filesystem::exists(options.output, error)) return;
   for (Input const& input : options.inputs) {

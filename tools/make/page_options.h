@@ -20,7 +20,9 @@ struct PageOptions {
   std::string output;
   std::vector<std::string> images;  // as they are typed
   Sort sort = Sort::kNone;
-  std::vector<Input> inputs;  // the files that they stand for, in order
+  bool recursive = false;            // directories stand for what is further down too
+  std::vector<Input> inputs;         // the files that they stand for, in order
+  std::vector<std::string> ignored;  // files of directories that are no pictures
   PageStyle style;
   OcrOptions ocr;
   int jobs = 1;
@@ -35,7 +37,7 @@ void AddFiles(Verb& verb, PageOptions& options, std::string const& name, std::st
 // Adds how pages are made: resolution, size, compression.
 void AddPageStyle(Verb& verb, PageOptions& options);
 
-// Adds how the run goes: --sort, --jobs, --json, --verbose, --quiet.
+// Adds how the run goes: --recursive, --sort, --jobs, --json, --verbose, --quiet.
 void AddRun(Verb& verb, PageOptions& options);
 
 // Adds --jobs, for verbs with work for several processors.
@@ -49,8 +51,8 @@ void ListFiles(PageOptions& options, std::string const& name);
 inline constexpr char kPicturesHelp[] =
     R"(Every file that holds a picture will do: BMP, GIF, JPEG, JPEG 2000, PNG, PNM,
 TIFF with any number of pages, WebP. A directory stands for the pictures in it,
-by name. - is standard input. Pages keep the resolution of their picture;
-without one it is 96 dots per inch.
+by name, and with --recursive for those further down too. - is standard input.
+Pages keep the resolution of their picture; without one it is 96 dots per inch.
 
 The order is that of the command line unless --sort says otherwise: "name" goes
 by bytes, and in "natural" page2 comes before page10. Any number of --jobs makes

@@ -25,6 +25,8 @@ struct PageStyle {
   std::optional<Paper> paper;  // otherwise each page is as large as its picture
   Fit fit = Fit::kWithin;
   ScanStyle scan;
+  double border = 0;  // points around the picture
+  int rotate = 0;     // degrees clockwise, beyond what the file asks for: 0, 90, 180 or 270
 };
 
 }  // namespace sorrelin::tool

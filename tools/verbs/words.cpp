@@ -93,8 +93,12 @@ class Words {
     }
     std::fputs(TailOf(options_.form), stdout);
     if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) {
-      Report("standard output",
-             "cannot be written: " + std::generic_category().message(errno) + kRoomRemedy);
+      failed_ = true;
+      // A reader that has gone has had enough.
+      if (errno != EPIPE) {
+        Report("standard output",
+               "cannot be written: " + std::generic_category().message(errno) + kRoomRemedy);
+      }
     }
     return failed_ ? kExitFailure : kExitSuccess;
   }

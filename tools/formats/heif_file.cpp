@@ -1,0 +1,112 @@
+// HEIC and AVIF through the module that is loaded for them. A file starts with a box: its length of
+// 4 bytes, "ftyp", and the brand (ISO/IEC 14496-12, 4.3).
+#include "tools/formats/heif_file.h"
+
+#include <sorrelin/platform/module.h>
+
+#include <algorithm>
+#include <cstring>
+#include <string_view>
+#include <utility>
+
+#include "tools/formats/heif_module.h"
+
+namespace sorrelin::tool {
+namespace {
+
+constexpr char kMissing[] =
+    "is HEIC or AVIF, and libsorrelin-heif.so is not there to read it (install sorrelin-heif, or "
+    "convert the file to JPEG)";
+constexpr char kDamaged[] = "is a damaged HEIC or AVIF file (save it again)";
+
+// The module, loaded once and kept.
+struct Module {
+  SorrelinHeifCountFunction* count = nullptr;
+  SorrelinHeifDecodeFunction* decode = nullptr;
+  SorrelinHeifFreeFunction* free = nullptr;
+
+  bool IsWhole() const { return count != nullptr && decode != nullptr && free != nullptr; }
+};
+
+template <typename Function>
+Function* Find(HMODULE library, char const* name) {
+  return reinterpret_cast<Function*>(GetProcAddress(library, name));
+}
+
+Module const& LoadedModule() {
+  static Module const module = [] {
+    HMODULE const library = LoadLibraryW(u"libsorrelin-heif.so");
+    if (library == nullptr) return Module{};
+    return Module{Find<SorrelinHeifCountFunction>(library, "SorrelinHeifCount"),
+                  Find<SorrelinHeifDecodeFunction>(library, "SorrelinHeifDecode"),
+                  Find<SorrelinHeifFreeFunction>(library, "SorrelinHeifFree")};
+  }();
+  return module;
+}
+
+PixPtr PixOf(SorrelinHeifPicture const& picture) {
+  PixPtr pix(pixCreate(picture.width, picture.height, 32));
+  for (int y = 0; pix != nullptr && y < picture.height; ++y) {
+    uint8_t const* pixel = picture.rows + static_cast<size_t>(y) * picture.row_bytes;
+    l_uint32* const line = pixGetData(pix.get()) + static_cast<ptrdiff_t>(y) * pixGetWpl(pix.get());
+    for (int x = 0; x < picture.width; ++x, pixel += 4) {
+      composeRGBPixel(pixel[0], pixel[1], pixel[2], line + x);
+      line[x] |= l_uint32{pixel[3]} << L_ALPHA_SHIFT;
+    }
+  }
+  return pix;
+}
+
+class HeifSource : public ImageSource {
+ public:
+  HeifSource(std::vector<BYTE> bytes, int pages) : bytes_(std::move(bytes)), pages_(pages) {}
+
+  int PageCount() const override { return pages_; }
+  std::optional<StoredImage> Stored(int) override { return std::nullopt; }
+
+  std::optional<Picture> Decode(int page, std::string& problem) override {
+    SorrelinHeifPicture decoded{};
+    char reason[200] = "its coded data cannot be decoded";
+    if (LoadedModule().decode(bytes_.data(), bytes_.size(), page, &decoded, reason,
+                              sizeof reason) != 0) {
+      problem = DamageText(reason);
+      return std::nullopt;
+    }
+    Picture picture;
+    picture.pix = PixOf(decoded);
+    LoadedModule().free(&decoded);
+    problem = kMemoryText;
+    if (picture.pix == nullptr) return std::nullopt;
+    if (decoded.has_alpha != 0) {
+      pixSetSpp(picture.pix.get(), 4);
+      BlendOnWhite(picture.pix.get(), decoded.premultiplied != 0);
+      picture.changes.Add(Change::kTransparency);
+    }
+    if (decoded.bits > 8) picture.changes.Add(Change::kDepth);
+    if (decoded.has_profile != 0) picture.changes.Add(Change::kProfile);
+    return picture;
+  }
+
+ private:
+  std::vector<BYTE> bytes_;
+  int pages_;
+};
+
+}  // namespace
+
+bool IsHeif(std::span<BYTE const> start) {
+  constexpr std::string_view kBrands[] = {"avif", "avis", "heic", "heim", "heis",
+                                          "heix", "hevc", "hevx", "mif1", "msf1"};
+  if (start.size() < kFormatBytes || std::memcmp(start.data() + 4, "ftyp", 4) != 0) return false;
+  std::string_view const brand(reinterpret_cast<char const*>(start.data()) + 8, 4);
+  return std::find(std::begin(kBrands), std::end(kBrands), brand) != std::end(kBrands);
+}
+
+std::unique_ptr<ImageSource> OpenHeif(std::vector<BYTE> bytes, std::string& problem) {
+  if (!LoadedModule().IsWhole()) return problem = kMissing, nullptr;
+  int const pages = LoadedModule().count(bytes.data(), bytes.size());
+  if (pages < 1) return problem = kDamaged, nullptr;
+  return std::make_unique<HeifSource>(std::move(bytes), pages);
+}
+
+}  // namespace sorrelin::tool
