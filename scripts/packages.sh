@@ -7,15 +7,15 @@ set -euo pipefail
 packages=(
   cmake g++ make pkg-config
   zlib1g-dev libtiff-dev libjpeg62-turbo-dev libturbojpeg0-dev libpng-dev libutfcpp-dev
-  libdeflate-dev liblcms2-dev libopenjp2-7-dev libqpdf-dev libwebp-dev librapidxml-dev
-  libleptonica-dev libcli11-dev)
-optional=(libtesseract-dev libheif-dev libjbig2dec0-dev)
+  libdeflate-dev liblcms2-dev libqpdf-dev libwebp-dev librapidxml-dev libleptonica-dev
+  libcli11-dev)
+optional=(libtesseract-dev libopenjp2-7-dev libjbig2dec0-dev libheif-dev)
 viewers=(ghostscript graphicsmagick mupdf-tools poppler-utils)
 packaging=(build-essential debhelper dh-python doxygen lintian mmdebstrap python3)
 fuzzing=(ninja-build clang libclang-rt-14-dev)
 witnesses=(ninja-build ccache libgtest-dev libgmock-dev libbenchmark-dev qpdf
-  img2pdf imagemagick jbig2dec libheif-examples libjpeg-turbo-progs libopenjp2-tools netpbm
-  ocrmypdf sane-utils webp libtiff-tools tesseract-ocr-eng tesseract-ocr-heb tesseract-ocr-osd
+  img2pdf imagemagick jbig2dec libheif-examples libjpeg-turbo-progs libopenjp2-tools netpbm ocrmypdf sane-utils
+  libtiff-tools webp tesseract-ocr-eng tesseract-ocr-heb tesseract-ocr-osd
   doxygen python3 python3-numpy python3-pil mypy man-db mandoc zsh fish tmux clang-format abigail-tools)
 
 case "${1:-}" in
