@@ -204,7 +204,8 @@ TEST_F(MakeFailures, ForceReplacesDocumentsOnly) {
   for (std::string const option : {"--force", "--quiet"}) {
     ProgramResult const result = Make({Path("a.png"), Path("b.png"), option});
     EXPECT_EQ(result.exit_code, 1);
-    EXPECT_THAT(result.err, HasSubstr(Line(Path("a.png")) + "exists already, and is no PDF document"));
+    EXPECT_THAT(result.err,
+                HasSubstr(Line(Path("a.png")) + "exists already, and is no PDF document"));
     EXPECT_EQ(ReadAll(Path("a.png")), before);
   }
   WriteAll(Out(), {});

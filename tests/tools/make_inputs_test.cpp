@@ -110,7 +110,9 @@ TEST_F(MakeInputs, DamagedPictureOfAStreamIsNamedByItsNumberAndKeptOnlyIfAsked) 
   std::vector<BYTE> const input(stream.begin(), stream.end());
   ProgramResult const result = Make({Out(), "-", "--dpi", "72"}, input);
   EXPECT_EQ(result.exit_code, 1);
-  EXPECT_THAT(result.err, HasSubstr("standard input: page 2: cannot be decoded whole, it is damaged: the data end"));
+  EXPECT_THAT(
+      result.err,
+      HasSubstr("standard input: page 2: cannot be decoded whole, it is damaged: the data end"));
   EXPECT_THAT(Widths(), ElementsAre(100));
   ProgramResult const kept = Make({Out(), "-", "--dpi", "72", "--force", "--keep-damaged"}, input);
   EXPECT_EQ(kept.exit_code, 1);
