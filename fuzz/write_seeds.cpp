@@ -1,4 +1,5 @@
 // Writes the seeds of the fuzz targets, a folder for each: write_seeds FOLDER
+#include <sorrelin/image/codecs/sibling_names.h>
 #include <tests/siblings/rennick_support.h>
 #include <tests/support/pdf_builder.h>
 #include <tests/support/temp_dir.h>

@@ -26,7 +26,7 @@ MAY_INCLUDE = {
                        "sorrelin/platform"},
     "siblings": {"sorrelin/image/codecs/sibling.h", "sorrelin/platform"},
     "tools/cli": {"sorrelin"},
-    "tools/formats": {"tools/cli", "sorrelin"},
+    "tools/formats": {"tools/cli", "sorrelin", "siblings/cadwick"},
     "tools/documents": {"tools/formats", "tools/cli", "sorrelin"},
     "tools/ocr": {"tools/extract", "tools/documents", "tools/formats", "tools/cli", "sorrelin",
                   "siblings"},
