@@ -5,6 +5,7 @@ A file depends on the files that it includes, and a source on those whose functi
 object refers to.
 """
 import pathlib
+import posixpath
 import re
 import subprocess
 import sys
@@ -14,7 +15,7 @@ DEFINED = set("TDBR")  # strong symbols; weak ones are copies of what headers de
 
 
 def source_of(path: str) -> str:
-    return "sorrelin/" + path.split(".dir/")[1].removesuffix(".o")
+    return posixpath.normpath("sorrelin/" + path.split(".dir/")[1].removesuffix(".o"))
 
 
 def symbols_of(nm: str, path: str) -> tuple[set[str], set[str]]:
