@@ -126,13 +126,6 @@ constexpr Row kGhostscript[] = {
      kIsRight, true, 2},
     {"PageInBands", "colour.png", IMG2PDF " && " GS "pclm -r72 -o out.pdf a.pdf", Right(24),
      kIsRight, true},
-    {"PageInGreyBands", "grey.png", IMG2PDF " && " GS "pclm8 -r72 -o out.pdf a.pdf", Right(8),
-     kIsRight, true},
-    {"Group3", "bits.png",
-     IMG2PDF " && " GS_FLATE " && " GS "pdfwrite -dMaxInlineImageSize=0 -dEncodeMonoImages=true "
-             "-c '<< /MonoImageFilter /CCITTFaxEncode /MonoImageDict << /K 0 >> >> "
-             "setdistillerparams' -f out.pdf -o b.pdf && mv b.pdf out.pdf",
-     Right(1), kIsRight},
 };
 
 #define OBJECT_STREAMS IMG2PDF " && qpdf --object-streams=generate a.pdf out.pdf"

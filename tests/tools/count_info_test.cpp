@@ -122,7 +122,7 @@ TEST_F(CountAndInfo, EncryptedDocumentIsReadWithTheEmptyPassword) {
               Path("e.pdf")});
   ProgramResult const text = Run({"info", Path("e.pdf")});
   EXPECT_THAT(text.out, ::testing::StartsWith("Pages:       2\nEncrypted:   yes\nTitle:       K"));
-  EXPECT_THAT(text.out, HasSubstr("72x36      1  g4           144x144"));
+  EXPECT_THAT(text.out, HasSubstr("72x36      1  flate        144x144"));
   EXPECT_THAT(Run({"info", "--json", Path("e.pdf")}).out, HasSubstr("\"encrypted\": true"));
   EXPECT_EQ(Run({"count", Path("e.pdf")}).out, "2\n");
 }

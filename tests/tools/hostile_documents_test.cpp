@@ -85,6 +85,24 @@ class HostileDocuments : public ReadTest {
   }
 };
 
+// Comes first, since the peak is that of all programs before. Rows that are all alike take a bit
+// each, so that a little data fills a large page.
+TEST_F(HostileDocuments, LargeGroup4PageIsReadInStrips) {
+  std::string const rows(60'000 / 8, '\xFF');
+  WriteDocument("in.pdf", OnePage{.image = "/Subtype/Image /Width 60000 /Height 60000 "
+                                           "/BitsPerComponent 1 /ColorSpace /DeviceGray "
+                                           "/Filter /CCITTFaxDecode /DecodeParms <</K -1 "
+                                           "/Columns 60000>>",
+                                  .data = rows + std::string("\x00\x10\x01", 3)}
+                              .Build());
+  for (char const* const name : {"x.tif", "x.png"}) {
+    EXPECT_EQ(Run({"extract", Path("in.pdf"), "--output", Path(name)}).exit_code, 0);
+  }
+  EXPECT_EQ(Run({"extract", Path("in.pdf"), "--output", Path("k"), "--format", "keep"}).exit_code,
+            0);
+  EXPECT_LT(PeakKilobytes(), 200 * 1024);
+}
+
 TEST_F(HostileDocuments, PictureThatInflatesBeyondItsSizeIsNamed) {
   Outcome const outcome =
       ReadBuilt(OnePage{.image = kGrey + " /Filter /FlateDecode", .data = Bomb('x')}.Build());
@@ -192,9 +210,7 @@ TEST_F(HostileDocuments, RunsOf100DigitsAreNamedAndTheNextDocumentIsRead) {
     if (place == 3) pdf.Object(2, "<</Type/Pages /Kids [" + run + " 0 R ] /Count 1 >>");
     if (place == 4) pdf.Stream(4, kGrey, "abcd", run);
     if (place == 5) pdf.Stream(4, "/Subtype/Image /Width " + run, "abcd");
-    std::filesystem::remove(Path("x1.png"));
-    // A length that is wrong is mended.
-    EXPECT_EQ(ReadBuilt(pdf).extracted, place == 4) << place;
+    EXPECT_FALSE(ReadBuilt(pdf).extracted) << place;
   }
 }
 
@@ -233,13 +249,12 @@ TEST_F(HostileDocuments, CutDocumentsAreNamed) {
   }
 }
 
-// A trailer that cannot be read is searched for; what it says of encryption counts.
-TEST_F(HostileDocuments, EncryptionIsNoticedAlsoInADamagedTrailer) {
+// What such a trailer says of encryption cannot be known.
+TEST_F(HostileDocuments, DocumentWithATrailerThatIsNoneIsNotRead) {
   for (std::string const key : {"", " /Encrypt 9 0 R"}) {
     WriteDocument("in.pdf", OnePage{.image = kGrey, .data = "abcd"}.Build(),
                   {.keys = "/Root 1 0 R" + key + " /ID [<zz>)"});
-    EXPECT_EQ(ReadBy("in.pdf").extracted, key.empty());
-    std::filesystem::remove(Path("x1.png"));
+    EXPECT_FALSE(ReadBy("in.pdf").extracted);
   }
 }
 
@@ -256,23 +271,6 @@ TEST_F(HostileDocuments, EncryptedDocumentsOfEveryFormAreRead) {
       std::filesystem::remove(Path("in.pdf"));
     }
   }
-}
-
-// Rows that are all alike take a bit each, so that a little data fills a large page.
-TEST_F(HostileDocuments, LargeGroup4PageIsReadInStrips) {
-  std::string const rows(60'000 / 8, '\xFF');
-  WriteDocument("in.pdf", OnePage{.image = "/Subtype/Image /Width 60000 /Height 60000 "
-                                           "/BitsPerComponent 1 /ColorSpace /DeviceGray "
-                                           "/Filter /CCITTFaxDecode /DecodeParms <</K -1 "
-                                           "/Columns 60000>>",
-                                  .data = rows + std::string("\x00\x10\x01", 3)}
-                              .Build());
-  for (char const* const name : {"x.tif", "x.png"}) {
-    EXPECT_EQ(Run({"extract", Path("in.pdf"), "--output", Path(name)}).exit_code, 0);
-  }
-  EXPECT_EQ(Run({"extract", Path("in.pdf"), "--output", Path("k"), "--format", "keep"}).exit_code,
-            0);
-  EXPECT_LT(PeakKilobytes(), 200 * 1024);
 }
 
 }  // namespace

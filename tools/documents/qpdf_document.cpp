@@ -110,7 +110,9 @@ void QpdfDocument::BoundObjectStreams() {
 void QpdfDocument::Prepare() {
   static std::once_flag registered;
   std::call_once(registered, RegisterStreamFilters);
-  SetObjectStreamBound(most_work_);
+  // Libqpdf holds what an object stream inflates to several times over.
+  constexpr uint64_t kShare = 4;
+  SetObjectStreamBound(most_work_ / kShare);
   qpdf_.setLogger(SilentLogger());
   qpdf_.setSuppressWarnings(true);
 }

@@ -64,7 +64,7 @@ class JpegRows {
 };
 
 // The filter's own word on the colours, where the file has no Adobe marker (ISO 32000-1, table 13).
-void SetColours(jpeg_decompress_struct& info, int transform) {
+void SetColours(jpeg_decompress_struct& info, int transform, size_t components) {
   bool const told = transform != -1 && info.saw_Adobe_marker == FALSE;
   if (info.num_components == 3) {
     if (told) info.jpeg_color_space = transform == 0 ? JCS_RGB : JCS_YCbCr;
@@ -73,8 +73,13 @@ void SetColours(jpeg_decompress_struct& info, int transform) {
     if (told) info.jpeg_color_space = transform == 0 ? JCS_CMYK : JCS_YCCK;
     info.out_color_space = JCS_CMYK;
   } else {
-    info.out_color_space = info.jpeg_color_space;
+    info.out_color_space = components == 3 ? JCS_RGB : info.jpeg_color_space;
   }
+}
+
+// Kept: grey data in a space of colours are grey; scanning programs write such pages.
+bool IsGreyInColours(size_t components, PictureShape const& shape) {
+  return components == 1 && shape.space->family() == SpaceFamily::kRgb;
 }
 
 std::string ShapeProblem(jpeg_decompress_struct const& info, PictureShape const& shape) {
@@ -82,7 +87,7 @@ std::string ShapeProblem(jpeg_decompress_struct const& info, PictureShape const&
     return "its JPEG data are of another size than the picture";
   }
   size_t const components = static_cast<size_t>(info.num_components);
-  if (components == shape.Components()) return "";
+  if (components == shape.Components() || IsGreyInColours(components, shape)) return "";
   return "its JPEG data are of " + std::to_string(components) +
          " components, and its colour space of " + std::to_string(shape.Components());
 }
@@ -100,7 +105,7 @@ bool DecodeJpegSamples(PictureShape const& shape, std::span<BYTE const> data, Sa
   if (JpegEnd(data) == 0) return false;
   problem = std::string("its data cannot be decoded: they are damaged");
   jpeg_decompress_struct& info = reader.info();
-  SetColours(info, shape.colour_transform);
+  SetColours(info, shape.colour_transform, shape.Components());
   std::vector<BYTE> row(shape.RowBytes());
   if (!reader.Try([&] { jpeg_start_decompress(&info); })) return false;
   while (info.output_scanline < info.output_height) {

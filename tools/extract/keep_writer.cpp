@@ -123,7 +123,8 @@ class Keeper {
     } else if (static_cast<DWORD>(facts->width) != shape_.width ||
                static_cast<DWORD>(facts->height) != shape_.height) {
       problem_ = "its JPEG data are of another size than the picture";
-    } else if (static_cast<size_t>(facts->components) != shape_.Components()) {
+    } else if (static_cast<size_t>(facts->components) != shape_.Components() &&
+               !(facts->components == 1 && shape_.space->family() == SpaceFamily::kRgb)) {
       problem_ = "its JPEG data are of " + std::to_string(facts->components) +
                  " components, and its colour space of " + std::to_string(shape_.Components());
     } else if (end == 0) {
