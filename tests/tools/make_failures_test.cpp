@@ -433,7 +433,8 @@ class MakeProgress : public MakeFailures {
     WriteGood("a.png");
     Pipe pipe;
     Terminal terminal;
-    std::vector<std::string> arguments = {SORRELIN_TOOL, "make", Out(), "-", Path("a.png")};
+    std::vector<std::string> arguments = {SORRELIN_TOOL, "make",  Out(), "-",
+                                          Path("a.png"), "--dpi", "72"};
     arguments.insert(arguments.end(), options.begin(), options.end());
     RunningProgram program(arguments, {}, pipe.reading(), terminal.slave());
     std::this_thread::sleep_for(wait);

@@ -24,7 +24,7 @@ bool ParseOrientation(std::string const& text) {
 
 void AddOcr(Verb& verb, OcrOptions& options) {
   verb.Option(
-      "--ocr", "LANG", "Lay invisible text in this language on the new pages",
+      "--ocr", "LANG", "Lay invisible text in this language on pages",
       [&options](std::string const& text) { options.languages = ParseLanguages("--ocr", text); });
 }
 
@@ -36,10 +36,9 @@ void AddLanguage(Verb& verb, std::string& languages) {
 }
 
 void AddRecognition(Verb& verb, OcrOptions& options) {
-  verb.Option("--orientation", "KIND", "auto turns pages by their text; keep (usual) does not",
+  verb.Option("--orientation", "KIND", "auto turns pages by their text, keep does not",
               [&options](std::string const& text) { options.turn = ParseOrientation(text); });
-  verb.Number("--timeout", options.timeout, 0, kMaxTimeout,
-              "Seconds for the text of a page, 0 without end (300)");
+  verb.Number("--timeout", options.timeout, 0, kMaxTimeout, "Seconds for a page, 0: no end (300)");
 }
 
 void AddSegmentation(Verb& verb, int& segmentation) {
