@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <stdexcept>
 
+#include <sorrelin/image/codecs/sibling_names.h>
 #include "fuzz/fuzz_session.h"
 
 namespace {

@@ -108,7 +108,10 @@ int CCreatePDF::CreatePDFFileInMemory(int64_t pAppendTo, DWORD nSize) {
 int CCreatePDF::WriteXref() {
   return Door(m_pState, [](SessionState& state) {
     ObjectWriter out = state.Document().Writer();
-    return state.Report(WriteCrossReference(out, state.m_Facts)) ? 1 : 0;
+    return state.Report(
+               WriteCrossReference(out, state.m_Facts, sorrelin::EntryRoom(state.m_Output)))
+               ? 1
+               : 0;
   });
 }
 
@@ -144,7 +147,10 @@ int CCreatePDF::CreatePagesRootObjectForAppend() {
 
 int CCreatePDF::WriteXrefForAppend() {
   return Door(m_pState, [](SessionState& state) {
-    return state.Report(WriteUpdatedCrossReference(state.Document())) ? 1 : 0;
+    return state.Report(
+               WriteUpdatedCrossReference(state.Document(), sorrelin::EntryRoom(state.m_Output)))
+               ? 1
+               : 0;
   });
 }
 

@@ -9,14 +9,17 @@ namespace sorrelin {
 namespace {
 
 constexpr size_t kMostEntryBytes = 32;  // numbers with a sign and eleven digits, and CR LF
+constexpr size_t kRowsOfTheEnd = 4;     // row 0, and those that the end itself takes
 
 }  // namespace
 
-CrossReference::CrossReference(ObjectWriter& out) : out_(out) {
-  size_t const rows = std::min(out.output().NextObject(), ObjectTable::kRows);
-  entries_.reserve(rows * kMostEntryBytes);
-  table_ = out.Reserve();
+EntryRoom::EntryRoom(Output const& output) {
+  size_t const rows = std::min(output.current_object, ObjectTable::kRows) + kRowsOfTheEnd;
+  text_.reserve(rows * kMostEntryBytes);
 }
+
+CrossReference::CrossReference(ObjectWriter& out, EntryRoom room)
+    : out_(out), entries_(room.Take()), table_(out.Reserve()) {}
 
 void CrossReference::WriteNewEntries() {
   BeginEntries();
@@ -67,8 +70,8 @@ void CrossReference::EndTrailer() {
   out_.Line("%%EOF");
 }
 
-Status WriteCrossReference(ObjectWriter& out, DocumentFacts const& facts) {
-  CrossReference section(out);
+Status WriteCrossReference(ObjectWriter& out, DocumentFacts const& facts, EntryRoom room) {
+  CrossReference section(out, std::move(room));
   section.WriteNewEntries();
   section.BeginTrailer(facts);
   // Kept: the Info object is object 1 of every new document.

@@ -7,15 +7,26 @@
 #include <sorrelin/writer/object_writer.h>
 
 #include <string>
+#include <utility>
 
 namespace sorrelin {
+
+// Memory for the entries of a document that is about to end. Taken before its last objects are
+// written, so that nothing is written where it is short.
+class EntryRoom {
+ public:
+  explicit EntryRoom(Output const& output);
+  std::string Take() { return std::move(text_); }
+
+ private:
+  std::string text_;
+};
 
 // The section of a document under way: takes the number of the table's own row, which holds its
 // offset and gets no entry, and writes what precedes the trailer and what follows it.
 class CrossReference {
  public:
-  // Has memory for all entries from the start, so that nothing is written where it is short.
-  explicit CrossReference(ObjectWriter& out);
+  CrossReference(ObjectWriter& out, EntryRoom room);
 
   // "xref", the section's first line, and an entry for each object; of a new document object 0 is
   // free with generation 65535.
@@ -37,7 +48,7 @@ class CrossReference {
 };
 
 // The section and the trailer of a new document.
-Status WriteCrossReference(ObjectWriter& out, DocumentFacts const& facts);
+Status WriteCrossReference(ObjectWriter& out, DocumentFacts const& facts, EntryRoom room);
 
 }  // namespace sorrelin
 

@@ -4,6 +4,8 @@
 #include <sorrelin/writer/skeleton.h>
 #include <sorrelin/writer/update.h>
 
+#include <utility>
+
 namespace sorrelin {
 
 namespace {
@@ -19,19 +21,20 @@ Status WriteCatalogOf(Draft const& draft) {
   return WriteCatalog(out, draft.facts, draft.facts.pages_root, draft.facts.outlines).status();
 }
 
-Status WriteTable(Draft const& draft) {
-  if (draft.update.active != 0) return WriteUpdatedCrossReference(draft);
+Status WriteTable(Draft const& draft, EntryRoom room) {
+  if (draft.update.active != 0) return WriteUpdatedCrossReference(draft, std::move(room));
   ObjectWriter out = draft.Writer();
-  return WriteCrossReference(out, draft.facts);
+  return WriteCrossReference(out, draft.facts, std::move(room));
 }
 
 }  // namespace
 
 Status WriteDocumentEnd(Draft const& draft) {
+  EntryRoom room(draft.output);
   Status const root = WriteRoot(draft);
   if (!root.ok()) return root;
   Status const catalog = WriteCatalogOf(draft).After(root);
-  return catalog.ok() ? WriteTable(draft).After(catalog) : catalog;
+  return catalog.ok() ? WriteTable(draft, std::move(room)).After(catalog) : catalog;
 }
 
 }  // namespace sorrelin

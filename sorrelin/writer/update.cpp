@@ -11,6 +11,7 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace sorrelin {
@@ -98,10 +99,10 @@ Status WriteUpdatedPagesRoot(Draft const& draft) {
 }
 
 // Kept: /ID and /Encrypt go out as the reader cut them from the old trailer.
-Status WriteUpdatedCrossReference(Draft const& draft) {
+Status WriteUpdatedCrossReference(Draft const& draft, EntryRoom room) {
   DocumentFacts const& facts = draft.facts;
   ObjectWriter out = draft.Writer();
-  CrossReference section(out);
+  CrossReference section(out, std::move(room));
   section.WriteUpdatedEntries(draft.update.old_catalog);
   section.BeginTrailer(facts);
   if (facts.info != 0) {

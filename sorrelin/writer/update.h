@@ -4,6 +4,7 @@
 #define SORRELIN_WRITER_UPDATE_H_
 
 #include <sorrelin/platform/status.h>
+#include <sorrelin/writer/cross_reference.h>
 #include <sorrelin/writer/draft.h>
 
 namespace sorrelin {
@@ -17,7 +18,7 @@ Status BeginUpdate(Draft const& draft);
 Status WriteUpdatedPagesRoot(Draft const& draft);
 
 // The table of all objects, old and new, and the trailer.
-Status WriteUpdatedCrossReference(Draft const& draft);
+Status WriteUpdatedCrossReference(Draft const& draft, EntryRoom room);
 
 }  // namespace sorrelin
 

@@ -13,7 +13,7 @@ int main() {
   sorrelin::ObjectWriter out(output, *table);
   bool const written = WriteOutlines(out, facts, 0).value() == 1 &&
                        WriteCatalog(out, facts, 0, 1).value() == 2 &&
-                       WriteCrossReference(out, facts).ok();
+                       WriteCrossReference(out, facts, sorrelin::EntryRoom(output)).ok();
   std::string const text(reinterpret_cast<char*>(output.channel->buffer.pData), output.offset);
   sorrelin::ChannelClose(output.channel);
   delete output.channel;
