@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <optional>
+#include <span>
 #include <vector>
 
 namespace sorrelin::tool {
@@ -90,8 +91,7 @@ class FaxRows {
     return one_dimensional;
   }
 
-  template <typename Table>
-  std::optional<uint32_t> ReadRun(Table const& table, uint32_t code_bits) {
+  std::optional<uint32_t> ReadRun(std::span<RunEntry const> table, uint32_t code_bits) {
     for (uint32_t run = 0;;) {
       RunEntry const entry = table[bits_.Peek(code_bits)];
       if (entry.Length() == 0) return std::nullopt;
