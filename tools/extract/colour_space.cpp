@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <utility>
 
 #include "tools/documents/stream_reader.h"
 #include "tools/extract/pdf_function.h"
@@ -310,9 +311,17 @@ class SpaceReader {
     auto plain = Plain(components);
     if (plain == nullptr) return Refuse("/ICCBased");
     auto const bytes = StreamText(stream, kMaxProfileBytes);
+    if (!bytes || IsKnownAsPlain(*bytes, components)) return plain;
     auto space = std::make_unique<IccSpace>(static_cast<size_t>(components));
-    if (!bytes || !space->ReadProfile(*bytes) || space->IsPlain()) return plain;
-    return space;
+    if (space->ReadProfile(*bytes) && !space->IsPlain()) return space;
+    known_plain_ = {*bytes, components};
+    return plain;
+  }
+
+  // To test a profile takes longer than to copy a picture, and the pages of a document share
+  // theirs.
+  static bool IsKnownAsPlain(std::string const& bytes, int components) {
+    return known_plain_.second == components && known_plain_.first == bytes;
   }
 
   std::unique_ptr<ColourSpace> ReadLab(QPDFObjectHandle keys) {
@@ -354,6 +363,9 @@ class SpaceReader {
     return std::make_unique<TintSpace>(static_cast<size_t>(components), std::move(alternate),
                                        std::move(function));
   }
+
+  // The last profile that changes no colours, with the number of its components.
+  static inline thread_local std::pair<std::string, int> known_plain_;
 
   QPDFObjectHandle resources_;
   std::string& problem_;
