@@ -29,12 +29,18 @@ class AppendTest : public ReadTest {
   // Must succeed and say nothing.
   void AppendTo(std::string const& document, std::vector<std::string> const& names,
                 std::vector<std::string> const& options = {}) const {
+    EXPECT_EQ(WhatAppendSays(document, names, options), "");
+  }
+
+  // Must succeed.
+  std::string WhatAppendSays(std::string const& document, std::vector<std::string> const& names,
+                             std::vector<std::string> const& options = {}) const {
     std::vector<std::string> arguments = {Path(document)};
     for (std::string const& name : names) arguments.push_back(Path(name));
     arguments.insert(arguments.end(), options.begin(), options.end());
     ProgramResult const result = Append(arguments);
     EXPECT_EQ(result.exit_code, 0);
-    EXPECT_EQ(result.out + result.err, "");
+    return result.out + result.err;
   }
 
   // A picture that is another one for each number.

@@ -138,10 +138,16 @@ TEST_P(AppendToProgram, OldPagesStayAndNewOnesAreRight) {
   EXPECT_NE(old[0], old[1]);
   for (int i = 0; i < 2; ++i) {
     WritePage("scan.png", i);
-    AppendTo("out.pdf", {"scan.png"});
+    // Ghostscript's metadata would be lost with the catalog that an added page replaces.
+    EXPECT_EQ(
+        WhatAppendSays("out.pdf", {"scan.png"}),
+        "sorrelin: " + Out() +
+            ": was rewritten for the new pages: it has what an added page would take from its "
+            "catalog\n");
     ExpectSound();
   }
   ExpectPages(3, 2);
+  EXPECT_THAT(RunProgram({"pdfinfo", "-meta", Out()}).out, HasSubstr("Ghostscript"));
   for (int page = 1; page <= 3; ++page) {
     EXPECT_EQ(PageBytes("out.pdf", page), old[static_cast<size_t>(page - 1)]) << page;
   }

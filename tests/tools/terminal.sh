@@ -108,7 +108,7 @@ resize 70
 feed pipe3 $between
 expect "$(bar 70 80)"
 feed pipe4 $between
-ends 0
+ends 0 'sorrelin: resolution assumed: pages 1-5'
 [ -s to/out.pdf ] || fail "there is no document"
 resize 80
 
@@ -136,7 +136,7 @@ expect "$message"
 feed pipe2 $between
 expect "$(printf '%s\n' "$message" "$(bar 80 80)")"
 feed pipe3 $between
-ends 1 "$message"
+ends 1 "$message" 'sorrelin: resolution assumed: pages 1-4'
 
 echo "a document is not sent to a terminal"
 start - a.pgm
