@@ -109,9 +109,10 @@ class ShapeReader {
   void ReadJpx() {
     std::string problem = "its JPEG 2000 data are damaged";
     auto const head = StreamText(shape_.stream, kHeaderBytes);
-    auto const facts = head ? ReadJpxFacts(*head, problem) : std::nullopt;
-    shape_.alpha_in_data = static_cast<int>(Number(dictionary_, "/SMaskInData", 0));
+    if (!head) return Refuse(true, problem);
+    auto const facts = ReadJpxFacts(*head, problem);
     if (!facts) return Refuse(true, problem);
+    shape_.alpha_in_data = static_cast<int>(Number(dictionary_, "/SMaskInData", 0));
     jpx_bits_ = facts->bits;
     if (!dictionary_.getKey("/ColorSpace").isNull()) return;
     char const* const name = facts->colours == 1   ? "/DeviceGray"
