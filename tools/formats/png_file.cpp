@@ -4,11 +4,15 @@
 #include <png.h>
 
 #include <array>
+#include <bit>
 #include <csetjmp>
 #include <cstdio>
 #include <cstring>
 #include <string>
 #include <utility>
+#include <vector>
+
+#include "tools/formats/blend.h"
 
 namespace sorrelin::tool {
 namespace {
@@ -66,16 +70,18 @@ class PngReader {
   PngReader(PngReader const&) = delete;
   PngReader& operator=(PngReader const&) = delete;
 
-  // Reads the header, and has rows come as the picture library lays them out on a machine whose
-  // words start with their highest byte: packed indices or greys, or red, green, blue, alpha.
+  // Reads the header. Rows of deep pictures come as samples of 8 or 16 bits in this machine's
+  // order. Others come as the picture library lays them out on a machine whose words start with
+  // their highest byte: packed indices or greys, or red, green, blue, filler.
   bool ReadHeader() {
     return info_ != nullptr && Try([&] {
              png_set_read_fn(png_, &input_, Give);
              png_read_info(png_, info_);
              bits_ = png_get_bit_depth(png_, info_);
-             png_set_strip_16(png_);
-             if (type() == PNG_COLOR_TYPE_GRAY_ALPHA) png_set_gray_to_rgb(png_);
-             if (type() == PNG_COLOR_TYPE_RGB) png_set_filler(png_, 0, PNG_FILLER_AFTER);
+             if (IsDeep() && IsTransparent()) png_set_tRNS_to_alpha(png_);
+             if (bits_ == 16 && std::endian::native == std::endian::little) png_set_swap(png_);
+             bool const words = type() == PNG_COLOR_TYPE_RGB && !IsDeep();
+             if (words) png_set_filler(png_, 0, PNG_FILLER_AFTER);
              passes_ = png_set_interlace_handling(png_);
              png_read_update_info(png_, info_);
            });
@@ -83,12 +89,11 @@ class PngReader {
 
   // Each row is read once a pass, and a later pass keeps what an earlier one has put there. Rows
   // that cannot be read stay as they are.
-  void ReadRows(Pix* pix) {
+  void ReadRows(BYTE* rows, size_t stride) {
     Try([&] {
       for (int pass = 0; pass < passes_; ++pass) {
         for (int y = 0; y < height(); ++y) {
-          l_uint32* const line = pixGetData(pix) + static_cast<ptrdiff_t>(y) * pixGetWpl(pix);
-          png_read_row(png_, reinterpret_cast<png_bytep>(line), nullptr);
+          png_read_row(png_, rows + static_cast<size_t>(y) * stride, nullptr);
         }
       }
       png_read_end(png_, nullptr);
@@ -100,15 +105,18 @@ class PngReader {
 
   int width() const { return static_cast<int>(png_get_image_width(png_, info_)); }
   int height() const { return static_cast<int>(png_get_image_height(png_, info_)); }
-  // Bits of a sample in the file.
-  int bits() const { return bits_; }
   int type() const { return png_get_color_type(png_, info_); }
   bool IsPalette() const { return type() == PNG_COLOR_TYPE_PALETTE; }
   bool HasAlpha() const { return (type() & PNG_COLOR_MASK_ALPHA) != 0; }
   bool IsTransparent() const {
     return HasAlpha() || png_get_valid(png_, info_, PNG_INFO_tRNS) != 0;
   }
-  // Of the rows that come.
+  // Whether a pix cannot hold all that the samples say.
+  bool IsDeep() const { return bits_ == 16 || HasAlpha(); }
+  // Of a pixel of the rows that come.
+  int SampleCount() const { return png_get_channels(png_, info_); }
+  size_t RowBytes() const { return png_get_rowbytes(png_, info_); }
+  int SampleBytes() const { return bits_ / 8; }
   int Depth() const { return png_get_bit_depth(png_, info_) * png_get_channels(png_, info_); }
 
   Resolution Dpi() const {
@@ -150,7 +158,7 @@ class PngReader {
   Damage damage_{};
   png_structp png_ = nullptr;
   png_infop info_ = nullptr;
-  int bits_ = 0;
+  int bits_ = 0;  // of a sample in the file
   int passes_ = 1;
 };
 
@@ -200,14 +208,32 @@ bool Finish(PngReader const& reader, Pix* pix) {
     return map != nullptr && pixSetColormap(pix, map) == 0;
   }
   if (pixGetDepth(pix) == 1) pixInvert(pix, pix);
-  if (reader.HasAlpha()) {
-    pixSetSpp(pix, 4);
-    BlendOnWhite(pix, false);
-  } else if (reader.Key() != nullptr && reader.bits() <= 8) {
-    // A key of 16 bits has lost the half that would tell its pixels.
-    WhitenKey(pix, *reader.Key());
-  }
+  if (reader.Key() != nullptr) WhitenKey(pix, *reader.Key());
   return true;
+}
+
+// Null if memory is short.
+PixPtr ReadPix(PngReader& reader) {
+  PixPtr pix(pixCreate(reader.width(), reader.height(), reader.Depth()));
+  if (pix == nullptr) return nullptr;
+  reader.ReadRows(reinterpret_cast<BYTE*>(pixGetData(pix.get())),
+                  size_t{4} * static_cast<size_t>(pixGetWpl(pix.get())));
+  return Finish(reader, pix.get()) ? std::move(pix) : nullptr;
+}
+
+// Rows that cannot be read are white. Nothing if the picture is too large.
+std::optional<Samples> ReadSamples(PngReader& reader) {
+  constexpr size_t kMostBytes = size_t{1} << 31;
+  size_t const rows = static_cast<size_t>(reader.height());
+  if (reader.RowBytes() > kMostBytes / rows) return std::nullopt;
+  std::vector<BYTE> pixels(reader.RowBytes() * rows, 0xFF);
+  reader.ReadRows(pixels.data(), reader.RowBytes());
+  DeepPixels form;
+  form.samples = reader.SampleCount();
+  form.colours = form.samples < 3 ? ImageColours::kGrey : ImageColours::kRgb;
+  form.sample_bytes = reader.SampleBytes();
+  form.alpha = form.samples % 2 == 0 ? Alpha::kStraight : Alpha::kNone;
+  return SamplesOf(form, reader.width(), reader.height(), pixels);
 }
 
 }  // namespace
@@ -215,15 +241,15 @@ bool Finish(PngReader const& reader, Pix* pix) {
 std::optional<Picture> DecodePng(std::span<BYTE const> file) {
   PngReader reader(file);
   if (!reader.ReadHeader()) return std::nullopt;
-  PixPtr pix(pixCreate(reader.width(), reader.height(), reader.Depth()));
-  if (pix == nullptr) return std::nullopt;
-  reader.ReadRows(pix.get());
   Picture picture;
+  if (reader.IsDeep()) {
+    picture.samples = ReadSamples(reader);
+  } else {
+    picture.pix = ReadPix(reader);
+  }
+  if (!picture.samples && picture.pix == nullptr) return std::nullopt;
   picture.damage = reader.damage();
-  if (!Finish(reader, pix.get())) return std::nullopt;
   if (reader.IsTransparent()) picture.changes.Add(Change::kTransparency);
-  if (reader.bits() == 16) picture.changes.Add(Change::kDepth);
-  picture.pix = std::move(pix);
   picture.dpi = reader.Dpi();
   return picture;
 }

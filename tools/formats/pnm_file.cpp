@@ -12,9 +12,12 @@
 #include <algorithm>
 #include <charconv>
 #include <cstdint>
+#include <cstring>
 #include <limits>
 #include <optional>
 #include <utility>
+
+#include "tools/formats/blend.h"
 
 namespace sorrelin::tool {
 namespace {
@@ -32,9 +35,12 @@ struct Header {
   int maxval = 1;
   int samples = 1;       // of a pixel
   bool alpha = false;    // the last sample is opacity
+  bool inks = false;     // cyan, magenta, yellow, black; 0 is none
   bool bilevel = false;  // one bit a sample in the file
 
   bool IsPlain() const { return kind <= '3'; }
+  // Whether a pix cannot hold all that the samples say.
+  bool IsDeep() const { return maxval > 255 || alpha || inks; }
   bool IsValid() const {
     constexpr int64_t kMost = std::numeric_limits<int32_t>::max();
     return width >= 1 && height >= 1 && width <= kMost && height <= kMost && maxval >= 1 &&
@@ -119,7 +125,8 @@ std::optional<Header> ReadPamHeader(Text& text) {
     if (name == "TUPLTYPE") type = value;
     if (name != "ENDHDR") continue;
     header.alpha = header.samples == 2 || (header.samples == 4 && type.ends_with("_ALPHA"));
-    bool const known = header.samples != 4 || header.alpha;
+    header.inks = header.samples == 4 && type == "CMYK";
+    bool const known = header.samples != 4 || header.alpha || header.inks;
     return header.IsValid() && known ? std::optional(header) : std::nullopt;
   }
   return std::nullopt;
@@ -202,21 +209,17 @@ class RowReader {
 
 BYTE Byte(uint16_t sample) { return static_cast<BYTE>((sample * 255u + 32767u) / 65535u); }
 
-// One row of a picture of 8 or 16 bits of grey, or 32 of colour.
-void StoreRow(std::vector<uint16_t> const& row, Header const& header, int depth, l_uint32* line) {
-  size_t const samples = static_cast<size_t>(header.samples);
-  for (size_t x = 0; x < static_cast<size_t>(header.width); ++x) {
-    uint16_t const* const pixel = row.data() + x * samples;
-    if (depth == 8) {
+// One row of a picture of 1 or 8 bits of grey, or 32 of colour.
+void StoreRow(std::vector<uint16_t> const& row, int depth, l_uint32* line) {
+  size_t const step = depth == 32 ? 3 : 1;
+  for (size_t x = 0; x < row.size() / step; ++x) {
+    uint16_t const* const pixel = row.data() + x * step;
+    if (depth == 1) {
+      SET_DATA_BIT_VAL(line, x, pixel[0] == 0 ? 1 : 0);
+    } else if (depth == 8) {
       SET_DATA_BYTE(line, x, Byte(pixel[0]));
-    } else if (depth == 16) {
-      SET_DATA_TWO_BYTES(line, x, pixel[0]);
     } else {
-      bool const grey = samples < 3;
-      composeRGBPixel(Byte(pixel[0]), Byte(pixel[grey ? 0 : 1]), Byte(pixel[grey ? 0 : 2]),
-                      line + x);
-      l_uint32 const alpha = header.alpha ? Byte(pixel[samples - 1]) : 255u;
-      line[x] |= alpha << L_ALPHA_SHIFT;
+      composeRGBPixel(Byte(pixel[0]), Byte(pixel[1]), Byte(pixel[2]), line + x);
     }
   }
 }
@@ -235,24 +238,29 @@ class PnmSource : public ImageSource {
 
   std::optional<Picture> Decode(int, std::string& problem) override {
     problem = kMemoryText;
-    bool const deep = header_.maxval > 255;
-    bool const grey = header_.samples == 1;
-    int const depth = header_.bilevel ? 1 : grey ? (deep ? 16 : 8) : 32;
+    return header_.IsDeep() ? DecodeSamples() : DecodePix();
+  }
+
+ private:
+  std::optional<Picture> DecodeSamples() const {
+    Picture picture;
+    Samples samples;
+    picture.damage = Fill(samples);
+    picture.samples = std::move(samples);
+    if (header_.alpha) picture.changes.Add(Change::kTransparency);
+    return picture;
+  }
+
+  std::optional<Picture> DecodePix() const {
+    int const depth = header_.samples == 3 ? 32 : header_.maxval == 1 ? 1 : 8;
     PixPtr pix(pixCreate(static_cast<int>(header_.width), static_cast<int>(header_.height), depth));
     if (pix == nullptr) return std::nullopt;
     Picture picture;
-    picture.damage = depth == 1 ? FillBits(pix.get()) : Fill(pix.get(), depth);
-    if (deep && !grey) picture.changes.Add(Change::kDepth);
-    if (header_.alpha) {
-      picture.changes.Add(Change::kTransparency);
-      pixSetSpp(pix.get(), 4);
-      BlendOnWhite(pix.get(), false);
-    }
+    picture.damage = header_.bilevel ? FillBits(pix.get()) : Fill(pix.get(), depth);
     picture.pix = std::move(pix);
     return picture;
   }
 
- private:
   uint64_t Rows() const { return static_cast<uint64_t>(header_.height); }
 
   std::string Short(uint64_t row) const {
@@ -271,17 +279,46 @@ class PnmSource : public ImageSource {
     return {};
   }
 
-  // The same. Rows that the data lack are white.
+  // The same.
   std::string Fill(Pix* pix, int depth) const {
+    return ReadRows([&](uint64_t y, auto const& row) { StoreRow(row, depth, LineOf(pix, y)); });
+  }
+
+  // The same, with all bits, and alpha laid on white.
+  std::string Fill(Samples& samples) const {
+    DeepPixels form;
+    form.samples = header_.samples;
+    form.alpha = header_.alpha ? Alpha::kStraight : Alpha::kNone;
+    int const colours = header_.samples - (header_.alpha ? 1 : 0);
+    form.colours = header_.inks   ? ImageColours::kCmyk
+                   : colours == 3 ? ImageColours::kRgb
+                                  : ImageColours::kGrey;
+    form.sample_bytes = static_cast<int>(header_.SampleBytes());
+    std::vector<BYTE> pixels(static_cast<size_t>(header_.RowSamples() * header_.SampleBytes()));
+    int const width = static_cast<int>(header_.width);
+    samples = SamplesOf(form, width, 0, {});
+    samples.height = static_cast<int>(header_.height);
+    return ReadRows([&](uint64_t, std::vector<uint16_t> const& row) {
+      for (size_t i = 0; i < row.size() && form.sample_bytes == 1; ++i) pixels[i] = Byte(row[i]);
+      if (form.sample_bytes == 2) std::memcpy(pixels.data(), row.data(), pixels.size());
+      auto const bytes = SamplesOf(form, width, 1, pixels).bytes;
+      samples.bytes.insert(samples.bytes.end(), bytes.begin(), bytes.end());
+    });
+  }
+
+  // Gives each row to `store`; those that the data lack are white. Returns what is wrong.
+  template <typename Store>
+  std::string ReadRows(Store store) const {
     RowReader reader(header_, bytes_);
     std::vector<uint16_t> row(static_cast<size_t>(header_.RowSamples()));
+    uint16_t const white = header_.inks ? 0 : std::numeric_limits<uint16_t>::max();
     std::string damage;
     for (uint64_t y = 0; y < Rows(); ++y) {
       if (damage.empty() && !reader.Read(y, row)) {
         damage = Short(y);
-        std::fill(row.begin(), row.end(), std::numeric_limits<uint16_t>::max());
+        std::fill(row.begin(), row.end(), white);
       }
-      StoreRow(row, header_, depth, LineOf(pix, y));
+      store(y, row);
     }
     if (damage.empty() && (out_of_range_ || reader.out_of_range()))
       damage = "samples are above its maxval";
