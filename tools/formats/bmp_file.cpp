@@ -21,7 +21,14 @@ constexpr DWORD kInfoHeaderBytes = 40;
 constexpr DWORD kAlphaHeaderBytes = 56;                  // the first header with an alpha mask
 constexpr size_t kMasksAt = kInfoAt + kInfoHeaderBytes;  // in or behind the header
 constexpr size_t kMaskBytes = 4;
-constexpr size_t kAlpha = 3;  // of the masks: red, green, blue, alpha
+// The last header ends with the kind of its colours, and the place and size of a profile.
+constexpr DWORD kProfileHeaderBytes = 124;
+constexpr size_t kColourKindAt = kInfoAt + 56;
+constexpr size_t kProfilePlaceAt = kInfoAt + 112;  // in bytes from the start of the header
+constexpr size_t kProfileSizeAt = kInfoAt + 116;
+constexpr DWORD kProfileInside = 0x4D424544;  // "MBED"
+constexpr DWORD kProfileLinked = 0x4C494E4B;  // "LINK"
+constexpr size_t kAlpha = 3;                  // of the masks: red, green, blue, alpha
 
 enum Coding : DWORD { kPlain = 0, kRuns8 = 1, kRuns4 = 2, kMasked = 3, kMaskedWithAlpha = 6 };
 
@@ -95,6 +102,8 @@ class Mask {
  public:
   Mask() = default;
   explicit Mask(DWORD bits) : bits_(bits), shift_(bits == 0 ? 0 : std::countr_zero(bits)) {}
+
+  bool IsDeep() const { return bits_ >> shift_ > 255; }
 
   BYTE ToneOf(DWORD pixel) const {
     DWORD const value = (pixel & bits_) >> shift_;
@@ -267,6 +276,25 @@ class RunReader {
   bool out_of_row_ = false;
 };
 
+bool HasDeepColours(Numbers const& file, Header const& header) {
+  auto const masks = MasksOf(file, header);
+  return header.bits > 8 &&
+         std::any_of(masks.begin(), masks.end(), [](Mask const& mask) { return mask.IsDeep(); });
+}
+
+void ReadProfile(std::span<BYTE const> file, Header const& header, Picture& picture) {
+  Numbers const numbers(file);
+  DWORD const kind = numbers.Dword(kColourKindAt);
+  bool const inside = kind == kProfileInside;
+  if (header.bytes < kProfileHeaderBytes || (!inside && kind != kProfileLinked)) return;
+  size_t const at = kInfoAt + numbers.Dword(kProfilePlaceAt);
+  size_t const bytes = numbers.Dword(kProfileSizeAt);
+  if (inside && at <= file.size() && bytes <= file.size() - at) {
+    picture.profile = UsableProfile(file.subspan(at, bytes), 3);
+  }
+  if (picture.profile == nullptr) picture.changes.Add(Change::kProfile);
+}
+
 }  // namespace
 
 std::optional<Picture> DecodeBmp(std::span<BYTE const> file) {
@@ -283,10 +311,15 @@ std::optional<Picture> DecodeBmp(std::span<BYTE const> file) {
     PixColormap* const map = MapOf(numbers, header);
     if (map == nullptr || pixSetColormap(pix.get(), map) != 0) return std::nullopt;
   }
-  Changes changes;
-  if (pixGetSpp(pix.get()) == 4) changes.Add(Change::kTransparency);
+  Picture picture;
+  picture.damage = std::move(damage);
+  picture.dpi = header.dpi;
+  if (pixGetSpp(pix.get()) == 4) picture.changes.Add(Change::kTransparency);
+  if (HasDeepColours(numbers, header)) picture.changes.Add(Change::kDepth);
   BlendOnWhite(pix.get(), false);
-  return Picture{std::move(pix), header.dpi, false, changes, std::move(damage)};
+  ReadProfile(file, header, picture);
+  picture.pix = std::move(pix);
+  return picture;
 }
 
 }  // namespace sorrelin::tool

@@ -6,6 +6,9 @@
 //              pieces
 //   end        0x3B
 //
+// An extension with the label 0xFF starts with its writer's name, and with "ICCRGBG1012" goes on as
+// a colour profile (ICC.1, B.4).
+//
 // Numbers have their low byte first. Pieces are a byte of length and as many bytes, up to a length
 // of 0; those of a picture are LZW codes, the lowest bit first.
 #include "tools/formats/gif_file.h"
@@ -15,6 +18,7 @@
 #include <bit>
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -24,8 +28,10 @@ namespace sorrelin::tool {
 namespace {
 
 constexpr size_t kHeaderBytes = 13;
-constexpr BYTE kExtension = 0x21, kPicture = 0x2C, kEnd = 0x3B, kControl = 0xF9;
+constexpr BYTE kExtension = 0x21, kPicture = 0x2C, kEnd = 0x3B, kControl = 0xF9,
+               kApplication = 0xFF;
 constexpr BYTE kHasPalette = 0x80, kInterlaced = 0x40, kHasTransparency = 0x01;
+constexpr std::string_view kProfileName = "ICCRGBG1012";
 constexpr int kMaxCodeBits = 12;
 constexpr int kNone = -1;
 
@@ -245,6 +251,25 @@ std::optional<Picture> DecodeFrame(Frame const& frame) {
   return picture;
 }
 
+// What extensions say of the pictures that follow them.
+struct Extensions {
+  int clear = kNone;          // the transparent index
+  std::vector<BYTE> profile;  // empty: none
+
+  void Take(Reader& reader) {
+    BYTE const label = reader.Byte();
+    auto const data = reader.Pieces();
+    if (label == kControl && data.size() >= 4) {
+      clear = (data[0] & kHasTransparency) != 0 ? data[3] : kNone;
+    }
+    bool const named = data.size() > kProfileName.size() &&
+                       std::equal(kProfileName.begin(), kProfileName.end(), data.begin());
+    if (label == kApplication && named) {
+      profile.assign(data.begin() + kProfileName.size(), data.end());
+    }
+  }
+};
+
 }  // namespace
 
 std::optional<Picture> DecodeGif(std::span<BYTE const> file) {
@@ -252,24 +277,26 @@ std::optional<Picture> DecodeGif(std::span<BYTE const> file) {
   auto const header = reader.Bytes(kHeaderBytes);
   if (header.size() < kHeaderBytes) return std::nullopt;
   auto const palette = TakePalette(reader, header[10]);
-  int clear = kNone;
+  Extensions extensions;
   std::optional<Picture> picture;
   for (BYTE block = reader.Byte(); block != kEnd && !reader.ended(); block = reader.Byte()) {
     if (block == kExtension) {
-      bool const control = reader.Byte() == kControl;
-      auto const data = reader.Pieces();
-      if (control && data.size() >= 4) clear = (data[0] & kHasTransparency) != 0 ? data[3] : kNone;
+      extensions.Take(reader);
     } else if (block == kPicture && picture) {
-      TakeFrame(reader, palette, clear);
+      TakeFrame(reader, palette, kNone);
       picture->changes.Add(Change::kFirstPicture);
     } else if (block == kPicture) {
-      picture = DecodeFrame(TakeFrame(reader, palette, clear));
+      picture = DecodeFrame(TakeFrame(reader, palette, extensions.clear));
       if (!picture) return std::nullopt;
     } else {
       break;
     }
   }
   if (!picture) return std::nullopt;
+  if (!extensions.profile.empty()) {
+    picture->profile = UsableProfile(extensions.profile, 3);
+    if (picture->profile == nullptr) picture->changes.Add(Change::kProfile);
+  }
   if (picture->damage.empty() && reader.ended()) picture->damage = "its end is missing";
   bool const padded =
       std::all_of(reader.Rest().begin(), reader.Rest().end(), [](BYTE byte) { return byte == 0; });

@@ -5,10 +5,12 @@
 #include <sorrelin/platform/module.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <cstring>
 #include <string_view>
 #include <utility>
 
+#include "tools/formats/blend.h"
 #include "tools/formats/heif_module.h"
 
 namespace sorrelin::tool {
@@ -57,6 +59,53 @@ PixPtr PixOf(SorrelinHeifPicture const& picture) {
   return pix;
 }
 
+// With samples of 16 bits, alpha laid on white.
+Samples DeepSamplesOf(SorrelinHeifPicture const& picture) {
+  constexpr size_t kPixelSamples = 4;
+  size_t const row_samples = kPixelSamples * static_cast<size_t>(picture.width);
+  std::vector<BYTE> pixels(row_samples * sizeof(uint16_t) * static_cast<size_t>(picture.height));
+  uint32_t const top = (uint32_t{1} << picture.bits) - 1;
+  BYTE* out = pixels.data();
+  for (int y = 0; y < picture.height; ++y) {
+    uint8_t const* in = picture.rows + static_cast<size_t>(y) * picture.row_bytes;
+    for (size_t i = 0; i < row_samples; ++i, in += sizeof(uint16_t), out += sizeof(uint16_t)) {
+      uint16_t value = 0;
+      std::memcpy(&value, in, sizeof value);
+      value = static_cast<uint16_t>((std::min<uint32_t>(value, top) * 0xFFFF + top / 2) / top);
+      std::memcpy(out, &value, sizeof value);
+    }
+  }
+  DeepPixels form;
+  form.colours = ImageColours::kRgb;
+  form.samples = kPixelSamples;
+  if (picture.has_alpha != 0)
+    form.alpha = picture.premultiplied != 0 ? Alpha::kPremultiplied : Alpha::kStraight;
+  return SamplesOf(form, picture.width, picture.height, pixels);
+}
+
+// Without alpha. Null if memory is short.
+PixPtr OpaquePixOf(SorrelinHeifPicture const& decoded) {
+  PixPtr pix = PixOf(decoded);
+  if (pix == nullptr || decoded.has_alpha == 0) return pix;
+  pixSetSpp(pix.get(), 4);
+  BlendOnWhite(pix.get(), decoded.premultiplied != 0);
+  return pix;
+}
+
+Picture PictureOf(SorrelinHeifPicture const& decoded) {
+  Picture picture;
+  if (decoded.bits > 8) {
+    picture.samples = DeepSamplesOf(decoded);
+  } else {
+    picture.pix = OpaquePixOf(decoded);
+  }
+  if (decoded.has_alpha != 0) picture.changes.Add(Change::kTransparency);
+  if (decoded.profile_bytes == 0) return picture;
+  picture.profile = UsableProfile({decoded.profile, decoded.profile_bytes}, 3);
+  if (picture.profile == nullptr) picture.changes.Add(Change::kProfile);
+  return picture;
+}
+
 class HeifSource : public ImageSource {
  public:
   HeifSource(std::vector<BYTE> bytes, int pages) : bytes_(std::move(bytes)), pages_(pages) {}
@@ -72,18 +121,11 @@ class HeifSource : public ImageSource {
       problem = DamageText(reason);
       return std::nullopt;
     }
-    Picture picture;
-    picture.pix = PixOf(decoded);
-    LoadedModule().free(&decoded);
+    std::unique_ptr<SorrelinHeifPicture, SorrelinHeifFreeFunction*> const owner(
+        &decoded, LoadedModule().free);
+    Picture picture = PictureOf(decoded);
     problem = kMemoryText;
-    if (picture.pix == nullptr) return std::nullopt;
-    if (decoded.has_alpha != 0) {
-      pixSetSpp(picture.pix.get(), 4);
-      BlendOnWhite(picture.pix.get(), decoded.premultiplied != 0);
-      picture.changes.Add(Change::kTransparency);
-    }
-    if (decoded.bits > 8) picture.changes.Add(Change::kDepth);
-    if (decoded.has_profile != 0) picture.changes.Add(Change::kProfile);
+    if (!picture.samples && picture.pix == nullptr) return std::nullopt;
     return picture;
   }
 

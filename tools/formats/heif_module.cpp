@@ -4,7 +4,9 @@
 #include <libheif/heif.h>
 
 #include <algorithm>
+#include <bit>
 #include <cstdio>
+#include <cstdlib>
 #include <memory>
 #include <vector>
 
@@ -38,14 +40,31 @@ heif_error Read(heif_context* context, uint8_t const* file, size_t bytes) {
   return heif_context_read_from_memory_without_copy(context, file, bytes, nullptr);
 }
 
+// False if memory is short. Colours described by numbers alone (nclx) have no profile.
+bool CopyProfile(heif_image_handle* handle, SorrelinHeifPicture& picture) {
+  size_t const bytes = heif_image_handle_get_raw_color_profile_size(handle);
+  if (bytes == 0) return true;
+  picture.profile = static_cast<uint8_t*>(std::malloc(bytes));
+  if (picture.profile == nullptr) return false;
+  heif_error const error = heif_image_handle_get_raw_color_profile(handle, picture.profile);
+  picture.profile_bytes = Failed(error) ? 0 : bytes;
+  return true;
+}
+
+heif_chroma ChromaOf(int bits) {
+  if (bits <= 8) return heif_chroma_interleaved_RGBA;
+  return std::endian::native == std::endian::little ? heif_chroma_interleaved_RRGGBBAA_LE
+                                                    : heif_chroma_interleaved_RRGGBBAA_BE;
+}
+
 heif_error Decode(heif_context* context, heif_item_id id, SorrelinHeifPicture& picture) {
   heif_image_handle* opened = nullptr;
   heif_error error = heif_context_get_image_handle(context, id, &opened);
   Handle const handle(opened);
   if (Failed(error)) return error;
   heif_image* image = nullptr;
-  error = heif_decode_image(handle.get(), &image, heif_colorspace_RGB, heif_chroma_interleaved_RGBA,
-                            nullptr);
+  int const bits = heif_image_handle_get_luma_bits_per_pixel(handle.get());
+  error = heif_decode_image(handle.get(), &image, heif_colorspace_RGB, ChromaOf(bits), nullptr);
   if (Failed(error)) return error;
   int stride = 0;
   picture.rows = heif_image_get_plane_readonly(image, heif_channel_interleaved, &stride);
@@ -54,10 +73,12 @@ heif_error Decode(heif_context* context, heif_item_id id, SorrelinHeifPicture& p
   picture.height = heif_image_get_height(image, heif_channel_interleaved);
   picture.has_alpha = heif_image_handle_has_alpha_channel(handle.get());
   picture.premultiplied = heif_image_handle_is_premultiplied_alpha(handle.get());
-  picture.bits = heif_image_handle_get_luma_bits_per_pixel(handle.get());
-  picture.has_profile = heif_image_handle_get_raw_color_profile_size(handle.get()) > 0;
+  picture.bits =
+      bits <= 8 ? 8 : heif_image_get_bits_per_pixel_range(image, heif_channel_interleaved);
   picture.owner = image;
-  return error;
+  if (CopyProfile(handle.get(), picture)) return error;
+  heif_image_release(image);
+  return {heif_error_Memory_allocation_error, heif_suberror_Unspecified, "memory is short"};
 }
 
 }  // namespace
@@ -89,4 +110,5 @@ extern "C" __attribute__((visibility("default"))) int32_t SorrelinHeifDecode(
 extern "C" __attribute__((visibility("default"))) void SorrelinHeifFree(
     SorrelinHeifPicture* picture) {
   heif_image_release(static_cast<heif_image*>(picture->owner));
+  std::free(picture->profile);
 }

@@ -11,14 +11,17 @@
 extern "C" {
 #endif
 
-/* A decoded picture, upright: rows from the top of red, green, blue and opacity, a byte each. */
+/* A decoded picture, upright: rows from the top of red, green, blue and opacity. They are a byte
+ * each, or where the file has more than 8 bits a uint16_t, whose highest value is that of `bits`.
+ */
 struct SorrelinHeifPicture {
   int32_t width;         /* pixels */
   int32_t height;        /* rows */
   int32_t has_alpha;     /* not 0: opacity has a meaning */
   int32_t premultiplied; /* not 0: colours are scaled by it */
   int32_t bits;          /* of a sample in the file */
-  int32_t has_profile;   /* not 0: the file has an ICC profile */
+  size_t profile_bytes;  /* of the ICC profile; 0: none */
+  uint8_t* profile;
   size_t row_bytes;
   uint8_t const* rows;
   void* owner; /* of the rows */
@@ -34,7 +37,7 @@ typedef int32_t SorrelinHeifDecodeFunction(uint8_t const* file, size_t bytes, in
                                            struct SorrelinHeifPicture* picture, char* problem,
                                            size_t problem_bytes);
 
-/* Releases the rows. */
+/* Releases the rows and the profile. */
 typedef void SorrelinHeifFreeFunction(struct SorrelinHeifPicture* picture);
 
 #ifdef __cplusplus

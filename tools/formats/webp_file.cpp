@@ -46,6 +46,14 @@ ExifFacts ExifOf(WebPDemuxer* demuxer) {
   return facts;
 }
 
+void ReadProfile(WebPDemuxer* demuxer, Picture& picture) {
+  WebPChunkIterator chunk;
+  if (WebPDemuxGetChunk(demuxer, "ICCP", 1, &chunk) == 0) return;
+  picture.profile = UsableProfile({chunk.chunk.bytes, chunk.chunk.size}, 3);
+  if (picture.profile == nullptr) picture.changes.Add(Change::kProfile);
+  WebPDemuxReleaseChunkIterator(&chunk);
+}
+
 // The rows that were decoded; the others are white.
 PixPtr PixOf(WebPIDecoder* decoder, int width, int height) {
   PixPtr pix(pixCreate(width, height, 32));
@@ -102,8 +110,7 @@ std::optional<Picture> DecodeWebp(std::span<BYTE const> file) {
     if (exif.orientation >= 5) std::swap(picture.dpi.x, picture.dpi.y);
     bool const several = WebPDemuxGetI(demuxer.get(), WEBP_FF_FRAME_COUNT) > 1;
     if (several) picture.changes.Add(Change::kFirstPicture);
-    bool const profile = (WebPDemuxGetI(demuxer.get(), WEBP_FF_FORMAT_FLAGS) & ICCP_FLAG) != 0;
-    if (profile) picture.changes.Add(Change::kProfile);
+    ReadProfile(demuxer.get(), picture);
   }
   picture.pix = std::move(pix);
   return picture;
