@@ -9,7 +9,7 @@ import re
 import sys
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
-HEADERS = re.findall(r"sorrelin/\S+\.h", (ROOT / "Doxyfile").read_text(encoding="utf-8"))
+HEADERS = re.findall(r"sorrelin/\S+\.h(?:pp)?", (ROOT / "Doxyfile").read_text(encoding="utf-8"))
 
 
 def page_of(path):

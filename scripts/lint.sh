@@ -21,10 +21,10 @@ done
 
 list_sources() {
   if [ -n "$all" ]; then
-    find . -path ./build -prune -o -type f \( -name '*.c' -o -name '*.cpp' -o -name '*.h' \) -printf '%P\n'
+    find . -path ./build -prune -o -type f \( -name '*.c' -o -name '*.cpp' -o -name '*.h' -o -name '*.hpp' \) -printf '%P\n'
   else
-    git diff --name-only --merge-base "$base" -- '*.c' '*.cpp' '*.h'
-    git ls-files --others --exclude-standard -- '*.c' '*.cpp' '*.h'
+    git diff --name-only --merge-base "$base" -- '*.c' '*.cpp' '*.h' '*.hpp'
+    git ls-files --others --exclude-standard -- '*.c' '*.cpp' '*.h' '*.hpp'
   fi
 }
 
@@ -49,9 +49,9 @@ if [ -n "$format" ]; then exit 0; fi
 mkdir -p build
 cmake --preset dev -B build/lint -DCMAKE_DISABLE_PRECOMPILE_HEADERS=ON -DSORRELIN_BUILD_BENCH=ON \
   >build/lint.log
-mapfile -t headers < <(printf '%s\n' "${sources[@]}" | grep '\.h$' || true)
+mapfile -t headers < <(printf '%s\n' "${sources[@]}" | grep '\.h\(pp\)\?$' || true)
 {
-  printf '%s\n' "${sources[@]}" | grep -v '\.h$' || true
+  printf '%s\n' "${sources[@]}" | grep -v '\.h\(pp\)\?$' || true
   list_includers "${headers[@]}"
 } | sort -u | while read -r file; do
   # Sources of other systems and of programs outside the build have no command.

@@ -105,8 +105,8 @@ class MemoryDocument(ExampleTest):
                          [("800", "800", "ccitt")] * 2)
         for page, radius in ((1, 100), (2, 300)):
             _, _, pixels = self.pixels(document, page)
-            # The disc's middle is row 400 of the block, which is row 399 from the top.
-            middle = pixels[399 * 800 * 3:400 * 800 * 3:3]
+            # The disc is centred on row 400.
+            middle = pixels[400 * 800 * 3:401 * 800 * 3:3]
             black = [x for x in range(800) if middle[x] == 0]
             self.assertEqual((black[0], black[-1]), (400 - radius, 400 + radius))
 
@@ -178,6 +178,30 @@ class ReadPages(ExampleTest):
         self.assertIn(b"cannot be read (code 24)", done.stderr)
         done = self.run_example("read_pages", "-", "page", code=1, input=b"")
         self.assertIn(b"cannot be read (code 24)", done.stderr)
+
+
+class JpegPages(ExampleTest):
+    def picture(self, name, *arguments):
+        path = self.folder / name
+        subprocess.run(["cjpeg", *arguments, "-outfile", path], check=True,
+                       input=b"P6 72 36 255\n" + bytes(range(72)) * (36 * 3))
+        return path
+
+    def test_each_file_is_the_image_of_a_page_byte_for_byte(self):
+        document = self.folder / "photos.pdf"
+        pictures = [self.picture("a.jpg"), self.picture("b.jpg", "-progressive", "-grayscale")]
+        self.run_example("jpeg_pages", document, *pictures)
+        self.check_pages(document, 2)
+        for picture in pictures:
+            self.assertIn(picture.read_bytes(), document.read_bytes())
+
+    def test_what_is_no_jpeg_file_is_named(self):
+        for name, data, cause in (("empty", b"", b"cannot be read"),
+                                  ("text", b"nothing", b"Error during decompression")):
+            path = self.folder / name
+            path.write_bytes(data)
+            done = self.run_example("jpeg_pages", self.folder / f"{name}.pdf", path, code=1)
+            self.assertEqual(done.stderr, bytes(path) + b": " + cause + b"\n")
 
 
 class TwoSessions(ExampleTest):

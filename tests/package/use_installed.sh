@@ -23,19 +23,26 @@ export PKG_CONFIG_PATH
 flags=$(pkg-config --cflags --libs sorrelin)
 cc -std=c11 -Wall -Wextra -Werror "$examples/write_document.c" -o "$root/with_cc" $flags \
   -Wl,-rpath,"$prefix/$3"
-c++ -std=c++20 -Wall -Wextra -Werror "$examples/memory_document.cpp" -o "$root/with_cxx" $flags \
-  -Wl,-rpath,"$prefix/$3"
+for standard in 17 20; do
+  c++ -std=c++$standard -Wall -Wextra -Werror "$examples/memory_document.cpp" \
+    -o "$root/with_cxx$standard" $flags -Wl,-rpath,"$prefix/$3"
+  "$root/with_cxx$standard" "$root/cpp$standard.pdf"
+done
 "$root/with_cc" "$root/c2.pdf"
-"$root/with_cxx" "$root/cpp2.pdf"
+cc -std=c11 -Wall -Wextra -Werror "$examples/jpeg_pages.c" -o "$root/with_coded" \
+  $(pkg-config --cflags --libs sorrelin-coded) -Wl,-rpath,"$prefix/$3"
+pdftoppm -r 72 -jpeg -singlefile "$root/cpp.pdf" "$root/photo"
+"$root/with_coded" "$root/coded.pdf" "$root/photo.jpg"
 
 echo "-- documents"
 for document in c c2; do
   [ "$(pdfimages -list "$root/$document.pdf" | awk 'NR > 2 { print $4 "x" $5, $6 }')" = "256x256 index" ]
 done
-for document in cpp cpp2; do
+for document in cpp cpp17 cpp20; do
   [ "$(pdfimages -list "$root/$document.pdf" | awk 'NR > 2 { print $4 "x" $5, $9 }' | sort -u)" = "800x800 ccitt" ]
   [ "$(pdfinfo "$root/$document.pdf" | awk '/^Pages/ { print $2 }')" = 2 ]
 done
+[ "$(pdfimages -list "$root/coded.pdf" | awk 'NR > 2 { print $9 }')" = jpeg ]
 
 echo "-- program"
 pdftoppm -r 72 -singlefile "$root/c.pdf" "$root/page"
