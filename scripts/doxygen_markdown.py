@@ -40,8 +40,10 @@ def link(match, path):
     name, _, anchor = target.partition("#")
     file = (path.parent / name).resolve() if name else path
     if file.suffix == ".md":
-        page = "index" if page_of(file) == "root-readme" else page_of(file)
-        return f"[{text}](#{page}-{anchor})" if anchor else f"\\ref {page} \"{text}\""
+        page = page_of(file)
+        if anchor:
+            return f"[{text}](#{page}-{anchor})"
+        return f"\\ref {'index' if page == 'root-readme' else page} \"{text}\""
     place = file.relative_to(ROOT).as_posix()
     if place in HEADERS:
         return f"\\ref {place} \"{text.strip('`')}\""

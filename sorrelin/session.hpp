@@ -101,7 +101,9 @@ class Bitmap {
     FillColours();
   }
 
+  // Takes the picture of `other`.
   Bitmap(Bitmap&& other) noexcept { Swap(other); }
+  // Frees its own picture and takes that of `other`.
   Bitmap& operator=(Bitmap&& other) noexcept {
     Bitmap(std::move(other)).Swap(*this);
     return *this;
@@ -213,7 +215,9 @@ class MemoryDocument {
   MemoryDocument() noexcept = default;
   // Takes over a document that a flat function handed out.
   MemoryDocument(void* data, DWORD size) noexcept : data_(static_cast<BYTE*>(data)), size_(size) {}
+  // Takes the document of `other`.
   MemoryDocument(MemoryDocument&& other) noexcept { Swap(other); }
+  // Frees its own document and takes that of `other`.
   MemoryDocument& operator=(MemoryDocument&& other) noexcept {
     MemoryDocument(std::move(other)).Swap(*this);
     return *this;
@@ -270,7 +274,9 @@ class Session {
  public:
   // Throws 10 if memory is short.
   Session() { Check(pdf_Init_PDF(&handle_)); }
+  // Takes the session of `other` with what it has open.
   Session(Session&& other) noexcept { Swap(other); }
+  // Closes its own session and takes that of `other`.
   Session& operator=(Session&& other) noexcept {
     Session(std::move(other)).Swap(*this);
     return *this;
@@ -358,19 +364,25 @@ class Session {
     if (handle_ != 0) pdf_ClosePDFFile(handle_);
   }
 
-  // Set a string of the next document; set it before Create. Throws 6 for more than 252 UTF-16
-  // units, for keywords 251, which the library cannot write.
+  // Sets the title of the next document; call it before Create. Throws 6 for more than 252 UTF-16
+  // units, which the library cannot write; the title is then empty.
   void SetTitle(std::string const& text) { SetText(text, 252, pdf_SetTitleA, pdf_GetTitleW); }
+  // The same for the author.
   void SetAuthor(std::string const& text) { SetText(text, 252, pdf_SetAuthorA, pdf_GetAuthorW); }
+  // The same for the subject.
   void SetSubject(std::string const& text) { SetText(text, 252, pdf_SetSubjectA, pdf_GetSubjectW); }
+  // The same for the keywords, of at most 251 units.
   void SetKeywords(std::string const& text) {
     SetText(text, 251, pdf_SetKeywordsA, pdf_GetKeywordsW);
   }
 
-  // The strings as set, or as read from a document.
+  // The title as set, or as read from a document.
   std::string Title() const { return Text(pdf_GetTitleA); }
+  // The author as set, or as read from a document.
   std::string Author() const { return Text(pdf_GetAuthorA); }
+  // The subject as set, or as read from a document.
   std::string Subject() const { return Text(pdf_GetSubjectA); }
+  // The keywords as set, or as read from a document.
   std::string Keywords() const { return Text(pdf_GetKeywordsA); }
 
  private:

@@ -39,9 +39,9 @@ struct EncodedPage {
   DWORD size = 0;              // bytes
   HGLOBAL palette = nullptr;   // 8 bits: a block of red, green, blue triples, the caller's
   std::optional<PagePlacement> placement;  // otherwise the picture fills a page of its size
-  // In place of bits_per_pixel, compression, decode_normal and palette. The caller's, as the
-  // profile is, which writing the page may number.
+  // In place of bits_per_pixel, compression, decode_normal and palette; the caller's.
   ImageForm const* form = nullptr;
+  // The colours of the image, or null; the caller's. Writing the page may number it.
   ColourProfile* profile = nullptr;
 };
 
