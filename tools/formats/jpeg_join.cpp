@@ -195,17 +195,17 @@ class Joiner {
 
 // The piece as a file of its own: the shared tables come before what it has itself.
 std::vector<BYTE> WithTables(JpegPieces const& pieces, std::optional<BYTE> adobe_transform) {
-  std::vector<BYTE> const& piece = pieces.pieces.front();
-  std::vector<BYTE> file(piece.begin(), piece.begin() + kMarkerBytes);
+  std::vector<BYTE> shared;
   if (adobe_transform) {
-    file.insert(file.end(), std::begin(kAdobeMarker), std::end(kAdobeMarker));
-    file.push_back(*adobe_transform);
+    shared.assign(std::begin(kAdobeMarker), std::end(kAdobeMarker));
+    shared.push_back(*adobe_transform);
   }
   if (!pieces.tables.empty()) {
-    file.insert(file.end(), pieces.tables.begin() + kMarkerBytes,
-                pieces.tables.end() - kMarkerBytes);
+    shared.insert(shared.end(), pieces.tables.begin() + kMarkerBytes,
+                  pieces.tables.end() - kMarkerBytes);
   }
-  file.insert(file.end(), piece.begin() + kMarkerBytes, piece.end());
+  std::vector<BYTE> file = pieces.pieces.front();
+  file.insert(file.begin() + kMarkerBytes, shared.begin(), shared.end());
   return file;
 }
 
