@@ -92,6 +92,22 @@ TEST_F(Ocr, TurnedPagesAreShownUprightAndHaveTheirWords) {
   ExtractAll({"--output", Path("back.png")});
 }
 
+TEST_F(Ocr, WordsReadFromTheRightAreWholeAndComeInTheirOrder) {
+  std::string const text =
+      "\u05db\u05dc \u05d1\u05e0\u05d9 \u05d4\u05d0\u05d3\u05dd "
+      "\u05e0\u05d5\u05dc\u05d3\u05d5 \u05d1\u05e0\u05d9 \u05d7\u05d5\u05e8\u05d9\u05df";
+  auto const expected = RenderText("hebrew", text);
+  ASSERT_EQ(expected.size(), 6u);
+  RunQuietly({"make", Out(), Path("hebrew.tif"), "--ocr", "heb"});
+  auto const found = WordsOf("out.pdf");
+  for (FoundWord const& word : expected) {
+    EXPECT_TRUE(std::any_of(found.begin(), found.end(), [&](FoundWord const& other) {
+      return other.text == word.text && Overlap(word, other) > 0.5;
+    })) << word.text;
+  }
+  EXPECT_THAT(TextOf("out.pdf"), HasSubstr(text));
+}
+
 TEST_F(Ocr, MissingLanguageNamesThePackageAndWritesNothing) {
   WritePix("page.png", Blank());
   ProgramResult const result = Make({Out(), Path("page.png"), "--ocr", "eng+chi_xxx"});

@@ -4,8 +4,6 @@
 #include "tools/ocr/text_layers.h"
 
 #include <algorithm>
-#include <cstdio>
-#include <cstdlib>
 #include <memory>
 #include <qpdf/Buffer.hh>
 #include <qpdf/Pl_Buffer.hh>
@@ -14,18 +12,19 @@
 #include <qpdf/QPDFPageObjectHelper.hh>
 #include <qpdf/QPDFWriter.hh>
 #include <sstream>
-#include <string_view>
 
 #include "tools/cli/messages.h"
 #include "tools/documents/child.h"
 #include "tools/ocr/changeable_document.h"
+#include "tools/ocr/layer_content.h"
+#include "tools/ocr/layer_font.h"
+#include "tools/ocr/layer_words.h"
 
 namespace sorrelin::tool {
 namespace {
 
 constexpr char kLayerKey[] = "/SorrelinText";    // of a layer's dictionary
 constexpr char kFontPrefix[] = "/SorrelinFont";  // of its font's name
-constexpr char kRendererFont[] = "/f-0-0 ";      // as the renderer names it
 constexpr int kQuarter = 90;
 
 // Notes whether a content shows text.
@@ -113,51 +112,10 @@ std::string Deflated(std::string const& text) {
   return {reinterpret_cast<char const*>(bytes->getBuffer()), bytes->getSize()};
 }
 
-std::string OperatorOf(Matrix const& m) {
-  char text[256];
-  std::snprintf(text, sizeof text, "%.8f %.8f %.8f %.8f %.5f %.5f cm\n", m.a, m.b, m.c, m.d, m.e,
-                m.f);
-  return text;
-}
-
-std::string Renamed(std::string text, std::string const& font) {
-  std::string const to = font + " ";
-  for (size_t at = 0; (at = text.find(kRendererFont, at)) != std::string::npos; at += to.size()) {
-    text.replace(at, std::string_view(kRendererFont).size(), to);
-  }
-  return text;
-}
-
-// Gives each word the width of its box. The renderer stretches a word with the blank after it to
-// the box, so that its letters end too early; the next word has a place of its own.
-std::string Widened(std::string const& text) {
-  constexpr std::string_view kStretch = " Tz [ <";
-  constexpr std::string_view kBlankCode = "0020";
-  constexpr size_t kCodeDigits = 4;
-  std::string widened;
-  size_t done = 0;
-  for (size_t at = 0; (at = text.find(kStretch, at)) != std::string::npos; ++at) {
-    size_t const number = text.rfind(' ', at - 1) + 1;
-    size_t const codes = at + kStretch.size();
-    size_t const end = std::min(text.find('>', codes), text.size());
-    size_t const count = (end - codes) / kCodeDigits;
-    if (number < done || count < 2 || text.substr(end - kCodeDigits, kCodeDigits) != kBlankCode) {
-      continue;
-    }
-    double const stretch = std::strtod(text.c_str() + number, nullptr);
-    char value[32];
-    std::snprintf(value, sizeof value, "%.3f",
-                  stretch * static_cast<double>(count) / static_cast<double>(count - 1));
-    widened.append(text, done, number - done).append(value);
-    done = at;
-  }
-  return widened.append(text, done);
-}
-
 // Lays the layers of one run.
 class Layering {
  public:
-  explicit Layering(QPDF& document) : document_(document) {}
+  explicit Layering(QPDF& document) : document_(document), font_(document) {}
 
   void Lay(QPDFObjectHandle page, PageText const& text) {
     std::vector<QPDFObjectHandle> contents;
@@ -171,6 +129,9 @@ class Layering {
     }
   }
 
+  // After the last page.
+  void Finish() { font_.Finish(); }
+
  private:
   QPDFObjectHandle StreamOf(QPDFObjectHandle page, PictureText const& layer) {
     QPDF rendered;
@@ -178,27 +139,19 @@ class Layering {
     rendered.processMemoryFile("text layer", layer.data.data(), layer.data.size());
     QPDFObjectHandle rendered_page = rendered.getAllPages().at(0);
     auto const box = QPDFPageObjectHelper(rendered_page).getMediaBox().getArrayAsRectangle();
-    Pl_Buffer text("text");
-    rendered_page.pipePageContents(&text);
     Matrix const unit = {1 / box.urx, 0, 0, 1 / box.ury, 0, 0};
-    auto const bytes = text.getBufferSharedPointer();
-    std::string content(reinterpret_cast<char const*>(bytes->getBuffer()), bytes->getSize());
-    content = Renamed(Widened(content), FontName(page, rendered, rendered_page));
-    content = "q\n" + OperatorOf(unit.Then(layer.place)) + content + "Q\n";
+    LayerStyle const style = {FontName(page, font_.Copy(rendered, rendered_page)),
+                              [this](std::u16string const& text) { return font_.CodesOf(text); }};
     QPDFObjectHandle stream = QPDFObjectHandle::newStream(&document_);
-    stream.replaceStreamData(Deflated(content), QPDFObjectHandle::newName("/FlateDecode"),
-                             QPDFObjectHandle::newNull());
+    stream.replaceStreamData(
+        Deflated(LayerContent(WordsOfLayer(rendered_page), unit.Then(layer.place), style)),
+        QPDFObjectHandle::newName("/FlateDecode"), QPDFObjectHandle::newNull());
     stream.getDict().replaceKey(kLayerKey, QPDFObjectHandle::newBool(true));
     return stream;
   }
 
-  // The name that the page has for the font of all layers.
-  std::string FontName(QPDFObjectHandle page, QPDF& rendered, QPDFObjectHandle rendered_page) {
-    if (!font_.isInitialized()) {
-      rendered.setImmediateCopyFrom(true);
-      QPDFObjectHandle fonts = rendered_page.getKey("/Resources").getKey("/Font");
-      font_ = document_.copyForeignObject(fonts.getKey("/f-0-0"));
-    }
+  // The name that the page has for the font.
+  static std::string FontName(QPDFObjectHandle page, QPDFObjectHandle font) {
     QPDFObjectHandle resources = QPDFPageObjectHelper(page).getAttribute("/Resources", true);
     if (!resources.isDictionary()) {
       resources = page.replaceKeyAndGetNew("/Resources", QPDFObjectHandle::newDictionary());
@@ -207,16 +160,16 @@ class Layering {
     fonts = fonts.isDictionary() ? fonts.shallowCopy() : QPDFObjectHandle::newDictionary();
     resources.replaceKey("/Font", fonts);
     for (std::string const& name : fonts.getKeys()) {
-      if (fonts.getKey(name).getObjGen() == font_.getObjGen()) return name;
+      if (fonts.getKey(name).getObjGen() == font.getObjGen()) return name;
     }
     int number = 0;
     std::string const name = resources.getUniqueResourceName(kFontPrefix, number);
-    fonts.replaceKey(name, font_);
+    fonts.replaceKey(name, font);
     return name;
   }
 
   QPDF& document_;
-  QPDFObjectHandle font_;
+  LayerFont font_;
 };
 
 void Write(QPDF& document, std::filesystem::path const& to) {
@@ -246,6 +199,7 @@ std::optional<std::string> LayHere(std::filesystem::path const& from,
       bool const changes = !text.pictures.empty() || text.quarter_turns != 0;
       if (changes) layering.Lay(document->Page(text.page), text);
     }
+    layering.Finish();
     Write(document->qpdf(), to);
   };
   bool const written = CatchDamage(lay, problem) && HasPages(to, document->PageCount(), problem);

@@ -1,0 +1,131 @@
+// Each word has a place of its own and is stretched to its box; a blank fills the gap to the next
+// word of its line, so that viewers see words and lines however wide their gaps are.
+#include "tools/ocr/layer_content.h"
+
+#include <algorithm>
+#include <cmath>
+#include <numbers>
+#include <qpdf/QUtil.hh>
+#include <utility>
+
+namespace sorrelin::tool {
+namespace {
+
+constexpr double kLetterWidth = 0.5;  // of the font's size
+constexpr double kPercent = 100;
+constexpr double kSizeSteps = 10;   // a point
+constexpr double kLeastGap = 0.05;  // of the font's size, for a blank
+constexpr double kMaxLoose = 3;     // of the font's size, between letters that belong together
+constexpr char kBlankCode[] = "0020";
+constexpr size_t kCodeDigits = 4;
+
+std::string Text(double value, int digits) { return QUtil::double_to_string(value, digits); }
+
+std::string MatrixText(Matrix const& m) {
+  return Text(m.a, 5) + " " + Text(m.b, 5) + " " + Text(m.c, 5) + " " + Text(m.d, 5) + " " +
+         Text(m.e, 2) + " " + Text(m.f, 2);
+}
+
+// The frame in which a word is shown: the box's directions, in points.
+Matrix FrameOf(Matrix const& box) {
+  double const width = box.Width(), height = box.Height();
+  return {box.a / width, box.b / width, box.c / height, box.d / height, box.e, box.f};
+}
+
+// How far a word begins after the end of another, along the other's line, in points.
+double GapBetween(Matrix const& box, Matrix const& next) {
+  double const width = box.Width();
+  return ((next.e - box.e) * box.a + (next.f - box.f) * box.b) / width - width;
+}
+
+// Scripts that have no blanks between words: those of China and Japan.
+bool IsWithoutBlanks(char16_t unit) {
+  constexpr std::pair<char16_t, char16_t> kRanges[] = {
+      {0x3000, 0x30FF}, {0x31F0, 0x31FF}, {0x3400, 0x4DBF}, {0x4E00, 0x9FFF},
+      {0xD840, 0xD8BF}, {0xF900, 0xFAFF}, {0xFF00, 0xFFEF}};
+  return std::any_of(std::begin(kRanges), std::end(kRanges), [unit](auto const& range) {
+    return unit >= range.first && unit <= range.second;
+  });
+}
+
+bool AreJoined(std::u16string const& text, std::u16string const& next) {
+  bool const ends_in_pair = text.size() > 1 && text.back() >= 0xDC00 && text.back() <= 0xDFFF;
+  return IsWithoutBlanks(ends_in_pair ? text[text.size() - 2] : text.back()) &&
+         IsWithoutBlanks(next.front());
+}
+
+// Writes the words of a layer.
+class Writer {
+ public:
+  explicit Writer(LayerStyle const& style) : style_(style) {}
+
+  void Add(std::vector<LayerWord> const& line) {
+    for (size_t i = 0; i < line.size(); ++i) {
+      Add(line[i], i + 1 < line.size() ? &line[i + 1] : nullptr);
+    }
+  }
+
+  std::string Take() { return "BT\n3 Tr\n" + text_ + "ET\n"; }
+
+ private:
+  void Add(LayerWord const& word, LayerWord const* next) {
+    double const size = word.box.Height();
+    double const gap = next != nullptr ? GapBetween(word.box, next->box) : 0;
+    bool const is_joined =
+        next != nullptr && std::abs(gap) < kMaxLoose * size && AreJoined(word.text, next->text);
+    text_ += MatrixText(FrameOf(word.box)) + " Tm\n";
+    SetSize(size);
+    double const to_next = word.box.Width() + gap;
+    Show(style_.codes(word.from_right ? SeenFromLeft(word.text) : word.text),
+         is_joined && to_next > 0 ? to_next : word.box.Width());
+    if (next != nullptr && !is_joined) Show(kBlankCode, std::max(gap, kLeastGap * size));
+  }
+
+  void SetSize(double size) {
+    size = std::max(std::round(size * kSizeSteps) / kSizeSteps, 1 / kSizeSteps);
+    if (size == size_) return;
+    text_ += style_.font + " " + Text(size, 2) + " Tf\n";
+    size_ = size;
+  }
+
+  void Show(std::string const& codes, double width) {
+    double const natural = static_cast<double>(codes.size() / kCodeDigits) * kLetterWidth * size_;
+    text_ += Text(kPercent * width / natural, 1) + " Tz <" + codes + "> Tj\n";
+  }
+
+  LayerStyle const& style_;
+  std::string text_;
+  double size_ = 0;  // of the font in force
+};
+
+}  // namespace
+
+Matrix LevelBox(Matrix const& box) {
+  constexpr double kQuarter = std::numbers::pi / 2;
+  constexpr double kMaxTilt = std::numbers::pi / 12;
+  double const angle = std::atan2(box.b, box.a);
+  double const level = std::round(angle / kQuarter) * kQuarter;
+  if (angle == level || std::abs(angle - level) > kMaxTilt) return box;
+  double const width = box.Width(), height = box.Height();
+  Matrix turned = {width * std::round(std::cos(level)),
+                   width * std::round(std::sin(level)),
+                   -height * std::round(std::sin(level)),
+                   height * std::round(std::cos(level)),
+                   0,
+                   0};
+  turned.e = box.e + (box.a + box.c - turned.a - turned.c) / 2;
+  turned.f = box.f + (box.b + box.d - turned.b - turned.d) / 2;
+  return turned;
+}
+
+std::string LayerContent(std::vector<LayerWord> words, Matrix const& place,
+                         LayerStyle const& style) {
+  Writer writer(style);
+  for (auto& line : LinesOf(std::move(words))) {
+    for (LayerWord& word : line) word.box = LevelBox(word.box.Then(place));
+    writer.Add(line);
+  }
+  return writer.Take();
+}
+
+}  // namespace sorrelin::tool
