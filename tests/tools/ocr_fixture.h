@@ -16,6 +16,7 @@ struct FoundWord {
 
 class OcrTest : public AppendTest {
  protected:
+  static constexpr double kRadians = 3.14159265358979 / 180;  // a degree
   static constexpr int kTop = 336;                            // rows of the page's first two lines
 
   static EnglishPage const& Page() {
@@ -114,6 +115,32 @@ class OcrTest : public AppendTest {
       }
     }
     if (words.back().text.empty()) words.pop_back();
+    return words;
+  }
+
+  // The lines turned clockwise about the middle of a larger sheet, and the boxes around the words.
+  static PixPtr TiltedLines(double degrees) {
+    PixPtr pix(pixRotate(Lines().get(), static_cast<float>(degrees * kRadians), L_ROTATE_AREA_MAP,
+                         L_BRING_IN_WHITE, kPageWidth, kTop));
+    pixSetResolution(pix.get(), kPageDpi, kPageDpi);
+    return pix;
+  }
+  static std::vector<FoundWord> TiltedWords(double degrees, PixPtr const& sheet) {
+    constexpr double kScale = 72.0 / kPageDpi;
+    double const cosine = std::cos(degrees * kRadians), sine = std::sin(degrees * kRadians);
+    double const x0 = kPageWidth * kScale / 2, y0 = kTop * kScale / 2;
+    double const middle_x = pixGetWidth(sheet.get()) * kScale / 2;
+    double const middle_y = pixGetHeight(sheet.get()) * kScale / 2;
+    std::vector<FoundWord> words = ExpectedWords();
+    for (FoundWord& word : words) {
+      double const x = (word.left + word.right) / 2 - x0, y = (word.top + word.bottom) / 2 - y0;
+      double const width = word.right - word.left, height = word.bottom - word.top;
+      double const across = (width * cosine + height * sine) / 2;
+      double const down = (width * sine + height * cosine) / 2;
+      double const to_x = middle_x + x * cosine - y * sine;
+      double const to_y = middle_y + x * sine + y * cosine;
+      word = {word.text, to_x - across, to_y - down, to_x + across, to_y + down};
+    }
     return words;
   }
 

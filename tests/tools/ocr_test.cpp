@@ -92,6 +92,17 @@ TEST_F(Ocr, TurnedPagesAreShownUprightAndHaveTheirWords) {
   ExtractAll({"--output", Path("back.png")});
 }
 
+TEST_F(Ocr, WordsOfTiltedPagesAreWhereTheyAreSeen) {
+  for (double const degrees : {-2.0, 2.0, 5.0}) {
+    PixPtr const page = TiltedLines(degrees);
+    WritePix("page.png", page);
+    RunQuietly({"make", Out(), Path("page.png"), "--ocr", "eng", "--force"});
+    ExpectWords("out.pdf", TiltedWords(degrees, page));
+    ExtractAll({"--output", Path("back.png"), "--force"});
+    EXPECT_TRUE(Shows("back.png", page));
+  }
+}
+
 TEST_F(Ocr, WordsReadFromTheRightAreWholeAndComeInTheirOrder) {
   std::string const text =
       "\u05db\u05dc \u05d1\u05e0\u05d9 \u05d4\u05d0\u05d3\u05dd "

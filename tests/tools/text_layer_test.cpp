@@ -7,6 +7,7 @@
 #include "tools/ocr/layer_content.h"
 #include "tools/ocr/layer_font.h"
 #include "tools/ocr/layer_words.h"
+#include "tools/ocr/straightening.h"
 
 namespace {
 
@@ -115,6 +116,13 @@ TEST(TextLayer, WordOfATiltedLineIsLevelAboutItsMiddle) {
   ExpectNear(LevelBox(down), down);
   Matrix const slanted = {30, 30, -10, 10, 0, 0};
   ExpectNear(LevelBox(slanted), slanted);
+}
+
+// The middle of the picture is that of the copy, and a pixel right of it is where it was before the
+// turn: a quarter clockwise brings the right side to the foot.
+TEST(TextLayer, StraightCopyLiesAboutTheMiddleOfThePicture) {
+  Matrix const place = StraightPlace({200, 0, 0, 100, 0, 0}, {2000, 1000}, {2400, 1600}, 90);
+  ExpectNear(Matrix{1, 0, 0, 1, 0.5, 0.5}.Then(place), {0, 240, -160, 0, 100, 50});
 }
 
 TEST(TextLayer, LettersOfOtherPlanesHaveCodesOfTheirOwn) {

@@ -29,6 +29,7 @@
 #include "tools/formats/image_source.h"
 #include "tools/ocr/languages.h"
 #include "tools/ocr/page_scan.h"
+#include "tools/ocr/straightening.h"
 
 namespace sorrelin::tool {
 namespace {
@@ -189,7 +190,7 @@ class Recognizer {
   }
 
   bool ReadPicture(unsigned page, ScannedPicture& scanned, bool& has_words, std::string& problem) {
-    if (IsLayer() && !MakeSquare(scanned)) return false;
+    if (IsLayer() && !(MakeSquare(scanned) && Straighten(scanned))) return false;
     if (!text_engine_->Recognize(std::move(scanned.picture), options_.segmentation,
                                  options_.timeout, problem)) {
       return false;

@@ -1,0 +1,61 @@
+// Leptonica's search for the tilt of text lines.
+#include "tools/ocr/straightening.h"
+
+#include <cmath>
+#include <numbers>
+#include <utility>
+
+namespace sorrelin::tool {
+namespace {
+
+constexpr int kInkBelow = 130;       // of 256 tones
+constexpr float kLeastTilt = 0.3F;   // degrees; the engine follows lines that are tilted less
+constexpr float kSureOfTilt = 3.0F;  // Leptonica's own bound
+constexpr double kHalfTurn = 180;
+
+// Degrees by which the picture is to be turned clockwise; 0 where no lines are seen to be tilted.
+float TiltOf(Pix* pix) {
+  PixPtr const ink(pixConvertTo1(pix, kInkBelow));
+  float degrees = 0;
+  float confidence = 0;
+  bool const is_sure = ink != nullptr && pixFindSkew(ink.get(), &degrees, &confidence) == 0 &&
+                       confidence >= kSureOfTilt;
+  return is_sure && std::abs(degrees) >= kLeastTilt ? degrees : 0;
+}
+
+double RadiansOf(double degrees) { return degrees * std::numbers::pi / kHalfTurn; }
+
+SheetSize SizeOf(Pix* pix) {
+  return {static_cast<double>(pixGetWidth(pix)), static_cast<double>(pixGetHeight(pix))};
+}
+
+// Soft edges help the engine, so the copy is in grey at least. Null when memory is short.
+PixPtr Turned(Pix* pix, float degrees) {
+  PixPtr const soft(pixConvertTo8Or32(pix, L_CLONE, 0));
+  if (soft == nullptr) return nullptr;
+  return PixPtr(pixRotate(soft.get(), static_cast<float>(RadiansOf(degrees)), L_ROTATE_AREA_MAP,
+                          L_BRING_IN_WHITE, pixGetWidth(soft.get()), pixGetHeight(soft.get())));
+}
+
+}  // namespace
+
+Matrix StraightPlace(Matrix const& place, SheetSize picture, SheetSize copy, double degrees) {
+  double const cosine = std::cos(RadiansOf(degrees)), sine = std::sin(RadiansOf(degrees));
+  Matrix const from_middle = {copy.width, 0, 0, copy.height, -copy.width / 2, -copy.height / 2};
+  Matrix const back = {cosine, sine, -sine, cosine, 0, 0};
+  Matrix const to_unit = {1 / picture.width, 0, 0, 1 / picture.height, 0.5, 0.5};
+  return from_middle.Then(back).Then(to_unit).Then(place);
+}
+
+bool Straighten(ScannedPicture& scanned) {
+  PixPtr& pix = scanned.picture.pix;
+  float const degrees = TiltOf(pix.get());
+  if (degrees == 0) return true;
+  SheetSize const size = SizeOf(pix.get());
+  pix = Turned(pix.get(), degrees);
+  if (pix == nullptr) return false;
+  scanned.place = StraightPlace(scanned.place, size, SizeOf(pix.get()), degrees);
+  return true;
+}
+
+}  // namespace sorrelin::tool
