@@ -5,7 +5,8 @@
 #
 # usage: bench/tool_bench.sh [BUILD-FOLDER] [RUNS]     (default: build/bench 7)
 #
-# Prints the times, their ratio and its limit; fails if a limit is passed.
+# Prints the times, their ratio and its limit, and the sizes of what was written; fails if a limit is
+# passed. bench/report.sh makes a page of it.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 build=${1:-build/bench}
@@ -52,17 +53,22 @@ seconds() {
 lesser() { awk -v a="$1" -v b="$2" 'BEGIN { print a < b ? a : b }'; }
 
 failed=0
-# compare NAME LIMIT OURS THEIRS: two functions, and the most that ours may take of theirs.
+# bytes FILE-OR-FOLDER: its size, or that of all files in it.
+bytes() { find "$1" -type f -printf '%s\n' | awk '{ sum += $1 } END { print sum }'; }
+
+# compare NAME LIMIT OURS THEIRS [FILE FILE]: two functions, the most that ours may take of theirs,
+# and what they write.
 compare() {
-  local name=$1 limit=$2 ours=999999 theirs=999999
+  local name=$1 limit=$2 ours=999999 theirs=999999 sizes=
   for ((run = 0; run < runs; ++run)); do
     seconds "$3"
     ours=$(lesser "$time" "$ours")
     seconds "$4"
     theirs=$(lesser "$time" "$theirs")
   done
-  awk -v name="$name" -v a="$ours" -v b="$theirs" -v limit="$limit" 'BEGIN {
-    printf "%-42s %8.3f s %8.3f s   ratio %.2f (limit %.2f)\n", name, a, b, a / b, limit
+  if [ $# -gt 4 ]; then sizes="   bytes $(bytes "$5") $(bytes "$6")"; fi
+  awk -v name="$name" -v a="$ours" -v b="$theirs" -v limit="$limit" -v sizes="$sizes" 'BEGIN {
+    printf "%-54s %8.3f s %8.3f s   ratio %.2f (limit %.2f)%s\n", name, a, b, a / b, limit, sizes
     exit a > b * limit }' || failed=1
 }
 
@@ -72,10 +78,10 @@ extract_one() { "$sorrelin" extract text.pdf --quiet --force --output all.tif; }
 extract_many() { rm -rf many && mkdir many && "$sorrelin" extract text.pdf --quiet --output many/%d.tif; }
 images_by_poppler() { rm -rf images && mkdir images && pdfimages -tiff text.pdf images/p; }
 
-printf '%-42s %10s %10s\n' "" sorrelin poppler
+printf '%-54s %10s %10s\n' "" sorrelin poppler
 compare "count 10,000 pages / pdfinfo" 2 count info_by_poppler
-compare "extract 200 Group 4 pages, one TIFF" 1 extract_one images_by_poppler
-compare "extract 200 Group 4 pages, 200 TIFF files" 1 extract_many images_by_poppler
+compare "extract 200 Group 4 pages, one TIFF / pdfimages" 1 extract_one images_by_poppler all.tif images
+compare "extract 200 Group 4 pages, 200 TIFF files / pdfimages" 1 extract_many images_by_poppler many images
 [ "$(tail -n 1 <("$sorrelin" count small.pdf))" = 10000 ]
 [ "$(find images -name '*.tif' | wc -l)" = 200 ]
 [ "$(find many -name '*.tif' | wc -l)" = 200 ]
@@ -103,14 +109,13 @@ raw_by_tiff2pdf() { tiff2pdf -o peer.pdf raw.tif; }
 make_auto() { make mono*.png --plain --jobs 1; }
 make_group_4() { make mono*.png --plain --compression g4 --jobs 1; }
 
-printf '%-42s %10s %10s\n' "" sorrelin peer
-compare "8 RGB PNG pages / img2pdf" 0.25 make_rgb rgb_by_img2pdf
-awk -v a="$(stat -c %s made.pdf)" -v b="$(stat -c %s peer.pdf)" 'BEGIN {
-  printf "  bytes %d, img2pdf %d\n", a, b; exit a > b }' || failed=1
-compare "40 bilevel PNG files / img2pdf" 0.35 make_mono mono_by_img2pdf
-compare "8 JPEG files / img2pdf" 0.25 make_photos photos_by_img2pdf
-compare "Group 4 TIFF of many strips / tiff2pdf" 0.3 make_strips strips_by_tiff2pdf
-compare "Group 4 TIFF of one strip / tiff2pdf" 2 make_strip strip_by_tiff2pdf
-compare "200 raw bilevel pages / tiff2pdf" 0.2 make_raw raw_by_tiff2pdf
+printf '%-54s %10s %10s\n' "" sorrelin peer
+compare "8 RGB PNG pages / img2pdf" 0.25 make_rgb rgb_by_img2pdf made.pdf peer.pdf
+[ "$(bytes made.pdf)" -le "$(bytes peer.pdf)" ] || failed=1
+compare "40 bilevel PNG files / img2pdf" 0.35 make_mono mono_by_img2pdf made.pdf peer.pdf
+compare "8 JPEG files / img2pdf" 0.25 make_photos photos_by_img2pdf made.pdf peer.pdf
+compare "Group 4 TIFF of many strips / tiff2pdf" 0.3 make_strips strips_by_tiff2pdf made.pdf peer.pdf
+compare "Group 4 TIFF of one strip / tiff2pdf" 2 make_strip strip_by_tiff2pdf made.pdf peer.pdf
+compare "200 raw bilevel pages / tiff2pdf" 0.2 make_raw raw_by_tiff2pdf made.pdf peer.pdf
 compare "text, the smaller coding / Group 4 alone" 1.3 make_auto make_group_4
 exit "$failed"
