@@ -47,6 +47,7 @@ echo "-- pkg-config"
 cc -std=c11 -Wall -Wextra -Werror /examples/write_document.c -o /with_cc \
   $(pkg-config --cflags --libs sorrelin)
 /with_cc /c2.pdf >/dev/null
+cc -std=c11 /examples/jpeg_pages.c -o /with_coded $(pkg-config --cflags --libs sorrelin-coded)
 
 echo "-- program and manual"
 sorrelin extract /cpp.pdf --output /page-%d.png
@@ -59,9 +60,11 @@ python3 -c 'import sorrelin; print(sorrelin.page_count("/made.pdf"), "pages")' |
 
 echo "-- a codec that is missing"
 quietly apt-get -qq remove -y sorrelin-codecs
-sorrelin make --force /refused.pdf /page-1.png 2>/refused.log && fail "a page without its codec"
+printf 'P1 8 8 %064d' 0 >/white.pbm
+sorrelin make /refused.pdf /white.pbm 2>/refused.log && fail "a page without its codec"
 grep -q 'sorrelin-codecs' /refused.log || { cat /refused.log; exit 1; }
 quietly apt-get -qq install -y --no-install-recommends /packages/sorrelin-codecs_*.deb
+quietly sorrelin make /coded.pdf /white.pbm
 
 echo "-- remove and purge"
 names=$(for file in /packages/*.deb; do dpkg-deb -f "$file" Package; done)
