@@ -12,7 +12,7 @@ runs=${3:-3}
 folder=$(mktemp -d)
 trap 'rm -rf "$folder"' EXIT
 
-# Ten pages that differ, as PNG and as TIFF coded with LZW, both to be decoded and coded anew.
+# Ten pages that differ, as PNG and as TIFF coded with LZW, both to be decoded and recoded.
 "$build/bin/write_text_page" 300 >"$folder/page.pbm"
 for kind in png tif; do mkdir "$folder/$kind"; done
 for i in 0 1 2 3 4 5 6 7 8 9; do

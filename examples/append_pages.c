@@ -1,5 +1,5 @@
 /* Adds COUNT scanned pages to FILE, as a scanning program does: the file is made if it does not
- * exist, and gets its new pages behind the old ones if it does.
+ * exist, and gets its new pages after the old ones if it does.
  * append_pages FILE COUNT */
 #include <sorrelin/frame/pdf.h>
 #include <sorrelin/platform/memory.h>

@@ -2,7 +2,7 @@
  * pipe_document | read_pages - page
  *
  * It is linked with the static library. The shared one writes a line of its own to standard output
- * when it is loaded, which would stand in front of the document. */
+ * when it is loaded, which would come before the document. */
 #include <sorrelin/frame/pdf.h>
 #include <sorrelin/platform/memory.h>
 #include <stdio.h>

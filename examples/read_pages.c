@@ -31,7 +31,7 @@ static void PutNumber(BYTE* at, DWORD number) {
   for (int i = 0; i < 4; ++i) at[i] = (BYTE)(number >> (8 * i));
 }
 
-/* A BMP file is a packed bitmap behind 14 bytes: "BM", the file's size, 0, where the rows begin. */
+/* A BMP file is a packed bitmap after 14 bytes: "BM", the file's size, 0, where the rows begin. */
 static int WriteBmp(char const* path, HDIB bitmap) {
   BYTE const* const bytes = GlobalLock(bitmap);
   FILE* const file = bytes != NULL ? fopen(path, "wb") : NULL;
@@ -48,7 +48,7 @@ static int WriteBmp(char const* path, HDIB bitmap) {
   return fclose(file) == 0 && written;
 }
 
-/* The page's image as a BMP file; a page without one is told and passed over. */
+/* The page's image as a BMP file; a page without one is reported and skipped. */
 static int WritePage(hPDF pdf, DWORD page, char const* prefix) {
   HDIB const bitmap = pdf_LoadImageFromPDF(pdf, page);
   if (bitmap == NULL || bitmap == INVALID_HANDLE_VALUE) {

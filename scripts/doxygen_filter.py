@@ -2,7 +2,7 @@
 """Prints a header with its plain comments as doc comments, which is how doxygen reads them.
 
 The headers follow one form. The comment at the top belongs to the file. The comment that begins a
-paragraph (what stands between empty lines) is for each declaration of it, if there is no other;
+paragraph (the lines between two empty lines) applies to each declaration in it, if there is no other;
 other comments are for the declaration below or to the left. "Name (folder/)" and "---- Name ----"
 open a family of declarations.
 """

@@ -3,7 +3,7 @@
 #
 # usage: scripts/fuzz.sh [seconds] [target...]
 #
-# Seeds are written anew into build/fuzz/seeds; inputs that reached something new are kept in
+# Seeds are written to build/fuzz/seeds; inputs that reached something new are kept in
 # build/fuzz/corpus for the next run. An input that breaks a target is left in build/fuzz/findings,
 # and the script fails. A finding is also what takes more than 5 seconds or more than 320 MB, which
 # is far more than the library needs for an input of this size, since the sanitizers' shadow counts.
@@ -34,7 +34,7 @@ rm -rf "$TMPDIR"
 mkdir -p "$TMPDIR"
 "$build/bin/write_seeds" "$build/seeds"
 
-# end_process.cpp: the process ended as it should, and the target is started anew.
+# end_process.cpp: the process ended as it should, and the target is started again.
 ended_as_promised=78
 
 # fuzz NAME: runs a target until its time is over.

@@ -1,10 +1,11 @@
 #!/usr/bin/env bash
-# Makes the Debian packages in build/package and lets lintian judge them. With --try they are
-# installed, used, upgraded to and removed in clean Debian roots; --try needs root and a network.
+# Builds the Debian packages in build/package and checks them with lintian. With --try they are
+# installed over the first release, used and removed in a clean Debian root; --try needs root and a
+# network.
 #
 # usage: scripts/package.sh [--try]
 #
-# Whoever hands packages out says who they are: SORRELIN_MAINTAINER="Name <address>".
+# Name the maintainer of packages that are distributed: SORRELIN_MAINTAINER="Name <address>".
 set -euo pipefail
 cd "$(dirname "$0")/.."
 

@@ -41,7 +41,7 @@ as_root=()
 if [ "$(id -u)" -ne 0 ]; then as_root=(sudo); fi
 echo "installing: ${missing[*]}"
 export DEBIAN_FRONTEND=noninteractive
-"${as_root[@]}" apt-get -qq update || true  # packages may be at hand without a network
+"${as_root[@]}" apt-get -qq update || true  # without a network, the cache may have the packages
 "${as_root[@]}" apt-get -qq install -y --no-install-recommends "${missing[@]}" >/dev/null || {
   echo "these packages cannot be installed: ${missing[*]}" >&2
   exit 1

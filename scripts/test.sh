@@ -36,7 +36,7 @@ run_tests() {
   fi
 }
 
-# run_windows: the cross build counts as one test where its tools are at hand.
+# run_windows: the cross build counts as one test where its tools are installed.
 run_windows() {
   command -v x86_64-w64-mingw32-g++ >/dev/null || return 0
   [ -f /usr/x86_64-w64-mingw32/lib/libz.a ] && [ -d /usr/src/googletest ] || return 0

@@ -69,7 +69,7 @@ static int Encode(BYTE const* dib, BITMAPINFOHEADER const* header, int quality,
 }
 
 /* Whether the block holds a whole bitmap of 24 bits. The library checks neither for the coder, and
- * the record's width and height are cut to 16 bits: the header tells. */
+ * the record's width and height are cut to 16 bits: the header has them. */
 static int IsUsable(BITMAPINFOHEADER const* header, SIZE_T block_bytes) {
   if (header->biSize != sizeof *header || header->biBitCount != 24) return 0;
   if (header->biWidth < 1 || header->biWidth > 65500) return 0;

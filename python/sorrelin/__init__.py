@@ -82,12 +82,12 @@ class PdfWriter:
     """Writes a document page by page; a context manager that finishes it at the end.
 
     `target` is a file's path, a binary file that is open for writing and takes the document when it is
-    finished, or None for a document in memory. `mode` tells what becomes of a file
-    that exists:
+    finished, or None for a document in memory. `mode` says what happens to an
+    existing file:
 
-        "w"  the new document takes its place when it is finished; until then it stands
+        "w"  it is replaced when the new document is finished, and unchanged until then
         "x"  FileExistsError
-        "a"  it is updated: the new pages go behind its own, in the same file
+        "a"  it is updated: the new pages are added after its own, in the same file
 
     title, author, subject and keywords have at most 252 UTF-16 units (keywords 251), are fixed when
     the document is started, and cannot be changed by an update.
