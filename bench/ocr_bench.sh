@@ -5,7 +5,8 @@
 # usage: bench/ocr_bench.sh [BUILD-FOLDER] [RUNS]      (default: build/bench 3; 0 runs: no times)
 #
 # Prints the share of words that pdftotext finds at their place, what a page costs in bytes, and
-# the time beside ocrmypdf and Tesseract alone, each with one job; fails where a limit is passed.
+# the processor time beside ocrmypdf and Tesseract alone, each with one job and one thread, which
+# other programs on the machine disturb least; fails where a limit is passed.
 # Needs the Debian packages ocrmypdf, graphicsmagick, poppler-utils, fonts-dejavu-core,
 # tesseract-ocr (for text2image too) and tesseract-ocr-{eng,deu,fra,rus,heb,osd}.
 set -euo pipefail
@@ -23,6 +24,7 @@ for program in gm ocrmypdf pdfimages pdftotext python3 tesseract text2image; do
   command -v "$program" >/dev/null || { echo "needs $program" >&2; exit 2; }
 done
 
+export OMP_THREAD_LIMIT=1
 folder=$(mktemp -d)
 trap 'rm -rf "$folder"' EXIT
 cd "$folder"
@@ -83,12 +85,10 @@ check "words not found of 100" \
   "$(awk -v a="$seen" -v b="$words" 'BEGIN { printf "%.2f", 100 - 100 * a / b }')" 2
 check "bytes a page" "$((bytes / 20))" 12287
 
-# seconds COMMAND...: wall time of one run in $time.
+# seconds COMMAND...: processor time of one run in $time.
 seconds() {
-  local before=$EPOCHREALTIME
-  "$@" >/dev/null 2>&1
-  local after=$EPOCHREALTIME
-  time=$(awk -v a="$before" -v b="$after" 'BEGIN { printf "%.3f", b - a }')
+  local TIMEFORMAT='%U %S'
+  time=$({ time "$@" >/dev/null 2>&1; } 2>&1 | awk '{ printf "%.3f", $1 + $2 }')
 }
 lesser() { awk -v a="$1" -v b="$2" 'BEGIN { print a < b ? a : b }'; }
 
@@ -116,7 +116,7 @@ for ((run = 0; run < runs; ++run)); do
   seconds ocrmypdf_alone; other=$(lesser "$time" "$other")
   seconds tesseract_alone; engine=$(lesser "$time" "$engine")
 done
-printf 'seconds: sorrelin %s, ocrmypdf %s, tesseract %s\n' "$mine" "$other" "$engine"
+printf 'processor seconds: sorrelin %s, ocrmypdf %s, tesseract %s\n' "$mine" "$other" "$engine"
 ratio() { awk -v a="$1" -v b="$2" 'BEGIN { printf "%.2f", a / b }'; }
 check "time beside ocrmypdf" "$(ratio "$mine" "$other")" 0.8
 check "time beside Tesseract" "$(ratio "$mine" "$engine")" 1.1
