@@ -166,6 +166,36 @@ TEST_F(Ocr, PageThatTakesTooLongIsKeptAndNamed) {
   EXPECT_EQ(CountPages(), "1\n");
 }
 
+// A sheet of many colours without a sharp edge, as of a photograph.
+TEST_F(Ocr, PhotographIsKeptAndNamed) {
+  PixPtr const photograph(pixCreate(900, 600, 32));
+  for (int y = 0; y < 600; ++y) {
+    for (int x = 0; x < 900; ++x) {
+      auto const tone = [&](double step) {
+        return static_cast<l_int32>(127 + 100 * std::sin(x / step) * std::cos(y / (step + 20)));
+      };
+      pixSetRGBPixel(photograph.get(), x, y, tone(150), tone(190), tone(110));
+    }
+  }
+  WritePix("photograph.png", photograph);
+  ProgramResult const result = Make({Out(), Path("photograph.png"), "--ocr", "eng"});
+  EXPECT_EQ(result.exit_code, 1);
+  EXPECT_THAT(result.err, HasSubstr("page 1: shows no words"));
+  EXPECT_EQ(CountPages(), "1\n");
+}
+
+// Its pixels are not even decoded: they take 900 million bytes.
+TEST_F(Ocr, HugePageIsKeptAndNamed) {
+  PixPtr page(pixCreate(30000, 30000, 1));
+  pixWrite(Path("huge.tif").c_str(), page.get(), IFF_TIFF_G4);
+  page.reset();
+  ProgramResult const result = Make({Out(), Path("huge.tif"), "--ocr", "eng"});
+  EXPECT_EQ(result.exit_code, 1);
+  EXPECT_THAT(result.err, HasSubstr("page 1: is too large to be recognised: 30000 x 30000 pixels"));
+  EXPECT_EQ(CountPages(), "1\n");
+  EXPECT_THAT(Run({"words", Path("huge.tif")}).err, HasSubstr("is too large to be recognised"));
+}
+
 // Wherever the run is when it ends, the document is the old one or the new one, and nothing is left
 // beside it but what a directory of its own holds.
 TEST_F(Ocr, KilledRunLeavesTheOldDocument) {
@@ -184,7 +214,10 @@ TEST_F(Ocr, KilledRunLeavesTheOldDocument) {
 TEST_F(Ocr, EncryptedSignedAndDamagedDocumentsAreLeftAlone) {
   WritePix("page.png", Blank());
   RunQuietly({"make", Path("plain.pdf"), Path("page.png")});
-  OutputOf({"qpdf", "--encrypt", "", "owner", "256", "--", Path("plain.pdf"), Path("locked.pdf")});
+  OutputOf({"qpdf", "--encrypt", "", "owner", "256", "--modify=none", "--", Path("plain.pdf"),
+            Path("locked.pdf")});
+  OutputOf(
+      {"qpdf", "--encrypt", "user", "owner", "256", "--", Path("plain.pdf"), Path("closed.pdf")});
   std::string const plain =
       OutputOf({"qpdf", "--qdf", "--object-streams=disable", Path("plain.pdf"), "-"});
   std::string with_field = plain;
@@ -195,6 +228,7 @@ TEST_F(Ocr, EncryptedSignedAndDamagedDocumentsAreLeftAlone) {
   WriteAll(Path("damaged.pdf"), ToBytes("%PDF-1.4\nthis is no document"));
   for (auto const& [name, reason] : std::vector<std::pair<std::string, std::string>>{
            {"locked.pdf", "is encrypted"},
+           {"closed.pdf", "is encrypted"},
            {"signed.pdf", "is signed"},
            {"damaged.pdf", "cannot be read as a document"}}) {
     Bytes const before = ReadAll(Path(name));
@@ -205,6 +239,33 @@ TEST_F(Ocr, EncryptedSignedAndDamagedDocumentsAreLeftAlone) {
     EXPECT_EQ(ReadAll(Path(name)), before);
     EXPECT_EQ(Names(), names);
   }
+}
+
+TEST_F(Ocr, ReadOnlyDocumentIsLeftAlone) {
+  WritePix("page.png", Blank());
+  RunQuietly({"make", Out(), Path("page.png")});
+  std::filesystem::permissions(Out(), std::filesystem::perms::owner_read);
+  Bytes const before = Document();
+  std::vector<std::string> arguments = {SORRELIN_TOOL, "ocr", Out()};
+  if (geteuid() == 0) {
+    arguments.insert(arguments.begin(), {"setpriv", "--bounding-set=-all", "--inh-caps=-all"});
+  }
+  ProgramResult const result = RunProgram(arguments);
+  EXPECT_EQ(result.exit_code, 1);
+  EXPECT_THAT(result.err, HasSubstr(Out() + ": cannot be changed: Permission denied"));
+  EXPECT_EQ(Document(), before);
+}
+
+TEST_F(Ocr, DocumentIsAsItWasWhereLanguageDataAreDamaged) {
+  WritePix("page.png", Lines());
+  RunQuietly({"make", Out(), Path("page.png")});
+  Bytes const before = Document();
+  WriteAll(Path("eng.traineddata"), Bytes(5000, 0x41));
+  ProgramResult const result = RunProgram({SORRELIN_TOOL, "ocr", Out()}, {},
+                                          {"TESSDATA_PREFIX=" + directory_.path().string()});
+  EXPECT_EQ(result.exit_code, 1);
+  EXPECT_THAT(result.err, HasSubstr("cannot be loaded: they are damaged"));
+  EXPECT_EQ(Document(), before);
 }
 
 TEST_F(Ocr, WordsOfDocumentsAndTurnedPicturesComeInEveryForm) {

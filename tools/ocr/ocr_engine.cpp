@@ -28,6 +28,7 @@ namespace {
 constexpr WCHAR const* kEngine = u"Averna.dll";
 constexpr int kMillisecondsPerSecond = 1000;
 constexpr int kQuarter = 90;
+constexpr uint64_t kMaxPixels = uint64_t{1} << 28;  // the engine spreads them to bytes
 // Below it, a picture of few or odd letters is as likely to be turned the wrong way.
 constexpr float kSureOfOrientation = 2.0F;
 
@@ -82,6 +83,13 @@ std::string OpenProblem(int code, std::string const& language) {
 }
 
 }  // namespace
+
+bool FitsEngine(uint64_t width, uint64_t height, std::string& problem) {
+  if (width * height <= kMaxPixels) return true;
+  problem = "is too large to be recognised: " + std::to_string(width) + " x " +
+            std::to_string(height) + " pixels (scale it down)";
+  return false;
+}
 
 std::unique_ptr<OcrEngine> OcrEngine::Open(std::string const& languages, std::string& problem) {
   OcrEntries const& entries = Entries();

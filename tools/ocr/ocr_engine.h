@@ -4,6 +4,7 @@
 
 #include <siblings/averna/averna.h>
 
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
@@ -17,6 +18,9 @@ inline constexpr int kUsualSegmentation = 3;
 
 // The "language" whose data detect orientation.
 inline constexpr char kOrientationData[] = "osd";
+
+// Whether a picture of this size, in pixels, can be recognised. False with the reason in `problem`.
+bool FitsEngine(uint64_t width, uint64_t height, std::string& problem);
 
 struct OcrEntries;
 

@@ -10,6 +10,7 @@
 #include "tools/extract/picture_builder.h"
 #include "tools/formats/image_source.h"
 #include "tools/ocr/changeable_document.h"
+#include "tools/ocr/ocr_engine.h"
 
 namespace sorrelin::tool {
 namespace {
@@ -26,6 +27,7 @@ class DocumentScanner : public PageScanner {
     problem = facts.problem;
     if (!problem.empty()) return {};
     PagePicture const& picture = facts.whole.at(0);
+    if (!FitsEngine(picture.Width(), picture.Height(), problem)) return {};
     if (!DecodePagePicture(picture, kUpright, builder, problem)) return {};
     std::optional<Matrix> place;
     int rotation = 0;

@@ -40,7 +40,6 @@ constexpr size_t kHeadBytes = 5;
 // The engine looks at the clock between words only. What it does before the first word can take
 // much longer on a noisy page, so its process is ended this long after the time was up.
 constexpr std::chrono::seconds kGrace(2);
-constexpr size_t kMaxPixels = size_t{1} << 28;  // of a picture, as the engine spreads them to bytes
 constexpr double kPointsPerInch = 72;
 constexpr double kMaxStretch = 1.2;  // of pixels that are taken for square
 constexpr char kBlank[] = " \t\r\n\f";
@@ -154,11 +153,6 @@ class Recognizer {
   bool ReadPictures(unsigned page, std::string& problem) {
     auto pictures = scanner_->Scan(page, problem);
     if (pictures.empty()) return false;
-    for (ScannedPicture const& scanned : pictures) {
-      size_t const pixels = static_cast<size_t>(pixGetWidth(scanned.picture.pix.get())) *
-                            static_cast<size_t>(pixGetHeight(scanned.picture.pix.get()));
-      if (pixels > kMaxPixels) return problem = TooLarge(scanned), false;
-    }
     if (options_.turn && !Turn(pictures)) return false;
     if (text_engine_ == nullptr) return true;
     bool has_words = false;
@@ -172,12 +166,6 @@ class Recognizer {
 
   // Whether the text goes on the page.
   bool IsLayer() const { return options_.form == AVERNA_PDF; }
-
-  static std::string TooLarge(ScannedPicture const& scanned) {
-    return "is too large to be recognised: " +
-           std::to_string(pixGetWidth(scanned.picture.pix.get())) + " x " +
-           std::to_string(pixGetHeight(scanned.picture.pix.get())) + " pixels (scale it down)";
-  }
 
   // The first picture decides for the page.
   bool Turn(std::vector<ScannedPicture>& pictures) {

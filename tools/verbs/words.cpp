@@ -58,6 +58,11 @@ class PictureReader {
   // with the reason in `problem`.
   std::optional<std::string> Read(Picture picture, OcrOptions const& options, int number,
                                   int& quarter_turns, std::string& problem) {
+    Pix* const pix = picture.pix.get();
+    if (!FitsEngine(static_cast<uint64_t>(pixGetWidth(pix)),
+                    static_cast<uint64_t>(pixGetHeight(pix)), problem)) {
+      return std::nullopt;
+    }
     quarter_turns = turn_engine_ != nullptr ? turn_engine_->QuarterTurns(picture) : 0;
     picture.pix.reset(pixRotateOrth(picture.pix.get(), quarter_turns));
     if (picture.pix == nullptr) return problem = kMemoryText, std::nullopt;
