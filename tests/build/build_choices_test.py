@@ -108,6 +108,14 @@ class Parts(BuildTest):
         self.assertEqual(self.row("Group 4 (cadwick)")[1], "yes")
         self.assertEqual(self.row("JPEG (rennick)")[1], "off")
 
+    def test_a_program_without_any_optional_part_can_be_built(self):
+        self.assertTrue(self.configure("-DSORRELIN_PARTS=OFF"), self.output)
+        for part in ("Group 4", "JPEG (rennick)", "OCR", "JBIG2", "JPEG 2000", "HEIC"):
+            self.assertEqual(self.row(part)[1], "off")
+        sources = {pathlib.Path(command["file"]).name for command in self.commands}
+        self.assertTrue({"main.cpp", "jpeg2000_missing.cpp"} <= sources)
+        self.assertFalse({"jpeg2000_file.cpp", "jbig2_decoder.cpp", "heif_module.cpp"} & sources)
+
     def test_another_value_is_refused(self):
         self.assertFalse(self.configure(NO_PROGRAM, "-DSORRELIN_CADWICK=maybe"))
         self.assertIn("SORRELIN_CADWICK is MAYBE", self.output)

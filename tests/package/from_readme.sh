@@ -47,6 +47,17 @@ own="'/tmp/nobodys Gebäude'"
 su nobody -s /bin/bash -c "cmake -B $own && cmake --build $own --target cadwick" \
   >/tmp/nobody.log 2>&1 || { tail -n 20 /tmp/nobody.log; exit 1; }
 
+if [ "$mode" = minimal ]; then
+  echo "-- parts that are missing"
+  sorrelin=$prefix/bin/sorrelin
+  printf '\0\0\0\014jP  \r\n\207\n\0\0\0\024ftypjp2 ' >/tmp/photo.jp2
+  printf '\0\0\0\030ftypheic\0\0\0\0heicmif1' >/tmp/photo.heic
+  named() { "$sorrelin" "$@" 2>&1 >/dev/null | grep -q "$missing" || { echo "unnamed: $missing"; exit 1; }; }
+  missing=OpenJPEG named make --force /tmp/refused.pdf /tmp/photo.jp2
+  missing=sorrelin-heif named make --force /tmp/refused.pdf /tmp/photo.heic
+  missing=sorrelin-ocr named words /tmp/white.pbm
+fi
+
 echo "-- uninstall"
 DESTDIR= cmake --install build >/dev/null
 lines 3 >/tmp/remove.sh

@@ -153,7 +153,7 @@ class Jpeg2000Source : public ImageSource {
   }
 
   std::optional<Picture> Decode(int, std::string& problem) override {
-    problem = kCannotDecode;
+    problem = UndecodedJpeg2000();
     return DecodeJpeg2000(*bytes_);
   }
 

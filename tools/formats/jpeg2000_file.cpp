@@ -11,6 +11,8 @@
 #include <utility>
 #include <vector>
 
+#include "tools/formats/image_source.h"
+
 namespace sorrelin::tool {
 namespace {
 
@@ -230,5 +232,7 @@ std::optional<Picture> DecodeJpeg2000(std::span<BYTE const> file) {
   picture.dpi = ResolutionOf(file);
   return picture;
 }
+
+std::string UndecodedJpeg2000() { return kCannotDecode; }
 
 }  // namespace sorrelin::tool

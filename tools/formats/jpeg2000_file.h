@@ -20,6 +20,9 @@ std::string Jpeg2000Damage(std::span<BYTE const> file);
 // header cannot be read, it is of a rarer kind, or memory is short.
 std::optional<Picture> DecodeJpeg2000(std::span<BYTE const> file);
 
+// The message about a file that DecodeJpeg2000 does not decode.
+std::string UndecodedJpeg2000();
+
 }  // namespace sorrelin::tool
 
 #endif  // TOOLS_FORMATS_JPEG2000_FILE_H_

@@ -7,4 +7,8 @@ std::string Jpeg2000Damage(std::span<BYTE const>) { return "JPEG 2000 cannot be 
 
 std::optional<Picture> DecodeJpeg2000(std::span<BYTE const>) { return std::nullopt; }
 
+std::string UndecodedJpeg2000() {
+  return "is JPEG 2000, and this program is built without OpenJPEG (save it as PNG or TIFF)";
+}
+
 }  // namespace sorrelin::tool
