@@ -52,7 +52,7 @@ void ChangingElements::FindElements() {
 }
 
 void ChangingElements::Rewind() {
-  if (dropped_ != 0) FindElements();
+  if (IsCut()) FindElements();
 }
 
 void ChangingElements::FillWindow() {
@@ -120,6 +120,9 @@ void ChangingElements::Finish(uint32_t* end) {
   end_ = end;
   std::fill_n(end, kBehind, width_);
   limit_ = end + kBehind;
+}
+
+void ChangingElements::Paint() {
   uint8_t* const row = row_.data();
   uint32_t const width = width_;
   for (uint32_t const* run = Begin(); *run < width; run += 2) BlackenRun(row, run[0], run[1]);

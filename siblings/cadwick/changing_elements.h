@@ -59,8 +59,14 @@ class ChangingElements {
   // the row has had twice as many elements as pixels.
   uint32_t* MakeRoom(uint32_t* end);
 
-  // Ends the list at `end` and blackens its runs.
+  // Ends the list at `end`.
   void Finish(uint32_t* end);
+
+  // Blackens the runs of the list, which complete the row's pixels.
+  void Paint();
+
+  // Whether the list lacks elements of the row, so that Rewind needs the pixels.
+  bool IsCut() const { return dropped_ != 0; }
 
  private:
   static constexpr size_t kFront = 1;

@@ -174,22 +174,39 @@ Outcome DecodeRow(BitReader& reader, ChangingElements& row, ChangingElements& ab
   return Outcome::kDone;
 }
 
-}  // namespace
-
-DecodeResult DecodeGroup4(std::span<uint8_t const> data, Picture picture, RowCallback rows) {
+// `take_row` gets each row with its list complete and its runs not yet painted, and gives false to
+// stop. A row whose list is cut must be painted, since the next one is decoded from its pixels.
+template <typename TakeRow>
+DecodeResult DecodeRows(std::span<uint8_t const> data, Picture picture, TakeRow take_row) {
   auto row = std::make_unique<ChangingElements>(picture.width);
   auto above = std::make_unique<ChangingElements>(picture.width);
-  size_t const row_bytes = (size_t{picture.width} + 7) / 8;
   BitReader in(data);
   for (uint32_t y = 0; y < picture.height; ++y) {
     row->Clear();
     above->Rewind();
     Outcome const outcome = DecodeRow(in, *row, *above, picture.width);
     if (outcome != Outcome::kDone) return {outcome, y};
-    if (!rows(row->Row().first(row_bytes), y)) return {Outcome::kStopped, y};
+    if (!take_row(*row, y)) return {Outcome::kStopped, y};
     std::swap(row, above);
   }
   return {Outcome::kDone, picture.height};
+}
+
+}  // namespace
+
+DecodeResult DecodeGroup4(std::span<uint8_t const> data, Picture picture, RowCallback rows) {
+  size_t const row_bytes = (size_t{picture.width} + 7) / 8;
+  return DecodeRows(data, picture, [&](ChangingElements& row, uint32_t y) {
+    row.Paint();
+    return rows(row.Row().first(row_bytes), y);
+  });
+}
+
+DecodeResult CheckGroup4(std::span<uint8_t const> data, Picture picture) {
+  return DecodeRows(data, picture, [](ChangingElements& row, uint32_t) {
+    if (row.IsCut()) row.Paint();
+    return true;
+  });
 }
 
 }  // namespace sorrelin::cadwick

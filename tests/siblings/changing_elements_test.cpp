@@ -97,6 +97,7 @@ TEST(ChangingElements, WrittenElementsBecomePixels) {
   uint32_t* end = row.Begin();
   for (uint32_t const column : {0U, 3U, 60U, 70U, 70U, 70U, 128U, 200U}) *end++ = column;
   row.Finish(end);
+  row.Paint();
   std::vector<uint8_t> expected(32);
   expected[0] = 0xE0;
   expected[7] = 0x0F;
@@ -114,6 +115,7 @@ TEST(ChangingElements, MoreElementsThanTheListHoldsBecomePixels) {
     if (end > row.WriteLimit()) end = row.MakeRoom(end);
   }
   row.Finish(end);
+  row.Paint();
   row.Rewind();
   EXPECT_THAT(FirstElements(row, 3), ElementsAre(1, 2, 3));
   EXPECT_THAT(row.Row().first(2500), testing::Each(0x55));

@@ -104,12 +104,16 @@ inline int TakeRow(BYTE* row, int32_t y, void* user) {
   return CCITT_ROW_DONE;
 }
 
+// The check of the data must come to the same result.
 inline Decoded Decode(std::span<uint8_t const> data, int32_t width, int32_t height) {
   Decoded decoded{{}, 0, Bilevel(width, height)};
   auto const result =
       cadwick::DecodeGroup4(data, SizeOf(decoded.bitmap), {TakeRow, &decoded.bitmap});
   decoded.outcome = result.outcome;
   decoded.rows = static_cast<int32_t>(result.rows);
+  auto const check = cadwick::CheckGroup4(data, SizeOf(decoded.bitmap));
+  EXPECT_EQ(check.outcome, result.outcome);
+  EXPECT_EQ(check.rows, result.rows);
   return decoded;
 }
 

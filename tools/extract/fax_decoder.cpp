@@ -204,16 +204,20 @@ int TakeRow(BYTE* row, int32_t, void* user) {
   return target.sink.Row({row, target.row_bytes}) ? CCITT_ROW_DONE : CCITT_ROW_STOP;
 }
 
-bool DecodePlainGroup4(PictureShape const& shape, std::span<BYTE const> data, SampleSink& sink,
-                       std::string& problem) {
-  Group4Target target = {sink, shape.RowBytes()};
-  auto const result = cadwick::DecodeGroup4(data, {shape.width, shape.height}, {TakeRow, &target});
+bool IsWhole(cadwick::DecodeResult const& result, std::string& problem) {
   bool const whole =
       result.outcome == cadwick::Outcome::kDone || result.outcome == cadwick::Outcome::kStopped;
   if (!whole) {
     problem = result.outcome == cadwick::Outcome::kDataEnded ? kShortData : kDamagedData;
   }
   return whole;
+}
+
+bool DecodePlainGroup4(PictureShape const& shape, std::span<BYTE const> data, SampleSink& sink,
+                       std::string& problem) {
+  cadwick::Picture const picture = {shape.width, shape.height};
+  Group4Target target = {sink, shape.RowBytes()};
+  return IsWhole(cadwick::DecodeGroup4(data, picture, {TakeRow, &target}), problem);
 }
 
 // Turns rows over whose set bits are to be clear.
@@ -232,19 +236,36 @@ class Inverter : public SampleSink {
   std::vector<BYTE> row_;
 };
 
+// A coded row takes a bit at least.
+bool CanHoldRows(PictureShape const& shape, std::span<BYTE const> data, std::string& problem) {
+  bool const can = shape.height / 8 <= data.size();
+  if (!can) problem = kShortData;
+  return can;
+}
+
+bool IsPlainGroup4(PictureShape const& shape) {
+  return shape.fax.k < 0 && !shape.fax.byte_aligned &&
+         cadwick::ValidPicture(shape.width, shape.height);
+}
+
 }  // namespace
 
 bool DecodeFax(PictureShape const& shape, std::span<BYTE const> data, SampleSink& sink,
                std::string& problem) {
-  // A coded row takes a bit at least.
-  if (shape.height / 8 > data.size()) return problem = kShortData, false;
+  if (!CanHoldRows(shape, data, problem)) return false;
   Inverter inverter(sink);
   SampleSink& target = shape.fax.black_is_1 ? sink : static_cast<SampleSink&>(inverter);
-  if (shape.fax.k < 0 && !shape.fax.byte_aligned &&
-      cadwick::ValidPicture(shape.width, shape.height)) {
-    return DecodePlainGroup4(shape, data, target, problem);
+  return IsPlainGroup4(shape) ? DecodePlainGroup4(shape, data, target, problem)
+                              : DecodeRows(shape, data, target, problem);
+}
+
+bool CheckFax(PictureShape const& shape, std::span<BYTE const> data, std::string& problem) {
+  if (!CanHoldRows(shape, data, problem)) return false;
+  if (IsPlainGroup4(shape)) {
+    return IsWhole(cadwick::CheckGroup4(data, {shape.width, shape.height}), problem);
   }
-  return DecodeRows(shape, data, target, problem);
+  NoRows sink;
+  return DecodeRows(shape, data, sink, problem);
 }
 
 }  // namespace sorrelin::tool

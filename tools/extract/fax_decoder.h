@@ -13,6 +13,9 @@ namespace sorrelin::tool {
 bool DecodeFax(PictureShape const& shape, std::span<BYTE const> data, SampleSink& sink,
                std::string& problem);
 
+// Whether the data can be decoded to the last row; if not, the reason is in `problem`.
+bool CheckFax(PictureShape const& shape, std::span<BYTE const> data, std::string& problem);
+
 }  // namespace sorrelin::tool
 
 #endif  // TOOLS_EXTRACT_FAX_DECODER_H_

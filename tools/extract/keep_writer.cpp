@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "tools/documents/stream_reader.h"
+#include "tools/extract/fax_decoder.h"
 #include "tools/extract/jbig2_file.h"
 #include "tools/extract/jpeg_mark.h"
 #include "tools/extract/picture_data.h"
@@ -20,12 +21,6 @@ namespace sorrelin::tool {
 namespace {
 
 constexpr int kGroup3 = 3, kGroup4 = 4;
-
-// Takes rows and forgets them.
-class NoRows : public SampleSink {
- public:
-  bool Row(std::span<BYTE const>) override { return true; }
-};
 
 bool IsDevice(PictureShape const& shape) {
   SpaceFamily const family = shape.space->family();
@@ -101,7 +96,7 @@ class Keeper {
       case KeptAs::kJpeg:
         return WriteJpeg(*data);
       case KeptAs::kFax:
-        return IsWhole() && WriteFax(*data);
+        return CheckFax(shape_, *data, problem_) && WriteFax(*data);
       case KeptAs::kJbig2:
         return IsWhole() && WriteJbig2(*data);
       default:

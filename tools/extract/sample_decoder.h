@@ -19,6 +19,12 @@ class SampleSink {
   virtual void Opacity(std::span<BYTE const>) {}
 };
 
+// Takes rows and forgets them.
+class NoRows : public SampleSink {
+ public:
+  bool Row(std::span<BYTE const>) override { return true; }
+};
+
 // Decodes the data of a picture to their end. False with the reason in `problem` if they are
 // damaged or do not fit the shape; rows may have been passed on then. A sink that wants no more
 // ends the decoding with success.

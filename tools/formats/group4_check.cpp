@@ -11,9 +11,7 @@ namespace sorrelin::tool {
 bool IsWholeGroup4(std::span<BYTE const> data, int width, int height) {
   if (!cadwick::ValidPicture(width, height)) return false;
   cadwick::Picture const picture = {static_cast<uint32_t>(width), static_cast<uint32_t>(height)};
-  auto const take = [](BYTE*, int32_t, void*) -> int32_t { return CCITT_ROW_DONE; };
-  auto const result = cadwick::DecodeGroup4(data, picture, {take, nullptr});
-  return result.outcome == cadwick::Outcome::kDone;
+  return cadwick::CheckGroup4(data, picture).outcome == cadwick::Outcome::kDone;
 }
 
 }  // namespace sorrelin::tool
