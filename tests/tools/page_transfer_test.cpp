@@ -7,8 +7,11 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <atomic>
+#include <chrono>
 #include <cstdlib>
 #include <numeric>
+#include <thread>
 
 #include "tools/documents/child.h"
 
@@ -215,6 +218,51 @@ TEST(PageTransfer, DocumentOfPagesThatAllEndTheirReaderIsGivenUp) {
   EXPECT_EQ(problem,
             "too many pages end their reader; further ones are left out (qpdf in.pdf out.pdf may "
             "mend it)");
+}
+
+// Each child reports how many threads were at work when it was forked.
+TEST(SideBySide, ChildIsStartedWhileNoThreadWorks) {
+  std::atomic<int> at_work = 0, seen = 0, children = 0;
+  auto const work_a_while = [&] {
+    ++at_work;
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    --at_work;
+  };
+  auto const report = [&](CHILD_LINK* link) {
+    for (int i = 0; i < 3; ++i) {
+      char const number = static_cast<char>(at_work);
+      SendToParent(link, &number, 1);
+    }
+  };
+  auto const take = [&](std::span<BYTE const> numbers) {
+    for (BYTE const number : numbers) seen += number;
+    work_a_while();
+    return true;
+  };
+  RunSideBySide(4, [&](size_t) {
+    for (int i = 0; i < 20; ++i) {
+      work_a_while();
+      std::string problem;
+      children += RunChild(report, take, problem) ? 1 : 0;
+    }
+  });
+  EXPECT_EQ(children, 80);
+  EXPECT_EQ(seen, 0);
+}
+
+TEST(SideBySide, ChildThatIsEndedLetsTheOthersStart) {
+  std::atomic<int> ended = 0;
+  RunSideBySide(3, [&](size_t index) {
+    for (int i = 0; i < 3; ++i) {
+      std::string problem;
+      auto const take = [](std::span<BYTE const>) { return true; };
+      auto const work = [&](CHILD_LINK*) {
+        if (index == 1) EndProcess("dropped");
+      };
+      if (!RunChild(work, take, problem)) ++ended;
+    }
+  });
+  EXPECT_EQ(ended, 3);
 }
 
 }  // namespace

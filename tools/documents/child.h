@@ -5,6 +5,7 @@
 #include <sorrelin/platform/child.h>
 #include <sorrelin/platform/types.h>
 
+#include <cstddef>
 #include <functional>
 #include <optional>
 #include <span>
@@ -26,6 +27,11 @@ using ChildReceiver = std::function<bool(std::span<BYTE const> bytes)>;
 // everything that was sent has been taken; whether all was sent is for the receiver to know from a
 // final message. Otherwise false, with the reason in `problem`.
 bool RunChild(ChildWork const& work, ChildReceiver const& receiver, std::string& problem);
+
+// Runs `work` of 0 to `count` - 1 on threads of their own, which may run children, and returns when
+// all are done. A child that is forked while another thread holds a lock waits for that lock for
+// ever, so one is started only while all other threads of the group wait for bytes of theirs.
+void RunSideBySide(size_t count, std::function<void(size_t index)> const& work);
 
 // Runs `work` in a child and gives its result, or nullopt if it gave none; the problem is the one
 // that it reported, or how the child ended.

@@ -2,23 +2,20 @@
 // on. What they have in common is guarded by one mutex.
 #include "tools/extract/extract_run.h"
 
-#include <atomic>
 #include <cerrno>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <mutex>
 #include <optional>
-#include <semaphore>
 #include <set>
 #include <system_error>
-#include <thread>
-#include <utility>
 
 #include "tools/cli/command_line.h"
 #include "tools/cli/messages.h"
 #include "tools/cli/output_file.h"
 #include "tools/cli/progress.h"
+#include "tools/documents/child.h"
 #include "tools/extract/extract_report.h"
 #include "tools/formats/tiff_file.h"
 
@@ -196,36 +193,14 @@ class PlacedFile {
   int error_ = 0;
 };
 
-// Lets readers start one after another: a process that is forked while another thread holds a lock
-// would wait for that lock for ever.
-class Turnstile {
- public:
-  // A reader has started its process, or could not. Returns when all have.
-  void Arrive() {
-    arrived_.release();
-    open_.wait(false);
-  }
-  void AwaitArrival() { arrived_.acquire(); }
-  void Open() {
-    open_ = true;
-    open_.notify_all();
-  }
-
- private:
-  std::counting_semaphore<> arrived_{0};
-  std::atomic<bool> open_ = false;
-};
-
 // One reader's share of the pages: pictures come in, and files go out.
 class ExtractJob : public PageTarget {
  public:
-  ExtractJob(ExtractRun& run, Turnstile& turnstile, size_t job, size_t jobs)
-      : run_(run), turnstile_(turnstile), job_(job), jobs_(jobs) {}
+  ExtractJob(ExtractRun& run, size_t job, size_t jobs) : run_(run), job_(job), jobs_(jobs) {}
 
   void Run() {
     std::string problem;
     if (!TransferPages(PageFiles::Open, &run_.options().files, *this, problem)) problem_ = problem;
-    Arrive();
   }
   std::string const& problem() const { return problem_; }
 
@@ -236,10 +211,7 @@ class ExtractJob : public PageTarget {
     return own;
   }
 
-  bool Start(DWORD count) override {
-    Arrive();
-    return run_.Start(count);
-  }
+  bool Start(DWORD count) override { return run_.Start(count); }
 
   void Begin(DWORD page, PictureHead const& head) override {
     Drop();
@@ -288,10 +260,6 @@ class ExtractJob : public PageTarget {
   void EndPage(DWORD) override { run_.NotePage(); }
 
  private:
-  void Arrive() {
-    if (!std::exchange(arrived_, true)) turnstile_.Arrive();
-  }
-
   void Drop() {
     file_.reset();
     output_.reset();
@@ -299,9 +267,7 @@ class ExtractJob : public PageTarget {
   }
 
   ExtractRun& run_;
-  Turnstile& turnstile_;
   size_t job_, jobs_;
-  bool arrived_ = false;
   WrittenFile written_;
   std::unique_ptr<OutputFile> output_;
   std::optional<PlacedFile> file_;
@@ -314,20 +280,9 @@ class ExtractJob : public PageTarget {
 int ExtractPictures(ExtractOptions const& options) {
   ExtractRun run(options);
   size_t const count = run.IsShared() ? 1 : static_cast<size_t>(options.jobs);
-  Turnstile turnstile;
   std::vector<std::unique_ptr<ExtractJob>> jobs;
-  for (size_t i = 0; i < count; ++i) {
-    jobs.push_back(std::make_unique<ExtractJob>(run, turnstile, i, count));
-  }
-  {
-    std::vector<std::jthread> threads;
-    threads.reserve(count);
-    for (size_t i = 0; i < count; ++i) {
-      threads.emplace_back([&jobs, i] { jobs[i]->Run(); });
-      turnstile.AwaitArrival();
-    }
-    turnstile.Open();
-  }
+  for (size_t i = 0; i < count; ++i) jobs.push_back(std::make_unique<ExtractJob>(run, i, count));
+  RunSideBySide(count, [&](size_t i) { jobs[i]->Run(); });
   // What is wrong with the document, each reader has found.
   std::set<std::string> problems;
   for (auto const& job : jobs) {

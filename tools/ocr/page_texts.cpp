@@ -337,10 +337,7 @@ std::vector<PageText> RecognizePages(std::string const& name, std::vector<unsign
     shares[i % count].push_back(&texts[i]);
   }
   Run run = {name, options, done, {}};
-  std::vector<std::thread> threads;
-  for (size_t i = 1; i < count; ++i) threads.emplace_back(Job(run, std::move(shares[i])));
-  if (count != 0) Job(run, std::move(shares[0]))();
-  for (std::thread& thread : threads) thread.join();
+  RunSideBySide(count, [&](size_t i) { Job(run, std::move(shares[i]))(); });
   return texts;
 }
 
