@@ -12,7 +12,7 @@
 #include <sorrelin/syntax/typed_lookup.h>
 
 #include <algorithm>
-#include <cstdio>
+#include <string>
 #include <string_view>
 
 namespace sorrelin {
@@ -23,11 +23,11 @@ constexpr std::string_view kObjectEnd = "\nendobj";
 
 // The next token of a header. Kept: only blanks and LF separate, a CR stays at its token's end.
 std::string_view TakeToken(std::string_view& text) {
-  constexpr std::string_view kSeparators = " \n";
-  text.remove_prefix(std::min(text.find_first_not_of(kSeparators), text.size()));
-  std::string_view const token = text.substr(0, text.find_first_of(kSeparators));
-  text.remove_prefix(token.size());
-  return token;
+  auto const separates = [](char c) { return c == ' ' || c == '\n'; };
+  auto const begin = std::find_if_not(text.begin(), text.end(), separates);
+  auto const end = std::find_if(begin, text.end(), separates);
+  text.remove_prefix(static_cast<size_t>(end - text.begin()));
+  return {begin, end};
 }
 
 }  // namespace
@@ -98,6 +98,7 @@ void ObjectStreamReader::ReadIndex(WorkBudget& work) {
         {static_cast<DWORD>(DecimalValue(offset)), static_cast<DWORD>(DecimalValue(number))});
   }
   KeepLastOfEachOffset();
+  by_number_.reserve(places_.size());
   for (size_t i = 0; i < places_.size(); ++i) {
     by_number_.push_back({places_[i].nNumber, static_cast<DWORD>(i)});
   }
@@ -136,13 +137,11 @@ ObjectBytes ObjectStreamReader::Serve(DWORD number) const {
   ByteView const rest = ByteView{decoded_.data(), decoded_.size()}.From(extent->begin);
   std::string_view const held = rest.Chars().substr(0, static_cast<size_t>(extent->bytes));
   size_t const body_bytes = static_cast<size_t>(extent->bytes);
-  char head[32];
-  size_t const head_bytes = static_cast<size_t>(
-      std::snprintf(head, sizeof head, "%i %i obj\n", static_cast<int>(number), 0));
-  OwnedBlock block(GlobalAlloc(GHND, head_bytes + body_bytes + kObjectEnd.size() + 1));
+  std::string const head = std::to_string(static_cast<int>(number)) + " 0 obj\n";
+  OwnedBlock block(GlobalAlloc(GHND, head.size() + body_bytes + kObjectEnd.size() + 1));
   LockedBlock const lock(block.get());
   if (!lock) throw SorrelinStringError(SorrelinStringError::kFailed);
-  BYTE* const body = std::copy_n(head, head_bytes, lock.bytes().data());
+  BYTE* const body = std::copy(head.begin(), head.end(), lock.bytes().data());
   BYTE* const lacking = std::replace_copy(held.begin(), held.end(), body, '\0', ' ');
   std::fill(lacking, body + body_bytes, BYTE{' '});
   std::copy(kObjectEnd.begin(), kObjectEnd.end(), body + body_bytes);

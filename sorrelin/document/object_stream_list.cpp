@@ -34,11 +34,12 @@ ObjectBytes ObjectStreamList::Fetch(uint64_t stream_offset, DWORD number) {
   return served ? reader->Serve(number) : ObjectBytes{};
 }
 
+// Objects that are fetched one after the other mostly are in the stream that came last.
 ObjectStreamReader const* ObjectStreamList::Find(uint64_t stream_offset) const {
-  auto const entry = std::find_if(streams_.begin(), streams_.end(), [&](auto const& stream) {
+  auto const entry = std::find_if(streams_.rbegin(), streams_.rend(), [&](auto const& stream) {
     return stream.first == stream_offset;
   });
-  return entry != streams_.end() ? entry->second.get() : nullptr;
+  return entry != streams_.rend() ? entry->second.get() : nullptr;
 }
 
 // Building may fetch objects, and so come back here for other streams.
