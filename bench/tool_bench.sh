@@ -17,7 +17,7 @@ if [ ! -x "$sorrelin" ]; then
   exit 2
 fi
 sorrelin=$(realpath "$sorrelin")
-for program in gs img2pdf pdfimages pdfinfo tiff2pdf tiffcp; do
+for program in gs img2pdf pdfimages pdfinfo qpdf tiff2pdf tiffcp; do
   command -v "$program" >/dev/null || { echo "needs $program (scripts/packages.sh test)" >&2; exit 2; }
 done
 
@@ -41,6 +41,12 @@ gs -q -dBATCH -dNOPAUSE -sDEVICE=tiffg4 -r300 -sPAPERSIZE=a4 -o text.tif text.ps
 printf 'P1 8 8\n%s\n' "$(printf '1 0 1 1 0 0 1 0 %.0s' 1 2 3 4 5 6 7 8)" >small.pbm
 mapfile -t pictures < <(yes small.pbm | head -n 10000)
 "$sorrelin" make small.pdf "${pictures[@]}"
+# The same pages in object streams. The warnings are of keys that the coder writes twice.
+qpdf --warning-exit-0 --no-warn --object-streams=generate small.pdf packed.pdf
+# The text as JPEG, and as grey Flate data.
+gs -q -dBATCH -dNOPAUSE -sDEVICE=jpeg -r150 -sPAPERSIZE=a4 -o page%03d.jpg text.ps
+img2pdf page*.jpg -o photos.pdf
+gs -q -dBATCH -dNOPAUSE -sDEVICE=pdfimage8 -r100 -sPAPERSIZE=a4 -o flate.pdf text.ps
 
 # seconds COMMAND...: wall time of one run in $time.
 seconds() {
@@ -72,19 +78,40 @@ compare() {
     exit a > b * limit }' || failed=1
 }
 
+# kept NAME OPTION...: the pictures of NAME.pdf in a new directory, as our verb writes them.
+kept() {
+  rm -rf kept && mkdir kept
+  "$sorrelin" extract "$1.pdf" --quiet --output kept/%d "${@:2}"
+}
+# images NAME OPTION: the same by poppler.
+images() { rm -rf images && mkdir images && pdfimages "$2" "$1.pdf" images/p; }
+
 count() { "$sorrelin" count small.pdf; }
 info_by_poppler() { pdfinfo small.pdf; }
+count_packed() { "$sorrelin" count packed.pdf; }
+packed_by_poppler() { pdfinfo packed.pdf; }
+keep_fax() { kept text; }
+fax_by_poppler() { images text -ccitt; }
 extract_one() { "$sorrelin" extract text.pdf --quiet --force --output all.tif; }
-extract_many() { rm -rf many && mkdir many && "$sorrelin" extract text.pdf --quiet --output many/%d.tif; }
-images_by_poppler() { rm -rf images && mkdir images && pdfimages -tiff text.pdf images/p; }
+extract_many() { kept text --format tiff; }
+images_by_poppler() { images text -tiff; }
+keep_photos() { kept photos; }
+photos_by_poppler() { images photos -j; }
+extract_png() { kept flate --format png --jobs 1; }
+png_by_poppler() { images flate -png; }
 
 printf '%-54s %10s %10s\n' "" sorrelin poppler
-compare "count 10,000 pages / pdfinfo" 2 count info_by_poppler
+compare "count 10,000 pages / pdfinfo" 1 count info_by_poppler
+compare "count 10,000 pages in object streams / pdfinfo" 1 count_packed packed_by_poppler
+compare "keep 200 Group 4 pages / pdfimages" 1 keep_fax fax_by_poppler kept images
 compare "extract 200 Group 4 pages, one TIFF / pdfimages" 1 extract_one images_by_poppler all.tif images
-compare "extract 200 Group 4 pages, 200 TIFF files / pdfimages" 1 extract_many images_by_poppler many images
-[ "$(tail -n 1 <("$sorrelin" count small.pdf))" = 10000 ]
-[ "$(find images -name '*.tif' | wc -l)" = 200 ]
-[ "$(find many -name '*.tif' | wc -l)" = 200 ]
+compare "extract 200 Group 4 pages, 200 TIFF files / pdfimages" 0.25 extract_many images_by_poppler kept images
+compare "keep 200 JPEG pages / pdfimages" 1 keep_photos photos_by_poppler kept images
+compare "extract 200 Flate pages, PNG / pdfimages" 0.3 extract_png png_by_poppler kept images
+[ "$(count)" = 10000 ]
+[ "$(count_packed)" = 10000 ]
+[ "$(find images -name '*.png' | wc -l)" = 200 ]
+[ "$(find kept -type f | wc -l)" = 200 ]
 
 # Pictures: eight RGB pages of 150 dpi, 40 of black and white, the text as TIFF of several codings.
 gs -q -dBATCH -dNOPAUSE -sDEVICE=png16m -r150 -sPAPERSIZE=a4 -dLastPage=8 -o rgb%d.png text.ps
