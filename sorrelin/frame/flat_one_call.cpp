@@ -73,7 +73,12 @@ DWORD pdf_SaveDIBToPDFW(WCHAR const* szFileName, HDIB hDib, WCHAR const* szCodec
   if (session == nullptr) return PDF_ERROR_MEMORY;
   if (hDib == nullptr) return Abandon(session, PDF_ERROR_INVALID_HANDLE);
   if (szFileName == nullptr || *szFileName == 0) return Abandon(session, PDF_ERROR_NULL_POINTER);
-  return SaveToFile(*session, szFileName, {hDib, szCodecLibrary, nCompression, nQuality});
+  // Kept: what failed leaves the file open. It is closed where memory is short, because callers try
+  // again then.
+  DWORD const result =
+      SaveToFile(*session, szFileName, {hDib, szCodecLibrary, nCompression, nQuality});
+  if (session->PDF_GetLastError() == PDF_ERROR_MEMORY) session->ClosePDFFile();
+  return result;
 }
 
 DWORD pdf_SaveDIBToPDFInMemory(void** ppData, DWORD* pnSize, HDIB hDib, WCHAR const* szCodecLibrary,

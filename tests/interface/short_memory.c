@@ -1,66 +1,25 @@
 /* A user of the flat functions whose memory is short: short_memory CADWICK RENNICK DIRECTORY.
  *
- * Each scenario runs in a child of its own for every allocation N in it, which fails once, and then
- * again with all later ones failing too. A child must end by itself: no signal, no exception. What
- * fails must fail with a code that a lack of memory may have; then, with memory there again, the
- * same call must succeed, and what comes out must be a whole document. */
-#define _GNU_SOURCE
-#include <dlfcn.h>
+ * What fails must fail with a code that a lack of memory may have; then, with memory there again,
+ * the same call must succeed, and what comes out must be a whole document. */
 #include <sorrelin/frame/pdf.h>
 #include <sorrelin/platform/memory.h>
 #include <stdio.h>
-#include <stdlib.h>
-#include <string.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-static void (*fail_allocations)(long number, int and_later);
-static int (*has_allocation_failed)(void);
+#include "tests/interface/failing_runs.h"
 
 static WCHAR cadwick[512];
 static WCHAR rennick[512];
 static WCHAR file_name[512];
 static char file_path[512];
 
-static long fail_at;   /* the allocation that fails */
-static int fail_later; /* and all after it */
-static char const* step = "";
-
-static void Give(void) { fail_allocations(0, 0); }
-
-static void Require(int holds, char const* what, long value) {
-  if (holds) return;
-  Give();
-  fprintf(stderr, "step %s, allocation %ld%s: %s (%ld)\n", step, fail_at,
-          fail_later ? " and later" : "", what, value);
-  _exit(3);
-}
-
 static void ToWide(char const* text, WCHAR* wide) {
   size_t i = 0;
   do {
     wide[i] = (unsigned char)text[i];
   } while (text[i++] != 0);
-}
-
-/* What a lack of memory may be reported as: by itself, by the channel, by a sibling that cannot be
- * loaded or that fails, or where a temporary file or a document cannot be opened. */
-static int IsShortage(DWORD code) {
-  switch (code) {
-    case PDF_ERROR_SYSTEM:
-    case PDF_ERROR_MEMORY:
-    case PDF_ERROR_TEMP_DIRECTORY:
-    case PDF_ERROR_TEMP_FILE:
-    case PDF_ERROR_CCITT_LIBRARY:
-    case PDF_ERROR_ENCODING:
-    case PDF_ERROR_JPEG_LIBRARY:
-    case PDF_ERROR_OPEN:
-    case PDF_ERROR_DECOMPRESSION:
-    case PDF_ERROR_CCITT_CODING:
-      return 1;
-    default:
-      return 0;
-  }
 }
 
 /* Calls once with memory as it is, and again with enough of it if that failed. */
@@ -70,24 +29,10 @@ static int IsShortage(DWORD code) {
     DWORD code_ = (call);                                       \
     if (code_ == 0) break;                                      \
     Require(IsShortage(code_), "unexpected code", (long)code_); \
-    Give();                                                     \
+    GiveMemory();                                               \
     code_ = (call);                                             \
     Require(code_ == 0, "fails with memory", (long)code_);      \
   } while (0)
-
-static HDIB NewBitmap(int bits) {
-  enum { kWidth = 40, kHeight = 9 };
-  DWORD const stride = (DWORD)((kWidth * bits + 31) / 32 * 4);
-  DWORD const colours = bits == 1 ? 2 : bits == 8 ? 256 : 0;
-  HDIB const bitmap = GlobalAlloc(GHND, 40 + colours * 4 + stride * kHeight);
-  BYTE* const bytes = GlobalLock(bitmap);
-  BITMAPINFOHEADER header = {40, kWidth, kHeight, 1, (WORD)bits, 0, 0, 3780, 3780, 0, 0};
-  memcpy(bytes, &header, sizeof header);
-  for (DWORD i = 0; i < colours * 4; ++i) bytes[40 + i] = (BYTE)(i / 4 * (bits == 1 ? 255 : 1));
-  for (DWORD i = 0; i < stride * kHeight; ++i) bytes[40 + colours * 4 + i] = (BYTE)(i * 7);
-  GlobalUnlock(bitmap);
-  return bitmap;
-}
 
 static HDIB bilevel;
 static HDIB indexed;
@@ -128,7 +73,7 @@ static void LoadPage(hPDF pdf, DWORD page) {
     DWORD const code = pdf_PDF_GetLastError(pdf);
     Require(IsShortage(code) || code == 0 || code == PDF_ERROR_NOT_PDF, "unexpected code",
             (long)code);
-    Give();
+    GiveMemory();
     bitmap = pdf_LoadImageFromPDF(pdf, page);
     Require(bitmap != NULL && bitmap != INVALID_HANDLE_VALUE, "no image with memory", page);
   }
@@ -142,7 +87,7 @@ static void LoadPages(hPDF pdf, DWORD pages) {
 
 /* With all memory, whether the document is whole. */
 static void CheckFile(DWORD pages) {
-  Give();
+  GiveMemory();
   step = "check";
   hPDF const pdf = NewSession();
   DWORD const code = pdf_OpenPDFFile(pdf, file_path);
@@ -152,7 +97,7 @@ static void CheckFile(DWORD pages) {
 }
 
 static void CheckMemory(void const* data, DWORD size, DWORD pages) {
-  Give();
+  GiveMemory();
   step = "check";
   hPDF const pdf = NewSession();
   DWORD const code = pdf_OpenPDFInMemory(pdf, data, size);
@@ -192,18 +137,20 @@ static void ReadFromFile(void) {
   pdf_Release_PDF(pdf);
 }
 
-static void* document;
+static void const* document;
 static DWORD document_size;
 
 static void WriteToMemory(void) {
+  void* written = NULL;
+  DWORD size = 0;
   hPDF const pdf = NewSession();
   SetStrings(pdf);
   TRY(pdf_CreatePDFInMemory(pdf, NULL, 100));
   AddPages(pdf);
-  TRY(pdf_FinishPDFInMemory(pdf, &document, &document_size));
+  TRY(pdf_FinishPDFInMemory(pdf, &written, &size));
   pdf_Release_PDF(pdf);
-  CheckMemory(document, document_size, kPages);
-  pdf_FreePDFInMemory(document);
+  CheckMemory(written, size, kPages);
+  pdf_FreePDFInMemory(written);
 }
 
 static void UpdateMemory(void) {
@@ -214,7 +161,7 @@ static void UpdateMemory(void) {
   AddPages(pdf);
   TRY(pdf_FinishPDFInMemory(pdf, &updated, &size));
   pdf_Release_PDF(pdf);
-  Give();
+  GiveMemory();
   pdf_FreePDFInMemory(updated);
 }
 
@@ -226,83 +173,100 @@ static void ReadFromMemory(void) {
   pdf_Release_PDF(pdf);
 }
 
-static void OneCall(void) {
+static void StoreFile(void) {
+  FILE* const file = fopen(file_path, "wb");
+  Require(file != NULL, "no file", 0);
+  Require(fwrite(document, 1, document_size, file) == document_size, "no bytes", 0);
+  fclose(file);
+}
+
+static void RemoveFile(void) { unlink(file_path); }
+
+/* An image or, where memory is short, none. */
+static void FreeImage(HDIB bitmap) {
+  if (bitmap != NULL && bitmap != INVALID_HANDLE_VALUE) GlobalFree(bitmap);
+}
+
+static void RequireOnePage(DWORD pages) {
+  Require(pages == 1 || pages == 0xFFFFFFFF, "page count", (long)pages);
+}
+
+static void OneCallInMemory(void) {
   void* data = NULL;
   DWORD size = 0;
-  step = "pdf_SaveDIBToPDFInMemory";
-  DWORD code = pdf_SaveDIBToPDFInMemory(&data, &size, bilevel, cadwick, PDF_COMPRESSION_CCITT, 0);
-  if (code != 0) {
-    Require(IsShortage(code), "unexpected code", (long)code);
-    Give();
-    data = NULL;
-    size = 0;
-    code = pdf_SaveDIBToPDFInMemory(&data, &size, bilevel, cadwick, PDF_COMPRESSION_CCITT, 0);
-    Require(code == 0, "fails with memory", (long)code);
-  }
-  DWORD const pages = GetNumberOfPagesInPDFInMemory(data, size);
-  Require(pages == 1 || pages == 0xFFFFFFFF, "page count", (long)pages);
-  HDIB const bitmap = pdf_LoadPDFIntoDIBInMemory(data, size, 0);
-  Give();
-  if (bitmap != NULL && bitmap != INVALID_HANDLE_VALUE) GlobalFree(bitmap);
+  TRY(pdf_SaveDIBToPDFInMemory(&data, &size, bilevel, cadwick, PDF_COMPRESSION_CCITT, 0));
+  step = "one call";
+  RequireOnePage(GetNumberOfPagesInPDFInMemory(data, size));
+  FreeImage(pdf_LoadPDFIntoDIBInMemory(data, size, 0));
+  CheckMemory(data, size, 1);
   pdf_FreePDFInMemory(data);
 }
 
-static void MakeMemoryDocument(void) {
+/* The same for a call that failed half-way, which leaves a part of the document: `repair` makes the
+ * file what it was. That the call can be made again shows that it has closed the file. */
+#define TRY_ON_FILE(call, repair)                               \
+  do {                                                          \
+    step = #call;                                               \
+    DWORD code_ = (call);                                       \
+    if (code_ == 0) break;                                      \
+    Require(IsShortage(code_), "unexpected code", (long)code_); \
+    GiveMemory();                                               \
+    repair();                                                   \
+    code_ = (call);                                             \
+    Require(code_ == 0, "fails with memory", (long)code_);      \
+  } while (0)
+
+static void OneCallForFile(void) {
+  TRY_ON_FILE(pdf_SaveDIBToPDFW(file_name, bilevel, cadwick, PDF_COMPRESSION_CCITT, 0), RemoveFile);
+  step = "one call";
+  RequireOnePage(GetNumberOfPagesInPDFFileW(file_name));
+  FreeImage(pdf_LoadPDFIntoDIBW(file_name, 0));
+  CheckFile(1);
+}
+
+static void OneCallForUpdate(void) {
+  TRY_ON_FILE(pdf_SaveDIBToPDF(file_path, indexed, "", PDF_COMPRESSION_FLATE, 6), StoreFile);
+  FreeImage(pdf_LoadPDFIntoDIB(file_path, kPages));
+  CheckFile(kPages + 1);
+}
+
+/* Names and strings in the code page of the system, and what is said of them. */
+static void NarrowNames(void) {
+  char text[200];
+  DWORD size = sizeof text;
   hPDF const pdf = NewSession();
-  TRY(pdf_CreatePDFInMemory(pdf, NULL, 100));
-  AddPages(pdf);
-  TRY(pdf_FinishPDFInMemory(pdf, &document, &document_size));
+  TRY(pdf_SetTitleA(pdf, "A title that needs memory of its own"));
+  TRY(pdf_GetTitleA(pdf, text, &size));
+  TRY(pdf_CreatePDF(pdf, file_path));
+  TRY(pdf_SaveDIBAsColorPDFPage(pdf, indexed, "a library that is not needed", PDF_COMPRESSION_FLATE,
+                                6));
+  TRY(pdf_FinishPDF(pdf));
+  TRY(pdf_OpenPDFFile(pdf, file_path));
+  LoadPages(pdf, 1);
+  pdf_GetLastPDFErrorText(pdf, text);
   pdf_Release_PDF(pdf);
 }
 
-/* What became of a child. */
-enum Outcome { kNothingFailed, kRecovered, kBroken };
-
-static enum Outcome RunChild(void (*prepare)(void), void (*scenario)(void), long number,
-                             int later) {
+/* The document of the other scenarios, written by a child, so that each of their runs is of a
+ * process in which no sibling was loaded before. */
+static int MakeDocument(void) {
+  static BYTE bytes[1 << 20];
   pid_t const child = fork();
   if (child == 0) {
-    alarm(10);
-    fail_at = number;
-    fail_later = later;
-    MakeBitmaps();
-    unlink(file_path);
-    if (prepare != NULL) prepare();
-    fail_allocations(number, later);
-    scenario();
-    _exit(has_allocation_failed() ? kRecovered : kNothingFailed);
+    WriteFileDocument();
+    _exit(0);
   }
-  int status = 0;
-  if (waitpid(child, &status, 0) != child) return kBroken;
-  if (WIFSIGNALED(status)) {
-    fprintf(stderr, "allocation %ld%s: signal %d\n", number, later ? " and later" : "",
-            WTERMSIG(status));
-  }
-  return WIFEXITED(status) && WEXITSTATUS(status) <= kRecovered ? WEXITSTATUS(status) : kBroken;
-}
-
-/* The scenario for every allocation in it; whether all came through. */
-static int RunScenario(char const* name, void (*prepare)(void), void (*scenario)(void)) {
-  enum { kMostBroken = 20 };
-  long runs = 0;
-  int broken = 0;
-  for (int later = 0; later <= 1; ++later) {
-    for (long number = 1; broken < kMostBroken; ++number) {
-      enum Outcome const outcome = RunChild(prepare, scenario, number, later);
-      if (outcome == kNothingFailed) break;
-      ++runs;
-      broken += outcome == kBroken;
-    }
-  }
-  printf("%s: %ld runs, %d broken\n", name, runs, broken);
-  fflush(stdout);
-  return broken == 0 && runs > 0;
+  if (waitpid(child, NULL, 0) != child) return 0;
+  FILE* const file = fopen(file_path, "rb");
+  if (file == NULL) return 0;
+  document = bytes;
+  document_size = (DWORD)fread(bytes, 1, sizeof bytes, file);
+  fclose(file);
+  return document_size != 0 && document_size < sizeof bytes;
 }
 
 int main(int argc, char** argv) {
-  *(void**)&fail_allocations = dlsym(RTLD_DEFAULT, "FailAllocations");
-  *(void**)&has_allocation_failed = dlsym(RTLD_DEFAULT, "HasAllocationFailed");
-  if (argc != 4 || fail_allocations == NULL || has_allocation_failed == NULL) {
+  if (argc != 4 || !FindAllocator()) {
     fprintf(stderr, "usage: LD_PRELOAD=failing_allocator short_memory CADWICK RENNICK DIRECTORY\n");
     return 2;
   }
@@ -310,14 +274,18 @@ int main(int argc, char** argv) {
   ToWide(argv[2], rennick);
   snprintf(file_path, sizeof file_path, "%s/short_memory_%ld.pdf", argv[3], (long)getpid());
   ToWide(file_path, file_name);
-  int passed = 1;
-  passed &= RunScenario("write a file", NULL, WriteToFile);
-  passed &= RunScenario("update a file", WriteFileDocument, UpdateFile);
-  passed &= RunScenario("read a file", WriteFileDocument, ReadFromFile);
+  MakeBitmaps();
+  int passed = MakeDocument();
+  passed &= RunScenario("write a file", RemoveFile, WriteToFile);
+  passed &= RunScenario("update a file", StoreFile, UpdateFile);
+  passed &= RunScenario("read a file", StoreFile, ReadFromFile);
   passed &= RunScenario("write in memory", NULL, WriteToMemory);
-  passed &= RunScenario("update in memory", MakeMemoryDocument, UpdateMemory);
-  passed &= RunScenario("read in memory", MakeMemoryDocument, ReadFromMemory);
-  passed &= RunScenario("one call", NULL, OneCall);
-  unlink(file_path);
+  passed &= RunScenario("update in memory", NULL, UpdateMemory);
+  passed &= RunScenario("read in memory", NULL, ReadFromMemory);
+  passed &= RunScenario("one call in memory", NULL, OneCallInMemory);
+  passed &= RunScenario("one call for a file", RemoveFile, OneCallForFile);
+  passed &= RunScenario("one call for an update", StoreFile, OneCallForUpdate);
+  passed &= RunScenario("narrow names", RemoveFile, NarrowNames);
+  RemoveFile();
   return passed ? 0 : 1;
 }

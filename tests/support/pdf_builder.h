@@ -301,7 +301,10 @@ class PdfBuilder {
 
   static std::string Join(std::vector<size_t> const& numbers) {
     std::string text;
-    for (size_t const number : numbers) text += (text.empty() ? "" : " ") + std::to_string(number);
+    for (size_t const number : numbers) {
+      if (!text.empty()) text += ' ';
+      text += std::to_string(number);
+    }
     return text;
   }
 
