@@ -4,10 +4,11 @@
 
 #include <sorrelin/document/object_entry.h>
 #include <sorrelin/document/offset_index.h>
+#include <sorrelin/document/zero_table.h>
 #include <sorrelin/platform/types.h>
 
 #include <algorithm>
-#include <array>
+#include <span>
 
 namespace sorrelin {
 
@@ -17,17 +18,18 @@ class ObjectTable {
   static constexpr DWORD kRows = 90050;
 
   // A number beyond the table has a row of zeros.
-  ObjectEntry operator[](DWORD number) const {
-    return number < kRows ? rows_[number] : ObjectEntry{};
-  }
+  ObjectEntry operator[](DWORD number) const { return rows_[number]; }
   bool IsTaken(DWORD number) const { return (*this)[number].nOffset != 0; }
 
   // A row to be changed; `number` is below kRows.
   ObjectEntry& Change(DWORD number) {
     by_offset_.Clear();
-    return rows_[number];
+    return rows_.Change(number);
   }
-  void Clear();
+  void Clear() {
+    rows_.Clear();
+    by_offset_.Clear();
+  }
 
   // Rows of the document that was read: those after them are not its objects.
   DWORD rows_in_document() const { return rows_in_document_; }
@@ -39,11 +41,13 @@ class ObjectTable {
   // The smallest offset of those rows that is above `offset` and below `size`; `size` if there is
   // none.
   DWORD NextOffsetAbove(DWORD offset, DWORD size) {
-    return by_offset_.NextAbove({rows_.data(), std::min(rows_in_document_, kRows)}, offset, size);
+    std::span<ObjectEntry const> const rows = rows_.Changed();
+    size_t const in_document = std::min<size_t>(rows_in_document_, rows.size());
+    return by_offset_.NextAbove(rows.first(in_document), offset, size);
   }
 
  private:
-  std::array<ObjectEntry, kRows> rows_{};
+  ZeroTable<ObjectEntry, kRows> rows_;
   DWORD rows_in_document_ = 0;
   OffsetIndex by_offset_;
 };

@@ -155,5 +155,5 @@ int CCreatePDF::WriteXrefForAppend() {
 }
 
 void CCreatePDF::InitAppendedPageObjectsList() {
-  Door(m_pState, [](SessionState& state) { state.m_Update.pages.fill(0); });
+  Door(m_pState, [](SessionState& state) { state.m_Update.pages.Clear(); });
 }

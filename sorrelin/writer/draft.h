@@ -7,9 +7,8 @@
 #include <sorrelin/document/object_table.h>
 #include <sorrelin/document/page_list.h>
 #include <sorrelin/document/reader_state.h>
+#include <sorrelin/document/zero_table.h>
 #include <sorrelin/writer/object_writer.h>
-
-#include <array>
 
 namespace sorrelin {
 
@@ -19,8 +18,8 @@ struct Update {
   DWORD first_page = 0;  // not 0: no page was added yet
   DWORD old_catalog = 0;
   DWORD old_pages_root = 0;
-  DWORD page_count = 0;                         // pages added
-  std::array<DWORD, PageList::kSlots> pages{};  // their object numbers
+  DWORD page_count = 0;                      // pages added
+  ZeroTable<DWORD, PageList::kSlots> pages;  // their object numbers
 };
 
 struct Draft {

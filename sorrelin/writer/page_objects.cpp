@@ -133,7 +133,7 @@ void WriteContents(ObjectWriter& out, char const* image, PagePlacement const& at
 
 void NoteUpdatedPage(Update& update, DWORD page) {
   if (update.active == 0) return;
-  if (update.page_count < update.pages.size()) update.pages[update.page_count] = page;
+  if (update.page_count < PageList::kSlots) update.pages.Change(update.page_count) = page;
   ++update.page_count;
 }
 

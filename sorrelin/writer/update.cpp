@@ -60,8 +60,9 @@ Result<DWORD> ReadOldPageCount(ObjectLoader& objects, std::string& text) {
 }
 
 std::vector<DWORD> ListedPages(Update const& update) {
-  DWORD const listed = std::min(update.page_count, PageList::kSlots);
-  return {update.pages.begin(), update.pages.begin() + listed};
+  std::vector<DWORD> pages(std::min(update.page_count, PageList::kSlots));
+  for (DWORD i = 0; i < pages.size(); ++i) pages[i] = update.pages[i];
+  return pages;
 }
 
 }  // namespace
@@ -74,7 +75,7 @@ Status BeginUpdate(Draft const& draft) {
   draft.update.old_catalog = draft.facts.catalog;
   draft.update.old_pages_root = draft.facts.pages_root;
   draft.update.page_count = 0;
-  draft.update.pages.fill(0);
+  draft.update.pages.Clear();
   draft.output.current_object = draft.table.rows_in_document() - 1;
   return Status::Ok();
 }

@@ -3,7 +3,9 @@
 #include <sorrelin/document/object_table.h>
 #include <sorrelin/document/page_list.h>
 
+#include <algorithm>
 #include <memory>
+#include <new>
 
 namespace {
 
@@ -43,6 +45,39 @@ TEST(ObjectTable, MoreRowsThanItHasAreThoseItHas) {
   table->Change(ObjectTable::kRows - 1).nOffset = 40;
   table->SetRowsInDocument(0xFFFFFFFF);
   EXPECT_EQ(table->NextOffsetAbove(10, 100), 40u);
+}
+
+TEST(ObjectTable, RowsAreZeroAgainAfterClear) {
+  auto const table = std::make_unique<ObjectTable>();
+  table->Change(3) = {10, 1, 1};
+  table->Clear();
+  EXPECT_EQ((*table)[3].nOffset, 0u);
+  table->Change(4).nOffset = 20;
+  EXPECT_EQ((*table)[3].nOffset, 0u);
+  EXPECT_EQ((*table)[3].nGeneration, 0u);
+}
+
+// A table is made in the memory of an earlier one, whose rows it must not show.
+TEST(ObjectTable, RowsOfANewTableAreZero) {
+  auto const memory = std::make_unique<BYTE[]>(sizeof(ObjectTable));
+  std::fill_n(memory.get(), sizeof(ObjectTable), BYTE{0xFF});
+  auto* const table = new (memory.get()) ObjectTable;
+  EXPECT_FALSE(table->IsTaken(7));
+  table->Change(8).nOffset = 20;
+  EXPECT_FALSE(table->IsTaken(7));
+  EXPECT_EQ((*table)[8].bInUse, 0u);
+  EXPECT_FALSE(table->IsTaken(9));
+  std::destroy_at(table);
+}
+
+TEST(ObjectTable, CopyHasTheRowsAndNoOthers) {
+  auto const table = std::make_unique<ObjectTable>();
+  table->Change(3).nOffset = 10;
+  auto const other = std::make_unique<ObjectTable>();
+  other->Change(5).nOffset = 20;
+  *other = *table;
+  EXPECT_EQ((*other)[3].nOffset, 10u);
+  EXPECT_FALSE(other->IsTaken(5));
 }
 
 // Kept: the page count stands in the slot after the last.

@@ -36,7 +36,9 @@ struct SessionProbe {
   static DWORD& AppendMode(CCreatePDF& s) { return Of(s).m_Update.active; }
   static DWORD& FirstAppendedPage(CCreatePDF& s) { return Of(s).m_Update.first_page; }
   static DWORD& AppendedPages(CCreatePDF& s) { return Of(s).m_Update.page_count; }
-  static DWORD& AppendedPage(CCreatePDF& s, DWORD index) { return Of(s).m_Update.pages[index]; }
+  static DWORD& AppendedPage(CCreatePDF& s, DWORD index) {
+    return Of(s).m_Update.pages.Change(index);
+  }
   static DWORD& BlackIs1(CCreatePDF& s) { return Of(s).m_bBlackIs1; }
   static DWORD& DecodeNormal(CCreatePDF& s) { return Of(s).m_bDecodeNormal; }
   static DWORD& ProcSetFlags(CCreatePDF& s) { return Of(s).m_nProcSetFlags; }
