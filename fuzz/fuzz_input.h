@@ -58,8 +58,8 @@ class Cursor {
   Data data_;
 };
 
-// A number of 100 characters ends the process, which is no finding. An input that holds one as it
-// stands is left out by this test at once; end_process.cpp is for those that hide it.
+// A number of 100 characters ends the process, which is no finding. This test rejects an
+// input that holds one openly; end_process.cpp is for those that hide it.
 inline bool HoldsEndlessNumber(Data data) {
   constexpr int kEndless = 100;
   int run = 0;

@@ -86,7 +86,7 @@ void TryKeys(Scan const& scan) {
   });
 }
 
-// Values are copied out into blocks of exactly the room that is told.
+// Values are copied into blocks of exactly the room that is passed.
 void TryCopies(Scan const& scan) {
   CCreatePDF& s = Session();
   for (size_t const room : {0u, 3u, 127u}) {

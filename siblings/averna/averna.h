@@ -31,7 +31,7 @@ enum {
 enum { AVERNA_MAX_EXTENT = 32767 };
 
 /* Recognises a packed bitmap with a BITMAPINFOHEADER, uncompressed, of either row order, and stores
- * its words as an XHTML document in hOCR, zero-terminated UTF-16, behind ppText, which is null
+ * its words as an XHTML document in hOCR, zero-terminated UTF-16, in *ppText, which is null
  * after a failure; free the text with AvernaFreeTextW. nLanguages is the address of a
  * zero-terminated list of languages such as "eng+deu", or 0 for "eng". Words have their boxes in
  * pixels and their font sizes in points, from the bitmap's resolution or, where it has none, an

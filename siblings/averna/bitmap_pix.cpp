@@ -35,7 +35,7 @@ class LockedBlock {
   BYTE const* bytes_;
 };
 
-// A bitmap whose rows all lie in its block.
+// A bitmap whose rows are all in its block.
 struct Bitmap {
   l_int32 width = 0;
   l_int32 height = 0;

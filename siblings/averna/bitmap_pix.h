@@ -17,7 +17,7 @@ using PixPtr = std::unique_ptr<PIX, PixDeleter>;
 // The picture of a bitmap, top row first, with its resolution in dots per inch (0 where the bitmap
 // has none): 1 bit with the darker colour set for 1-bit bitmaps, 8 bits grey for 8 bits with a grey
 // table, 32 bits (red, green, blue) for other tables and 24 bits. Null for anything but an
-// uncompressed bitmap of these depths whose rows all lie in the block, and when memory is short.
+// uncompressed bitmap of these depths whose rows are all in the block, and when memory is short.
 PixPtr PixFromDib(HDIB dib);
 
 }  // namespace sorrelin::averna

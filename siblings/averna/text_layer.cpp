@@ -1,5 +1,5 @@
-// The renderer writes to a file by its name only, so it gets one in a folder of its own, which is
-// gone again, where the system allows that, before a page is rendered.
+// The page of invisible text. The renderer writes to a file by its name only, so it gets one in a
+// folder of its own, which is removed, where the system allows that, before a page is rendered.
 #include <siblings/averna/averna.h>
 #include <siblings/averna/text_layer.h>
 #include <tesseract/renderer.h>

@@ -15,7 +15,7 @@
 extern "C" {
 #endif
 
-/* What TiffError tells. */
+/* Codes returned by TiffError. */
 enum {
   CADWICK_OK = 0,           /* nothing has failed on this thread */
   CADWICK_BAD_ARGUMENT = 1, /* no callback, a size below 1 or past the limits, other coding */
@@ -39,12 +39,12 @@ int EncodeCcittImage(void* hFile, int32_t nWidth, int32_t nHeight, int32_t nComp
                      void* pUser, CcittRowCallback pRow);
 
 /* Decodes bare coded data from the position of hFile on and hands nHeight rows to pRow, the top
- * row first; bits behind the last pixel of a row are 0. Only a row whose codes are all in the data
+ * row first; bits after the last pixel of a row are 0. Only a row whose codes are all in the data
  * is delivered.
  * 1 if every row was delivered. 0 otherwise; pRow has then been given the rows before the failure,
  * unless it is CADWICK_DATA_ENDED and the same memory file has failed so before with this width at
  * this position: what it lacks is known then, and no row is delivered. The position of a memory
- * file stays where it was; that of another file is left behind what was read. */
+ * file stays where it was; that of another file is left after what was read. */
 int DecodeCcittImage(void* hFile, int32_t nWidth, int32_t nHeight, int32_t nCompression,
                      void* pUser, CcittRowCallback pRow);
 
@@ -60,7 +60,7 @@ int CcittRowsDecoded(void);
  * is a number, not an address: a value that is no open memory file is recognised as such. */
 void* mOpen(HGLOBAL hBlock, DWORD nSize);
 
-/* Closes a memory file. If anything was written, the block then ends behind the last byte written.
+/* Closes a memory file. If anything was written, the block then ends after the last byte written.
  * 0 for success, -1 for a value that is no open memory file or if the block could not be cut. */
 int mClose(void* hMemoryFile);
 

@@ -1,4 +1,4 @@
-// The entry points of Cadwick: checks of what callers hand in, the choice between memory and file,
+// The entry points of Cadwick: checks of what callers pass, the choice between memory and file,
 // and the error of each thread.
 #include <siblings/cadwick/cadwick.h>
 #include <siblings/cadwick/group4.h>

@@ -62,7 +62,7 @@ class Group4Encoder {
   Group4Encoder& operator=(Group4Encoder const&) = delete;
 
   // The next row, to be filled in before Encode: whole units of 8 bytes, with what an earlier row
-  // has left. Bits behind the width do not matter.
+  // has left. Bits after the width do not matter.
   std::span<uint8_t> Row();
   // Codes that row. False once the sink has refused.
   bool Encode();

@@ -14,8 +14,8 @@ namespace sorrelin::cadwick {
 namespace {
 
 // Reads bits, the highest of each byte first. Behind the end of the data zeros follow without end,
-// which are told from data by Left(). Small enough to be passed by value, so that its members stay
-// in registers while a row is decoded.
+// which Left() distinguishes from data. Small enough to be passed by value, so that its members
+// stay in registers while a row is decoded.
 class BitReader {
  public:
   explicit BitReader(std::span<uint8_t const> coded)

@@ -13,7 +13,7 @@ namespace sorrelin::cadwick {
 inline constexpr uint32_t kWordPixels = 64;
 inline constexpr size_t kWordBytes = 8;
 
-// Eight bytes as they lie in memory.
+// Eight bytes in their order in memory.
 inline uint64_t LoadWord(uint8_t const* bytes) {
   uint64_t word;
   std::memcpy(&word, bytes, sizeof word);

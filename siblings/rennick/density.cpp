@@ -1,4 +1,4 @@
-// Resolution to density and back.
+// Conversion of resolutions to densities and back.
 #include <siblings/rennick/density.h>
 
 #include <cmath>

@@ -1,4 +1,4 @@
-// Resolution: pixels per metre of a bitmap to and from the density of a JFIF header.
+// Conversion of a bitmap's pixels per metre to and from the density of a JFIF header.
 #ifndef SIBLINGS_RENNICK_DENSITY_H_
 #define SIBLINGS_RENNICK_DENSITY_H_
 

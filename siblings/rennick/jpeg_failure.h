@@ -1,4 +1,4 @@
-// How libjpeg's errors come back: a jump out of the coder, never an exit or a line on standard
+// The error manager of libjpeg: a jump out of the coder, never an exit or a line on standard
 // error. Frames between Attempt's and libjpeg's hold no object with a destructor.
 #ifndef SIBLINGS_RENNICK_JPEG_FAILURE_H_
 #define SIBLINGS_RENNICK_JPEG_FAILURE_H_

@@ -5,7 +5,7 @@
  * written to standard output or standard error, and no input ends the process. Valid C11 and C++.
  *
  * Bitmaps that are coded have 24 bits per pixel, which become YCbCr, or 8 bits, whose indices
- * become the one component; their rows, bottom row first, begin behind biSize bytes and the colour
+ * become the one component; their rows, bottom row first, begin after biSize bytes and the colour
  * table of biClrUsed entries (256 for 8 bits when that is 0). What the block lacks of its rows
  * reads as 0.
  *
@@ -30,7 +30,7 @@ enum {
   RENNICK_BAD_BITMAP = 2,   /* other depth; width or height outside 1..65500 */
   RENNICK_NO_MEMORY = 3,
   RENNICK_CODER_FAILED = 4,
-  RENNICK_FILE_FAILED = 5 /* the file could not be made or written; the system error tells why */
+  RENNICK_FILE_FAILED = 5 /* the file could not be made or written; the system error says why */
 };
 
 /* Codes a bitmap into a new movable block of exactly the file's size, which the caller frees. Null

@@ -14,7 +14,7 @@ struct MemoryBuffer {
   BYTE* pData = nullptr;
   uint64_t nCapacity = 0;   // bytes that the content may use; grows to the exact fit of a write
   uint64_t nSize = 0;       // bytes of content
-  uint64_t nPos = 0;        // may lie past nSize
+  uint64_t nPos = 0;        // may be past nSize
   BYTE bReadOnly = 1;       // not 0: writes are refused, and the block is someone else's
   uint64_t nAllocated = 0;  // bytes of an owned block, never less than nCapacity
 

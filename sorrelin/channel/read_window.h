@@ -1,5 +1,5 @@
 // Looks at a channel's bytes by offset. The position of the channel stays where it is, and looks
-// that lie close together share one read.
+// that are close together share one read.
 #ifndef SORRELIN_CHANNEL_READ_WINDOW_H_
 #define SORRELIN_CHANNEL_READ_WINDOW_H_
 

@@ -44,7 +44,7 @@ class DocumentFile {
   // What reading may cost.
   WorkBudget& work() { return work_; }
 
-  // A code that an operation leaves behind though it goes on: the last error takes it before the
+  // A code that an operation leaves though it goes on: the last error takes it before the
   // outcome of the operation.
   void Note(DWORD code) { noted_ = code; }
   std::optional<DWORD> TakeNote() { return std::exchange(noted_, std::nullopt); }

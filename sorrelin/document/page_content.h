@@ -11,7 +11,7 @@
 
 namespace sorrelin {
 
-// Zeros that stand for the data which a /Length promises beyond its object: decoders see the end of
+// Zeros in place of the data that a /Length promises beyond its object: decoders see the end of
 // the data far before them, and a /Length of gigabytes costs nothing.
 inline constexpr size_t kMostMissingBytes = size_t{16} << 20;
 

@@ -22,7 +22,7 @@ struct ReaderState {
   WideString m_Author;
   WideString m_Subject;
   WideString m_Keywords;
-  bool m_bOutlivesSession = false;           // the record is left behind, with its strings
+  bool m_bOutlivesSession = false;           // the record is not freed, nor its strings
   std::optional<SYSTEMTIME> m_CreationTime;  // of the next document; otherwise that of now
 };
 

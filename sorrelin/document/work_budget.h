@@ -1,4 +1,4 @@
-// A bound on what the reading of a document handles: bytes that are read, inflated and handed out.
+// A bound on the work of reading a document: bytes that are read, inflated and returned.
 #ifndef SORRELIN_DOCUMENT_WORK_BUDGET_H_
 #define SORRELIN_DOCUMENT_WORK_BUDGET_H_
 

@@ -24,7 +24,7 @@ auto Door(SessionState* state, Work work) -> decltype(work(*state)) {
   return decltype(work(*state))();
 }
 
-// The same for work that puts bytes through an ObjectWriter. Its result stands unless a write
+// The same for work that puts bytes through an ObjectWriter. Its result counts unless a write
 // failed.
 template <typename Work>
 DWORD WriterDoor(SessionState* state, Work work) {

@@ -1,4 +1,4 @@
-// The table of error texts, and the system's text behind code 1.
+// The table of error texts, and the system's text for code 1.
 #include <sorrelin/frame/error_text.h>
 #include <sorrelin/frame/pdf.h>
 #include <sorrelin/platform/error.h>
@@ -13,7 +13,7 @@ namespace {
 
 constexpr char kNoText[] = "No error message defined for this error.";
 
-// Indexed by code. Row 1 stands for the system's text; 12, 13 and 14 are codes without a text.
+// Indexed by code. Row 1 is the system's text; 12, 13 and 14 are codes without a text.
 constexpr char const* kTexts[] = {
     "No Error",
     nullptr,

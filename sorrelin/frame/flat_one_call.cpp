@@ -14,7 +14,7 @@ SORRELIN_NOINLINE std::unique_ptr<CCreatePDF> NewPrivateSession() {
   return std::unique_ptr<CCreatePDF>(new (std::nothrow) CCreatePDF);
 }
 
-// Kept: the guards leave the private session behind, which has been constructed before them.
+// Kept: the private session, which is made before the guards, is not freed by them.
 DWORD Abandon(std::unique_ptr<CCreatePDF>& session, DWORD error) {
   static_cast<void>(session.release());
   return error;

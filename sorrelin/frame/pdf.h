@@ -7,8 +7,8 @@
  *   page (UTF-8 outside Windows). A narrow string must not be null.
  * - Bitmaps: a HDIB is a block from GlobalAlloc that holds a packed bitmap: BITMAPINFOHEADER (40
  *   bytes), RGBQUAD colour table (2 entries for 1 bit, 256 for 8 bits, none for 24), rows from the
- *   lowest up, each padded to 4 bytes, 1, 8 or 24 bits a pixel (blue, green, red). What is handed
- *   in stays the caller's and is not changed; what is handed out the caller frees with GlobalFree.
+ *   lowest up, each padded to 4 bytes, 1, 8 or 24 bits a pixel (blue, green, red). Arguments
+ *   stay the caller's and are not changed; results are freed by the caller with GlobalFree.
  * - Pages are counted from 0 where a page index is an argument.
  * - Sizes are in bytes, unless units of 16 bits are named.
  * - Threads: sessions share nothing; one session is for one thread at a time.
@@ -87,7 +87,7 @@ SORRELIN_EXPORT void pdf_ClosePDFFile(hPDF hPdf);
  * is not checked. Returns 0. */
 SORRELIN_EXPORT DWORD pdf_ClosePDFInMemory(hPDF hPdf);
 
-/* Frees a document that the library handed out; null is harmless. Returns 0. */
+/* Frees a document that the library made; null is harmless. Returns 0. */
 SORRELIN_EXPORT DWORD pdf_FreePDFInMemory(void* pData);
 
 /* One page to a file in one call, on a session of its own: a file that exists gets the page added.

@@ -53,7 +53,7 @@ class SORRELIN_EXPORT CCreatePDF {
   int ObjectExistsAlready(DWORD nObject);
   // The highest object number handed out.
   DWORD GetCurrentObject();
-  // Overwrites that number; the next object gets the one behind it.
+  // Overwrites that number; the next object gets the one after it.
   void SetCurrentObject(DWORD nObject);
   // The number that the next object gets.
   DWORD GetNextObject();
@@ -318,7 +318,7 @@ class SORRELIN_EXPORT CCreatePDF {
   int LoadPageObject(DWORD nObject);
   // The image of page nPage, counted from 0, as a new bitmap, or 0 (or -1 when memory is short).
   void* LoadImageFromPDF(DWORD nPage);
-  // The same; the compression flags and the kind (1, 2, 4) go behind the pointers, if given.
+  // The same; the compression flags and the kind (1, 2, 4) are stored, if the pointers are given.
   void* LoadImageAndInfoFromPDF(DWORD nPage, DWORD* pnCompression, DWORD* pnKind);
 
   // Opens a document and loads one page's image; the document stays open.
@@ -330,7 +330,7 @@ class SORRELIN_EXPORT CCreatePDF {
   // Notes which image kinds a /ProcSet names. 1, or 0 with error 33.
   int GetProcSetData(BYTE* pData, DWORD nSize);
 
-  // Scanner: values behind a key text in an object's bytes. The buffer's last byte is
+  // Scanner: values after a key text in an object's bytes. The buffer's last byte is
   // written while a search runs, and never part of a match.
 
   // 1 for CR, LF, blank and "["; for a digit; for a digit or a letter; else 0.
@@ -338,15 +338,15 @@ class SORRELIN_EXPORT CCreatePDF {
   DWORD IsNumber(char c);
   DWORD IsValidChar(char c);
 
-  // The first place where the key's text stands, or null. Error 2 for a missing argument.
+  // The first place of the key's text, or null. Error 2 for a missing argument.
   BYTE* GetKeyBeginning(BYTE* pData, DWORD nSize, char const* szKey);
   // 0 for a key at the start, and for none.
   DWORD GetKeyBeginningByteOffset(BYTE* pData, DWORD nSize, char const* szKey);
-  // 1 if the key's text stands anywhere, else 0.
+  // 1 if the key's text is anywhere, else 0.
   int IsFlagSet(BYTE* pData, DWORD nSize, char const* szKey);
 
-  // The two numbers, or the one number, behind a key (null: from the start), behind the first name,
-  // or in the array behind a key without its slash. 1 or 0, error 2 for a missing argument. A
+  // The two numbers, or the one number, after a key (null: from the start), after the first name,
+  // or in the array after a key without its slash. 1 or 0, error 2 for a missing argument. A
   // number of 100 digits or more ends the process.
   int GetValue(BYTE* pData, DWORD nSize, char const* szKey, DWORD* pFirst, DWORD* pSecond);
   int GetValue(BYTE* pData, DWORD nSize, char const* szKey, DWORD* pValue);
@@ -357,10 +357,10 @@ class SORRELIN_EXPORT CCreatePDF {
   int GetValueFromReference(DWORD nObject, DWORD* pValue);
   // One alphanumeric token; the buffer needs one byte more than *pnSize says.
   int GetStringValue(BYTE* pData, DWORD nSize, char const* szKey, char* szValue, uint64_t* pnSize);
-  // The key with its value, copied with a NUL behind it; *pnSize is the room, and the size needed
+  // The key with its value, copied with a NUL after it; *pnSize is the room, and the size needed
   // when that is too little. 1 or 0.
   int GetKeyWithValue(BYTE* pData, DWORD nSize, char const* szKey, BYTE* pValue, DWORD* pnSize);
-  // 1 if the key (without slash) was found; bDictionary tells whether a dictionary follows.
+  // 1 if the key (without slash) was found; bDictionary is whether a dictionary follows.
   int IsDictionary(BYTE* pData, DWORD nSize, int& bDictionary, char const* szKey);
   // 1 if a reference follows the key, else 0.
   int IsReference(BYTE* pData, DWORD nSize, char const* szKey);

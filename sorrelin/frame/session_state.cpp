@@ -11,7 +11,7 @@ namespace sorrelin {
 
 namespace {
 
-// Of its own, because pdf_Release_PDF leaves the record behind.
+// Of its own, because pdf_Release_PDF does not free the record.
 SORRELIN_NOINLINE ReaderState* NewSideRecord() { return new ReaderState; }
 
 void FreeSideRecord(ReaderState* record) {

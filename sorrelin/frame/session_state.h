@@ -1,5 +1,5 @@
-// What a session holds behind its pointer: the writer's and the reader's members, and the
-// operations over them. Not installed.
+// The state of a session: the writer's and the reader's members, and the operations over them. Not
+// installed.
 #ifndef SORRELIN_FRAME_SESSION_STATE_H_
 #define SORRELIN_FRAME_SESSION_STATE_H_
 

@@ -1,4 +1,4 @@
-// What the system tells about itself.
+// The description of the operating system.
 #include <sorrelin/frame/system_info_windows.h>
 
 #include <cwchar>

@@ -19,12 +19,12 @@ class SystemInfo {
     kServerR2 = 7  // a server of version 5.2, second release
   };
 
-  // Asks the system. What it does not tell stays 0.
+  // Asks the system. What it does not report is 0.
   SystemInfo();
   virtual ~SystemInfo();
 
   ProductType product_type() const { return m_nProductType; }
-  // Major version, minor version and edition (the number that GetProductInfo tells, or 0) as
+  // Major version, minor version and edition (the number that GetProductInfo reports, or 0) as
   // 0xMMmmEEEE.
   DWORD version_code() const { return m_nVersionCode; }
   // The service pack and the build, one line with its end.

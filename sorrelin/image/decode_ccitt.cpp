@@ -98,7 +98,7 @@ class RowTarget {
 
 thread_local RowTarget const* RowTarget::current_ = nullptr;
 
-// The colour table tells that a set bit is black, so the rows stay as they are.
+// The colour table says that a set bit is black, so the rows stay as they are.
 int TakeRow(BYTE* row, int32_t index, void* bitmap) {
   if (row == nullptr || bitmap == nullptr) return CCITT_ROW_STOP;
   if (RowTarget const* const target = RowTarget::Of(bitmap)) return target->Take(row, index);

@@ -14,7 +14,7 @@ namespace {
 
 constexpr BYTE kEndOfData = 128;
 
-// The bytes of a bitmap's block as a target: what lies outside is dropped. Knows the offset below
+// The bytes of a bitmap's block as a target: writes outside are dropped. Knows the offset below
 // which every row is still 0, so that zeros need not be written there and an untouched page of a
 // large bitmap stays untouched.
 class Target {
@@ -44,7 +44,7 @@ class Target {
   uint64_t clean_below_;
 };
 
-// Where the rows of a bitmap lie in its block.
+// The place of the rows of a bitmap in its block.
 struct Rows {
   explicit Rows(std::span<BYTE const> block) {
     BITMAPINFOHEADER header{};
@@ -98,7 +98,7 @@ class RunLengthDecoder {
       } else {
         target_.Fill(out, count, Input(position_ + 1));
       }
-      // Kept: the input moves on by one pair also behind a longer literal run, as the encoder
+      // Kept: the input moves on by one pair also after a longer literal run, as the encoder
       // writes none; foreign streams with such runs have always come out so.
       position_ += 2;
       left_ -= control < 128 ? control + 2u : 2u;
@@ -114,7 +114,7 @@ class RunLengthDecoder {
     left_ -= 2 * count;
   }
 
-  // The lowest `count` rows, all of them behind the input. The count of bytes is below 0 here and
+  // The lowest `count` rows, all of them after the input. The count of bytes is below 0 here and
   // never meets 0 again, so that all rows take part.
   void BlankRows(uint64_t count) {
     uint64_t const width = static_cast<uint64_t>(rows_.width);

@@ -25,10 +25,10 @@ uint64_t FirstRowOffset(BITMAPINFOHEADER const& header);
 uint64_t DibStride(int64_t width, int bits);
 uint64_t DibPayload(int64_t width, int bits);
 
-// Colour table entries that a bitmap of this depth has when its header does not tell.
+// Colour table entries that a bitmap of this depth has when its header does not say.
 DWORD DefaultColors(int bits);
 
-// Copies what lies in `bytes` from `offset` on into `out`, and zeroes the rest of `out`.
+// Copies the `bytes` from `offset` on into `out`, and zeroes the rest of `out`.
 void ReadOrZero(std::span<BYTE const> bytes, uint64_t offset, std::span<BYTE> out);
 
 // Holds the lock on a bitmap's block for its lifetime.

@@ -53,7 +53,7 @@ int SupplyRow(BYTE* row, int32_t index, void* user) {
   return CCITT_ROW_DONE;
 }
 
-// Kept: the rows are always sought behind two colours, whatever biClrUsed says.
+// Kept: the rows are always sought after two colours, whatever biClrUsed says.
 RowSource SourceOf(DibView const& dib) {
   return {dib.header(), dib.Part(kBilevelRows, dib.bytes().size())};
 }

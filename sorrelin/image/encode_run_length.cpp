@@ -14,7 +14,7 @@ namespace {
 
 constexpr DWORD kLongestRun = 128;
 
-// What rows come to at the least, so that a size that cannot be counted is told at once.
+// The least size of the coded rows, so that one that cannot be counted is refused at once.
 uint64_t LeastSize(uint64_t width, uint64_t height) {
   uint64_t const runs = std::max<uint64_t>((width + kLongestRun - 1) / kLongestRun, 1);
   return height * 2 * runs + 1;
@@ -70,8 +70,8 @@ class OutputBlock {
   size_t used_ = 0;
 };
 
-// Kept: the rows are always sought behind 256 colours, whatever biClrUsed says. Kept: the size
-// counts an unset byte, 0 here, behind the last pair; the end marker 128 has no place in the block,
+// Kept: the rows are always sought after 256 colours, whatever biClrUsed says. Kept: the size
+// counts an unset byte, 0 here, after the last pair; the end marker 128 has no place in the block,
 // and decoders stop on their row count.
 OwnedBlock EncodeRows(DibView const& dib, DWORD& size) {
   BITMAPINFOHEADER const& header = dib.header();

@@ -23,7 +23,7 @@ class InflateStream {
   // data have ended or turned out to be damaged.
   size_t Read(std::span<BYTE> out);
 
-  // Whether the stream wants to go on behind what was read: where `uncompress`, with a buffer that
+  // Whether the stream wants to go on after what was read: where `uncompress`, with a buffer that
   // is full now, reports Z_BUF_ERROR.
   bool WantsMoreRoom();
 
@@ -31,7 +31,7 @@ class InflateStream {
   void Step();
 
   z_stream stream_{};
-  std::span<BYTE const> rest_;  // not yet handed to zlib, which counts in 32 bits
+  std::span<BYTE const> rest_;  // not yet given to zlib, which counts in 32 bits
   int status_;
 };
 

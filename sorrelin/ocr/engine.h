@@ -11,8 +11,8 @@
 extern "C" {
 #endif
 
-/* Recognises a bitmap and stores its text, zero-terminated hOCR that belongs to the engine, behind
- * `ppText`. `nOption` is the caller's, whose meaning is the engine's own; the last three arguments
+/* Recognises a bitmap and stores its text, zero-terminated hOCR that belongs to the engine, in
+ * `*ppText`. `nOption` is the caller's, whose meaning is the engine's own; the last three arguments
  * are always 0, 1 and 0. 0 for success. */
 typedef int (*OCRDIBExWFunction)(HDIB hDib, WCHAR** ppText, int64_t nOption, int32_t nZero,
                                  int32_t nOne, int32_t nLastZero);

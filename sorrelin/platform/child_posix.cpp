@@ -45,7 +45,7 @@ void TakeSignals() {
   pthread_sigmask(SIG_UNBLOCK, &set, nullptr);
 }
 
-// A crash is told to the parent; an image of the memory would only fill the user's disk.
+// A crash is reported to the parent; an image of the memory would only fill the user's disk.
 void LeaveNoCore() {
   rlimit const none = {0, 0};
   setrlimit(RLIMIT_CORE, &none);

@@ -31,11 +31,11 @@ SORRELIN_PLATFORM_API BOOL StandardErrorIsTerminal(void);
 /* Not 0 if standard output is a terminal. */
 SORRELIN_PLATFORM_API BOOL StandardOutputIsTerminal(void);
 
-/* Columns of the terminal behind standard error; 0 if that is not known. */
+/* Columns of the terminal on standard error; 0 if that is not known. */
 SORRELIN_PLATFORM_API int StandardErrorColumns(void);
 
 /* Drops what is written to standard error until RestoreStandardError, which takes the result: for
- * libraries that print there and cannot be told not to. -1, with nothing changed, on failure. */
+ * libraries that cannot be kept from printing there. -1, with nothing changed, on failure. */
 SORRELIN_PLATFORM_API int MuteStandardError(void);
 SORRELIN_PLATFORM_API void RestoreStandardError(int muted);
 

@@ -6,7 +6,7 @@
 
 #if !defined(_WIN32)
 
-/* The numbers that the platform layer sets or tells. */
+/* The numbers that the platform layer sets or reports. */
 #define ERROR_SUCCESS 0u
 #define ERROR_FILE_NOT_FOUND 2u
 #define ERROR_PATH_NOT_FOUND 3u

@@ -77,7 +77,7 @@ constexpr TextRow kTextRows[] = {
     {ERROR_FILE_READ_ONLY, "The document is read-only"},
 };
 
-// strerror_r has two forms, told apart by their results.
+// strerror_r has two forms, which differ in their results.
 [[maybe_unused]] char const* StrerrorText(int result, char const* buffer) {
   return result == 0 ? buffer : "Unknown error";
 }

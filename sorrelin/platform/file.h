@@ -65,12 +65,12 @@ SORRELIN_PLATFORM_API BOOL WriteFile(HANDLE file, void const* buffer, DWORD byte
                                      void* overlapped);
 
 /* Moves the position to `offset` from FILE_BEGIN, FILE_CURRENT or FILE_END and returns the low 32
- * bits of the new one, the high 32 bits behind `high` if given. INVALID_SET_FILE_POINTER on
+ * bits of the new one, the high 32 bits in `*high` if given. INVALID_SET_FILE_POINTER on
  * failure; as that is a position too, GetLastError is then not 0 (a success with that value sets
  * it to 0). */
 SORRELIN_PLATFORM_API DWORD SetFilePointer(HANDLE file, LONG offset, LONG* high, DWORD origin);
 
-/* Low 32 bits of the size in bytes, the high 32 bits behind `high` if given. */
+/* Low 32 bits of the size in bytes, the high 32 bits in `*high` if given. */
 SORRELIN_PLATFORM_API DWORD GetFileSize(HANDLE file, DWORD* high);
 
 /* Writes what the system still holds of the file to the disk. */

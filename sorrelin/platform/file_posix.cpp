@@ -28,7 +28,7 @@ FileTable& Files() {
   return table.value();
 }
 
-// A handle that becomes a file's, or goes again. Made before the file, so that none is left behind
+// A handle that becomes a file's, or goes again. Made before the file, so that no file is left
 // where there is no memory for its handle.
 class NewHandle {
  public:
@@ -83,7 +83,7 @@ std::string ParentOf(std::string const& path) {
   return separator == std::string::npos ? "." : path.substr(0, separator + 1);
 }
 
-// The error for a failed call on a name: a missing file is told apart from a missing directory.
+// The error for a failed call on a name: a missing file differs from a missing directory.
 DWORD ErrorOfPath(int error, std::string const& path) {
   bool const no_parent = error == ENOENT && !IsDirectory(ParentOf(path));
   return no_parent ? ERROR_PATH_NOT_FOUND : ErrorOfErrno(error);

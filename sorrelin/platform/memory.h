@@ -21,9 +21,9 @@
  * Null with system error 8 when memory is short. */
 SORRELIN_PLATFORM_API HGLOBAL GlobalAlloc(UINT flags, SIZE_T bytes);
 
-/* Resizes a block and keeps its handle; the content stands up to the smaller size, and growth is
+/* Resizes a block and keeps its handle; the content is kept up to the smaller size, and growth is
  * zeroed if GMEM_ZEROINIT is set. A locked or fixed block moves only if GMEM_MOVEABLE is set.
- * Null with error 6 or 8; the old block then stands unchanged. */
+ * Null with error 6 or 8; the old block is then unchanged. */
 SORRELIN_PLATFORM_API HGLOBAL GlobalReAlloc(HGLOBAL block, SIZE_T bytes, UINT flags);
 
 /* Address of the first byte, valid until the matching GlobalUnlock. Null with error 6, or with

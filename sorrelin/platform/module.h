@@ -10,7 +10,7 @@
 
 #else
 
-/* What stands between a folder and a name. */
+/* The separator between a folder and a name. */
 #define SORRELIN_PATH_SEPARATOR SORRELIN_TEXT('/')
 
 /* Address of an entry point; cast it to the function's type. */

@@ -16,7 +16,7 @@ namespace sorrelin {
 // The system error number for an errno value; ERROR_GEN_FAILURE if it has none of its own.
 DWORD ErrorOfErrno(int error);
 
-// UTF-8 of a name, or nothing if it holds a lone surrogate: no file could be told by such a name.
+// UTF-8 of a name, or nullopt if it holds a lone surrogate: no file has such a name.
 std::optional<std::string> Utf8Path(std::u16string_view name);
 
 // UTF-16 of a path, or nothing if it is not UTF-8.

@@ -27,7 +27,7 @@ char16_t LoneByte(UINT code_page, char byte) {
   return value < 0xA0 ? kWindows1252[value - 0x80] : char16_t{value};
 }
 
-// Counts units and stores those that lie within the buffer; capacity 0 only counts.
+// Counts units and stores those that fit the buffer; capacity 0 only counts.
 template <typename Unit>
 class Output {
  public:

@@ -50,7 +50,7 @@ typedef struct tagRGBQUAD {
   BYTE rgbReserved; /* not looked at */
 } RGBQUAD;
 
-/* Head of a packed bitmap, 40 bytes. Behind it stand the colour table and the rows, each row padded
+/* Head of a packed bitmap, 40 bytes. The colour table and the rows follow, each row padded
  * to 4 bytes. */
 typedef struct tagBITMAPINFOHEADER {
   DWORD biSize;         /* 40 */
@@ -88,7 +88,8 @@ typedef struct tagBITMAPINFOHEADER {
 
 #endif /* _WIN32 */
 
-/* Keeps a function's frame, so that what it allocates can be told from other allocations. */
+/* Keeps a function's frame, so that what it allocates can be distinguished from other allocations.
+ */
 #if defined(__GNUC__)
 #define SORRELIN_NOINLINE __attribute__((noinline))
 #else

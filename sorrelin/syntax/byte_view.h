@@ -1,4 +1,4 @@
-// The bytes of a buffer that is scanned: what lies outside reads as 0, so that no scan, whatever
+// The bytes of a buffer that is scanned: bytes outside read as 0, so that no scan, whatever
 // limit it keeps, reads memory that is not the buffer's.
 #ifndef SORRELIN_SYNTAX_BYTE_VIEW_H_
 #define SORRELIN_SYNTAX_BYTE_VIEW_H_

@@ -3,7 +3,7 @@
 // NUL byte.
 //
 // The terminated searches treat the buffer's last byte as a NUL: it is never part of a match. Which
-// of them leave that NUL behind when nothing is found is part of what callers see.
+// of them leave that NUL when nothing is found is part of what callers see.
 #ifndef SORRELIN_SYNTAX_KEY_SEARCH_H_
 #define SORRELIN_SYNTAX_KEY_SEARCH_H_
 
@@ -36,7 +36,7 @@ uint64_t FindDelimitedName(BYTE* data, uint64_t size, char const* key);
 uint64_t FindBehindName(ByteView buffer, char const* key);
 
 // Whether blanks, digits, blanks, digits, blanks and "R" are at `at`. All but the "R" may be
-// missing: "R" alone is a reference to callers, who only tell references from direct values.
+// missing: "R" alone is a reference to callers, who only distinguish references from direct values.
 bool HasReferenceShape(ByteView buffer, uint64_t at, bool (*is_blank)(BYTE));
 
 }  // namespace sorrelin

@@ -1,4 +1,4 @@
-// What a document under way was before an operation.
+// Snapshots of a document under way.
 #include <sorrelin/channel/file_channel.h>
 #include <sorrelin/writer/checkpoint.h>
 

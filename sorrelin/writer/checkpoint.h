@@ -1,5 +1,5 @@
-// What a document under way was before an operation, so that one that memory was too short for can
-// be taken back and tried again.
+// A snapshot of the document under way, so that an operation that ran out of memory can be taken
+// back and tried again.
 #ifndef SORRELIN_WRITER_CHECKPOINT_H_
 #define SORRELIN_WRITER_CHECKPOINT_H_
 

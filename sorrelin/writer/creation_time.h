@@ -1,4 +1,4 @@
-// The time that a document tells as that of its making. Not exported from the shared library.
+// The creation date of a document. Not exported from the shared library.
 #ifndef SORRELIN_WRITER_CREATION_TIME_H_
 #define SORRELIN_WRITER_CREATION_TIME_H_
 
@@ -8,8 +8,8 @@ class CCreatePDF;
 
 namespace sorrelin {
 
-// The session's next document tells this time instead of that of its creation. Call it before the
-// create call, which writes it.
+// The session's next document has this creation date instead of the time of its creation. Call it
+// before the create call, which writes it.
 void SetCreationTime(CCreatePDF& session, SYSTEMTIME const& time);
 
 }  // namespace sorrelin

@@ -1,4 +1,4 @@
-// A page from a picture that is coded already: what the bitmap pipeline ends in, and how a coded
+// A page from a picture that is coded already: the end of the bitmap pipeline, and how a coded
 // image goes into a document as it is. Not exported from the shared library.
 #ifndef SORRELIN_WRITER_ENCODED_PAGE_H_
 #define SORRELIN_WRITER_ENCODED_PAGE_H_

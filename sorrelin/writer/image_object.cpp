@@ -30,7 +30,7 @@ void WriteColourSpace(ObjectWriter& out, _IMAGE_PARAMETERS const& params, DWORD 
   }
 }
 
-// Kept: /Columns stands twice, from the record and from the image.
+// Kept: /Columns is written twice, from the record and from the image.
 void WriteCcittFilter(ObjectWriter& out, _IMAGE_PARAMETERS const& params,
                       _CCITT_FILTER_PARAMS const& ccitt) {
   if (ccitt.FilterType != kCcittFilterType) out.Fail(Status::Failed(PDF_ERROR_COMPRESSION));

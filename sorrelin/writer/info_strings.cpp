@@ -1,4 +1,4 @@
-// The text of an information string, handed to a caller.
+// Copies of information strings for callers.
 #include <sorrelin/platform/text.h>
 #include <sorrelin/writer/info_strings.h>
 

@@ -1,4 +1,4 @@
-// The text of an information string, set by a caller and handed back.
+// The text of an information string, set by a caller and copied back.
 #ifndef SORRELIN_WRITER_INFO_STRINGS_H_
 #define SORRELIN_WRITER_INFO_STRINGS_H_
 

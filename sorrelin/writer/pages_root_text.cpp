@@ -9,7 +9,7 @@ namespace {
 
 constexpr char kDigits[] = "0123456789";
 
-// Kept: a blank before and a CR behind each entry, whatever the session's line end.
+// Kept: a blank before and a CR after each entry, whatever the session's line end.
 std::string Entries(std::vector<DWORD> const& pages) {
   std::string entries;
   for (DWORD const page : pages) {
@@ -20,7 +20,7 @@ std::string Entries(std::vector<DWORD> const& pages) {
   return entries;
 }
 
-// Where the old count stands in the body.
+// The place of the old count in the body.
 struct CountDigits {
   size_t begin;
   size_t end;
@@ -31,7 +31,7 @@ CountDigits DigitsFrom(std::string const& body, size_t at) {
   return {begin, std::min(body.find_first_not_of(kDigits, begin), body.size())};
 }
 
-// What stands behind "obj"; empty without it.
+// What follows "obj"; empty without it.
 std::string BodyOf(std::string const& old_text) {
   std::string const text = old_text.substr(0, old_text.find('\0'));
   size_t const header = text.find("obj");

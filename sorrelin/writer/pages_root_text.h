@@ -10,10 +10,10 @@
 
 namespace sorrelin {
 
-// Whether "/Count" and "/Kids" stand behind the object's "obj".
+// Whether "/Count" and "/Kids" follow the object's "obj".
 bool HasPagesKeys(std::string const& old_text);
 
-// `old_text` is the object from its number on, ending in NUL. The result is what stands behind its
+// `old_text` is the object from its number on, ending in NUL. The result is what follows its
 // "obj", with `count` for the old count and an entry " N 0 R" CR for each of `pages` before the
 // bracket that closes the array. Nothing where "/Count", "/Kids" or a usable bracket is missing.
 std::optional<std::string> PagesRootWithPages(std::string const& old_text, DWORD count,

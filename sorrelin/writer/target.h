@@ -14,7 +14,7 @@ struct Target {
 };
 
 // Kept: a name that exists is updated; it is neither refused nor replaced. Throws std::bad_alloc
-// where memory is too short to tell, with no file made.
+// where memory is too short to find out, with no file made.
 Target OpenFileTarget(WCHAR const* name);
 // A copy of the document of `size` bytes, or without a document `size` as the first capacity.
 Target OpenMemoryTarget(void const* document, DWORD size);

@@ -28,7 +28,7 @@ struct Objects {
 
 std::string const kTrailer = "trailer\n<</Size 9 /Root 1 0 R >>\n" + std::string(80, '%');
 
-// A document with the section behind its objects, read as the newest.
+// A document with the section after its objects, read as the newest.
 struct Section {
   Section(PdfBuilder const& pdf, std::string const& text, int older = 0)
       : document(test::ToBytes(pdf.Content() + text)) {
@@ -96,7 +96,7 @@ TEST_P(HeaderEnd, MayBeAnyDelimiters) {
 INSTANTIATE_TEST_SUITE_P(Rows, HeaderEnd, testing::Values(LineEnd{"Lf", "\n"}, LineEnd{"Cr", "\r"}),
                          [](auto const& row) { return row.param.name; });
 
-// The length of the line is computed for one character behind each word; more of them behind the
+// The length of the line is computed for one character after each word; more of them after the
 // count are delimiters in front of the entries.
 TEST(ClassicTable, BlanksAndEmptyLinesBehindTheCountAreSkipped) {
   Objects objects(1);
@@ -106,7 +106,7 @@ TEST(ClassicTable, BlanksAndEmptyLinesBehindTheCountAreSkipped) {
   EXPECT_EQ(section.Offset(1), objects.pdf.OffsetOf(1));
 }
 
-// With CR LF behind "xref" the computed place is the LF, a delimiter, or the count's line end.
+// With CR LF after "xref" the computed place is the LF, a delimiter, or the count's line end.
 TEST(ClassicTable, CrLfLineEndsReadTheSame) {
   Objects objects(1, "\r\n");
   Section section(objects.pdf, "xref\r\n0 2\r\n" + Objects::Line(0, 65535, 'f', "\r\n") +
@@ -156,7 +156,7 @@ TEST(ClassicTable, ObjectHeaderGivesTheNumber) {
   EXPECT_EQ(SessionProbe::ObjectsInFile(*section.document), 8u);
 }
 
-// Kept: the last entry that leads to no object stands in row 0, and the error stays recorded.
+// Kept: the last entry that leads to no object is in row 0, and the error stays recorded.
 TEST(ClassicTable, EntryWithoutObjectLandsInRowZero) {
   Objects objects(1);
   Section section(objects.pdf, "xref\n0 3\n" + Objects::Line(3, 65535, 'f') + objects.Entry(1) +
@@ -211,7 +211,7 @@ TEST(ClassicTable, HighestSectionOffsetIsKept) {
 
 struct FailureRow {
   char const* name;
-  std::string text;  // behind object 1
+  std::string text;  // after object 1
   DWORD error;
 };
 class TableFailure : public testing::TestWithParam<FailureRow> {};
@@ -239,7 +239,7 @@ INSTANTIATE_TEST_SUITE_P(
                                "xref\n0 2\n0000000000 65535 f \n0000000000 65535 f \ntrail", 1}),
     [](auto const& row) { return row.param.name; });
 
-// Entries that stand behind 18 delimiters are cut off by the 36 bytes that are looked at.
+// Entries after 18 delimiters are cut off by the 36 bytes that are looked at.
 TEST(ClassicTable, EntryIsLookedForInThirtySixBytes) {
   Objects objects(1);
   Section fits(objects.pdf, "xref\n0 1\n" + Objects::Line(0, 1, 'n') + kTrailer);
@@ -254,7 +254,7 @@ TEST(ClassicTable, EntryIsLookedForInThirtySixBytes) {
 TEST(ClassicTable, NumberBeyondThirtyTwoBitsIsTheNearestBound) {
   Objects objects(1);
   Section section(objects.pdf, "xref\n0 1\n0000000000 99999999999 n\n" + kTrailer);
-  // The entry is cut behind 18 characters: the generation keeps seven digits and no letter is left.
+  // The entry is cut after 18 characters: the generation keeps seven digits and no letter is left.
   EXPECT_EQ(section.result, 0);
   Section large(objects.pdf, "xref\n0 1\n9999999999 00000 n \n" + kTrailer);
   EXPECT_EQ(large.Offset(0), 2147483647u);

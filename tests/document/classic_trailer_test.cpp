@@ -128,7 +128,7 @@ INSTANTIATE_TEST_SUITE_P(
                         "trailer << /Size 9 " + std::string(290, ' ') + "/Root 3 0 R >> "}),
     [](auto const& row) { return row.param.name; });
 
-// The blank behind a number ends it, and that of the second one is byte 300 or 301.
+// The blank after a number ends it, and that of the second one is byte 300 or 301.
 TEST(ClassicTrailer, ThreeHundredBytesAreLookedAt) {
   std::string const front = "trailer << /Prev 5 /Size 9 ";
   std::string const root = "/Root 3 1 ";
@@ -253,7 +253,7 @@ TEST(ClassicChain, HybridSectionIsNotFollowed) {
   EXPECT_EQ(document.row(9).nOffset, 0u);
 }
 
-// A document whose sections stand at fixed offsets, so that /Prev can point forward.
+// A document whose sections are at fixed offsets, so that /Prev can point forward.
 std::string CycleOf(int sections) {
   PdfBuilder pdf;
   test::AddPageTree(pdf, 1);

@@ -92,7 +92,7 @@ TEST(HostileContent, BombIsNotUnpackedInMemory) {
   std::string text;
   while (text.size() < 30000000) text += "q 1 0 0 1 0 0 cm\n";
   std::string packed = Deflate(text);
-  // The text is read up to ten times what is coded: the rest of the data are garbage behind it.
+  // The text is read up to ten times what is coded: the rest of the data are garbage after it.
   packed += std::string(3000000, '%');
   pdf.Stream(7, "/Filter/FlateDecode", packed);
   PageDocument document(pdf);

@@ -55,7 +55,7 @@ INSTANTIATE_TEST_SUITE_P(Routes, Damage, testing::Values(Classic, Stream), [](au
 
 TEST_P(Damage, WholeDocumentOpens) { EXPECT_NE(Exercise(GetParam()().Document()), 0u); }
 
-// Without the number behind the first startxref there is no document.
+// Without the number after the first startxref there is no document.
 TEST_P(Damage, TruncatedAtEveryByteEnds) {
   Bytes const whole = GetParam()().Document();
   size_t const needed = test::ToText(whole).find("startxref") + 11;

@@ -240,7 +240,7 @@ TEST(ImageExtraction, ResourcesObjectWithoutXObjectGivesNullWithoutACode) {
   EXPECT_EQ(Failure({.page = "/Resources 5 0 R", .content = "nothing"}), 0u);
 }
 
-// The scanner is handed the missing object as it is and says so.
+// The scanner gets the missing object as it is and reports it.
 TEST(ImageExtraction, XObjectThatIsMissingIsCode2) {
   EXPECT_EQ(Failure({.page = "/Resources <</XObject <</Im0 0 0 R >> >>"}), 2u);
 }
@@ -308,7 +308,7 @@ TEST(ImageExtraction, DecodeThatInvertsReversesTheColours) {
   EXPECT_EQ(FirstColour("/Decode[1 0]"), 255);
 }
 
-// Real numbers are none to the scan; the first clean ones behind them are taken, /Length among
+// Real numbers are none to the scan; the first clean ones after them are taken, /Length among
 // them.
 TEST(ImageExtraction, DecodeWithRealNumbersIsNormal) {
   EXPECT_EQ(FirstColour("/Decode [1.0 0.0]"), 0);
@@ -491,7 +491,7 @@ TEST(ImageExtraction, DataThatBeginWithDelimitersLoseThem) {
   EXPECT_EQ(dib.rows, (std::vector<Bytes>{{'A', 0, 0, 0}, {'B', 0, 0, 0}}));
 }
 
-// Kept: the byte behind the keyword goes whatever it is; a tab is no delimiter.
+// Kept: the byte after the keyword goes whatever it is; a tab is no delimiter.
 TEST(ImageExtraction, ByteBehindTheKeywordIsTakenForTheLineEnd) {
   PdfBuilder pdf = OnePage{.page = "/Resources <</XObject <</Im0 7 0 R >> >>"}.Build();
   pdf.Object(7, "<<" + kBilevel + "/Length 2 >>\nstream\tAB\nendstream");
@@ -503,7 +503,7 @@ TEST(ImageExtraction, LineFeedOfACrLfLineEndIsSteppedOver) {
   EXPECT_EQ(Extract({.eol = "\r\n"}).rows[0], (Bytes{'A', 0, 0, 0}));
 }
 
-// What lies behind the object's last byte is 0; "\nendstream\nendobj\n" still belongs to it.
+// What follows the object's last byte is 0; "\nendstream\nendobj\n" still belongs to it.
 TEST(ImageExtraction, LengthPastTheObjectIsFilledUpWithZero) {
   DibContent const dib =
       Extract({.image = "/Subtype/Image /Width 320 /Height 2 /BitsPerComponent 1", .length = "80"});

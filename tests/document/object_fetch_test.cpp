@@ -12,7 +12,7 @@ using test::Target;
 using testing::Optional;
 using testing::StartsWith;
 
-// One byte behind "endobj" belongs to an object's text.
+// One byte after "endobj" belongs to an object's text.
 std::string Text(DWORD number, std::string const& body) {
   return std::to_string(number) + " 0 obj\n" + body + "\nendobj\n";
 }
@@ -146,7 +146,7 @@ TEST_P(TableFetch, OffsetBehindTheEndGivesNullAndASizeThatNothingDelivers) {
   EXPECT_EQ(document.Load(20), std::nullopt);
 }
 
-// The size counts one byte behind the keyword, which the document does not have.
+// The size counts one byte after the keyword, which the document does not have.
 TEST_P(TableFetch, EndobjAtTheVeryEndIsNotLoaded) {
   std::string const content = "%PDF-1.4\n5 0 obj x endobj";
   OpenDocument document(test::ToBytes(content), GetParam());
@@ -217,7 +217,7 @@ INSTANTIATE_TEST_SUITE_P(Channels, IndexFetch, testing::Values(Target::kMemory, 
                            return std::string(row.param == Target::kMemory ? "Memory" : "File");
                          });
 
-// The whole extent, up to the next offset, and two NUL bytes behind it.
+// The whole extent, up to the next offset, and two NUL bytes after it.
 TEST_P(IndexFetch, GivesTheExtentAndTwoNuls) {
   PdfBuilder const pdf = Stream([](PdfBuilder& p) {
     p.Object(4, "<</A 1>>");
@@ -256,7 +256,7 @@ TEST_P(IndexFetch, NulBytesOfAnObjectThatNamesAFilterStay) {
   EXPECT_NE(document.Fetch(4).text.find(body), std::string::npos);
 }
 
-// Only what stands in front of the first NUL is looked at for the two words.
+// Only what comes before the first NUL is looked at for the two words.
 TEST_P(IndexFetch, WordsBehindANulDoNotCount) {
   std::string const body = std::string(1, '\0') + "stream";
   OpenDocument document(Stream([&](PdfBuilder& p) { p.Object(4, body); }), GetParam());
@@ -297,7 +297,7 @@ TEST(IndexFetch, OtherGenerationIsServedByTheTable) {
   EXPECT_EQ(document->GetObjectSize(4), 17u);
 }
 
-// The mark of the newest section ends the highest object; behind it there is none.
+// The mark of the newest section ends the highest object; after it there is none.
 TEST(IndexFetch, LastMarksObjectIsServedByTheTable) {
   PdfBuilder pdf("%PDF-1.5");
   test::AddPageTree(pdf, 1);

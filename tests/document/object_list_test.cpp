@@ -67,7 +67,7 @@ TEST(ObjectList, StreamRouteFillsTheSession) {
   }
 }
 
-// The rows behind the highest object in use count, too.
+// The rows after the highest object in use count, too.
 TEST(ObjectList, IndexReachesToSizeWithZerosBehindTheLastObject) {
   PdfBuilder pdf("%PDF-1.5");
   test::AddPageTree(pdf, 1);
@@ -152,7 +152,7 @@ TEST(ObjectList, TitleInAnObjectOfItsOwnStaysEmpty) {
   EXPECT_EQ(document.reader().m_Author, Wide("A"));
 }
 
-// An update in memory takes the position behind the Info object for the place of its first page.
+// An update in memory takes the position after the Info object for the place of its first page.
 TEST(ObjectList, ChannelStandsBehindTheInfoObject) {
   PdfBuilder pdf;
   test::AddPageTree(pdf, 1);
@@ -362,7 +362,7 @@ TEST(StreamRoute, NewestSectionWins) {
   pdf.Object(4, "second");
   pdf.XrefStream(9, {.prev = pdf.LastSection()});
   OpenDocument document(pdf);
-  EXPECT_EQ(document.Build(), 14u);  // /Size 10 behind the first number of /Index [4 1 9 1]
+  EXPECT_EQ(document.Build(), 14u);  // /Size 10 after the first number of /Index [4 1 9 1]
   EXPECT_THAT(document.Load(4).value_or(""), testing::StartsWith("4 0 obj\nsecond\nendobj"));
 }
 
@@ -459,7 +459,7 @@ class SecondDocument {
   sorrelin::FileChannel* channel_;
 };
 
-// Objects stand behind `gap` bytes.
+// Objects after `gap` bytes.
 PdfBuilder Pages(DWORD pages, size_t gap = 0) {
   PdfBuilder pdf;
   pdf.Text(std::string(gap, '\n'));
@@ -480,7 +480,7 @@ TEST(ObjectList, SecondDocumentKeepsRowsOfTheFirst) {
   EXPECT_EQ(SessionProbe::MaxSectionOffset(*document), Pages(1).LastSection());
 }
 
-// The rows of the first lie behind the second, where they cut no object short.
+// The rows of the first come after the second, where they cut no object short.
 TEST(ObjectList, RowsOfTheFirstDocumentBlockAnOlderSectionOfTheSecond) {
   OpenDocument document(Pages(4, 2000));
   EXPECT_EQ(document.Build(), 7u);

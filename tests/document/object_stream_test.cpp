@@ -197,7 +197,7 @@ TEST(ObjectStream, PredictorRowsAreUndone) {
                packed);
     pdf.Row(4, {2, 10, 0});
     pdf.XrefStream(11);
-    // The size stays what it was with the tags: the last three bytes stand behind the text.
+    // The size stays what it was with the tags: the last three bytes are after the text.
     std::string const text = Served(pdf, 4);
     EXPECT_EQ(text.substr(0, 16), "4 0 obj\nabcdefgh") << predictor;
     EXPECT_EQ(text.size(), Dressed(4, "abcdefgh123").size());

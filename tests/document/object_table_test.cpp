@@ -80,7 +80,7 @@ TEST(ObjectTable, CopyHasTheRowsAndNoOthers) {
   EXPECT_FALSE(other->IsTaken(5));
 }
 
-// Kept: the page count stands in the slot after the last.
+// Kept: the page count is in the slot after the last.
 TEST(PageList, Slot30000IsThePageCount) {
   auto const pages = std::make_unique<PageList>();
   pages->Set(29999, 7);

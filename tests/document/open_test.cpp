@@ -173,7 +173,7 @@ TEST_F(Open, MemoryDocumentIsReadInPlaceAndNeverChanged) {
   EXPECT_EQ(copy, document);
 }
 
-// The rows of the table stand; only the channel is gone.
+// The rows of the table are kept; only the channel is gone.
 TEST_F(Open, LoadBehindACloseIsCode1) {
   Bytes const document = OnePageDocument();
   ASSERT_EQ(OpenMemory(document), 1);

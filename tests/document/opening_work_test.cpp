@@ -158,7 +158,7 @@ TEST(OpeningWork, CountsTheInflatedBytesOfSections) {
   EXPECT_EQ(document.Build(), 0u);
 }
 
-// Section 7 lies around section 8, so that both together are larger than the document.
+// Section 7 encloses section 8, so that both together are larger than the document.
 PdfBuilder WithSectionInSection(size_t filler) {
   std::string const inner = "8 0 obj\n<</Size 4 /W [1 4 2] /Length 0 >>\nstream\n" +
                             std::string(filler, 'x') + "\nendstream\nendobj\n";

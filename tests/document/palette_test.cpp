@@ -65,7 +65,7 @@ TEST_F(LoadPalette, LengthIsTestedButNotUsed) {
             (Bytes{'c', 'b', 'a', 0, 'f', 'e', 'd', 0}));
 }
 
-// "\nendstream\nendobj" and the byte behind it, which is set to 0, still belong to the object.
+// "\nendstream\nendobj" and the byte after it, which is set to 0, still belong to the object.
 TEST_F(LoadPalette, EntriesBehindTheObjectAreZero) {
   Bytes const entries = Entries(8, 9, [](PdfBuilder& pdf) { pdf.Stream(6, "", "abc"); });
   EXPECT_EQ(Bytes(entries.begin(), entries.begin() + 8),
@@ -107,7 +107,7 @@ TEST_F(LoadPalette, OfOneBitTellsWhetherTheFirstBlueIsNotZero) {
   Entries(8, 1, white_first);
   EXPECT_EQ(black_is_1_, 0u);  // not of one bit
   Entries(1, 0, white_first);
-  EXPECT_EQ(black_is_1_, 0u);  // a single colour tells nothing
+  EXPECT_EQ(black_is_1_, 0u);  // a single colour says nothing
 }
 
 }  // namespace

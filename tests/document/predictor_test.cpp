@@ -139,7 +139,7 @@ struct WidthRow {
 };
 
 // Kept: bits are rounded to the nearest byte and not up. The first byte of the first row comes back
-// in the second one, whose place and tag tell the size.
+// in the second one, whose place and tag give the size.
 TEST(PngRows, RowSizeIsRoundedToTheNearestByte) {
   for (auto const& [columns, colors, bits, row_bytes] : {WidthRow{9, 1, 1, 1},
                                                          {11, 1, 1, 1},

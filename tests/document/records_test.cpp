@@ -163,8 +163,8 @@ TEST(DecodeRecords, LengthThatCutsTheDataFails) {
 TEST(DecodeRecords, LengthBeyondTheSectionReadsAsZeros) {
   std::string const packed = Deflate(Raw({{1, 500, 0}}));
   EXPECT_EQ(Decoded(Object("/Filter /A /Size 1 /W [1 2 1] /Length 2147483647", packed)).result, 1);
-  // Without a filter the records behind the section are all zeros: 4 + 18 bytes of "\nendstream..."
-  // stand in front of them.
+  // Without a filter the records after the section are all zeros: 4 + 18 bytes of "\nendstream..."
+  // come before them.
   Decoded raw(Object("/Size 8 /W [1 2 1] /Length 2147483647", Raw({{1, 500, 0}})));
   ASSERT_EQ(raw.Records().size(), 8u);
   EXPECT_EQ(raw.Records()[0], (Record{1, 500, 0}));

@@ -41,7 +41,7 @@ INSTANTIATE_TEST_SUITE_P(
                     TextRow{"ShorterThanFourBytes", ">", 1}, TextRow{"Empty", "", 0}),
     [](auto const& row) { return row.param.name; });
 
-// `bytes` bytes of a pattern that tells positions apart.
+// `bytes` bytes of a pattern that differs at each position.
 std::string Pattern(size_t bytes) {
   std::string text(bytes, '\0');
   for (size_t i = 0; i < bytes; ++i) text[i] = static_cast<char>('a' + (i / 7 + i) % 26);
@@ -211,7 +211,7 @@ TEST(Scan, HeaderAcrossReadsIsFound) {
   }
 }
 
-// Kept: behind the end of the file the ring shows old bytes again, 4000 positions on, and 2000 of
+// Kept: after the end of the file the ring shows old bytes again, 4000 positions on, and 2000 of
 // these are looked at. A header in them is a boundary for its number.
 TEST(Scan, OldBytesBehindTheEndAreScannedToo) {
   std::string text(3600, 'x');

@@ -224,7 +224,7 @@ TEST(RoundTripColours, IndexedPictureKeepsItsPalette) {
   }
 }
 
-// The rows lie behind 16 colours, and the lookup stream has 48 bytes.
+// The rows come after 16 colours, and the lookup stream has 48 bytes.
 TEST(RoundTripColours, PaletteOf16ColoursIsKeptAsFarAsItGoes) {
   std::vector<RGBQUAD> palette = Rainbow();
   palette.resize(16);
@@ -324,7 +324,7 @@ TEST(RoundTripLoss, RawPictureThatBeginsWithABlankIsShiftedByAByte) {
   document.FinishAndOpen();
   DibContent const dib = document.Load();
   EXPECT_EQ(dib.rows[0], (Bytes{101, 102, 103, 110}));
-  EXPECT_EQ(dib.rows[1], (Bytes{111, 112, 113, '>'}));  // the byte that the writer puts behind data
+  EXPECT_EQ(dib.rows[1], (Bytes{111, 112, 113, '>'}));  // the byte that the writer puts after data
 }
 
 // A first row of 29 white pixels is coded as 001 00000010: the first byte is a blank.

@@ -133,7 +133,7 @@ TEST(SecondLook, StopsWhereAShortDocumentBegins) {
   EXPECT_EQ(document->ReadStartXref(), 0);
 }
 
-// `at` is where "xref" stands in a document of 1000 bytes.
+// `at` is the place of "xref" in a document of 1000 bytes.
 std::string TextWith(std::string_view keyword, size_t at) {
   std::string text(1000, ' ');
   return text.replace(at, keyword.size(), keyword);

@@ -120,7 +120,7 @@ TEST_F(DecodeRaw, BytesThatTheDataLackAreZero) {
   EXPECT_EQ(dib.rows[2], (Bytes{0, 0, 0, 0}));
 }
 
-// The exchange takes the third byte from behind the data, where all is 0, and puts the first byte
+// The exchange takes the third byte from after the data, where all is 0, and puts the first byte
 // there, where it is lost. Only what the block then holds goes into the row.
 TEST_F(DecodeRaw, TripleCutAfterItsFirstByteLosesIt) {
   DibContent const dib = ReadDib(Decode({1, 2, 3, 0xA1}, 2, 1, 4));

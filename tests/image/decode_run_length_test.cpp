@@ -32,7 +32,7 @@ class DecodeRunLength : public testing::Test {
   Block data_;
 };
 
-// A bitmap's header, `behind` bytes of 0xEE behind it.
+// A bitmap's header, and `behind` bytes of 0xEE.
 Bytes TamperedDib(LONG width, LONG height, WORD bits, DWORD size, size_t behind) {
   BITMAPINFOHEADER header{};
   header.biSize = size;
@@ -74,7 +74,7 @@ TEST_F(DecodeRunLength, InsideARow128Repeats129Times) {
   EXPECT_EQ(dib.Pixel(129, 0), 2u);
 }
 
-// Kept: the input moves on by 2 bytes behind a literal run of three, whose other bytes are then
+// Kept: the input moves on by 2 bytes after a literal run of three, whose other bytes are then
 // read once more, as a pair.
 TEST_F(DecodeRunLength, LiteralRunOfSeveralBytesIsCopiedButTheInputMovesOnByTwo) {
   DibContent const dib = DecodeIndexed({2, 10, 0, 30, 0, 40}, 5, 1);
@@ -123,7 +123,7 @@ TEST_F(DecodeRunLength, OneBitBitmapHasColours0And255WhateverThePolarity) {
 
 TEST_F(DecodeRunLength, WidthCountsBytesAtEveryDepth) {
   DibContent const bilevel = ReadDib(Decode({0, 1, 0, 2, 0, 3, 0, 4, 0, 5}, 5, 1, 1));
-  EXPECT_EQ(bilevel.rows[0], (Bytes{1, 2, 3, 4}));  // the fifth byte lies behind the block
+  EXPECT_EQ(bilevel.rows[0], (Bytes{1, 2, 3, 4}));  // the fifth byte is after the block
   DibContent const rgb = ReadDib(Decode({0, 1, 0, 2, 0, 3}, 2, 1, 4));
   EXPECT_EQ(rgb.rows[0], (Bytes{1, 2, 0, 0, 0, 0, 0, 0}));
 }
@@ -216,7 +216,7 @@ TEST_F(DecodeRunLength, DecriptFindsTheRowsBehindTheHeaderSizeAndTheTable) {
 TEST_F(DecodeRunLength, DecriptTakesOtherDepthsForRowsWithoutSizeOrTable) {
   Bytes const dib = TamperedDib(2, 2, 16, 40, 4);
   Bytes expected = dib;
-  expected[40] = expected[41] = 8;  // both rows lie at the same place
+  expected[40] = expected[41] = 8;  // both rows are at the same place
   EXPECT_EQ(DecodeInto(dib, {255, 9, 255, 8}), expected);
 }
 

@@ -6,7 +6,7 @@
 namespace test {
 namespace {
 
-// Every size around the steps of a register, with guard bytes behind the last pixel.
+// Every size around the steps of a register, with guard bytes after the last pixel.
 TEST(CopySwapped, ExchangesFirstAndThirdByteAtEverySize) {
   for (size_t size = 0; size <= 100; ++size) {
     Bytes pixels(size);

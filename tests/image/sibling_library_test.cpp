@@ -57,7 +57,7 @@ TEST(SiblingLibrary, EmptyAndUnknownNamesFail) {
   EXPECT_FALSE(SiblingLibrary(nullptr).IsLoaded());
 }
 
-// Kept: of the name, what goes behind the folder is cut to half the room left in 260 characters.
+// Kept: the part of the name after the folder is cut to half the room left in 260 characters.
 TEST(SiblingLibrary, LongNameIsNotFoundBesideTheHostProgram) {
   size_t const folder = BesideTheProgram().string().size() + 1;
   ASSERT_LT(folder, 200u);

@@ -169,7 +169,7 @@ TEST(FindContentBounds, PictureWithoutPixelsHasNoHits) {
   }
 }
 
-// A white picture of 4 x 4 pixels in rows of 12 bytes, cut behind two rows and two pixels.
+// A white picture of 4 x 4 pixels in rows of 12 bytes, cut after two rows and two pixels.
 TEST(FindContentBounds, PixelsThatTheBlockLacksAreBlack) {
   Bytes bytes = test::MakePicture(4, 4, 24, [](LONG, LONG) { return 0xFFFFFFu; }).Content();
   bytes.resize(40 + 24 + 6);

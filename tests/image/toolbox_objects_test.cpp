@@ -37,7 +37,7 @@ BITMAPINFOHEADER InitHeader(LONG width, LONG height, int bits) {
   return header;
 }
 
-// A block with header and table for a depth, and a byte of 9 behind it; the table is all 9 too.
+// A block with header and table for a depth, and a byte of 9 after it; the table is all 9 too.
 Bytes TableBlock(int bits, DWORD colors_used) {
   BITMAPINFOHEADER header = InitHeader(1, 1, bits);
   header.biClrUsed = colors_used;

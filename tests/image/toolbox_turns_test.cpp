@@ -59,7 +59,7 @@ int MisplacedPixels(Bytes const& picture, Bytes const& turned) {
   return misplaced;
 }
 
-// The padding of the rows is 0, and so are the four bytes behind them.
+// The padding of the rows is 0, and so are the four bytes after them.
 bool PaddingIsZero(Bytes turned) {
   BITMAPINFOHEADER const header = test::HeaderOf(turned);
   int const bits = header.biBitCount;

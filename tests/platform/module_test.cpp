@@ -184,7 +184,7 @@ TEST(GetModuleHandle, KnowsLoadedLibrariesOnly) {
   EXPECT_EQ(GetModuleHandleW(name.c_str()), nullptr);
 }
 
-// The platform library's file has its version behind the bare name.
+// The platform library's file has its version after the bare name.
 TEST(GetModuleHandle, KnowsLoadedLibrariesByBareNames) {
   HMODULE const platform = GetModuleHandleW(u"libsorrelin-platform.so");
   ASSERT_NE(platform, nullptr);

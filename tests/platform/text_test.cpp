@@ -192,7 +192,7 @@ TEST(WideCharToMultiByte, RefusedArgumentsAreError87) {
   refused(CP_UTF8, u"a", 1, buffer, 4, nullptr, &used);
 }
 
-// What fits is stored, and nothing behind the buffer is touched.
+// What fits is stored, and nothing after the buffer is touched.
 TEST(MultiByteToWideChar, SmallBufferIsError122) {
   WCHAR buffer[3] = {u'?', u'?', u'?'};
   EXPECT_EQ(MultiByteToWideChar(CP_ACP, 0, "abc", 3, buffer, 2), 0);

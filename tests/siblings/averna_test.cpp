@@ -70,7 +70,7 @@ std::string Narrow(WideString const& text) {
   return narrow;
 }
 
-// The middle of the recognised box lies in the word's area.
+// The middle of the recognised box is in the word's area.
 bool LiesOn(HocrWord const& found, PlacedWord const& placed) {
   int32_t const x = (found.left + found.right) / 2;
   int32_t const y = (found.top + found.bottom) / 2;

@@ -1,4 +1,4 @@
-// Where the coded data stand: memory files over global blocks, and files from CreateFileW.
+// The targets of coded data: memory files over global blocks, and files from CreateFileW.
 #include <gmock/gmock.h>
 #include <sorrelin/platform/error.h>
 #include <sorrelin/platform/file.h>

@@ -27,7 +27,7 @@ struct Picture {
   bool operator==(Picture const&) const = default;
 };
 
-// Clears the bits behind the last pixel.
+// Clears the bits after the last pixel.
 inline void CutRow(Bytes& row, int32_t width) {
   if (width % 8 != 0) row.back() = static_cast<BYTE>(row.back() & (0xFF00 >> (width % 8)));
 }
@@ -83,7 +83,7 @@ inline Bytes Bits(std::string_view text) {
 // Supplies a picture's rows as the library does: the whole padded row, and 3 past the last one.
 struct Giver {
   Picture const* picture;
-  BYTE padding = 0;      // behind the row's bytes
+  BYTE padding = 0;      // after the row's bytes
   int32_t fail_at = -1;  // row that is answered with 9
   std::vector<int32_t> asked;
 

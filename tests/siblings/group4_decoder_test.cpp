@@ -121,7 +121,7 @@ TEST(Group4DecoderDamage, OneEndOfLineIsNoEndMark) { ExpectDamage("000000000001 
 TEST(Group4DecoderDamage, UnknownWhiteCode) { ExpectDamage("001 00000000"); }
 // 2 white, then 0000 0000 where a black run should be.
 TEST(Group4DecoderDamage, UnknownBlackCode) { ExpectDamage("001 0111 00000000"); }
-// a1 at 9, right of the row's end; then at 8 - 3 = 5 behind 6 white (1110) and 1 black (010).
+// a1 at 9, right of the row's end; then at 8 - 3 = 5 after 6 white (1110) and 1 black (010).
 TEST(Group4DecoderDamage, VerticalModePastTheEnd) { ExpectDamage("011"); }
 TEST(Group4DecoderDamage, VerticalModeBackwards) { ExpectDamage("001 1110 010 0000010"); }
 // 9 white (10100); 4 white (1011) and 5 black (0011); 64 white (11011) and so on.
@@ -136,7 +136,7 @@ TEST(Group4DecoderEnd, EndMarkInsideARow) { ExpectEnd("001 0111 11 000000000001 
 TEST(Group4DecoderEnd, EndMarkWithDataBehind) { ExpectEnd("000000000001 000000000001 1111 1111"); }
 TEST(Group4DecoderEnd, EndMarkThatIsCut) { ExpectEnd("000000000001 000"); }
 TEST(Group4DecoderEnd, ZerosUpToTheEnd) { ExpectEnd(std::string(1000, '0')); }
-// Of the codes that begin like these, some with zeros behind are others, and some are none.
+// Of the codes that begin like these, some with zeros after are others, and some are none.
 TEST(Group4DecoderEnd, ModeThatIsCut) {
   for (char const* const bits : {"0", "00", "000", "01", "0000", "00001", "000001"}) {
     ExpectEnd(bits);
@@ -192,7 +192,7 @@ TEST(Group4DecoderEnd, DataCutAtAnyByteGiveEveryRowThatIsWhole) {
 
 namespace {
 
-// libtiff reads zeros behind the data; those are added here. Where it has nothing to complain of,
+// libtiff reads zeros after the data; those are added here. Where it has nothing to complain of,
 // the rows are the same, and where it has, the row is not delivered. The exception are passes to
 // the end of a row, which no coder makes: how far libtiff goes then is left to what its lists held.
 void ExpectRowsOfTheWitness(Data data, int32_t width, int32_t height) {

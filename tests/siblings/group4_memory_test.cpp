@@ -12,7 +12,7 @@ namespace {
 size_t held_bytes = 0;
 size_t most_held_bytes = 0;
 
-// In front of each piece stands its size.
+// The size of each piece comes before it.
 constexpr size_t kHead = alignof(std::max_align_t);
 
 }  // namespace

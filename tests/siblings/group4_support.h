@@ -72,7 +72,7 @@ class DataSink final : public cadwick::ByteSink {
   Data data;
 };
 
-// The bits behind the width are set in every row, since they must not matter.
+// The bits after the width are set in every row, since they must not matter.
 inline int GiveRow(BYTE* row, int32_t y, void* user) {
   auto const& bitmap = *static_cast<Bilevel const*>(user);
   std::copy_n(bitmap.Row(y).data(), bitmap.Stride(), row);

@@ -35,7 +35,7 @@ std::vector<Bytes> SomeFiles() {
           Write(Gradient(29, 19, 4), {JCS_CMYK, JCS_YCCK})};
 }
 
-// Where a marker's two bytes stand.
+// The place of a marker's two bytes.
 size_t Find(Bytes const& file, BYTE marker, size_t from = 0) {
   for (size_t i = from; i + 1 < file.size(); ++i) {
     if (file[i] == 0xFF && file[i + 1] == marker) return i;
@@ -106,7 +106,7 @@ TEST_F(JpegHostile, NoDataGiveNull) {
   EXPECT_EQ(LoadJPEGIntoDIBFromMemory("", 0), nullptr);
 }
 
-// 512 pixels for a byte are the most that a Huffman code of one bit for each block can tell.
+// 512 pixels for a byte are the most that a Huffman code of one bit for each block can hold.
 TEST_F(JpegHostile, SizesThatTheFileCannotHoldGiveNull) {
   for (Bytes const& file : SomeFiles()) {
     EXPECT_EQ(Load(WithSize(file, 65500, 65500)).get(), nullptr);
@@ -149,7 +149,7 @@ TEST_F(JpegHostile, TwoComponentsGiveNull) {
   EXPECT_EQ(Load(Write(samples, {JCS_UNKNOWN, JCS_UNKNOWN})).get(), nullptr);
 }
 
-// Arithmetic codes may tell a picture of any size in a few bytes.
+// Arithmetic codes may hold a picture of any size in a few bytes.
 TEST_F(JpegHostile, ArithmeticCodingGivesNull) {
   auto const adjust = [](jpeg_compress_struct& coder) { coder.arith_code = TRUE; };
   Bytes const file = Write(Gradient(16, 16, 3), {JCS_RGB, JCS_YCbCr, adjust});

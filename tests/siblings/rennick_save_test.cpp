@@ -97,7 +97,7 @@ TEST(JpegSave, PixelsPerMetreBecomeTheDensity) {
   EXPECT_EQ(Read(Save(DibOf(Gradient(8, 8, 3)), {75, 0, 0, 0, 0})).unit, 0);
 }
 
-// The record's 16 bits cannot tell sizes from 65536 on.
+// The record's 16 bits cannot hold sizes from 65536 on.
 TEST(JpegSave, SizesComeFromTheBitmap) {
   Samples const read = Read(Save(DibOf(Gradient(30, 20, 3)), {.width = 3, .height = 1000})).samples;
   EXPECT_EQ(read.width, 30u);

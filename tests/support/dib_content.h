@@ -35,7 +35,7 @@ struct DibContent {
   }
 };
 
-// Throws unless the block has exactly the size that its header tells.
+// Throws unless the block has exactly the size that its header gives.
 inline DibContent ReadDib(Block const& dib) {
   Bytes const bytes = dib.Content();
   DibContent content;

@@ -1,5 +1,5 @@
 // A page of English text for OCR tests, rendered by Ghostscript, with the place of each word as the
-// renderer tells it.
+// renderer reports it.
 #ifndef TESTS_SUPPORT_ENGLISH_PAGE_H_
 #define TESTS_SUPPORT_ENGLISH_PAGE_H_
 
@@ -85,7 +85,7 @@ inline std::vector<PlacedWord> ReadPlaces(std::filesystem::path const& path) {
   return words;
 }
 
-// The bytes behind a PGM header, which fill the end of the file.
+// The bytes after a PGM header, which fill the end of the file.
 inline Bytes ReadPgm(std::filesystem::path const& path) {
   Bytes const file = ReadAll(path);
   size_t const size = static_cast<size_t>(kPageWidth) * kPageHeight;

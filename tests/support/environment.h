@@ -48,7 +48,7 @@ auto WithoutFiles(Work work) {
   return result;
 }
 
-// No file grows past `bytes` bytes: a write behind them fails.
+// No file grows past `bytes` bytes: a write after them fails.
 class FileSizeLimit {
  public:
   explicit FileSizeLimit(size_t bytes) : handler_(::signal(SIGXFSZ, SIG_IGN)) {

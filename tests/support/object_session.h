@@ -16,7 +16,7 @@ namespace test {
 
 class ObjectSession {
  public:
-  // `bodies` are what stands between "N 0 obj" and "endobj".
+  // `bodies` are the texts between "N 0 obj" and "endobj".
   explicit ObjectSession(std::map<DWORD, std::string> const& bodies)
       : session_(std::make_unique<CCreatePDF>()), document_("%PDF-1.4\n") {
     DWORD rows = 1;

@@ -8,7 +8,7 @@
 //   pdf.Classic();                              // xref, trailer, startxref, %%EOF
 //   test::Bytes const bytes = pdf.Document();
 //
-// Objects that are added behind a section belong to the next one, which makes an update:
+// Objects that are added after a section belong to the next one, which makes an update:
 //
 //   pdf.Object(3, "<</Type/Page /Rotate 90 >>");
 //   pdf.Classic({.prev = pdf.LastSection()});
@@ -85,15 +85,14 @@ struct XrefRow {
 using XrefRange = std::pair<DWORD, DWORD>;
 
 struct ClassicOptions {
-  std::optional<size_t> prev = {};     // /Prev
-  std::string keys = "/Root 1 0 R";    // trailer keys besides /Size and /Prev
-  std::optional<uint64_t> size = {};   // /Size; else one above the highest number
-  std::vector<XrefRange> ranges = {};  // subsections; else one for each run of numbers
-  std::string entry_end = {};          // else blank LF, or CR LF where lines end so
-  std::string count_end = {};          // else the line end: what stands behind the count
-  std::optional<uint64_t> start_xref =
-      {};                      // the number behind startxref; else the section's offset
-  std::string tail = "%%EOF";  // the last line, and whatever shall follow it
+  std::optional<size_t> prev = {};          // /Prev
+  std::string keys = "/Root 1 0 R";         // trailer keys besides /Size and /Prev
+  std::optional<uint64_t> size = {};        // /Size; else one above the highest number
+  std::vector<XrefRange> ranges = {};       // subsections; else one for each run of numbers
+  std::string entry_end = {};               // else blank LF, or CR LF where lines end so
+  std::string count_end = {};               // else the line end: what follows the count
+  std::optional<uint64_t> start_xref = {};  // the number after startxref; else the section's offset
+  std::string tail = "%%EOF";               // the last line, and whatever shall follow it
 };
 
 struct StreamOptions {
@@ -132,7 +131,7 @@ class PdfBuilder {
     rows_[0] = {0, 0, 65535};
   }
 
-  // Bytes as they stand, without a line end.
+  // Bytes as they are, without a line end.
   PdfBuilder& Text(std::string_view text) {
     bytes_ += text;
     return *this;

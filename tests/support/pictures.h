@@ -51,7 +51,7 @@ using SampleAt = std::function<unsigned(int page, int x, int y, int s)>;
 void WriteTiff(std::filesystem::path const& path, std::vector<TiffPage> const& pages,
                SampleAt const& sample, char const* mode = "w");
 
-// The bytes of a page's strip as they lie in the file.
+// The bytes of a page's strip as they are in the file.
 std::vector<BYTE> RawStrip(std::filesystem::path const& path, int page = 0);
 
 struct PngForm {
@@ -84,7 +84,7 @@ struct JpegForm {
   int unit = 1;  // of JFIF: 1 inch, 2 centimetre, 0 none
   int x_density = 72;
   int y_density = 72;
-  std::vector<BYTE> exif = {};  // a block as it stands behind "Exif\0\0"
+  std::vector<BYTE> exif = {};  // a block as it is after "Exif\0\0"
   int quality = 95;
   std::vector<BYTE> profile = {};
 };

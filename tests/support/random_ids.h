@@ -11,7 +11,7 @@
 #include "tests/support/run_program.h"
 
 // A line for the shell: runs a command of poppler's that takes the document's name as its last
-// word, until out.pdf is a document without a NUL behind its table.
+// word, until out.pdf is a document without a NUL after its table.
 #define UNTIL_WITHOUT_NUL(command)                                               \
   "for n in 1 2 3 4 5 6 7 8 9; do " command                                      \
   " try$n.pdf && "                                                               \

@@ -1,4 +1,4 @@
-// Runs a program as a user's shell would, and tells what came of it.
+// Runs a program as a user's shell would, and returns its output and exit code.
 #ifndef TESTS_SUPPORT_RUN_PROGRAM_H_
 #define TESTS_SUPPORT_RUN_PROGRAM_H_
 

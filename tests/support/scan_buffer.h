@@ -21,7 +21,7 @@ class ScanBuffer {
 
   BYTE* data() { return bytes_.get(); }
   DWORD size() const { return size_; }
-  // What stands in the buffer now.
+  // The buffer as it is now.
   std::string Now() const { return {bytes_.get(), bytes_.get() + size_}; }
 
  private:

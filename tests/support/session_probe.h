@@ -1,4 +1,4 @@
-// Looks into, and sets, the state behind a session.
+// Access to the state of a session.
 #ifndef TESTS_SUPPORT_SESSION_PROBE_H_
 #define TESTS_SUPPORT_SESSION_PROBE_H_
 
@@ -17,12 +17,12 @@ struct SessionProbe {
   static std::shared_ptr<sorrelin::ReaderState>& ReaderPointer(CCreatePDF& s) {
     return Of(s).m_pReader;
   }
-  // Tells session and side record of a channel, as opening does.
+  // Gives session and side record a channel, as opening does.
   static void SetChannel(CCreatePDF& s, sorrelin::FileChannel* channel) {
     Channel(s) = channel;
     Reader(s).file.SetChannel(channel, sorrelin::DocumentFile::Growth::kFixed);
   }
-  // Where a value finds what stands in other objects.
+  // The source of values in other objects.
   static sorrelin::ObjectSource* Source(CCreatePDF& s) { return &Reader(s).objects; }
   static sorrelin::ObjectEntry& Row(CCreatePDF& s, DWORD object) {
     return Of(s).m_Objects.Change(object);

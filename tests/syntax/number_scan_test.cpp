@@ -281,7 +281,7 @@ TEST_F(NumberScan, FunctionsReturnZeroForMissingArguments) {
   EXPECT_EQ(sorrelin::GetIntAfterKey(b.data(), b.size(), "K", nullptr), 0);
 }
 
-// Each variant, run on "/Key" with numbers behind it.
+// Each variant, run on "/Key" with numbers after it.
 struct Variant {
   char const* name;
   std::function<int(CCreatePDF&, ScanBuffer&)> run;

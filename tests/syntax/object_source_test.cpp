@@ -1,4 +1,4 @@
-// Values that stand in other objects, asked of a source that no document stands behind.
+// Values in other objects, from a source without a document.
 #include <gtest/gtest.h>
 #include <sorrelin/syntax/object_source.h>
 #include <sorrelin/syntax/typed_lookup.h>

@@ -48,7 +48,7 @@ TEST(PageFlip, MatricesAreMultipliedWhole) {
   EXPECT_EQ(IsPageContentFlipped("0 1 -1 0 0 0 cm 0 -1 1 0 0 0 cm /Im0 Do"), 0);
 }
 
-// The operand stands first: d is c*B + d*D with the current matrix in capitals, 1*-2 + 1*1 here.
+// The operand comes first: d is c*B + d*D with the current matrix in capitals, 1*-2 + 1*1 here.
 // The other order gives C*b + D*d, 0*0 + 1*1.
 TEST(PageFlip, OperandIsTheFirstFactor) {
   EXPECT_EQ(IsPageContentFlipped("1 -2 0 1 0 0 cm 1 0 1 1 0 0 cm /Im0 Do"), 1);
@@ -73,7 +73,7 @@ TEST(PageFlip, OnlyTheLastSixTokensAreOperands) {
   EXPECT_EQ(IsPageContentFlipped("0 1 0 0 -1 0 0 5 cm Do"), 0);  // d is 0
 }
 
-// q stands among the six, as 0: the operands are (0 0 0 -1 0 0) then.
+// q is among the six, as 0: the operands are (0 0 0 -1 0 0) then.
 TEST(PageFlip, OperatorsAreOperandsToo) {
   EXPECT_EQ(IsPageContentFlipped("q 0 0 -1 0 0 cm Do"), 1);
 }

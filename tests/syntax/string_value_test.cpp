@@ -1,4 +1,4 @@
-// Tokens and value texts behind a key.
+// Tokens and value texts after a key.
 #include <gtest/gtest.h>
 #include <sorrelin/frame/session.h>
 #include <tests/support/scan_buffer.h>

@@ -41,7 +41,7 @@ std::string Real(double value) { return BytesOf(value); }
 
 struct Row {
   char const* what;
-  std::string text;  // behind "/K"
+  std::string text;  // after "/K"
   std::string expected;
 };
 

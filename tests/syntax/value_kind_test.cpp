@@ -1,5 +1,5 @@
-// What kind of value stands behind a key: a reference, a dictionary, a /ProcSet; and values that
-// stand in an object of their own.
+// The kind of a value after a key: a reference, a dictionary, a /ProcSet; and values in objects of
+// their own.
 #include <gtest/gtest.h>
 #include <sorrelin/frame/session.h>
 #include <tests/support/object_session.h>

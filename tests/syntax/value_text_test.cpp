@@ -1,4 +1,4 @@
-// The cutting of one value out of the bytes behind a key.
+// The cutting of one value out of the bytes after a key.
 #include <gtest/gtest.h>
 #include <sorrelin/syntax/typed_value.h>
 #include <tests/support/scan_buffer.h>

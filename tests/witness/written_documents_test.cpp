@@ -164,7 +164,7 @@ class WrittenDocuments : public testing::TestWithParam<Kind> {
 INSTANTIATE_TEST_SUITE_P(Kinds, WrittenDocuments, testing::ValuesIn(kKinds),
                          [](auto const& row) { return std::string(row.param.name); });
 
-// Kept: /Columns stands twice in the parameters of Group 4, and that is all that qpdf remarks.
+// Kept: /Columns is twice in the parameters of Group 4, and that is all that qpdf remarks.
 TEST_P(WrittenDocuments, PassQpdfsCheck) { ExpectSound("a.pdf"); }
 
 // Poppler widens pictures by up to a pixel and smooths them below four times their size.
@@ -193,7 +193,7 @@ TEST_P(WrittenDocuments, GiveTheirImagesToPdfimages) {
   ExpectPicture({"pdfimages", "-l", "1", Path("a.pdf"), Path("image")}, "image-000" + suffix);
 }
 
-// Two pages of Ghostscript's stay as they were when one of ours comes behind them, twice.
+// Two pages of Ghostscript's stay as they were when one of ours comes after them, twice.
 TEST_P(WrittenDocuments, AreRightBehindThePagesOfAnotherProgram) {
   Kind const& kind = GetParam();
   test::WriteByGhostscript(

@@ -1,4 +1,4 @@
-// Updates: what goes behind an old document, byte for byte, and what is refused.
+// Updates: what follows an old document, byte for byte, and what is refused.
 #include <gtest/gtest.h>
 #include <sorrelin/writer/pages_root_text.h>
 
@@ -35,7 +35,7 @@ class AppendToFile : public testing::Test {
   std::string const name_ = (dir_ / "a.pdf").string();
 
   DWORD Save() { return pdf_SaveDIBToPDF(name_.c_str(), Page(), "", PDF_COMPRESSION_NONE, 0); }
-  // The text that a call adds behind the old bytes, which must not change.
+  // The text that a call adds after the old bytes, which must not change.
   std::string Added() {
     std::string const before = TextOf(name_);
     EXPECT_EQ(Save(), 0u);
@@ -120,7 +120,7 @@ TEST_F(AppendToFile, FileThatIsNoDocumentKeepsItsBytes) {
   EXPECT_EQ(TextOf(name_), std::string(200, 'x'));
 }
 
-// Offsets have 32 bits. So long a file can still be read where its table stands at its start.
+// Offsets have 32 bits. So long a file can still be read where its table is at its start.
 TEST_F(AppendToFile, FileOf4GiBIsError1AndKeepsItsBytes) {
   ASSERT_EQ(Save(), 0u);
   std::string const document = TextOf(name_);
@@ -185,7 +185,7 @@ TEST(PagesRootText, OrderOfTheKeysDecidesThePlaces) {
                    "<</Kids [5 0 R 8 0 R\r 9 0 R\r]/Count 3>>endobj"},
            RootRow{"3 0 obj<</Count 1/Kids [5 0 R]>>endobj",
                    "<</Count 3/Kids [5 0 R 8 0 R\r 9 0 R\r]>>endobj"},
-           // With /Count first the bracket is the body's first one behind it.
+           // With /Count first the bracket is the body's first one after it.
            RootRow{"3 0 obj<</Count 1/MediaBox [0 0 9 9]/Kids [5 0 R]>>endobj",
                    "<</Count 3/MediaBox [0 0 9 9 8 0 R\r 9 0 R\r]/Kids [5 0 R]>>endobj"},
            RootRow{"3 0 obj<</MediaBox [0 0 9 9]/Count 1/Kids [5 0 R]>>endobj", nullptr},

@@ -154,7 +154,7 @@ struct Cell {
 };
 
 // What each depth and compression gives, the last rows for values that name no coder. The siblings
-// are missing here: 19 and 21 tell that the pair is accepted and its coder was looked for.
+// are missing here: 19 and 21 say that the pair is accepted and its coder was looked for.
 constexpr Cell kCells[] = {
     {1, 0, 0, nullptr, "/DeviceGray"},
     {1, 32, 0, nullptr, "/DeviceGray"},

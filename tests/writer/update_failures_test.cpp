@@ -86,7 +86,7 @@ TEST_F(UpdateFailure, TruncatedDocumentsKeepTheirBytes) {
     refused += opened ? 0 : 1;
     ASSERT_EQ(Text(), cut);
   }
-  // Only the last line may be missing: the number behind startxref is whole then.
+  // Only the last line may be missing: the number after startxref is whole then.
   EXPECT_GE(refused, static_cast<int>(whole.size()) - 8);
 }
 
@@ -155,7 +155,7 @@ TEST_F(UpdateFailure, IndirectKidsBeforeAnArrayAre26BehindThePagesThatWereWritte
   EXPECT_EQ(Text(), expected);
 }
 
-// The page's own code comes back, whatever becomes of the finish behind it.
+// The page's own code comes back, whatever becomes of the finish after it.
 TEST_F(UpdateFailure, CodeOfAFailedPageStandsOverThatOfTheFinish) {
   PdfBuilder pdf = Tree("", "<</Type/Pages /Kids 4 0 R /Count 1 /Box [0 0 9 9 ] >>");
   pdf.Object(4, "[3 0 R ]");

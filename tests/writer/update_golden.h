@@ -1,4 +1,4 @@
-// Expected updates: what an update writes behind a document, put together from objects that are
+// Expected updates: what an update writes after a document, put together from objects that are
 // written out by hand.
 #ifndef TESTS_WRITER_UPDATE_GOLDEN_H_
 #define TESTS_WRITER_UPDATE_GOLDEN_H_

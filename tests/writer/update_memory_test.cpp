@@ -14,7 +14,7 @@ using test::PdfBuilder;
 using test::SmallPage;
 using test::SmallPageObjects;
 
-// A document whose reading ends behind object 4, the Info.
+// A document whose reading ends after object 4, the Info.
 PdfBuilder OnePage() {
   PdfBuilder pdf;
   test::AddPageTree(pdf, 1);
@@ -50,7 +50,7 @@ TEST(UpdateInMemory, CallersBytesStayTheCallers) {
   EXPECT_EQ(update.bytes, before);
 }
 
-// Kept: pages go behind the old bytes, but their offsets count from where reading ended, and what
+// Kept: pages go after the old bytes, but their offsets count from where reading ended, and what
 // closes the document is written there.
 TEST(UpdateInMemory, EveryByte) {
   PdfBuilder const pdf = OnePage();

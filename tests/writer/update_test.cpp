@@ -35,7 +35,7 @@ class Update : public testing::Test {
   void Write(PdfBuilder const& pdf) const { test::WriteAll(name_, pdf.Document()); }
   std::string Text() const { return test::ToText(test::ReadAll(name_)); }
 
-  // What `pages` pages add behind the old bytes, which must not change.
+  // What `pages` pages add after the old bytes, which must not change.
   std::string Added(PdfBuilder const& pdf, int pages) {
     Write(pdf);
     EXPECT_EQ(session_->CreatePDF(name_.c_str()), 1);
@@ -130,8 +130,8 @@ TEST_F(Update, GenerationOfTheInfoIsKept) {
 }
 
 struct TrailerRow {
-  char const* keys;     // behind /Root
-  char const* written;  // behind the new /Info
+  char const* keys;     // after /Root
+  char const* written;  // after the new /Info
 };
 
 // Kept: /ID and /Encrypt go out as far as the reader took them.
@@ -214,7 +214,7 @@ TEST_F(Update, NestedTreeGetsItsPagesInTheRoot) {
   EXPECT_EQ(GetNumberOfPagesInPDFFile(name_.c_str()), 4u);
 }
 
-// A document of a later version, or with something before its header, is not told apart here.
+// A document of a later version, or with something before its header, makes no difference here.
 TEST_F(Update, HeaderIsNotLookedAt) {
   PdfBuilder pdf("%PDF-1.9");
   test::AddPageTree(pdf, 1);

@@ -13,7 +13,7 @@ namespace {
 
 constexpr int kTrueColorBits = 24;
 
-// Where the hits of a row of positions lie, as seen from its two ends.
+// The hits of a row of positions, as seen from its two ends.
 class Extent {
  public:
   explicit Extent(uint64_t count) : last_(count - 1), from_start_(count), from_end_(count) {}

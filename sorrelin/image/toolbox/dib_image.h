@@ -9,7 +9,7 @@ namespace sorrelin {
 // Owns a bitmap's block; the other members stay 0 if the constructor has none.
 class DibImage {
  public:
-  // A copy of the block as it stands; a drawing context stays with the other image.
+  // A copy of the block as it is; a drawing context stays with the other image.
   DibImage(DibImage const& other);
   // A blank bitmap; see CreateBlankDIB, which may refuse it.
   DibImage(LONG width, LONG height, int x_dpi, int y_dpi, int bits, bool white);

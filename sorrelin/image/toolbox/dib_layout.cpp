@@ -30,7 +30,7 @@ DibLayout::DibLayout(std::span<BYTE const> block) : header_bytes(Field<DWORD>(bl
     height = Field<LONG>(block, offsetof(BITMAPINFOHEADER, biHeight));
     bits = Field<WORD>(block, offsetof(BITMAPINFOHEADER, biBitCount));
   }
-  // Kept: only a header of exactly 40 bytes tells its number of colours; for longer ones the depth
+  // Kept: only a header of exactly 40 bytes has its number of colours; for longer ones the depth
   // decides, and the rows of their bitmaps are found by that.
   if (header_bytes == sizeof(BITMAPINFOHEADER)) {
     colors = Field<DWORD>(block, offsetof(BITMAPINFOHEADER, biClrUsed));

@@ -1,4 +1,4 @@
-// Where the parts of a packed bitmap lie, for bitmaps of either header kind and any depth: a
+// The layout of a packed bitmap, for bitmaps of either header kind and any depth: a
 // BITMAPINFOHEADER (40 bytes or more) with a table of RGBQUAD, or a BITMAPCOREHEADER (12 bytes:
 // size, then 16 bits each of width, height, planes and depth) with a table of triples; rows in
 // block order, each padded to 4 bytes. Offsets and sizes are in bytes; what a block lacks reads as

@@ -24,14 +24,14 @@ HDIB CreateBlankDIB(POINT size, int x_dpi, int y_dpi, int bits, bool white);
 // A copy of a block, of the same size.
 HGLOBAL DuplicateBlock(HGLOBAL block);
 
-// Colour table entries of a bitmap: the header's own number if it has 40 bytes and tells one,
+// Colour table entries of a bitmap: the header's own number if it has 40 bytes and gives one,
 // otherwise 2, 16, 256 or 0 for 1, 4, 8 or other bits.
 DWORD GetColorCount(std::span<BYTE const> block);
 
 // Bytes of the colour table: 4 an entry, 3 with a header of 12 bytes.
 uint64_t GetPaletteSize(std::span<BYTE const> block);
 
-// The rows: what lies behind header and colour table, through the end of the block.
+// The rows: what follows header and colour table, through the end of the block.
 std::span<BYTE> GetDIBBits(std::span<BYTE> block);
 
 // A copy with its rows in reverse order, in a block of 4 bytes more. Null for a picture that would
@@ -39,12 +39,12 @@ std::span<BYTE> GetDIBBits(std::span<BYTE> block);
 HDIB FlipDIBVertical(HDIB dib);
 
 // A copy turned clockwise by a quarter, for 1, 4, 8, 15, 16, 24 and 32 bits, in a block with 4
-// bytes behind the picture. Null for other depths, a size without pixels, a negative height, a
+// bytes after the picture. Null for other depths, a size without pixels, a negative height, a
 // header of less than 40 bytes, and a picture or block past 4 GiB.
 HDIB RotateDIB90(HDIB dib);
 
 // Copies one pixel of 1, 4, 8, 15, 16, 24 or 32 bits, to and from the byte where it starts. The bit
-// numbers tell the pixel within that byte for 1 bit (0 is the highest bit) and the nibble for 4
+// numbers give the pixel within that byte for 1 bit (0 is the highest bit) and the nibble for 4
 // bits (0 is the high one, anything else the low one). Other depths copy nothing.
 void CopyPixel(BYTE const* source, int source_bit, BYTE* target, int target_bit, int bits);
 

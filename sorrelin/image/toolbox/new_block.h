@@ -9,7 +9,7 @@
 
 namespace sorrelin {
 
-// Bytes behind the rows of the bitmaps that are made here: part of their blocks' sizes.
+// Bytes after the rows of the bitmaps that are made here: part of their blocks' sizes.
 inline constexpr uint64_t kSpareBytes = 4;
 
 // A block of `bytes` bytes that starts with `content` as far as it fits, the rest being 0. Null if

@@ -6,7 +6,7 @@
 
 namespace sorrelin {
 
-// A zero-terminated text as UTF-8 in a new string with a byte to spare behind its terminator
+// A zero-terminated text as UTF-8 in a new string with a byte to spare after its terminator
 // (free()). Null for null, for a text of 2 GiB or more, and when memory is short.
 char* WideToUtf8(WCHAR const* text);
 

@@ -1,5 +1,5 @@
 // What a test sets and sees of the mock siblings. Their "coded" data are the rows themselves, so
-// that a test can tell which bytes went which way.
+// that a test can see which bytes went which way.
 #ifndef TESTS_IMAGE_MOCKS_MOCK_SIBLINGS_H_
 #define TESTS_IMAGE_MOCKS_MOCK_SIBLINGS_H_
 
@@ -14,9 +14,9 @@ struct MockCadwick {
   int32_t null_rows;       // hands null rows to the callback
   int32_t no_bitmap;       // hands a null user pointer to the decoder's callback
   int32_t own_thread;      // calls the decoder's callback on a thread of its own
-  int32_t first_row;       // index of the first row handed out
+  int32_t first_row;       // index of the first row that is given
   int32_t open_null;       // mOpen gives 0
-  int32_t encode_fails;    // every encode fails, behind its first row
+  int32_t encode_fails;    // every encode fails, after its first row
   int32_t writes_nothing;  // every encode succeeds without data
 
   // Seen by the test.
@@ -34,7 +34,7 @@ struct MockCadwick {
   int32_t encodes;
   int32_t width;
   int32_t height;
-  int32_t past_end;  // the row callback's result for the row behind the last
+  int32_t past_end;  // the row callback's result for the row after the last
 };
 
 struct MockRennick {

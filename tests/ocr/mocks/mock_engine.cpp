@@ -1,4 +1,4 @@
-// An OCR engine that does as it is told. Built with either entry point left out, too.
+// An OCR engine with results set by the test. Built with either entry point left out, too.
 #include <sorrelin/ocr/engine.h>
 #include <tests/ocr/mocks/mock_engine.h>
 

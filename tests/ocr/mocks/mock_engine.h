@@ -20,7 +20,7 @@ struct MockEngineCall {
   // What it saw.
   int calls = 0;
   HDIB dib = nullptr;
-  WCHAR* text_before = nullptr;  // behind the text argument when the call came
+  WCHAR* text_before = nullptr;  // in the text argument when the call came
   std::array<int32_t, 3> constants{};
   int freed = 0;  // AvernaFreeTextW with this text
 };
