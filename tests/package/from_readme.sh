@@ -52,10 +52,16 @@ if [ "$mode" = minimal ]; then
   sorrelin=$prefix/bin/sorrelin
   printf '\0\0\0\014jP  \r\n\207\n\0\0\0\024ftypjp2 ' >/tmp/photo.jp2
   printf '\0\0\0\030ftypheic\0\0\0\0heicmif1' >/tmp/photo.heic
-  named() { "$sorrelin" "$@" 2>&1 >/dev/null | grep -q "$missing" || { echo "unnamed: $missing"; exit 1; }; }
-  missing=OpenJPEG named make --force /tmp/refused.pdf /tmp/photo.jp2
-  missing=sorrelin-heif named make --force /tmp/refused.pdf /tmp/photo.heic
-  missing=sorrelin-ocr named words /tmp/white.pbm
+  # named PART ARGUMENT...: the program's message has the name of the part.
+  named() {
+    local part=$1 message
+    shift
+    message=$("$sorrelin" "$@" 2>&1 >/dev/null || true)
+    grep -q "$part" <<<"$message" || { echo "$part is not named: $message"; exit 1; }
+  }
+  named OpenJPEG make --force /tmp/refused.pdf /tmp/photo.jp2
+  named sorrelin-heif make --force /tmp/refused.pdf /tmp/photo.heic
+  named sorrelin-ocr words /tmp/white.pbm
 fi
 
 echo "-- uninstall"
