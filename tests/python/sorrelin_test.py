@@ -3,6 +3,7 @@
 import array
 import os
 import pathlib
+import re
 import shutil
 import subprocess
 import sys
@@ -354,6 +355,16 @@ class Reading(ModuleTest):
         with PdfReader(self.path) as pdf:
             image = pdf[0]
         self.assertEqual(image.pixels.tolist(), GREY.tolist())
+
+
+class Version(unittest.TestCase):
+    def test_the_module_the_packages_and_the_library_have_one_version(self):
+        root = pathlib.Path(__file__).resolve().parents[2]
+        library = re.search(r"VERSION ([\d.]+)", (root / "CMakeLists.txt").read_text()
+                            .partition("project(sorrelin")[2])[1]
+        packages = re.match(r"sorrelin \(([\d.]+)-",
+                            (root / "packaging/debian/changelog").read_text())[1]
+        self.assertEqual((sorrelin.__version__, packages), (library, library))
 
 
 class Finding(ModuleTest):
