@@ -1,5 +1,4 @@
 // Calls of Tesseract, which is kept from writing to standard error.
-#include <omp.h>
 #include <siblings/averna/page_engine.h>
 #include <siblings/averna/text_layer.h>
 #include <tesseract/ocrclass.h>
@@ -12,10 +11,21 @@
 #include <utility>
 #include <vector>
 
+// OpenMP's, from the runtime that Tesseract itself links, whichever this compiler has; null where
+// it links none.
+extern "C" {
+[[gnu::weak]] int omp_get_max_active_levels();
+[[gnu::weak]] void omp_set_max_active_levels(int levels);
+}
+
 namespace sorrelin::averna {
 namespace {
 
 constexpr int kFullTurn = 360;
+
+bool HasThreads() {
+  return omp_get_max_active_levels != nullptr && omp_set_max_active_levels != nullptr;
+}
 
 // One call at a time; Leptonica's messages are off meanwhile. The engine keeps to one thread: its
 // own gain little, and cost the processes that recognise other pages far more.
@@ -24,11 +34,11 @@ class Turn {
   Turn()
       : lock_(Mutex()),
         severity_(setMsgSeverity(L_SEVERITY_NONE)),
-        levels_(omp_get_max_active_levels()) {
-    omp_set_max_active_levels(0);
+        levels_(HasThreads() ? omp_get_max_active_levels() : 0) {
+    if (HasThreads()) omp_set_max_active_levels(0);
   }
   ~Turn() {
-    omp_set_max_active_levels(levels_);
+    if (HasThreads()) omp_set_max_active_levels(levels_);
     setMsgSeverity(severity_);
   }
   Turn(Turn const&) = delete;
