@@ -82,14 +82,21 @@ class OcrTest : public AppendTest {
     return words;
   }
 
+  struct Typesetting {
+    std::string font = "DejaVu Sans";
+    std::string writing = "horizontal";
+    int height = 600;  // pixels
+  };
   // Writes a page of text, NAME.tif, and returns its words as they are seen from left to right.
-  std::vector<FoundWord> RenderText(std::string const& name, std::string const& text) const {
+  std::vector<FoundWord> RenderText(std::string const& name, std::string const& text,
+                                    Typesetting const& style) const {
     WriteAll(Path("text.txt"), ToBytes(text + "\n"));
     RunProgram({"text2image", "--text=" + Path("text.txt"), "--outputbase=" + Path(name),
-                "--font=DejaVu Sans", "--fonts_dir=/usr/share/fonts/truetype", "--resolution=300",
-                "--xsize=2480", "--ysize=600", "--margin=150", "--ptsize=14",
+                "--font=" + style.font, "--writing_mode=" + style.writing,
+                "--ysize=" + std::to_string(style.height), "--xsize=2480", "--resolution=300",
+                "--margin=150", "--ptsize=14", "--fonts_dir=/usr/share/fonts/truetype",
                 "--degrade_image=false", "--rotate_image=false"});
-    return BoxedWords(Path(name + ".box"), 600);
+    return BoxedWords(Path(name + ".box"), style.height);
   }
 
   // A box file has a letter a line, with its sides in pixels from the lower left corner.

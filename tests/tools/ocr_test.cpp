@@ -107,7 +107,7 @@ TEST_F(Ocr, WordsReadFromTheRightAreWholeAndComeInTheirOrder) {
   std::string const text =
       "\u05db\u05dc \u05d1\u05e0\u05d9 \u05d4\u05d0\u05d3\u05dd "
       "\u05e0\u05d5\u05dc\u05d3\u05d5 \u05d1\u05e0\u05d9 \u05d7\u05d5\u05e8\u05d9\u05df";
-  auto const expected = RenderText("hebrew", text);
+  auto const expected = RenderText("hebrew", text, {});
   ASSERT_EQ(expected.size(), 6u);
   RunQuietly({"make", Out(), Path("hebrew.tif"), "--ocr", "heb"});
   auto const found = WordsOf("out.pdf");
@@ -117,6 +117,21 @@ TEST_F(Ocr, WordsReadFromTheRightAreWholeAndComeInTheirOrder) {
     })) << word.text;
   }
   EXPECT_THAT(TextOf("out.pdf"), HasSubstr(text));
+}
+
+// Words of Japanese have no blanks between them, so that whole sentences can be found.
+TEST_F(Ocr, VerticalTextIsWholeAndComesInItsOrder) {
+  std::string const text = "\u65e5\u672c\u56fd\u6c11\u306f\u6b63\u5f53\u306b\u9078\u6319";
+  std::string page = text;
+  for (int i = 1; i < 8; ++i) page += "\n" + text;
+  RenderText("vertical", page, {"VL Gothic", "vertical-upright", 1400});
+  RunQuietly({"make", Out(), Path("vertical.tif"), "--ocr", "jpn_vert"});
+  auto const found = WordsOf("out.pdf");
+  ASSERT_GE(found.size(), 8u);
+  EXPECT_EQ(found[0].text, text);
+  EXPECT_GT(found[0].bottom - found[0].top, 8 * (found[0].right - found[0].left));
+  EXPECT_GT(found[0].left, found[1].right);
+  EXPECT_THAT(OutputOf({"mutool", "draw", "-q", "-F", "text", Out()}), HasSubstr(text));
 }
 
 TEST_F(Ocr, MissingLanguageNamesThePackageAndWritesNothing) {

@@ -99,6 +99,17 @@ TEST(TextLayer, BlankFillsTheGapToTheNextWord) {
             "ET\n");
 }
 
+// A rise of 2 points in a size of 10 is shared by both words; one of 4 is kept.
+TEST(TextLayer, WordsOfALineThatRisesLittleHaveOneFoot) {
+  auto const content = [](double rise) {
+    return ContentOf({{u"a", {5, 0, 0, 10, 60, 100}}, {u"b", {5, 0, 0, 10, 70, 100 + rise}}});
+  };
+  EXPECT_NE(content(2).find("60 101 Tm"), std::string::npos);
+  EXPECT_NE(content(2).find("70 101 Tm"), std::string::npos);
+  EXPECT_NE(content(4).find("60 100 Tm"), std::string::npos);
+  EXPECT_NE(content(4).find("70 104 Tm"), std::string::npos);
+}
+
 TEST(TextLayer, ScriptsWithoutBlanksAreJoined) {
   std::string const content =
       ContentOf({{u"\u65E5", {10, 0, 0, 10, 60, 100}}, {u"\u672C", {10, 0, 0, 10, 72, 100}}});

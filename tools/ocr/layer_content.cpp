@@ -15,6 +15,7 @@ constexpr double kLetterWidth = 0.5;  // of the font's size
 constexpr double kPercent = 100;
 constexpr double kSizeSteps = 10;   // a point
 constexpr double kLeastGap = 0.05;  // of the font's size, for a blank
+constexpr double kMaxRise = 0.3;    // of the font's size, within a level part of a line
 constexpr double kMaxLoose = 3;     // of the font's size, between letters that belong together
 constexpr char kBlankCode[] = "0020";
 constexpr size_t kCodeDigits = 4;
@@ -52,6 +53,33 @@ bool AreJoined(std::u16string const& text, std::u16string const& next) {
   bool const ends_in_pair = text.size() > 1 && text.back() >= 0xDC00 && text.back() <= 0xDFFF;
   return IsWithoutBlanks(ends_in_pair ? text[text.size() - 2] : text.back()) &&
          IsWithoutBlanks(next.front());
+}
+
+// How far a word's foot is above that of another, across its line, in points.
+double RiseBetween(Matrix const& box, Matrix const& next) {
+  return ((next.e - box.e) * box.c + (next.f - box.f) * box.d) / box.Height();
+}
+
+// Neighbours in a line whose feet differ by little get the same, because viewers begin a line where
+// they change.
+void ShareFeet(std::vector<LayerWord>& line) {
+  for (size_t start = 0, end = 0; start < line.size(); start = end) {
+    Matrix const first = line[start].box;
+    double lowest = 0, highest = 0;
+    for (end = start; end < line.size(); ++end) {
+      double const rise = RiseBetween(first, line[end].box);
+      double const low = std::min(lowest, rise), high = std::max(highest, rise);
+      if (high - low > kMaxRise * first.Height()) break;
+      lowest = low;
+      highest = high;
+    }
+    for (size_t i = start; i < end; ++i) {
+      Matrix& box = line[i].box;
+      double const shift = (lowest + highest) / 2 - RiseBetween(first, box);
+      box.e += shift * first.c / first.Height();
+      box.f += shift * first.d / first.Height();
+    }
+  }
 }
 
 // Writes the words of a layer.
@@ -123,6 +151,7 @@ std::string LayerContent(std::vector<LayerWord> words, Matrix const& place,
   Writer writer(style);
   for (auto& line : LinesOf(std::move(words))) {
     for (LayerWord& word : line) word.box = LevelBox(word.box.Then(place));
+    ShareFeet(line);
     writer.Add(line);
   }
   return writer.Take();
