@@ -38,7 +38,7 @@ run_tests() {
 
 # run_windows: the cross build counts as one test where its tools are installed.
 run_windows() {
-  command -v x86_64-w64-mingw32-g++ >/dev/null || return 0
+  command -v x86_64-w64-mingw32-g++-posix >/dev/null || return 0
   [ -f /usr/x86_64-w64-mingw32/lib/libz.a ] && [ -d /usr/src/googletest ] || return 0
   echo "== windows: building and testing"
   if scripts/windows.sh >build/test-windows.log 2>&1; then
