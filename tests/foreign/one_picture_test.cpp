@@ -61,7 +61,7 @@ constexpr Row kImg2pdf[] = {
     {"Colour", "colour.png", "img2pdf $p -o out.pdf", Stored(24), kIsRight},
     // Rows of 600 bytes have no room for the tags.
     {"EvenColour", "even.png", "img2pdf $p -o out.pdf", Null(27), kIsRight},
-    // The palette is a string; the number behind it is taken for that of a palette stream.
+    // The palette is a string; the number after it is taken for that of a palette stream.
     {"Palette", "palette.png", "img2pdf $p -o out.pdf", Stored(8), kIsRight},
     {"Palette4", "palette4.png", "img2pdf $p -o out.pdf", Null(0), kIsRight},
     {"Grey16", "grey16.png", "img2pdf $p -o out.pdf", Stored(24), kIsRight, true},
@@ -106,7 +106,7 @@ constexpr Row kGraphicsMagick[] = {
 constexpr Row kGhostscript[] = {
     {"Group4", "g4.tif", IMG2PDF " && " GS_FLATE, Right(1), kIsRight},
     {"Bits", "bits.png", IMG2PDF " && " GS_FLATE, Right(1), kIsRight},
-    // A small picture stands inside the content that draws it.
+    // A small picture is inside the content that draws it.
     {"InlineBits", "bits.png", IMG2PDF " && " GS "pdfwrite -o out.pdf a.pdf", Null(0), kIsRight},
     {"Grey", "grey.png", IMG2PDF " && " GS_FLATE, Stored(24), kIsRight},
     {"Palette", "palette.png", IMG2PDF " && " GS_FLATE, Stored(24), kIsRight},
@@ -200,7 +200,7 @@ constexpr Row kPoppler[] = {
 
 class OnePicture : public ForeignTest, public ::testing::WithParamInterface<Row> {
  protected:
-  // Whether the bitmap's rows hold the bytes, one row behind the other without padding.
+  // Whether the bitmap's rows hold the bytes, one row after the other without padding.
   static bool Holds(DibContent const& bitmap, std::string const& bytes) {
     size_t const row_bytes =
         (static_cast<size_t>(bitmap.header.biWidth) * bitmap.header.biBitCount + 7) / 8;

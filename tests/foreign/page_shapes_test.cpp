@@ -13,7 +13,7 @@ constexpr char kThreeDocuments[] =
 
 class ForeignPages : public ForeignTest {
  protected:
-  // A page of one picture that stands on its head.
+  // A page of one picture that is upside down.
   void CreateUpsideDown(std::string const& picture) const {
     Shell("printf '%%%%MediaBox 0 0 203 57\\n%%%%Image Im0 " + picture +
           "\\nq 203 0 0 -57 0 57 cm /Im0 Do Q\\n' >page.txt && mutool create -o out.pdf page.txt");

@@ -60,7 +60,7 @@ class AppendTest : public ReadTest {
     return Run({"count", Path(name)}).out;
   }
 
-  // Whether the document has the old bytes and more behind them.
+  // Whether the document has the old bytes and more after them.
   bool GrewFrom(Bytes const& old) const {
     Bytes const now = Document();
     return now.size() > old.size() && std::equal(old.begin(), old.end(), now.begin());

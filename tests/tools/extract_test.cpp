@@ -228,7 +228,7 @@ TEST_F(Extract, TiffWithoutAnyPageIsNotWritten) {
 
 TEST_F(Extract, EncryptedDocumentsComeBack) {
   MakeThree();
-  // qpdf warns of the key that stands twice in documents of the library.
+  // qpdf warns of a key that is there twice in documents of the library.
   RunProgram({"qpdf", "--warning-exit-0", "--encrypt", "", "", "128", "--use-aes=y", "--", Out(),
               Path("e.pdf")});
   RunProgram(

@@ -47,7 +47,7 @@ class HostileDocuments : public ReadTest {
     bool extracted = false;
   };
 
-  // Has the document counted, described and extracted, with a good one behind it. A sanitizer's
+  // Has the document counted, described and extracted, with a good one after it. A sanitizer's
   // report would be lost with the child's messages, so it goes to a file.
   Outcome ReadBy(std::string const& name) const {
     std::vector<std::string> const environment = {
@@ -203,7 +203,7 @@ TEST_F(HostileDocuments, SectionsThatLeadBackToThemselvesEnd) {
   EXPECT_TRUE(ReadBy("in.pdf").extracted);
 }
 
-// Wherever the run of digits stands, the program does not end with its child.
+// Wherever the run of digits is, the program does not end with its child.
 TEST_F(HostileDocuments, RunsOf100DigitsAreNamedAndTheNextDocumentIsRead) {
   std::string const run(100, '7');
   for (int const place : {1, 2, 3, 4, 5}) {

@@ -1,4 +1,4 @@
-// Pages on their way from a child, which may die of them.
+// The transfer of pages from a child, which may crash on them.
 #include "tools/extract/page_transfer.h"
 
 #include <gmock/gmock.h>

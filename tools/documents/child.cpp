@@ -1,4 +1,5 @@
-// A child's first byte says that it has started; the receiver does not see it.
+// Children and what they send. A child's first byte says that it has started; the receiver does not
+// see it.
 //
 // An answer goes over the pipe as a mark, "+" for a result and "-" for a problem, the text, and a
 // full stop, without which it counts as no answer.

@@ -1,4 +1,4 @@
-// Documents are read without their pages, which may be many.
+// The form of a document, read without its pages, which may be many.
 #include "tools/documents/document_form.h"
 
 #include <algorithm>
@@ -97,7 +97,7 @@ void Write(QPDF& qpdf, std::string const& to) {
   writer.write();
 }
 
-// Does `work`; false with the reason in `problem` if libqpdf gives up.
+// Does `work`; false with the reason in `problem` if libqpdf fails.
 bool Try(std::function<void()> const& work, std::string& problem) {
   try {
     work();

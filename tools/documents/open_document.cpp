@@ -1,4 +1,4 @@
-// Opening through the library, whose codes become problems.
+// Documents opened by the library, whose error codes become problems.
 #include "tools/documents/open_document.h"
 
 #include <sorrelin/frame/string_error.h>

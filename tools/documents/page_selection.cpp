@@ -1,4 +1,4 @@
-// Lists of pages and patterns of names, as users write them.
+// Parsers for lists of pages and patterns of names.
 #include "tools/documents/page_selection.h"
 
 #include <algorithm>

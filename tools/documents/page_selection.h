@@ -1,4 +1,4 @@
-// Which pages are meant, and what their files are called.
+// The selected pages, and the names of their files.
 #ifndef TOOLS_DOCUMENTS_PAGE_SELECTION_H_
 #define TOOLS_DOCUMENTS_PAGE_SELECTION_H_
 
@@ -19,7 +19,7 @@ class PageSelection {
 
   // The pages of a document that has `count`, counted from 0, in the order given, each once.
   std::vector<DWORD> Of(DWORD count) const;
-  // Whether a page behind the first `count` is named.
+  // Whether a page after the first `count` is named.
   bool GoesBeyond(DWORD count) const;
 
  private:

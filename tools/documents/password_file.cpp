@@ -1,4 +1,4 @@
-// Passwords come from files, since other users see the command lines of programs.
+// The option for passwords. They come from files, since other users see command lines.
 #include "tools/documents/password_file.h"
 
 #include <fstream>

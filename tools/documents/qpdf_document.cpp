@@ -1,4 +1,4 @@
-// Opening through libqpdf, with its messages kept back and its exceptions turned into problems.
+// Documents opened by libqpdf, without its messages and with its exceptions turned into problems.
 #include "tools/documents/qpdf_document.h"
 
 #include <algorithm>

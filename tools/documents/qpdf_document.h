@@ -71,7 +71,7 @@ class QpdfDocument {
 // problems pass through.
 bool CatchDamage(std::function<void()> const& work, std::string& problem);
 
-// Keeps libqpdf's messages back.
+// Drops libqpdf's messages.
 std::shared_ptr<QPDFLogger> SilentLogger();
 
 // Why a name cannot be that of a document, with a remedy; empty if it can.

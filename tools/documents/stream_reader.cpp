@@ -1,6 +1,6 @@
-// libqpdf is lenient: it takes Flate data that are cut or whose checksum is wrong. So plain Flate
-// streams go through an inflater of our own here, and those with a predictor through a witness
-// that inflates beside libqpdf. Both are stream filters that libqpdf is made to know.
+// Stream filters that check Flate data. libqpdf accepts data that are cut or whose checksum is
+// wrong, so plain Flate streams go through an inflater of our own, and those with a predictor
+// through a witness that inflates beside libqpdf. Both are registered with libqpdf.
 #include "tools/documents/stream_reader.h"
 
 #include <zlib.h>

@@ -1,4 +1,5 @@
-// Truth is 1 and falsehood 0; integers are kept as doubles, which hold them exactly.
+// The interpreter of calculator functions. True is 1 and false 0; integers are kept as doubles,
+// which hold them exactly.
 #include "tools/extract/calculator.h"
 
 #include <algorithm>

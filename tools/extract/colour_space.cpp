@@ -1,4 +1,4 @@
-// Conversions go through Little CMS where there is a profile or a space of its own to convert from.
+// Colour spaces. Profiles and Lab are converted by Little CMS.
 #include "tools/extract/colour_space.h"
 
 #include <lcms2.h>

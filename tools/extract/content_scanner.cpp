@@ -1,4 +1,5 @@
-// Contents are split by libqpdf's tokenizer; only operators that move or draw pictures count.
+// The scanner of page contents. libqpdf splits them into tokens; only operators that move or draw
+// pictures count.
 #include "tools/extract/content_scanner.h"
 
 #include <algorithm>

@@ -1,4 +1,4 @@
-// Files are reported by readers that work side by side, so they are sorted first.
+// The report as JSON. Files are sorted first, since readers that work side by side report them.
 #include "tools/extract/extract_report.h"
 
 #include <algorithm>

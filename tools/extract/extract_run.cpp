@@ -1,5 +1,5 @@
-// Several readers share the pages of a document: reader j of n takes each n-th page from the j-th
-// on. What they have in common is guarded by one mutex.
+// The readers of one run. Reader j of n takes every n-th page from the j-th on; what they share is
+// guarded by one mutex.
 #include "tools/extract/extract_run.h"
 
 #include <cerrno>

@@ -1,5 +1,5 @@
-// Plain Group 4 data go to the fast decoder of the Group 4 library. Group 3 data, and data whose
-// rows start on whole bytes, are decoded here with its code tables.
+// Decoders of fax data. Plain Group 4 data go to the fast decoder of the Group 4 library; Group 3
+// data, and data whose rows start on whole bytes, are decoded here with its code tables.
 #include "tools/extract/fax_decoder.h"
 
 #include <siblings/cadwick/group4.h>
@@ -118,7 +118,7 @@ class FaxRows {
     return true;
   }
 
-  // The first change above that lies right of a0 and turns to the colour that a0 has not; `place`
+  // The first change above that is right of a0 and turns to the colour that a0 has not; `place`
   // is where the last search ended.
   size_t FindB1(size_t place, int64_t a0, bool black) const {
     while (place > 0 && above_[place - 1] > a0) --place;

@@ -1,4 +1,4 @@
-// The decoder takes the globals first, then the page.
+// JBIG2 through jbig2dec, which takes the globals first, then the page.
 #include "tools/extract/jbig2_decoder.h"
 
 #include <cstddef>

@@ -1,4 +1,5 @@
-// The sequential organisation: a file header, then segments, each a header with its data.
+// JBIG2 files in sequential organisation: a file header, then segments, each a header with its
+// data.
 #include "tools/extract/jbig2_file.h"
 
 #include <array>

@@ -1,4 +1,4 @@
-// Rows through libjpeg, whose failures come back by a jump: what runs inside Try has no
+// JPEG rows through libjpeg. Its failures come back by a jump, so nothing inside Try has
 // destructors.
 #include "tools/extract/jpeg_decoder.h"
 

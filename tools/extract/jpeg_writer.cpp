@@ -1,4 +1,4 @@
-// JPEG files through libjpeg, whose failures come back by a jump.
+// JPEG files written by libjpeg, whose failures come back by a jump.
 #include <csetjmp>
 #include <cstdio>
 // The header uses what is above without including it.

@@ -1,4 +1,4 @@
-// The whole picture is decoded at once: OpenJPEG has no rows.
+// JPEG 2000 through OpenJPEG, which decodes whole pictures only.
 #include "tools/extract/jpx_decoder.h"
 
 #include <openjpeg.h>

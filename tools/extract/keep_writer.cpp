@@ -1,5 +1,5 @@
-// A file is written only if it shows what the page does: a mask, or colours that the file could not
-// express, rule it out.
+// Pictures written as they are stored, if the file shows what the page does: a mask, or colours
+// that the file cannot express, rule it out.
 #include "tools/extract/keep_writer.h"
 
 #include <algorithm>
@@ -27,7 +27,7 @@ bool IsDevice(PictureShape const& shape) {
   return family == SpaceFamily::kGrey || family == SpaceFamily::kRgb;
 }
 
-// Whether every value of the single component stands for itself as a tone.
+// Whether every value of the single component is the tone that it shows.
 bool IsPlainTones(PictureShape const& shape) {
   auto const colours = ColoursOf(shape);
   for (size_t tone = 0; tone < colours.size(); ++tone) {
@@ -53,7 +53,7 @@ bool HasInksOfFile(PictureShape const& shape) {
   return head && (head->find(kMarker) != head->npos) == reversed;
 }
 
-// JPEG files have colours of their own word.
+// JPEG files state their own colours.
 bool IsJpegFile(PictureShape const& shape) {
   if (shape.colour_transform != -1) return false;
   if (shape.Components() == 1 && IsPlainTones(shape)) return true;

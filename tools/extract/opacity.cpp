@@ -1,4 +1,4 @@
-// Masks are read whole, as bytes: they are seldom large, and a picture needs them row by row.
+// Masks as opacity. They are read whole, since they are seldom large.
 #include "tools/extract/opacity.h"
 
 #include <algorithm>

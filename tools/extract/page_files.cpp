@@ -1,4 +1,4 @@
-// Each picture goes out as it is stored where that is wanted and possible, and else decoded.
+// The files of a page's pictures: as stored if that is wanted and possible, else decoded.
 #include "tools/extract/page_files.h"
 
 #include <utility>

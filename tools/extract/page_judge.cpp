@@ -1,4 +1,4 @@
-// From the page's drawing to its pictures.
+// The pictures that a page draws, and whether they make one whole.
 #include "tools/extract/page_judge.h"
 
 #include <algorithm>

@@ -1,4 +1,5 @@
-// Messages of the child: a letter, the number of bytes that follow (32 bits), and these bytes.
+// The transfer of pictures from a child. Its messages: a letter, the number of bytes that follow
+// (32 bits), and these bytes.
 //
 //   O  the document is open: its pages (32 bits)
 //   B  a page begins: its place in the list of wanted pages (32 bits)

@@ -1,4 +1,4 @@
-// Each type of function has a class of its own.
+// Functions (ISO 32000-1, 7.10), each type a class.
 #include "tools/extract/pdf_function.h"
 
 #include <algorithm>

@@ -1,4 +1,4 @@
-// Rows go straight into Leptonica's words.
+// Pictures in memory. Rows go straight into Leptonica's words.
 #include "tools/extract/picture_builder.h"
 
 #include <utility>

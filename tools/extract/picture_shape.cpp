@@ -1,4 +1,4 @@
-// Through the dictionary key by key; the first reason to refuse the picture is kept.
+// The reader of picture dictionaries, key by key; the first reason to refuse the picture is kept.
 #include "tools/extract/picture_shape.h"
 
 #include <algorithm>
@@ -71,7 +71,7 @@ class ShapeReader {
     if (filters.size() == 1) NameCoding(last);
   }
 
-  // Filters that stand alone have the names of make's option.
+  // A single filter has the name of make's option.
   void NameCoding(StreamFilter const& filter) {
     constexpr std::pair<char const*, char const*> kNames[] = {
         {"FlateDecode", "flate"}, {"RunLengthDecode", "runlength"}, {"DCTDecode", "jpeg"},

@@ -1,4 +1,4 @@
-// Pixels are moved one by one; turned pages are few.
+// Turned pictures. Pixels are moved one by one, since turned pages are few.
 #include "tools/extract/picture_turner.h"
 
 #include <algorithm>

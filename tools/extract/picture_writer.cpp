@@ -1,4 +1,4 @@
-// Which formats there are, and what each of them cannot hold.
+// The file formats, and the reduction of pictures to what a format can hold.
 #include "tools/extract/picture_writer.h"
 
 #include <algorithm>

@@ -1,5 +1,5 @@
-// Black and white, palettes and tones stay what they are; everything else becomes red, green and
-// blue. Samples of 16 bits keep their depth where they are of the device's grey or colours.
+// Pixels from samples. Black and white, palettes and tones stay; everything else becomes red, green
+// and blue. Samples of 16 bits keep their depth where they are of the device's grey or colours.
 #include "tools/extract/pixel_maker.h"
 
 #include <algorithm>

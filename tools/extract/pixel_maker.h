@@ -14,7 +14,7 @@ namespace sorrelin::tool {
 bool DecodePicture(PictureShape const& shape, Resolution dpi, PictureSink& sink,
                    std::string& problem);
 
-// The colours that the values of a sample stand for; of one component of at most 8 bits.
+// The colour of every value of a sample, for one component of at most 8 bits.
 std::vector<RGBQUAD> ColoursOf(PictureShape const& shape);
 bool IsBlack(RGBQUAD colour);
 bool IsWhite(RGBQUAD colour);

@@ -1,4 +1,4 @@
-// Orientations from the directions of a picture's sides.
+// Orientations, found from the directions of a picture's sides.
 #include "tools/extract/placement.h"
 
 #include <cmath>

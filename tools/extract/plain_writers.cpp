@@ -1,4 +1,4 @@
-// BMP and PNM files: headers, and rows as they are.
+// Writers of BMP and PNM files.
 #include <array>
 #include <string>
 

@@ -1,4 +1,4 @@
-// libpng gives up by a jump, so what runs inside Try has no destructors.
+// PNG files written by libpng. It fails by a jump, so nothing inside Try has destructors.
 #include "tools/extract/png_writer.h"
 
 #include <png.h>

@@ -1,5 +1,5 @@
-// Data of picture codings are collected, since their decoders want them whole; samples that have
-// only been compressed are cut into rows as they come.
+// Decoded samples. Data of picture codings are collected, since their decoders want them whole;
+// other samples are cut into rows as they come.
 #include "tools/extract/sample_decoder.h"
 
 #include <algorithm>

@@ -1,4 +1,4 @@
-// The file (TIFF 6.0): header (8 bytes), the strip, values that do not fit their entries, and the
+// TIFF files (TIFF 6.0): header (8 bytes), the strip, values that do not fit their entries, and the
 // directory last, whose offset is put into the header then.
 #include "tools/extract/tiff_writer.h"
 
