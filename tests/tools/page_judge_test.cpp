@@ -1,4 +1,4 @@
-// What is judged of pages' pictures, and the pixels that come of it.
+// The judgement of pages, and the pixels of their pictures.
 #include "tools/extract/page_judge.h"
 
 #include <gmock/gmock.h>
@@ -216,7 +216,7 @@ TEST(PageJudge, ByteMoreThanThePictureHasIsNoHarmToFlate) {
       "1020 3040 ");
 }
 
-// The data of PNG files stand in documents as they are, tags and all.
+// The data of PNG files are in documents as they are, tags and all.
 TEST(PageJudge, PredictionOfPngIsUndone) {
   std::string const parms = "/Filter /FlateDecode /DecodeParms <</Predictor 15 /Columns 2";
   for (int const tag : {0, 1, 2}) {

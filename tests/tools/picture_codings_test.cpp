@@ -9,6 +9,13 @@ namespace {
 
 using ::testing::HasSubstr;
 
+// The rows of a picture and what is wrong with it.
+std::string ShownBy(std::string const& keys, std::string const& data) {
+  Outcome const page =
+      ReadPage(test::OnePage{.image = "/Subtype/Image " + keys, .data = data}.Build());
+  return page.pixels.hex + page.problem;
+}
+
 // ---- Codings in a row ----
 
 std::string Hex(std::string const& bytes) {
@@ -48,12 +55,100 @@ TEST(PageJudge, LzwIsDecoded) {
   EXPECT_EQ(page.pixels.hex, "2d2d2d2d2d412d2d2d ");
 }
 
+// LZW data that name each byte by itself. The reader's table grows all the same, to entry 256 + n
+// with the n-th byte; codes get a bit longer at entry 511 and 1023, or one before.
+std::string LzwOf(std::string const& bytes, unsigned early) {
+  std::string bits;
+  unsigned code_bits = 9;
+  auto const put = [&](unsigned code) {
+    for (unsigned bit = code_bits; bit-- > 0;) bits += (code >> bit & 1) != 0 ? '1' : '0';
+  };
+  put(256);
+  for (size_t n = 1; n <= bytes.size(); ++n) {
+    put(static_cast<unsigned char>(bytes[n - 1]));
+    if (256 + n + early == (1u << code_bits) - 1) ++code_bits;
+  }
+  put(257);
+  bits.resize((bits.size() + 7) / 8 * 8, '0');
+  std::string data;
+  for (size_t i = 0; i < bits.size(); i += 8) {
+    data += static_cast<char>(std::stoi(bits.substr(i, 8), nullptr, 2));
+  }
+  return data;
+}
+
+TEST(PageJudge, LzwOfEitherChangeIsDecoded) {
+  std::string bytes;
+  for (int i = 0; i < 900; ++i) bytes += static_cast<char>(i * i / 7);
+  std::string const plain = "/Width 900 /Height 1 /BitsPerComponent 8 /ColorSpace /DeviceGray";
+  std::string const keys = plain + " /Filter /LZWDecode";
+  std::string const rows = ShownBy(plain, bytes);
+  ASSERT_EQ(rows.size(), 1801u);
+  EXPECT_EQ(ShownBy(keys, LzwOf(bytes, 1)), rows);
+  EXPECT_EQ(ShownBy(keys + " /DecodeParms <</EarlyChange 0>>", LzwOf(bytes, 0)), rows);
+}
+
+// Of an unencrypted document nothing is encrypted.
+TEST(PageJudge, IdentityOfCryptFiltersChangesNothing) {
+  EXPECT_EQ(ReadGrey("/ColorSpace /DeviceGray /Filter [/Crypt /FlateDecode] "
+                     "/DecodeParms [<</Name /Identity>> null]",
+                     test::Deflate(kFourBytes))
+                .pixels.hex,
+            "1020 3040 ");
+}
+
 TEST(PageJudge, PredictionOfTiffIsUndone) {
   EXPECT_EQ(ReadGrey("/ColorSpace /DeviceGray /Filter /FlateDecode "
                      "/DecodeParms <</Predictor 2 /Columns 2>>",
                      test::Deflate("\x10\x10\x30\x10"))
                 .pixels.hex,
             "1020 3040 ");
+}
+
+// Each sample is the sum of the one before it and the difference, in its own bits.
+TEST(PageJudge, PredictionOfTiffIsUndoneAtEveryDepth) {
+  auto const shown = [](std::string const& size, int bits, std::string const& data) {
+    std::string const depth = "/BitsPerComponent " + std::to_string(bits);
+    return ShownBy("/Height 1 /ColorSpace /DeviceGray /Width " + size + depth +
+                       " /Filter /FlateDecode /DecodeParms <</Predictor 2 /Columns " + size +
+                       depth + ">>",
+                   test::Deflate(data));
+  };
+  EXPECT_EQ(shown("2", 16, std::string("\x00\xFF\x00\x01", 4)), "00ff0100 ");
+  EXPECT_EQ(shown("3", 4, "\x12\xF0"), "113322 ");
+  EXPECT_EQ(shown("4", 2, "\x5E"), "55aa55ff ");
+  // The bits are 11011110, of which those that are set are white.
+  EXPECT_EQ(shown("8", 1, "\xB1"), "21 ");
+  EXPECT_EQ(ShownBy("/Width 2 /Height 1 /BitsPerComponent 8 /ColorSpace /DeviceRGB "
+                    "/Filter /FlateDecode /DecodeParms <</Predictor 2 /Columns 2 /Colors 3>>",
+                    test::Deflate("abc\1\1\1")),
+            "616263626364 ");
+}
+
+TEST(PageJudge, PredictionOfPngIsUndoneAtEveryDepth) {
+  auto const shown = [](std::string const& size, int bits, std::string const& data) {
+    std::string const depth = "/BitsPerComponent " + std::to_string(bits);
+    return ShownBy("/Height 1 /ColorSpace /DeviceGray /Width " + size + depth +
+                       " /Filter /FlateDecode /DecodeParms <</Predictor 11 /Columns " + size +
+                       depth + ">>",
+                   test::Deflate(data));
+  };
+  // Bytes are added to those of the pixel before, without carry.
+  EXPECT_EQ(shown("2", 16, std::string("\x01\x01\xFF\x00\x01", 5)), "01ff0100 ");
+  EXPECT_EQ(shown("3", 4, "\x01\x1F\x71"), "11ff99 ");
+  EXPECT_EQ(shown("8", 2, "\x01\x1B\x01"), "0055aaff0055ff00 ");
+  EXPECT_EQ(shown("16", 1, std::string("\x01\x80\x01", 3)), "7f7e ");
+}
+
+// The rows name their prediction themselves, average and Paeth here.
+TEST(PageJudge, PredictorsFrom10To15AreOne) {
+  for (int predictor = 10; predictor <= 15; ++predictor) {
+    EXPECT_EQ(ReadGrey("/ColorSpace /DeviceGray /Filter /FlateDecode /DecodeParms <</Predictor " +
+                           std::to_string(predictor) + " /Columns 2>>",
+                       test::Deflate("\x03\x10\x18\x04\x20\x10"))
+                  .pixels.hex,
+              "1020 3040 ");
+  }
 }
 
 // ---- Damage ----
@@ -70,6 +165,20 @@ TEST(PageJudge, FlateDataWithAWrongChecksumAreNamed) {
                      rows)
                 .problem,
             "its data are damaged");
+}
+
+TEST(PageJudge, AnyFlippedBitOfFlateDataIsNamed) {
+  std::string bytes;
+  for (int i = 0; i < 2500; ++i) bytes += static_cast<char>(i * i / 9);
+  std::string const keys =
+      "/Width 50 /Height 50 /BitsPerComponent 8 /ColorSpace /DeviceGray /Filter /FlateDecode";
+  std::string const packed = test::Deflate(bytes);
+  for (size_t i = 0; i < 20; ++i) {
+    std::string flipped = packed;
+    char& byte = flipped[i * packed.size() / 20];
+    byte = static_cast<char>(byte ^ 1 << i % 8);
+    EXPECT_THAT(ShownBy(keys, flipped), HasSubstr("its data")) << i;
+  }
 }
 
 TEST(PageJudge, FlateDataWithoutTheirEndAreNamed) {
@@ -128,6 +237,44 @@ TEST(PageJudge, Group3OfTwoDimensionsIsDecoded) {
   EXPECT_EQ(ReadPage(page.Build()).pixels.hex, "0f 0f ");
 }
 
+// Black bits are set, and show white. A damaged row is damage, whatever the data allow.
+TEST(PageJudge, OtherKeysOfFaxDataCount) {
+  std::string const keys =
+      "/Width 8 /Height 2 /ColorSpace /DeviceGray /BitsPerComponent 1 /Filter /CCITTFaxDecode "
+      "/DecodeParms <</Columns 8 /BlackIs1 true /EndOfBlock false /DamagedRowsBeforeError 3>>";
+  EXPECT_EQ(ShownBy(keys, "\xB7\x6C"), "f0 f0 ");
+  EXPECT_EQ(ShownBy(keys, std::string("\xB6\x00\x10", 3)), "f0 its data are damaged");
+}
+
+// ---- JBIG2 ----
+
+// A page of 8 by 4 pixels and a generic region coded by T.6: four white rows.
+std::string const kJbig2Page(
+    "\0\0\0\1\x30\0\1\0\0\0\x13\0\0\0\x08\0\0\0\x04\0\0\0\0\0\0\0\0\0\0\0"
+    "\0\0\0\2\x26\0\1\0\0\0\x16\0\0\0\x08\0\0\0\x04\0\0\0\0\0\0\0\0\0\1"
+    "\xF0\x01\x00\x10",
+    30 + 11 + 22);
+
+std::string ShownWithGlobals(std::string const& globals) {
+  auto pdf = test::OnePage{.image =
+                               "/Subtype/Image /Width 8 /Height 4 /BitsPerComponent 1 "
+                               "/ColorSpace /DeviceGray /Filter /JBIG2Decode "
+                               "/DecodeParms <</JBIG2Globals 7 0 R>>",
+                           .data = kJbig2Page}
+                 .Build();
+  pdf.Stream(7, "", globals);
+  Outcome const page = ReadPage(pdf);
+  return page.pixels.hex + page.problem;
+}
+
+// One has a comment, the other a dictionary of symbols that is cut.
+TEST(PageJudge, GlobalsOfJbig2AreRead) {
+  EXPECT_EQ(ShownWithGlobals(std::string("\0\0\0\0\x3E\0\0\0\0\0\x09\x20\0\0\0a\0b\0\0", 20)),
+            "00 00 00 00 ");
+  EXPECT_THAT(ShownWithGlobals(std::string("\0\0\0\0\0\0\0\0\0\0\2\0\0", 13)),
+              HasSubstr("its JBIG2 data"));
+}
+
 // ---- Colours ----
 
 // One pixel of 3 or 4 samples.
@@ -176,6 +323,42 @@ TEST(PageJudge, TintsGoThroughTheirFunctions) {
                  .Build();
   pdf.Stream(7, "/FunctionType 4 /Domain [0 1 0 1] /Range [0 1 0 1 0 1]", "{ 2 copy mul }");
   EXPECT_EQ(ReadPage(pdf).pixels.hex, "ff3333 ");
+}
+
+TEST(PageJudge, CalibratedColoursAreThoseOfTheDevice) {
+  EXPECT_EQ(PixelOf("[/CalRGB <</WhitePoint [0.95 1 1.09] /Gamma [2.2 2.2 2.2]>>]", "abc"),
+            "616263 ");
+}
+
+// The second entry of a palette over the space, as RRGGBB.
+std::string EntryOver(std::string const& space, std::string const& table) {
+  auto pdf = test::OnePage{.image =
+                               "/Subtype/Image /Width 1 /Height 1 /BitsPerComponent 8 "
+                               "/ColorSpace [/Indexed " +
+                               space + " 1 <" + table + ">]",
+                           .data = "\1"}
+                 .Build();
+  pdf.Stream(7, "/FunctionType 4 /Domain [0 1 0 1] /Range [0 1 0 1 0 1]", "{ 2 copy mul }");
+  pdf.Stream(8, "/N 3", "profile");
+  Outcome const page = ReadPage(pdf);
+  if (page.pixels.form.palette.size() < 2) return page.problem;
+  RGBQUAD const& entry = page.pixels.form.palette[1];
+  char text[7];
+  std::snprintf(text, sizeof text, "%02x%02x%02x", entry.rgbRed, entry.rgbGreen, entry.rgbBlue);
+  return text;
+}
+
+TEST(PageJudge, PalettesAreOverAnySpace) {
+  EXPECT_EQ(EntryOver("[/Lab <</WhitePoint [0.9642 1 0.8249] /Range [-128 127 -128 127]>>]",
+                      "000000FF8080"),
+            "ffffff");
+  EXPECT_EQ(EntryOver("[/ICCBased 8 0 R]", "000000102030"), "102030");
+  EXPECT_EQ(EntryOver("[/DeviceN [/A /B] /DeviceRGB 7 0 R]", "0000FF33"), "ff3333");
+  EXPECT_EQ(EntryOver("[/Separation /Spot /DeviceRGB <</FunctionType 2 /Domain [0 1] /N 1 "
+                      "/C0 [1 1 1] /C1 [0 1 1]>>]",
+                      "00FF"),
+            "00ffff");
+  EXPECT_EQ(EntryOver("/DeviceCMYK", "00000000FFFFFFFF"), "000000");
 }
 
 TEST(PageJudge, ReversedColoursAreReversed) {
@@ -239,6 +422,31 @@ TEST(PageJudge, MaskOfAnotherSizeIsSpread) {
 }
 
 // The stored colour was blended with black: 0x10 at half the opacity was 0x20.
+TEST(PageJudge, StencilMaskOfAnotherSizeIsSpread) {
+  EXPECT_EQ(ReadMasked("/Mask 7 0 R", "/Width 1 /Height 1 /ImageMask true", "\x80").pixels.hex,
+            "1010100020202000 ");
+}
+
+TEST(PageJudge, DecodeOfAMaskTurnsItOver) {
+  EXPECT_EQ(ReadMasked("/Mask 7 0 R", "/Width 2 /Height 1 /ImageMask true /Decode [1 0]", "\x40")
+                .pixels.hex,
+            "10101000202020ff ");
+  EXPECT_EQ(ReadMasked("/SMask 7 0 R",
+                       "/Width 2 /Height 1 /BitsPerComponent 8 /ColorSpace /DeviceGray "
+                       "/Decode [1 0]",
+                       "\x80\xFF")
+                .pixels.hex,
+            "1010107f20202000 ");
+}
+
+// A pixel is left out if each of its samples is within the range of its component.
+TEST(PageJudge, KeyOfColoursCoversEveryComponent) {
+  EXPECT_EQ(ShownBy("/Width 2 /Height 1 /BitsPerComponent 8 /ColorSpace /DeviceRGB "
+                    "/Mask [97 97 98 98 90 99]",
+                    "abcabd"),
+            "61626300616264ff ");
+}
+
 TEST(PageJudge, MatteIsTakenOut) {
   std::string const soft =
       "/Width 2 /Height 1 /BitsPerComponent 8 /ColorSpace /DeviceGray /Matte [0]";
