@@ -4,15 +4,49 @@
 #include <sorrelin/platform/process.h>
 
 #include <cstdio>
+#include <cstdlib>
 #include <exception>
 #include <new>
 
 #include "tools/cli/interrupt.h"
 #include "tools/cli/messages.h"
+#include "tools/cli/output_file.h"
 #include "tools/verbs/verbs.h"
 
 namespace sorrelin::tool {
 namespace {
+
+int FailForMemory() {
+  std::fprintf(stderr, "sorrelin: %s\n", kMemoryProblem);
+  return kExitFailure;
+}
+
+// Memory may run short where nothing may be thrown, as in destructors and in other libraries.
+void EndForMemory() {
+  try {
+    if (std::current_exception() != nullptr) throw;
+  } catch (std::bad_alloc const&) {
+    int const code = FailForMemory();
+    try {
+      RemoveOutputForGood();
+    } catch (std::bad_alloc const&) {
+    }
+    std::_Exit(code);
+  } catch (...) {
+  }
+  std::abort();
+}
+
+void Prepare() {
+  std::set_terminate(EndForMemory);
+  TidyUpOnInterrupt();
+  FailPastFileSizeLimit();
+  FailOnClosedPipe();
+  KeepFreedMemory();
+  // Some of the picture library's messages have no severity.
+  setMsgSeverity(L_SEVERITY_NONE);
+  leptSetStderrHandler([](char const*) {});
+}
 
 int ParseAndRun(int argc, char** argv) {
   Program program("sorrelin", SORRELIN_VERSION,
@@ -40,17 +74,11 @@ Examples:
 }  // namespace sorrelin::tool
 
 int main(int argc, char** argv) {
-  sorrelin::tool::TidyUpOnInterrupt();
-  FailPastFileSizeLimit();
-  FailOnClosedPipe();
-  KeepFreedMemory();
-  // Some of the picture library's messages have no severity.
-  setMsgSeverity(L_SEVERITY_NONE);
-  leptSetStderrHandler([](char const*) {});
   try {
+    sorrelin::tool::Prepare();
     return sorrelin::tool::ParseAndRun(argc, argv);
   } catch (std::bad_alloc const&) {
-    std::fprintf(stderr, "sorrelin: %s\n", sorrelin::tool::kMemoryProblem);
+    return sorrelin::tool::FailForMemory();
   } catch (std::exception const& error) {
     std::fprintf(stderr, "sorrelin: %s\n", error.what());
   }

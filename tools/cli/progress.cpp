@@ -4,9 +4,11 @@
 #include <sorrelin/platform/console.h>
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdio>
 #include <cstdlib>
 #include <mutex>
+#include <new>
 #include <string_view>
 
 namespace sorrelin::tool {
@@ -33,9 +35,11 @@ struct Screen {
   bool bar = false;
 };
 
-// Never destroyed: the watching thread may outlive static objects.
+// Never destroyed: the watching thread may outlive static objects. Of no memory that could be
+// short, because destructors ask for it.
 Screen& TheScreen() {
-  static Screen& screen = *new Screen;
+  alignas(Screen) static std::byte memory[sizeof(Screen)];
+  static Screen& screen = *new (memory) Screen;
   return screen;
 }
 

@@ -11,9 +11,11 @@
 #include <barrier>
 #include <condition_variable>
 #include <cstddef>
+#include <cstdlib>
 #include <exception>
 #include <mutex>
 #include <new>
+#include <string_view>
 #include <thread>
 #include <vector>
 
@@ -89,6 +91,8 @@ class Run {
   static void Work(CHILD_LINK* link, void* context) {
     SendToParent(link, &kGreeting, sizeof kGreeting);
     MuteStandardError();
+    // What ends a child is for its parent to report.
+    std::set_terminate(std::abort);
     static_cast<Run*>(context)->work_(link);
   }
 
@@ -144,14 +148,18 @@ void RunSideBySide(size_t count, std::function<void(size_t index)> const& work) 
 
 std::optional<std::string> AskChild(ChildAnswer const& work, std::string& problem) {
   auto const answer = [&](CHILD_LINK* link) {
-    std::string reason = kMemoryProblem;
     std::optional<std::string> result;
+    std::string reason;
+    std::string_view text = kMemoryProblem;
     try {
+      reason = kMemoryProblem;
       result = work(reason);
+      text = result ? *result : reason;
     } catch (std::bad_alloc const&) {
     }
-    std::string const text = (result ? "+" + *result : "-" + reason) + kFullStop;
+    SendToParent(link, result ? "+" : "-", 1);
     SendToParent(link, text.data(), static_cast<DWORD>(text.size()));
+    SendToParent(link, &kFullStop, sizeof kFullStop);
   };
   std::string received;
   auto const append = [&](std::span<BYTE const> bytes) {

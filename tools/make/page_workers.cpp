@@ -20,7 +20,7 @@ CodingResult CodePage(PageCoder& coder, ImageSource& source, int page) {
 
 }  // namespace
 
-// A system that has no further thread to give leaves fewer of them, which is slower and no more.
+// Without memory or threads for all of them there are fewer, which is slower and no more.
 PageWorkers::PageWorkers(PageStyle const& style, int jobs) : style_(style), own_coder_(style) {
   if (jobs < 2) return;
   size_t const count = static_cast<size_t>(jobs);
@@ -28,6 +28,7 @@ PageWorkers::PageWorkers(PageStyle const& style, int jobs) : style_(style), own_
   try {
     while (threads_.size() < count) threads_.emplace_back([this] { Work(); });
   } catch (std::system_error const&) {
+  } catch (std::bad_alloc const&) {
   }
 }
 
