@@ -11,6 +11,8 @@
 #include <string>
 #include <utility>
 
+#include "tools/formats/pix_rows.h"
+
 namespace sorrelin::tool {
 namespace {
 
@@ -151,11 +153,6 @@ PixColormap* MapOf(Numbers const& file, Header const& header) {
   return map;
 }
 
-// Indices packed as the file has them, highest bits first.
-void StoreIndices(std::span<BYTE const> row, l_uint32* line) {
-  for (size_t i = 0; i < row.size(); ++i) SET_DATA_BYTE(line, i, row[i]);
-}
-
 // Gives back whether any pixel is more than transparent.
 bool StoreColours(std::span<BYTE const> row, Header const& header, Masks const& masks,
                   l_uint32* line) {
@@ -191,7 +188,7 @@ std::string ReadRows(std::span<BYTE const> file, Header const& header, Pix* pix)
     auto const row = file.subspan(static_cast<size_t>(at), static_cast<size_t>(row_bytes));
     l_uint32* const line = LineOf(pix, header.from_top ? i : header.height - 1 - i);
     if (header.bits <= 8)
-      StoreIndices(row, line);
+      UnpackWords(row, line);
     else
       shown |= StoreColours(row, header, masks, line);
   }

@@ -8,6 +8,8 @@
 #include <cstring>
 #include <limits>
 
+#include "tools/formats/pix_rows.h"
+
 namespace sorrelin::tool {
 namespace {
 
@@ -74,9 +76,7 @@ Palette PaletteOf(Pix* pix) {
 void PackBilevelRow(l_uint32 const* line, int width, int black_bit, BYTE* row) {
   BYTE const flip = black_bit == 1 ? 0xFF : 0x00;
   int const bytes = (width + 7) / 8;
-  for (int i = 0; i < bytes; ++i) {
-    row[i] = static_cast<BYTE>(GET_DATA_BYTE(line, i) ^ flip);
-  }
+  PackWords(line, flip, {row, static_cast<size_t>(bytes)});
   int const spare = bytes * 8 - width;
   row[bytes - 1] = static_cast<BYTE>(row[bytes - 1] & (0xFF << spare));
 }

@@ -18,6 +18,7 @@
 #include <utility>
 
 #include "tools/formats/blend.h"
+#include "tools/formats/pix_rows.h"
 
 namespace sorrelin::tool {
 namespace {
@@ -273,8 +274,7 @@ class PnmSource : public ImageSource {
     uint64_t const row_bytes = header_.RowBytes();
     for (uint64_t y = 0; y < Rows(); ++y) {
       if ((y + 1) * row_bytes > bytes_.size()) return Short(y);
-      BYTE const* const row = bytes_.data() + y * row_bytes;
-      for (uint64_t i = 0; i < row_bytes; ++i) SET_DATA_BYTE(LineOf(pix, y), i, row[i]);
+      UnpackWords({bytes_.data() + y * row_bytes, static_cast<size_t>(row_bytes)}, LineOf(pix, y));
     }
     return {};
   }

@@ -2,6 +2,7 @@
 #include "tools/formats/samples.h"
 
 #include "tools/formats/picture.h"
+#include "tools/formats/pix_rows.h"
 
 namespace sorrelin::tool {
 namespace {
@@ -37,9 +38,7 @@ void CopyColours(l_uint32 const* line, int width, BYTE* row) {
 
 // The bits behind the last pixel are 0.
 void CopyPacked(l_uint32 const* line, size_t row_bytes, size_t row_bits, BYTE flip, BYTE* row) {
-  for (size_t i = 0; i < row_bytes; ++i) {
-    row[i] = static_cast<BYTE>(GET_DATA_BYTE(line, i) ^ flip);
-  }
+  PackWords(line, flip, {row, row_bytes});
   size_t const spare = row_bytes * 8 - row_bits;
   row[row_bytes - 1] = static_cast<BYTE>(row[row_bytes - 1] & (0xFF << spare));
 }
