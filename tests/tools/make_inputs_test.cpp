@@ -105,6 +105,21 @@ TEST_F(MakeInputs, EveryPictureOfAStreamIsAPage) {
   EXPECT_THAT(Widths(), ElementsAre(100, 101, 102));
 }
 
+TEST_F(MakeInputs, TiffOnStandardInputIsATemporaryFileWhileItIsRead) {
+  WriteTiff(Path("a.tif"), std::vector<TiffPage>(3),
+            [](int page, int x, int y, int) { return static_cast<unsigned>(x + y + page) % 2; });
+  std::filesystem::create_directory(Path("tmp"));
+  ProgramResult const result =
+      Make({Out(), "-"}, ReadAll(Path("a.tif")), {"TMPDIR=" + Path("tmp")});
+  EXPECT_EQ(result.exit_code, 0) << result.err;
+  EXPECT_EQ(PageCount(), 3);
+  EXPECT_TRUE(std::filesystem::is_empty(Path("tmp")));
+  ProgramResult const nowhere =
+      Make({Out(), "-", "--force"}, ReadAll(Path("a.tif")), {"TMPDIR=" + Path("none")});
+  EXPECT_EQ(nowhere.exit_code, 1);
+  EXPECT_THAT(nowhere.err, AllOf(HasSubstr("standard input: "), HasSubstr("TMPDIR")));
+}
+
 TEST_F(MakeInputs, DamagedPictureOfAStreamIsNamedByItsNumberAndKeptOnlyIfAsked) {
   std::string const stream = "P5 100 1 255\n" + std::string(100, 'x') + "P5 101 2 255\nxyz";
   std::vector<BYTE> const input(stream.begin(), stream.end());

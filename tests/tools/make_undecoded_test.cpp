@@ -263,6 +263,22 @@ TEST_F(MakeUndecoded, Group4OfSeveralStripsIsDecoded) {
   ExpectPage(kWidth, kHeight, InkColour);
 }
 
+TEST_F(MakeUndecoded, Group4StripsOfEachPolarityBitOrderAndOrientationShowTheirPixels) {
+  TiffPage page;
+  page.rows_per_strip = 7;
+  page.photometric = PHOTOMETRIC_MINISBLACK;
+  WriteGroup4(page);
+  MakeFrom("a.tif");
+  ExpectPage(kWidth, kHeight, [](int x, int y) { return ~InkColour(x, y) & 0xFFFFFF; });
+  page.photometric = PHOTOMETRIC_MINISWHITE;
+  page.fill_order = FILLORDER_LSB2MSB;
+  page.orientation = ORIENTATION_BOTRIGHT;
+  WriteGroup4(page);
+  MakeFrom("a.tif", {"--force"});
+  ExpectPage(kWidth, kHeight,
+             [](int x, int y) { return InkColour(kWidth - 1 - x, kHeight - 1 - y); });
+}
+
 TEST_F(MakeUndecoded, Group4ThatIsNotUprightIsTurnedByThePageAlone) {
   TiffPage page;
   page.orientation = ORIENTATION_BOTRIGHT;

@@ -125,7 +125,7 @@ std::unique_ptr<OutputFile> OutputFile::OpenCopy(std::string const& target, std:
   return nullptr;
 }
 
-std::unique_ptr<OutputFile> OutputFile::ForStandardOutput(std::string& problem) {
+std::unique_ptr<OutputFile> OutputFile::Temporary(std::string& problem) {
   std::error_code error;
   fs::path const temporary = fs::temp_directory_path(error);
   fs::path const directory = error ? fs::path{} : MakeDirectory(temporary / kDocumentName, problem);
@@ -164,6 +164,8 @@ bool OutputFile::Copy(std::string& problem) const {
   if (!copied && errno != EPIPE) {
     problem = "cannot be written: " + std::generic_category().message(errno) + kRoomRemedy;
   }
+  // The caller knows by now, and nothing else is said of it.
+  if (!copied) std::clearerr(stdout);
   return copied;
 }
 

@@ -26,8 +26,9 @@ class OutputFile {
   // the target and who may do what with it, or fails.
   static std::unique_ptr<OutputFile> OpenCopy(std::string const& target, std::string& problem);
 
-  // A file that goes to standard output. Null with the reason in `problem`.
-  static std::unique_ptr<OutputFile> ForStandardOutput(std::string& problem);
+  // A file in the directory for temporary files, which Commit copies to standard output. Null with
+  // the reason in `problem`.
+  static std::unique_ptr<OutputFile> Temporary(std::string& problem);
 
   // Removes what was not committed.
   ~OutputFile();

@@ -5,10 +5,12 @@
 #include <array>
 #include <cstring>
 #include <filesystem>
+#include <fstream>
 #include <system_error>
 #include <utility>
 #include <vector>
 
+#include "tools/cli/output_file.h"
 #include "tools/formats/jpeg_file.h"
 #include "tools/formats/pnm_file.h"
 #include "tools/formats/tiff_source.h"
@@ -86,6 +88,24 @@ bool IsCameraRecord(ByteStream& stream) {
   return StartsWith(stream.Peek(kMaxRecordBytes).last(4), kListEnd);
 }
 
+// The rest of the stream as a temporary file. Null with the reason in `problem`.
+std::unique_ptr<OutputFile> Spooled(ByteStream& stream, std::string& problem) {
+  constexpr size_t kPieceBytes = size_t{1} << 18;
+  auto spool = OutputFile::Temporary(problem);
+  if (spool == nullptr) return nullptr;
+  std::ofstream out(spool->path(), std::ios::binary);
+  for (;;) {
+    auto const piece = stream.Take(kPieceBytes);
+    if (piece.empty()) break;
+    out.write(reinterpret_cast<char const*>(piece.data()),
+              static_cast<std::streamsize>(piece.size()));
+  }
+  out.close();
+  if (out) return spool;
+  return problem = "cannot be kept while it is read (make room in the directory that TMPDIR names)",
+         nullptr;
+}
+
 }  // namespace
 
 std::unique_ptr<ImageFile> ImageFile::Open(std::string const& name, std::string& problem) {
@@ -124,11 +144,15 @@ std::unique_ptr<ImageSource> ImageFile::TakeSource(std::string& problem) {
   return SourceOfBytes(stream_->TakeRest(), problem);
 }
 
-// A file on disk stays there.
+// A file on disk stays there, and any other goes there: its pages may be far apart.
 std::unique_ptr<ImageSource> ImageFile::TakeTiff(std::string& problem) {
   std::error_code ignored;
   bool const on_disk = name_ != kStandardInput && std::filesystem::is_regular_file(name_, ignored);
-  return on_disk ? OpenTiff(name_, problem) : OpenTiff(stream_->TakeRest(), problem);
+  if (on_disk) return OpenTiff(name_, nullptr, problem);
+  auto spool = Spooled(*stream_, problem);
+  if (spool == nullptr) return nullptr;
+  std::string const name = spool->path().string();
+  return OpenTiff(name, std::move(spool), problem);
 }
 
 // Cameras put further views, films and records of their own after the picture, and some name them

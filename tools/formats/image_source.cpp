@@ -1,4 +1,4 @@
-// Sources of pages for whole picture files: TIFF by page, JPEG, PNG and BMP by their own decoders,
+// Sources of pages for picture files in memory: JPEG, PNG and others by their own decoders,
 // everything else through Leptonica.
 #include "tools/formats/image_source.h"
 
@@ -184,7 +184,6 @@ int FormatOf(std::span<BYTE const> bytes) {
 }  // namespace
 
 std::unique_ptr<ImageSource> SourceOfBytes(std::vector<BYTE> bytes, std::string& problem) {
-  if (IsTiff(bytes)) return OpenTiff(std::move(bytes), problem);
   if (IsHeif(bytes)) return OpenHeif(std::move(bytes), problem);
   int const format = FormatOf(bytes);
   if (format == IFF_JFIF_JPEG) {

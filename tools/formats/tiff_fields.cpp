@@ -37,4 +37,30 @@ bool HasProfile(TIFF* tiff) {
   return TIFFGetField(tiff, TIFFTAG_ICCPROFILE, &count, &bytes) == 1 && count > 0;
 }
 
+std::vector<BYTE> RawPiece(TIFF* tiff, uint32_t index) {
+  uint64_t const bytes = TIFFGetStrileByteCount(tiff, index);
+  uint64_t const all = TIFFGetSizeProc(tiff)(TIFFClientdata(tiff));
+  if (bytes == 0 || bytes > all) return {};
+  std::vector<BYTE> piece(static_cast<size_t>(bytes));
+  tmsize_t const count = static_cast<tmsize_t>(bytes);
+  tmsize_t const read = TIFFIsTiled(tiff) != 0 ? TIFFReadRawTile(tiff, index, piece.data(), count)
+                                               : TIFFReadRawStrip(tiff, index, piece.data(), count);
+  if (read != count) return {};
+  return piece;
+}
+
+std::vector<BYTE> RawGroup4(TIFF* tiff, uint32_t index) {
+  std::vector<BYTE> data = RawPiece(tiff, index);
+  if (FieldOf<uint16_t>(tiff, TIFFTAG_FILLORDER, 1) == FILLORDER_LSB2MSB) {
+    TIFFReverseBits(data.data(), static_cast<tmsize_t>(data.size()));
+  }
+  return data;
+}
+
+bool HasPlainGroup4(TIFF* tiff) {
+  uint32_t const options = FieldOf<uint32_t>(tiff, TIFFTAG_GROUP4OPTIONS, 0);
+  return FieldOf<uint16_t>(tiff, TIFFTAG_COMPRESSION, 0) == COMPRESSION_CCITTFAX4 &&
+         (options & GROUP4OPT_UNCOMPRESSED) == 0;
+}
+
 }  // namespace sorrelin::tool

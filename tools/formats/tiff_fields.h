@@ -2,7 +2,11 @@
 #ifndef TOOLS_FORMATS_TIFF_FIELDS_H_
 #define TOOLS_FORMATS_TIFF_FIELDS_H_
 
+#include <sorrelin/platform/types.h>
 #include <tiffio.h>
+
+#include <cstdint>
+#include <vector>
 
 #include "tools/formats/icc_profile.h"
 #include "tools/formats/resolution.h"
@@ -26,6 +30,15 @@ ProfileBytes ProfileOf(TIFF* tiff, int components);
 
 // Whether the page has a profile, usable or not.
 bool HasProfile(TIFF* tiff);
+
+// A coded strip or tile as it is stored. Empty if the file does not hold it.
+std::vector<BYTE> RawPiece(TIFF* tiff, uint32_t index);
+
+// The same of Group 4 data, the highest bit of each byte first.
+std::vector<BYTE> RawGroup4(TIFF* tiff, uint32_t index);
+
+// Whether the page is Group 4 data without uncompressed mode.
+bool HasPlainGroup4(TIFF* tiff);
 
 }  // namespace sorrelin::tool
 

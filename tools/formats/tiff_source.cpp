@@ -13,6 +13,7 @@
 
 #include "tools/formats/group4_check.h"
 #include "tools/formats/jpeg_check.h"
+#include "tools/formats/tiff_bilevel.h"
 #include "tools/formats/tiff_colours.h"
 #include "tools/formats/tiff_fields.h"
 #include "tools/formats/tiff_messages.h"
@@ -27,43 +28,8 @@ struct TiffCloser {
 };
 using TiffPtr = std::unique_ptr<TIFF, TiffCloser>;
 
-// A file in memory as libtiff reads it.
-struct MemoryFile {
-  std::vector<BYTE> bytes;
-  toff_t position = 0;
-};
-
-tmsize_t ReadMemory(thandle_t handle, void* buffer, tmsize_t bytes) {
-  MemoryFile& file = *static_cast<MemoryFile*>(handle);
-  if (bytes <= 0 || file.position >= file.bytes.size()) return 0;
-  size_t const at = static_cast<size_t>(file.position);
-  size_t const count = std::min(static_cast<size_t>(bytes), file.bytes.size() - at);
-  std::memcpy(buffer, file.bytes.data() + at, count);
-  file.position += count;
-  return static_cast<tmsize_t>(count);
-}
-
-tmsize_t RefuseWrite(thandle_t, void*, tmsize_t) { return -1; }
-
-toff_t SeekMemory(thandle_t handle, toff_t offset, int origin) {
-  MemoryFile& file = *static_cast<MemoryFile*>(handle);
-  if (origin == SEEK_SET) file.position = offset;
-  if (origin == SEEK_CUR) file.position += offset;
-  if (origin == SEEK_END) file.position = file.bytes.size() + offset;
-  return file.position;
-}
-
-int CloseMemory(thandle_t) { return 0; }
-
-toff_t SizeOfMemory(thandle_t handle) { return static_cast<MemoryFile*>(handle)->bytes.size(); }
-
 // Without mapping: a file that another process cuts short must not end this one.
 constexpr char kReadUnmapped[] = "rm";
-
-TiffPtr OpenMemory(MemoryFile& file) {
-  return TiffPtr(TIFFClientOpen("memory", kReadUnmapped, &file, ReadMemory, RefuseWrite, SeekMemory,
-                                CloseMemory, SizeOfMemory, nullptr, nullptr));
-}
 
 // Whether the colours of a page with alpha come out of the decoder scaled by it. The image library
 // has colours of three samples read by libtiff's own converter, which scales them.
@@ -96,13 +62,12 @@ bool IsStoredWithLoss(TIFF* tiff) {
 
 class TiffSource : public ImageSource {
  public:
-  // A file on disk is opened by `name`, any other lies in `memory`.
-  TiffSource(std::string name, std::vector<BYTE> bytes)
-      : name_(std::move(name)), memory_{std::move(bytes)} {}
+  TiffSource(std::string name, std::shared_ptr<void const> owner)
+      : name_(std::move(name)), owner_(std::move(owner)) {}
 
   bool Open() {
     KeepTiffQuiet();
-    tiff_ = name_.empty() ? OpenMemory(memory_) : TiffPtr(TIFFOpen(name_.c_str(), kReadUnmapped));
+    tiff_.reset(TIFFOpen(name_.c_str(), kReadUnmapped));
     if (tiff_ == nullptr) return false;
     AddPage();
     while (TIFFLastDirectory(tiff_.get()) == 0) {
@@ -152,6 +117,7 @@ class TiffSource : public ImageSource {
     bool premultiplied = false;
     bool lossy = false;
     bool tiled_or_planar = false;
+    bool bilevel_strips = false;
     bool deep = false;     // more than the picture library keeps
     Resolution dpi;        // upright
     ProfileBytes profile;  // null: none
@@ -167,9 +133,9 @@ class TiffSource : public ImageSource {
     (reduced ? reduced_ : offsets_).push_back(TIFFCurrentDirOffset(tiff_.get()));
   }
 
-  bool GoTo(int page) {
-    return TIFFSetSubDirectory(tiff_.get(), offsets_[static_cast<size_t>(page)]) == 1;
-  }
+  toff_t OffsetOf(int page) const { return offsets_[static_cast<size_t>(page)]; }
+
+  bool GoTo(int page) { return TIFFSetSubDirectory(tiff_.get(), OffsetOf(page)) == 1; }
 
   std::optional<PageFacts> FactsOf(int page) {
     std::lock_guard const lock(mutex_);
@@ -179,6 +145,7 @@ class TiffSource : public ImageSource {
     facts.premultiplied = IsPremultiplied(tiff_.get());
     facts.lossy = IsStoredWithLoss(tiff_.get());
     facts.tiled_or_planar = IsTiledOrPlanar(tiff_.get());
+    facts.bilevel_strips = HasBilevelStrips(tiff_.get());
     facts.deep = HasDeepSamples(tiff_.get());
     facts.dpi = ResolutionOf(tiff_.get());
     int const orientation = OrientationOf(tiff_.get());
@@ -200,9 +167,19 @@ class TiffSource : public ImageSource {
     return image;
   }
 
+  // The picture library would map the file into memory.
+  PixPtr ReadBilevel(int page) const {
+    TiffPtr const tiff(TIFFOpen(name_.c_str(), kReadUnmapped));
+    bool const found = tiff != nullptr && TIFFSetSubDirectory(tiff.get(), OffsetOf(page)) == 1;
+    return found ? ReadBilevelStrips(tiff.get()) : nullptr;
+  }
+
   std::optional<Picture> ReadPix(int page, PageFacts const& facts) {
-    PixPtr pix = facts.tiled_or_planar ? ReadHere(page) : Read(offsets_[static_cast<size_t>(page)]);
-    if (pix != nullptr && !facts.tiled_or_planar) pix = Repaired(std::move(pix), facts);
+    PixPtr pix = facts.tiled_or_planar ? ReadHere(page) : nullptr;
+    if (facts.bilevel_strips) pix = ReadBilevel(page);
+    bool const general = pix == nullptr && !facts.tiled_or_planar;
+    if (general) pix = Read(OffsetOf(page));
+    if (pix != nullptr && general) pix = Repaired(std::move(pix), facts);
     if (pix == nullptr) return std::nullopt;
     Picture picture{std::move(pix), facts.dpi, facts.lossy};
     picture.profile = facts.profile;
@@ -237,8 +214,7 @@ class TiffSource : public ImageSource {
   // Leptonica turns the page upright by its orientation.
   PixPtr Read(toff_t offset) const {
     size_t at = static_cast<size_t>(offset);
-    if (!name_.empty()) return PixPtr(pixReadFromMultipageTiff(name_.c_str(), &at));
-    return PixPtr(pixReadMemFromMultipageTiff(memory_.bytes.data(), memory_.bytes.size(), &at));
+    return PixPtr(pixReadFromMultipageTiff(name_.c_str(), &at));
   }
 
   // Leptonica leaves the greys of these depths as they are where 0 is white, spreads bilevel
@@ -252,19 +228,13 @@ class TiffSource : public ImageSource {
   }
 
   std::string name_;
-  MemoryFile memory_;
-  std::mutex mutex_;  // of tiff_, and of the position in memory_
+  std::shared_ptr<void const> owner_;  // of the file
+  std::mutex mutex_;                   // of tiff_
   TiffPtr tiff_;
   std::vector<toff_t> offsets_;
   std::vector<toff_t> reduced_;  // directories that are no pages
   bool broken_ = false;
 };
-
-std::unique_ptr<ImageSource> Opened(std::unique_ptr<TiffSource> source, std::string& problem) {
-  if (source->Open()) return source;
-  problem = "is a damaged TIFF file (scan or save it again)";
-  return nullptr;
-}
 
 }  // namespace
 
@@ -276,12 +246,12 @@ bool IsTiff(std::span<BYTE const> start) {
          });
 }
 
-std::unique_ptr<ImageSource> OpenTiff(std::string const& name, std::string& problem) {
-  return Opened(std::make_unique<TiffSource>(name, std::vector<BYTE>{}), problem);
-}
-
-std::unique_ptr<ImageSource> OpenTiff(std::vector<BYTE> bytes, std::string& problem) {
-  return Opened(std::make_unique<TiffSource>(std::string{}, std::move(bytes)), problem);
+std::unique_ptr<ImageSource> OpenTiff(std::string const& name, std::shared_ptr<void const> owner,
+                                      std::string& problem) {
+  auto source = std::make_unique<TiffSource>(name, std::move(owner));
+  if (source->Open()) return source;
+  problem = "is a damaged TIFF file (scan or save it again)";
+  return nullptr;
 }
 
 }  // namespace sorrelin::tool

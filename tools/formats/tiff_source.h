@@ -7,7 +7,6 @@
 #include <memory>
 #include <span>
 #include <string>
-#include <vector>
 
 #include "tools/formats/image_source.h"
 
@@ -18,9 +17,9 @@ inline constexpr size_t kTiffHeaderBytes = 4;
 // Whether a file that starts so is TIFF, of either byte order, classic or BigTIFF.
 bool IsTiff(std::span<BYTE const> start);
 
-// Opens a file on disk, or one in memory. Null with the reason in `problem`.
-std::unique_ptr<ImageSource> OpenTiff(std::string const& name, std::string& problem);
-std::unique_ptr<ImageSource> OpenTiff(std::vector<BYTE> bytes, std::string& problem);
+// Opens a file, and keeps `owner` for as long as it reads it. Null with the reason in `problem`.
+std::unique_ptr<ImageSource> OpenTiff(std::string const& name, std::shared_ptr<void const> owner,
+                                      std::string& problem);
 
 }  // namespace sorrelin::tool
 

@@ -10,6 +10,7 @@
 
 #include "tools/formats/jpeg_file.h"
 #include "tools/formats/jpeg_join.h"
+#include "tools/formats/tiff_bilevel.h"
 #include "tools/formats/tiff_fields.h"
 
 namespace sorrelin::tool {
@@ -30,19 +31,6 @@ bool HasSize(TIFF* tiff) {
          HeightOf(tiff) <= kMost;
 }
 
-// Empty if the file does not hold the strip or tile.
-std::vector<BYTE> RawPiece(TIFF* tiff, uint32_t index) {
-  uint64_t const bytes = TIFFGetStrileByteCount(tiff, index);
-  uint64_t const all = TIFFGetSizeProc(tiff)(TIFFClientdata(tiff));
-  if (bytes == 0 || bytes > all) return {};
-  std::vector<BYTE> piece(static_cast<size_t>(bytes));
-  tmsize_t const count = static_cast<tmsize_t>(bytes);
-  tmsize_t const read = TIFFIsTiled(tiff) != 0 ? TIFFReadRawTile(tiff, index, piece.data(), count)
-                                               : TIFFReadRawStrip(tiff, index, piece.data(), count);
-  if (read != count) return {};
-  return piece;
-}
-
 StoredImage PageOf(TIFF* tiff, std::shared_ptr<std::vector<BYTE> const> bytes, ImageForm form) {
   StoredImage image;
   image.bytes = *bytes;
@@ -58,21 +46,13 @@ StoredImage PageOf(TIFF* tiff, std::shared_ptr<std::vector<BYTE> const> bytes, I
 
 // Whether one strip holds the page as plain Group 4 data in black and white.
 bool IsGroup4Strip(TIFF* tiff) {
-  uint16_t const photometric = PhotometricOf(tiff);
-  uint32_t const options = FieldOf<uint32_t>(tiff, TIFFTAG_GROUP4OPTIONS, 0);
-  return CompressionOf(tiff) == COMPRESSION_CCITTFAX4 && (options & GROUP4OPT_UNCOMPRESSED) == 0 &&
-         BitsOf(tiff) == 1 && SampleCount(tiff) == 1 &&
-         (photometric == PHOTOMETRIC_MINISWHITE || photometric == PHOTOMETRIC_MINISBLACK) &&
-         TIFFIsTiled(tiff) == 0 && TIFFNumberOfStrips(tiff) == 1 &&
+  return HasPlainGroup4(tiff) && HasBilevelStrips(tiff) && TIFFNumberOfStrips(tiff) == 1 &&
          FieldOf<uint32_t>(tiff, TIFFTAG_ROWSPERSTRIP, 0) >= HeightOf(tiff);
 }
 
 std::optional<StoredImage> Group4Page(TIFF* tiff) {
-  auto const strip = std::make_shared<std::vector<BYTE>>(RawPiece(tiff, 0));
+  auto const strip = std::make_shared<std::vector<BYTE>>(RawGroup4(tiff, 0));
   if (strip->empty()) return std::nullopt;
-  if (FieldOf<uint16_t>(tiff, TIFFTAG_FILLORDER, 1) == FILLORDER_LSB2MSB) {
-    TIFFReverseBits(strip->data(), static_cast<tmsize_t>(strip->size()));
-  }
   ImageForm form;
   form.filter = ImageFilter::kGroup4;
   form.bits_per_component = 1;

@@ -12,7 +12,7 @@ namespace sorrelin::tool {
 namespace {
 
 std::unique_ptr<OutputFile> OpenOutput(MakeOptions const& options, std::string& problem) {
-  if (options.pages.output == kStandardOutput) return OutputFile::ForStandardOutput(problem);
+  if (options.pages.output == kStandardOutput) return OutputFile::Temporary(problem);
   if (IsOtherFile(options.pages.output)) {
     problem = "exists already, and is no PDF document (name the new document before the pictures)";
     return nullptr;
