@@ -47,6 +47,17 @@ TEST_F(MakePlain, PngOfEachDepthIsReadBack) {
   }
 }
 
+TEST_F(MakePlain, HalftoneIsReadBackFromFlate) {
+  TiffPage page;
+  page.compression = COMPRESSION_NONE;
+  auto const dot = [](int x, int y) { return static_cast<unsigned>(x + y) % 2; };
+  WriteTiff(Path("a.tif"), {page}, [&](int, int x, int y, int) { return dot(x, y); });
+  MakeFrom("a.tif", {"--plain", "--dpi", "72"});
+  EXPECT_TRUE(DocumentHas("/FlateDecode"));
+  EXPECT_EQ(LoadedBits(), 1);
+  ExpectPage(72, 36, [&](int x, int y) { return dot(x, y) == 1 ? 0x000000u : 0xFFFFFFu; });
+}
+
 TEST_F(MakePlain, InksAreReadBackAsColours) {
   TiffPage page;
   page.bits = 8;

@@ -332,18 +332,14 @@ bool PageCoder::CodeBilevel(Picture picture, CodedPage& coded, std::string& prob
   Samples const samples = SamplesOf(picture.pix.get());
   bool const worth_trying = static_cast<double>(flate_coder_.EstimatedBytes(samples)) <=
                             kWorthTrying * static_cast<double>(bytes);
-  CodedBitmap flate;
-  if (worth_trying && style_.plain &&
-      bitmap_coder_.Code(dib, 1, Compression::kFlate, 0, flate, problem) &&
-      flate.data.bytes().size() < bytes) {
-    SetBitmap(std::move(flate), 1, Compression::kFlate, coded);
-  } else if (worth_trying && !style_.plain) {
-    FlateData data = flate_coder_.Code(samples);
-    if (!data.stream.empty() && data.stream.size() < bytes) {
-      SetForm(FormOf(samples, data.predicted), std::move(picture.profile), coded);
-      SetStream(std::move(data.stream), coded);
-      return true;
-    }
+  FlateData data;
+  if (worth_trying && style_.plain) data.stream = flate_coder_.Compress(samples.bytes);
+  if (worth_trying && !style_.plain) data = flate_coder_.Code(samples);
+  if (!data.stream.empty() && data.stream.size() < bytes) {
+    coded.page_.compression = PDF_COMPRESSION_FLATE;
+    if (!style_.plain) SetForm(FormOf(samples, data.predicted), std::move(picture.profile), coded);
+    SetStream(std::move(data.stream), coded);
+    return true;
   }
   SetBitmapForm(1, Compression::kGroup4, std::move(picture.profile), coded);
   return true;
