@@ -76,7 +76,8 @@ Examples:
 int main(int argc, char** argv) {
   try {
     sorrelin::tool::Prepare();
-    return sorrelin::tool::ParseAndRun(argc, argv);
+    int const code = sorrelin::tool::ParseAndRun(argc, argv);
+    return sorrelin::tool::IsOutputWhole() ? code : sorrelin::tool::kExitFailure;
   } catch (std::bad_alloc const&) {
     return sorrelin::tool::FailForMemory();
   } catch (std::exception const& error) {

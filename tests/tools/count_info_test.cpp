@@ -45,6 +45,19 @@ TEST_F(CountAndInfo, CountOfSeveralNamesThemAndGoesOnBehindBrokenOnes) {
       HasSubstr("missing.pdf: cannot be opened: No such file or directory (check the name)\n"));
 }
 
+TEST_F(CountAndInfo, FullDiskIsNamedAndAReaderThatHasGoneIsNot) {
+  MakeTwo();
+  for (std::string const verb : {"count", "info", "info --json", "help"}) {
+    std::string const call = "\"$0\" " + verb + (verb == "help" ? "" : " \"$1\"");
+    ProgramResult const full = RunProgram({"sh", "-c", call + " >/dev/full", SORRELIN_TOOL, Out()});
+    EXPECT_EQ(full.exit_code, 1) << verb;
+    EXPECT_THAT(full.err, HasSubstr("sorrelin: standard output: cannot be written: No space"));
+    ProgramResult const gone =
+        RunProgram({"sh", "-c", "{ sleep 0.2; " + call + "; } | true", SORRELIN_TOOL, Out()});
+    EXPECT_EQ(gone.err, "") << verb;
+  }
+}
+
 TEST_F(CountAndInfo, WhatIsNoFileIsNamedForWhatItIs) {
   std::filesystem::create_directory(Path("folder.pdf"));
   ProgramResult const result = Run({"count", Path("folder.pdf"), "/dev/null", "-"});

@@ -20,6 +20,13 @@ void PrintProblem(std::string const& name, std::string const& problem);
 // Prints "sorrelin: TEXT" in the same way.
 void PrintNote(std::string const& text);
 
+// Sends on what was printed to standard output.
+void FlushOutput();
+
+// Whether all that was printed has gone out; if not, why, unless the reader has gone: that one has
+// had enough.
+bool IsOutputWhole();
+
 }  // namespace sorrelin::tool
 
 #endif  // TOOLS_CLI_MESSAGES_H_

@@ -50,7 +50,7 @@ int Count(std::vector<std::string> const& names) {
     } else {
       std::printf("%s: %s\n", name.c_str(), count->c_str());
     }
-    std::fflush(stdout);
+    FlushOutput();
   }
   return exit_code;
 }

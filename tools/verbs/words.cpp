@@ -1,6 +1,5 @@
 // sorrelin words: what is written in pictures and on pages.
 #include <array>
-#include <cerrno>
 #include <cstdio>
 #include <fstream>
 #include <memory>
@@ -8,7 +7,6 @@
 #include <optional>
 #include <string>
 #include <string_view>
-#include <system_error>
 #include <vector>
 
 #include "tools/cli/messages.h"
@@ -97,14 +95,6 @@ class Words {
       }
     }
     std::fputs(TailOf(options_.form), stdout);
-    if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) {
-      failed_ = true;
-      // A reader that has gone has had enough.
-      if (errno != EPIPE) {
-        Report("standard output",
-               "cannot be written: " + std::generic_category().message(errno) + kRoomRemedy);
-      }
-    }
     return failed_ ? kExitFailure : kExitSuccess;
   }
 
@@ -187,7 +177,7 @@ class Words {
     } else {
       std::fputs(data.c_str(), stdout);
     }
-    std::fflush(stdout);
+    FlushOutput();
   }
 
   void PrintWords(std::string const& name, int page, std::vector<HocrWord> const& words) {
