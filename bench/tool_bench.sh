@@ -25,16 +25,24 @@ folder=$(mktemp -d)
 trap 'rm -rf "$folder"' EXIT
 cd "$folder"
 
-# 200 pages of text at 300 dpi.
-cat >text.ps <<'PS'
-%!PS
-/Times-Roman findfont 11 scalefont setfont
-1 1 200 { /page exch def /y 780 def
-  48 { 60 y moveto page 20 string cvs show
-       ( the quick brown fox jumps over the lazy dog and counts ) show
-       y 20 string cvs show ( lines of text on a page) show /y y 15 sub def } repeat
-  showpage } for
-PS
+# 200 pages of text at 300 dpi. The words are random: lines that repeat would be no ordinary text.
+awk 'BEGIN {
+  srand(5)
+  letters = "eeeetttaaaooiinnsshhrrddlucmfwypvbgk"
+  for (w = 0; w < 3000; ++w) {
+    word[w] = ""
+    for (l = 2 + int(rand() * 9); l > 0; --l) word[w] = word[w] substr(letters, 1 + int(rand() * 36), 1)
+  }
+  print "%!PS\n/Times-Roman findfont 11 scalefont setfont"
+  for (page = 1; page <= 200; ++page) {
+    for (y = 780; y > 50; y -= 15) {
+      line = page " " y
+      for (w = 0; w < 13; ++w) line = line " " word[int(rand() * 3000)]
+      print 60, y, "moveto (" line ") show"
+    }
+    print "showpage"
+  }
+}' >text.ps
 gs -q -dBATCH -dNOPAUSE -sDEVICE=tiffg4 -r300 -sPAPERSIZE=a4 -o text.tif text.ps
 "$sorrelin" make text.pdf text.tif
 # 10,000 small pages.
