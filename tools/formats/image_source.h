@@ -61,7 +61,8 @@ inline constexpr size_t kFormatBytes = 12;
 // Whether a file that starts so is a picture of a known format other than PNM.
 bool IsPicture(std::span<BYTE const> start);
 
-// The pages of a whole file in memory, TIFF apart. nullptr, with the reason in `problem`, if it is no picture.
+// The pages of a whole file in memory, TIFF apart. nullptr, with the reason in `problem`, if it is
+// no picture.
 std::unique_ptr<ImageSource> SourceOfBytes(std::vector<BYTE> bytes, std::string& problem);
 
 }  // namespace sorrelin::tool
