@@ -212,6 +212,13 @@ TEST_F(MakePages, VerboseRunPrintsALineForEachPage) {
                             " bytes, 300 x 300 dots per inch (file)\n");
 }
 
+TEST_F(MakePages, VerboseRunNamesStandardInput) {
+  std::string const pgm = "P5 9 9 255\n" + std::string(81, 'x');
+  ProgramResult const result = Make({Out(), "-", "--verbose"}, {pgm.begin(), pgm.end()});
+  EXPECT_THAT(result.err,
+              ::testing::StartsWith("sorrelin: standard input: page 1: flate, coded, "));
+}
+
 TEST_F(MakePages, ReportNamesWhatFailed) {
   TiffPage page;
   page.bits = 12;  // not read

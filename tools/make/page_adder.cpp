@@ -7,6 +7,14 @@
 #include "tools/formats/byte_stream.h"
 
 namespace sorrelin::tool {
+namespace {
+
+// The name of an input in messages.
+std::string ShownName(std::string const& input) {
+  return input == kStandardInput ? "standard input" : input;
+}
+
+}  // namespace
 
 bool PageAdder::AddImages(Document& document) {
   PageFeed feed(options_.inputs, options_.style, options_.jobs);
@@ -61,7 +69,7 @@ void PageAdder::NotePage(Document& document, FeedItem const& item) {
   }
   if (options_.verbose) {
     progress_.Clear();
-    PrintNote(record.file + ": " + LineOf(record));
+    PrintNote(ShownName(record.file) + ": " + LineOf(record));
   }
   report_.AddPage(std::move(record));
 }
@@ -82,8 +90,7 @@ void PageAdder::ReportPage(int page, std::string const& problem) {
 
 // Names the page where the file has several.
 void PageAdder::ReportItem(FeedItem const& item, std::string const& problem) {
-  std::string const& name = options_.inputs[item.input].name;
-  Report(name == kStandardInput ? "standard input" : name, item.pages > 1 ? item.page : 0, problem);
+  Report(ShownName(options_.inputs[item.input].name), item.pages > 1 ? item.page : 0, problem);
 }
 
 void PageAdder::ReportRest(size_t last) {
