@@ -29,8 +29,10 @@ class ImageFileTest : public ::testing::Test {
     while (auto const source = file->Next(problem)) {
       auto const picture = source->Decode(0, problem);
       if (!picture) break;
-      found.push_back(std::to_string(pixGetWidth(picture->pix.get())) + " " +
-                      (picture->damage.empty() ? "whole" : picture->damage));
+      auto const& samples = picture->samples;
+      found.push_back(std::to_string(samples ? samples->width : pixGetWidth(picture->pix.get())) +
+                      " " + (picture->damage.empty() ? "whole" : picture->damage));
+      if (samples) AddPixels(*samples);
       for (int x = 0; x < pixGetWidth(picture->pix.get()); ++x) {
         l_uint32 value = 0;
         pixGetPixel(picture->pix.get(), x, 0, &value);
@@ -39,6 +41,15 @@ class ImageFileTest : public ::testing::Test {
     }
     if (!problem.empty()) found.push_back(problem);
     return found;
+  }
+
+  void AddPixels(Samples const& samples) {
+    size_t const step = static_cast<size_t>(samples.Components() * samples.bits / 8);
+    for (size_t at = 0; at < samples.bytes.size(); at += step) {
+      l_uint32 value = 0;
+      for (size_t i = 0; i < step; ++i) value = value << 8 | samples.bytes[at + i];
+      pixels_.push_back(value);
+    }
   }
 
   static std::string PngOfWidth(int width) {
