@@ -244,6 +244,8 @@ class PnmSource : public ImageSource {
 
  private:
   std::optional<Picture> DecodeSamples() const {
+    constexpr uint64_t kMostBytes = uint64_t{1} << 31;
+    if (header_.RowBytes() > kMostBytes / Rows()) return std::nullopt;
     Picture picture;
     Samples samples;
     picture.damage = Fill(samples);
