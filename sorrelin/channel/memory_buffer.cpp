@@ -71,20 +71,25 @@ DWORD MemoryBuffer::Write(void const* buffer, DWORD bytes) {
   return bytes;
 }
 
-// The capacity becomes exactly what the write needs; the underlying allocation grows by halves, so
-// that many small writes stay cheap. A gap before the position is zeroed.
+// The capacity becomes exactly what the write needs; the underlying allocation grows by halves
+// where there is memory, so that many small writes stay cheap. A gap before the position is zeroed.
 bool MemoryBuffer::Grow(DWORD bytes) {
   if (nPos > kLargestAllocation - bytes) return false;
   uint64_t const needed = nPos + bytes;
-  if (needed > nAllocated) {
-    uint64_t const wanted = std::min(needed + needed / 2, kLargestAllocation);
-    void* const grown = std::realloc(pData, static_cast<size_t>(wanted));
-    if (grown == nullptr) return false;
-    pData = static_cast<BYTE*>(grown);
-    nAllocated = wanted;
+  if (needed > nAllocated && !Reallocate(std::min(needed + needed / 2, kLargestAllocation)) &&
+      !Reallocate(needed)) {
+    return false;
   }
   if (nPos > nCapacity) std::memset(pData + nCapacity, 0, static_cast<size_t>(nPos - nCapacity));
   nCapacity = needed;
+  return true;
+}
+
+bool MemoryBuffer::Reallocate(uint64_t bytes) {
+  void* const block = std::realloc(pData, static_cast<size_t>(bytes));
+  if (block == nullptr) return false;
+  pData = static_cast<BYTE*>(block);
+  nAllocated = bytes;
   return true;
 }
 

@@ -33,6 +33,7 @@ struct MemoryBuffer {
 
  private:
   bool Grow(DWORD bytes);
+  bool Reallocate(uint64_t bytes);
 };
 
 }  // namespace sorrelin
