@@ -18,6 +18,7 @@ auto Door(SessionState* state, Work work) -> decltype(work(*state)) {
     try {
       return work(*state);
     } catch (std::bad_alloc const&) {
+      state->DropNote();
       state->m_nLastError = PDF_ERROR_MEMORY;
     }
   }

@@ -34,8 +34,12 @@ bool SessionState::Report(Status status) {
   return status.ok();
 }
 
+void SessionState::DropNote() {
+  if (m_pReader != nullptr) m_pReader->file.TakeNote();
+}
+
 ObjectLoader SessionState::Objects() {
-  m_pReader->file.TakeNote();
+  DropNote();
   return {m_pReader->file, m_pReader->objects, m_Objects};
 }
 

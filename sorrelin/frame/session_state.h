@@ -34,6 +34,8 @@ struct SessionState {
   }
   // Sets the code that an operation noted, then that of its outcome, if any. Whether it succeeded.
   bool Report(Status status);
+  // Forgets the code that an operation noted before it ended otherwise.
+  void DropNote();
 
   // The way to the objects of the open document.
   ObjectLoader Objects();
