@@ -236,7 +236,10 @@ DWORD ObjectWriter::Write(BYTE const* data, DWORD bytes) {
   if (!ok()) return 0;
   DWORD written = 0;
   if (ChannelWrite(output_.channel, data, bytes, &written, nullptr) == 0) {
-    if (GetLastError() == ERROR_NOT_ENOUGH_MEMORY) output_.short_of_memory = true;
+    // A file's system may say the same; but its position has moved on, and nothing is taken back.
+    if (!IsFile(output_.channel) && GetLastError() == ERROR_NOT_ENOUGH_MEMORY) {
+      output_.short_of_memory = true;
+    }
     return Refuse(PDF_ERROR_SYSTEM);
   }
   if (written == 0) Fail(Status::Failed());
