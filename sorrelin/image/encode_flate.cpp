@@ -51,8 +51,10 @@ OwnedBlock CompressFlate(std::span<BYTE const> raw, int level, DWORD& size) {
   HGLOBAL const resized =
       GlobalReAlloc(block.get(), static_cast<SIZE_T>(capacity), GMEM_MOVEABLE | GMEM_ZEROINIT);
   if (resized == nullptr) return OwnedBlock();
+  // Where the size makes a block move, its handle is another one.
+  block.Release();
   size = static_cast<DWORD>(compressed);
-  return block;
+  return OwnedBlock(resized);
 }
 
 Result<OwnedBlock> EncodeFlate(DibView& dib, int level, DWORD& size) {
