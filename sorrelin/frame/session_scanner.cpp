@@ -120,7 +120,7 @@ int CCreatePDF::GetKeyWithValue(BYTE* pData, DWORD nSize, char const* szKey, BYT
   return Find(m_pState, given, [&] {
     std::optional<std::string_view> const text = sorrelin::FindKeyWithValue({pData, nSize}, szKey);
     if (!text) return false;
-    DWORD const needed = text->empty() ? 0 : static_cast<DWORD>(text->size() + 1);
+    DWORD const needed = text->data() == nullptr ? 0 : static_cast<DWORD>(text->size() + 1);
     if (needed == 0 || *pnSize < needed) {
       *pnSize = needed;
       return false;

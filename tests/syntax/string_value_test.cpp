@@ -46,6 +46,11 @@ class Values : public testing::Test {
   }
 };
 
+TEST_F(Values, EmptyKeyWithAnEmptyValueIsAnEmptyText) {
+  EXPECT_EQ(WithKey("/X 1 ", "", 4), "");
+  EXPECT_EQ(WithKey("/X 1 ", "", 0), "-1");
+}
+
 TEST_F(Values, TokenBehindAKey) {
   struct {
     char const* what;
