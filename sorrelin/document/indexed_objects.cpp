@@ -78,14 +78,14 @@ bool IndexedObjects::FetchPlain(ObjectId id, ObjectBytes& out) {
   file_.SeekTo(extent.nStart + read.value_or(0));
   BlankNuls(text, read.value_or(0));
   if (CXRef::IsObjectTextValid(text.first(read.value_or(0)), bytes) == 0) return false;
-  out = {std::move(block), bytes != 0};
+  out = {std::move(block), bytes != 0, read.value_or(0)};
   return true;
 }
 
 std::optional<std::string> IndexedObjects::TextOf(DWORD number) {
   ObjectBytes object = Fetch(number, 0);
   if (!object.valid) return std::nullopt;
-  return std::string(LoadedObject(object.block.Release()).Front());
+  return std::string(LoadedObject(std::move(object)).Front());
 }
 
 }  // namespace sorrelin

@@ -2,22 +2,24 @@
 #ifndef SORRELIN_DOCUMENT_LOADED_OBJECT_H_
 #define SORRELIN_DOCUMENT_LOADED_OBJECT_H_
 
+#include <sorrelin/document/object_bytes.h>
 #include <sorrelin/platform/block.h>
 #include <sorrelin/platform/types.h>
 
-#include <algorithm>
 #include <cstddef>
-#include <cstring>
 #include <span>
 #include <string_view>
+#include <utility>
 
 namespace sorrelin {
 
-// Takes a block that holds an object, null included, locks it, and frees it at the end.
+// Takes an object's bytes, none included, locks them, and frees them at the end.
 class LoadedObject {
  public:
-  explicit LoadedObject(HGLOBAL block)
-      : block_(block), lock_(block), text_(WithoutLongTail(lock_.bytes())) {}
+  explicit LoadedObject(ObjectBytes object)
+      : block_(std::move(object.block)),
+        lock_(block_.get()),
+        text_(WithoutLongTail(lock_.bytes(), object.held)) {}
 
   // False if there is no object, or it is empty.
   explicit operator bool() const { return !text_.empty(); }
@@ -33,20 +35,12 @@ class LoadedObject {
   DWORD size() const { return static_cast<DWORD>(text_.size()); }
 
  private:
-  // An object whose extent reaches far past the end of the file ends in blanks or NULs, and two
-  // NULs. A piece of them is as good as all to a scan, which would spend its time there.
-  static std::span<BYTE> WithoutLongTail(std::span<BYTE> text) {
+  // An object whose extent reaches far past the end of the file ends in blanks or NULs. A piece of
+  // them is as good as all to a scan, which would spend its time there.
+  static std::span<BYTE> WithoutLongTail(std::span<BYTE> text, size_t held) {
     constexpr size_t kPieceBytes = 4096;
-    if (text.size() < 3 * kPieceBytes) return text;
-    size_t kept = text.size() - 2;
-    while (kept >= 2 * kPieceBytes && IsBlank(text.subspan(kept - kPieceBytes, kPieceBytes))) {
-      kept -= kPieceBytes;
-    }
-    return text.first(std::min(kept + kPieceBytes, text.size()));
-  }
-  static bool IsBlank(std::span<BYTE const> piece) {
-    bool const begins = piece.front() == ' ' || piece.front() == 0;
-    return begins && std::memcmp(piece.data(), piece.data() + 1, piece.size() - 1) == 0;
+    return text.size() > held && text.size() - held > kPieceBytes ? text.first(held + kPieceBytes)
+                                                                  : text;
   }
 
   OwnedBlock block_;

@@ -59,10 +59,11 @@ DWORD ObjectLoader::SizeOf(DWORD number) {
   return TableSize(number);
 }
 
-HGLOBAL ObjectLoader::Load(DWORD number) {
-  if (number == 0) return nullptr;
+ObjectBytes ObjectLoader::Fetch(DWORD number) {
+  if (number == 0) return {};
   ObjectBytes object = indexed_.Fetch(number, 0);
-  return object.valid ? object.block.Release() : LoadFromTable(number);
+  if (!object.valid) object = {OwnedBlock(LoadFromTable(number))};
+  return object;
 }
 
 bool ObjectLoader::ReadNumber(std::span<BYTE> text, char const* key, DWORD* value) {
@@ -91,6 +92,8 @@ DWORD ObjectLoader::TableSize(DWORD number) {
 HGLOBAL ObjectLoader::LoadFromTable(DWORD number) {
   DWORD const offset = table_[number].nOffset;
   if (!file_.IsOpen()) {
+    // The system's error becomes that of an invalid handle.
+    file_.SeekTo(offset);
     if (offset != 0) file_.Note(PDF_ERROR_SYSTEM);
     return nullptr;
   }

@@ -21,8 +21,9 @@ class ObjectLoader {
 
   // An object's text in a new, unlocked block; null for object 0, and for one that cannot be read.
   // Notes code 1 where the channel cannot be positioned.
-  HGLOBAL Load(DWORD number);
-  LoadedObject Open(DWORD number) { return LoadedObject(Load(number)); }
+  HGLOBAL Load(DWORD number) { return Fetch(number).block.Release(); }
+  ObjectBytes Fetch(DWORD number);
+  LoadedObject Open(DWORD number) { return LoadedObject(Fetch(number)); }
 
   // The bytes of an object's text; 0 for object 0.
   // Kept: in a document of the stream route a size costs a whole fetch.

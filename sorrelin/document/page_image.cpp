@@ -61,13 +61,13 @@ bool ReadPage(ObjectLoader& objects, DWORD number, Page& page) {
 // Kept: whatever mentions "Image" anywhere is the image, and one indirection is followed; tools
 // that read further choose other images of the same page.
 Status OpenImage(ObjectLoader& objects, DWORD number, std::optional<LoadedObject>& object) {
-  object.emplace(objects.Load(number));
+  object.emplace(objects.Fetch(number));
   if (!*object) return Status::Failed(PDF_ERROR_INVALID_HANDLE);
   if (HoldsKey(object->text(), "Image")) return Status::Ok();
   DWORD first = 0;
   DWORD generation = 0;
   if (!FindPairAfterName(object->text(), &first, &generation)) return Status::Failed();
-  object.emplace(objects.Load(first));
+  object.emplace(objects.Fetch(first));
   return *object ? Status::Ok() : Status::Failed();
 }
 

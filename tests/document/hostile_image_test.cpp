@@ -1,10 +1,12 @@
 // Documents that promise more than they hold, or are damaged: memory stays small, and nothing is
 // touched outside a block, which the sanitizers watch.
 #include <gtest/gtest.h>
+#include <sorrelin/platform/block.h>
 #include <sys/resource.h>
 #include <tests/support/page_document.h>
 #include <tests/support/temp_dir.h>
 
+#include <algorithm>
 #include <chrono>
 #include <fstream>
 #include <string>
@@ -42,6 +44,21 @@ struct Hostile {
 std::string Shape(std::string const& width, std::string const& height, int bits) {
   return "/Subtype/Image /Width " + width + " /Height " + height + " /BitsPerComponent " +
          std::to_string(bits) + " ";
+}
+
+// Data of an "A" and 29,999 blanks, directly before the next object. A search for a key that is not
+// there makes the object's last byte a NUL.
+TEST(DamagedImage, BlanksAtTheEndOfAnObjectWithoutItsEndAreData) {
+  PdfBuilder pdf = OnePage{}.Build();
+  size_t const offset = pdf.Size();
+  pdf.Text("4 0 obj\n<<" + Shape("100", "100", 8) + "/Length 30000 >>\nstream\nA" +
+           std::string(29'999, ' '));
+  pdf.Row(4, {1, offset, 0});
+  pdf.Object(6, "x");
+  PageDocument document(pdf);
+  Block const bitmap = document.Load();
+  sorrelin::LockedBlock const lock(bitmap.get());
+  EXPECT_EQ(std::count(lock.bytes().begin(), lock.bytes().end(), BYTE{' '}), 29'998);
 }
 
 class HostileImage : public testing::TestWithParam<Hostile> {};

@@ -2,7 +2,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sorrelin/document/cxref_stm.h>
+#include <sorrelin/platform/error.h>
 #include <tests/support/open_document.h>
+#include <tests/support/page_document.h>
 
 namespace {
 
@@ -32,6 +34,22 @@ INSTANTIATE_TEST_SUITE_P(Channels, TableFetch, testing::Values(Target::kMemory, 
                          [](auto const& row) {
                            return std::string(row.param == Target::kMemory ? "Memory" : "File");
                          });
+
+// A document that was refused leaves the pages of the one before listed, without a channel.
+TEST(ClosedDocument, PageWithoutAChannelIsAnInvalidHandleOfTheSystem) {
+  test::OnePage const page;
+  PdfBuilder pdf = page.Build();
+  test::PageDocument document(pdf);
+  std::string const refused = "%PDF-2.0 and more";
+  EXPECT_EQ(document->OpenPDFFileInMemory(reinterpret_cast<int64_t>(refused.data()),
+                                          static_cast<DWORD>(refused.size())),
+            0);
+  ASSERT_EQ(document->GetNumberOfPages(), 1u);
+  SetLastError(0);
+  EXPECT_EQ(document->LoadImageFromPDF(0), nullptr);
+  EXPECT_EQ(document->PDF_GetLastError(), 1u);
+  EXPECT_EQ(GetLastError(), DWORD{ERROR_INVALID_HANDLE});
+}
 
 TEST_P(TableFetch, TextObjectEndsOneByteBehindEndobj) {
   OpenDocument document(Classic("<</A 1>>"), GetParam());
