@@ -55,8 +55,7 @@ bool CreateFile(SessionState& state, WCHAR const* name) {
   state.m_nLastError = PDF_ERROR_NONE;
   sorrelin::InfoDigits const info(*state.m_pReader);
   if (!OpenFile(state, name) || !StartDocument(state, info)) return false;
-  if (state.m_Update.active == 0) state.ReservePagesRoot();
-  return true;
+  return state.m_Update.active != 0 || state.ReservePagesRoot() != 0;
 }
 
 // Kept: an update in memory reserves a new pages root too, unlike an update of a file.
@@ -64,8 +63,7 @@ bool CreateInMemory(SessionState& state, int64_t document, DWORD size) {
   state.m_nLastError = PDF_ERROR_NONE;
   sorrelin::InfoDigits const info(*state.m_pReader);
   if (!OpenMemory(state, document, size) || !StartDocument(state, info)) return false;
-  state.ReservePagesRoot();
-  return true;
+  return state.ReservePagesRoot() != 0;
 }
 
 bool WriteEnd(SessionState& state) {

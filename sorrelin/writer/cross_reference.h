@@ -11,6 +11,9 @@
 
 namespace sorrelin {
 
+// Rows that the end of a document takes: the catalog's and the table's own.
+inline constexpr DWORD kFinishingRows = 2;
+
 // Memory for the entries of a document that is about to end. Taken before its last objects are
 // written, so that nothing is written where it is short.
 class EntryRoom {

@@ -3,6 +3,7 @@
 #include <sorrelin/platform/file.h>
 #include <sorrelin/platform/units.h>
 #include <sorrelin/writer/coded_image.h>
+#include <sorrelin/writer/cross_reference.h>
 #include <sorrelin/writer/image_object.h>
 #include <sorrelin/writer/page_objects.h>
 #include <sorrelin/writer/skeleton.h>
@@ -20,7 +21,6 @@ constexpr int kImageResource = 2;
 constexpr DWORD kPageObjects = 6;
 constexpr DWORD kPaletteObjects = 2;
 constexpr DWORD kProfileObjects = 2;
-constexpr DWORD kFinishingRows = 2;  // the catalog and the table's own row
 constexpr int64_t kUnits = PagePlacement::kUnitsPerPoint;
 
 int ProcSetKind(EncodedPage const& page) {

@@ -105,6 +105,8 @@ Result<DWORD> WriteOutlines(ObjectWriter& out, DocumentFacts& facts, DWORD count
 Result<DWORD> WritePagesRoot(ObjectWriter& out, DocumentFacts& facts, PageList const& pages) {
   DWORD const count = pages.count();
   facts.pages_root = out.Start(facts.pages_root, Body::kDictionary, LineEnd::kWritten);
+  // Kept: without a number an object may start, but its number 0 is a failure.
+  if (facts.pages_root == 0) out.Fail(Status::Failed());
   out.Line("/Type /Pages");
   out.Format("/Count %d", static_cast<int>(count));
   out.Line("/Kids [ ");
@@ -166,13 +168,15 @@ Result<DWORD> WriteProcSet(ObjectWriter& out, int image_type, bool text) {
   return out.Outcome(object);
 }
 
-// Kept: the object's end is written whatever became of its lines.
+// Kept: each line is written whatever became of those before it.
 Result<DWORD> WriteFont(ObjectWriter& out) {
   DWORD const object = out.Start(Body::kDictionary, LineEnd::kWritten);
   if (object == 0) return out.Outcome(0);
-  out.Lines({"/Type /Font", "/Subtype /Type1", "/Name /F1", "/BaseFont /Helvetica",
-             "/Encoding /MacRomanEncoding"});
-  out.GoOn();
+  for (char const* const line : {"/Type /Font", "/Subtype /Type1", "/Name /F1",
+                                 "/BaseFont /Helvetica", "/Encoding /MacRomanEncoding"}) {
+    out.Line(line);
+    out.GoOn();
+  }
   out.End(Body::kDictionary);
   out.GoOn();
   return out.Outcome(object);

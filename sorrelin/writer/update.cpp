@@ -72,6 +72,10 @@ Status BeginUpdate(Draft const& draft) {
   if (!opened.ok()) return opened;
   if (draft.table.rows_in_document() == 0) return Status::Failed();
   if (HasObjectsInStreams(draft.table)) return Status::Failed(PDF_ERROR_VERSION);
+  // Without room for its end, an update would leave a document that cannot be opened.
+  if (draft.table.rows_in_document() - 1 >= ObjectTable::kRows - kFinishingRows) {
+    return Status::Failed(PDF_ERROR_NEW_PAGE_OBJECT);
+  }
   draft.update.old_catalog = draft.facts.catalog;
   draft.update.old_pages_root = draft.facts.pages_root;
   draft.update.page_count = 0;

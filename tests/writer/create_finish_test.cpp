@@ -37,6 +37,24 @@ TEST(CreateFinish, DocumentWithoutPagesHasFourRowsInUse) {
   EXPECT_EQ(document->GetPagesRootObjectNr(), 3u);
 }
 
+TEST(CreateFinish, DocumentWithoutANumberForItsPagesRootCannotBeFinished) {
+  MemoryDocument document;
+  document.OpenBare();
+  document->PDF_SetLastError(0);
+  for (int attempt = 0; attempt < 2; ++attempt) {
+    EXPECT_EQ(document->FinishPDF(), 0);
+    EXPECT_EQ(document->PDF_GetLastError(), 0u);
+    EXPECT_EQ(document.Text().find("xref"), std::string::npos);
+  }
+}
+
+TEST(CreateFinish, NewDocumentWhosePagesRootGetsNoNumberIsError40) {
+  MemoryDocument document;
+  document->SetCurrentObject(SessionProbe::kObjectRows - 3);
+  EXPECT_EQ(document->CreatePDFInMemory(0, 0), 0);
+  EXPECT_EQ(document->PDF_GetLastError(), 40u);
+}
+
 TEST(CreateFinish, StartxrefIsTheOffsetOfXrefWithBothLineEnds) {
   for (int const char13 : {0, 1}) {
     MemoryDocument document;

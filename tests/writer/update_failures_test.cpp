@@ -237,6 +237,15 @@ TEST_F(UpdateFailure, PageLimitCountsTheOldPages) {
   EXPECT_EQ(Text().substr(0, pdf.Size()), pdf.Content());
 }
 
+// The catalog and the table's own row must fit.
+TEST_F(UpdateFailure, DocumentWithoutRoomForItsNewEndIsError40) {
+  for (DWORD const highest : {90'048u, 90'049u}) {
+    PdfBuilder pdf = Tree("");
+    pdf.Object(highest, "x");
+    ExpectRefused(pdf, 40);
+  }
+}
+
 TEST_F(UpdateFailure, RootWithoutARowEndsTheFinishWithoutACode) {
   test::MemoryDocument document;
   document.Create();
