@@ -1,4 +1,4 @@
-// The trace points are in place and silent: none of the 46 flat functions prints, on its good way
+// None of the 46 flat functions prints, on its good way
 // or on a bad one.
 #include <gtest/gtest.h>
 #include <sorrelin/platform/wide_string.h>
