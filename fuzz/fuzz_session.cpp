@@ -2,7 +2,6 @@
 #include "fuzz/fuzz_session.h"
 
 #include <sorrelin/channel/file_channel.h>
-#include <sorrelin/document/loaded_object.h>
 #include <sorrelin/image/codecs/sibling_library.h>
 #include <sorrelin/image/codecs/sibling_names.h>
 #include <sorrelin/platform/block.h>
@@ -51,10 +50,12 @@ void LoadObjects(CCreatePDF& session) {
   DWORD const objects = std::min(SessionProbe::ObjectsInFile(session), kMostObjects);
   for (DWORD number = 0; number <= objects; ++number) {
     session.GetObjectSize(number);
-    sorrelin::LoadedObject const object(session.LoadObject(number));
-    if (object.data() == nullptr) continue;
-    session.GetObjectType(object.data(), object.size());
-    session.GetProcSetData(object.data(), object.size());
+    sorrelin::OwnedBlock const block(session.LoadObject(number));
+    sorrelin::LockedBlock const lock(block.get());
+    if (!lock) continue;
+    auto const size = static_cast<DWORD>(lock.bytes().size());
+    session.GetObjectType(lock.bytes().data(), size);
+    session.GetProcSetData(lock.bytes().data(), size);
     sorrelin::OwnedBlock const palette(session.LoadPalette(8, 255, number));
   }
 }
