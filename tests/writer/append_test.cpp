@@ -143,6 +143,38 @@ TEST_F(AppendToFile, UpdateWithoutAPageGoesOverTheOldBytes) {
   EXPECT_EQ(TextOf(name_).substr(0, 16), "3 0 obj\n<<\n/Type");
 }
 
+TEST_F(AppendToFile, PageAfterTheTargetWasClosedIsError1) {
+  ASSERT_EQ(Save(), 0u);
+  std::string const before = TextOf(name_);
+  auto const session = std::make_unique<CCreatePDF>();
+  ASSERT_EQ(session->CreatePDF(name_.c_str()), 1);
+  session->ClosePDFFile();
+  EXPECT_EQ(session->SaveDIBAsColorPDFPageW(Page(), test::kNoLibrary, 0, 0), 0);
+  EXPECT_EQ(session->PDF_GetLastError(), 1u);
+  EXPECT_EQ(TextOf(name_), before);
+}
+
+TEST_F(AppendToFile, TitleSetBeforehandGivesWayToThatOfTheFile) {
+  auto const first = std::make_unique<CCreatePDF>();
+  first->SetTitleA("A");
+  ASSERT_EQ(first->CreatePDF(name_.c_str()), 1);
+  ASSERT_EQ(first->FinishPDF(), 1);
+  std::string const before = TextOf(name_);
+  ASSERT_NE(before.find("/Title <FEFF0041>\n"), std::string::npos);
+  auto const session = std::make_unique<CCreatePDF>();
+  session->SetTitleA("B");
+  ASSERT_EQ(session->CreatePDF(name_.c_str()), 1);
+  char title[8] = {};
+  DWORD size = sizeof title;
+  EXPECT_EQ(session->GetTitleA(title, &size), 1);
+  EXPECT_STREQ(title, "A");
+  EXPECT_EQ(session->SaveDIBAsColorPDFPageW(Page(), test::kNoLibrary, 0, 0), 1);
+  EXPECT_EQ(session->FinishPDF(), 1);
+  std::string const added = TextOf(name_).substr(before.size());
+  EXPECT_EQ(added.find("/Title"), std::string::npos);
+  EXPECT_NE(added.find("/Info 1 0 R\n"), std::string::npos);
+}
+
 TEST(AppendInMemory, RootHasANewNumberAndNoHeader) {
   MemoryDocument first;
   first.Create();

@@ -294,4 +294,71 @@ TEST(CreateFinish, NamesBeyondAsciiReachTheDisk) {
   EXPECT_TRUE(std::filesystem::exists(dir / "\xC3\xA4\xE2\x82\xAC\xF0\x9F\x98\x80.pdf"));
 }
 
+struct EndOfAFile {
+  size_t begin;
+  size_t end;
+};
+
+EndOfAFile EndOf(std::string const& name) {
+  auto const session = std::make_unique<CCreatePDF>();
+  session->CreatePDF(name.c_str());
+  size_t const begin = SessionProbe::FilePos(*session);
+  EXPECT_EQ(session->FinishPDF(), 1);
+  return {begin, std::filesystem::file_size(name)};
+}
+
+TEST(CreateFinish, EndThatWasCutAnywhereCanNeverBeFinished) {
+  TempDir const dir;
+  std::string const name = dir / "a.pdf";
+  EndOfAFile const whole = EndOf(name);
+  ASSERT_LT(whole.begin, whole.end);
+  for (size_t bytes = whole.begin; bytes < whole.end; ++bytes) {
+    std::filesystem::remove(name);
+    auto const session = std::make_unique<CCreatePDF>();
+    ASSERT_EQ(session->CreatePDF(name.c_str()), 1);
+    {
+      test::FileSizeLimit const limit(bytes);
+      ASSERT_EQ(session->FinishPDF(), 0) << bytes;
+      ASSERT_EQ(session->PDF_GetLastError(), 1u) << bytes;
+    }
+    for (int attempt = 0; attempt < 3; ++attempt) {
+      ASSERT_EQ(session->FinishPDF(), 0) << bytes;
+      ASSERT_NE(SessionProbe::Channel(*session), sorrelin::InvalidChannel()) << bytes;
+    }
+    session->ClosePDFFile();
+  }
+}
+
+TEST(CreateFinish, FailedFinishInMemoryStoresNothing) {
+  int64_t data = 99;
+  DWORD size = 77;
+  auto const closed = std::make_unique<CCreatePDF>();
+  EXPECT_EQ(closed->FinishPDFInMemory(&data, &size), 0);
+  EXPECT_EQ(closed->PDF_GetLastError(), 2u);
+  MemoryDocument finished;
+  finished.Create();
+  finished.Finish();
+  EXPECT_EQ(finished->FinishPDFInMemory(&data, &size), 0);
+  EXPECT_EQ(finished->PDF_GetLastError(), 11u);
+  EXPECT_EQ(data, 99);
+  EXPECT_EQ(size, 77u);
+}
+
+TEST(CreateFinish, OpeningATargetAloneKeepsAnOlderCode) {
+  TempDir const dir;
+  std::string const name = dir / "a.pdf";
+  auto const session = std::make_unique<CCreatePDF>();
+  session->PDF_SetLastError(20);
+  for (DWORD const update : {0u, 1u}) {
+    EXPECT_EQ(session->CreatePDFFile(name.c_str()), 1);
+    EXPECT_EQ(SessionProbe::AppendMode(*session), update);
+    EXPECT_EQ(session->PDF_GetLastError(), 20u);
+    session->ClosePDFFile();
+  }
+  MemoryDocument memory;
+  memory->PDF_SetLastError(20);
+  EXPECT_EQ(memory->CreatePDFFileInMemory(0, 0), 1);
+  EXPECT_EQ(memory->PDF_GetLastError(), 20u);
+}
+
 }  // namespace

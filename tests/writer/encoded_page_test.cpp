@@ -133,4 +133,17 @@ TEST(PageSize, IsWholePointsRoundedAtHalf) {
   }
 }
 
+// 2147483647 * 72 is 72 below 36 * 2^32; an unsigned resolution of 2^32 - 1 halves it to 36 points.
+TEST(PageSize, IsTakenModulo32BitsAndTowardsZero) {
+  MemoryDocument document;
+  POINT const wide = document->CalculatePageSizeFromPixelsAndDPI(0x7FFFFFFF, 1, 1, 1);
+  EXPECT_EQ(wide.x, -72);
+  EXPECT_EQ(wide.y, 72);
+  EXPECT_EQ(document->CalculatePageSizeFromPixelsAndDPI(-100, 1, 72, 72).x, -99);
+  POINT const fine =
+      document->CalculatePageSizeFromPixelsAndDPI(1, 0x7FFFFFFF, 0xFFFFFFFFu, 0xFFFFFFFFu);
+  EXPECT_EQ(fine.x, 0);
+  EXPECT_EQ(fine.y, 36);
+}
+
 }  // namespace

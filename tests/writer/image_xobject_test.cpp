@@ -211,4 +211,25 @@ TEST(Compression, PredicatesTakeTheIdentifierOrTheFlagBit) {
   EXPECT_EQ(s.IsCompession_CCITT_FAX_DECODE(2049), 1);
 }
 
+TEST(ImageXObject, FilterIsRefusedBeforeMissingBytes) {
+  _FILTER other_type = FilterOf(6);
+  other_type.CcittParams.FilterType = 5;
+  for (_FILTER const& filter : {other_type, FilterOf(3)}) {
+    MemoryDocument document;
+    document.OpenBare();
+    EXPECT_EQ(document->CreateImageXObject(Params(24), kData, 0, filter), 0u);
+    EXPECT_EQ(document->PDF_GetLastError(), 15u) << filter.Compression;
+  }
+}
+
+TEST(ImageXObject, NullDataLeaveAnOlderCodeAndTakeNoNumber) {
+  MemoryDocument document;
+  document.OpenBare();
+  document->PDF_SetLastError(20);
+  EXPECT_EQ(document->CreateImageXObject(Params(24), nullptr, 4, FilterOf(0)), 0u);
+  EXPECT_EQ(document->PDF_GetLastError(), 20u);
+  EXPECT_EQ(document->GetCurrentObject(), 0u);
+  EXPECT_EQ(document.Text(), "");
+}
+
 }  // namespace

@@ -7,6 +7,7 @@
 
 #include <csignal>
 #include <cstring>
+#include <filesystem>
 #include <memory>
 
 #include "tests/platform/file_support.h"
@@ -342,6 +343,61 @@ TEST(ObjectWriter, OffsetOfACutLineMovesForWhatWasTried) {
     std::vector<BYTE> const bytes = test::ReadAll(name);
     EXPECT_EQ(std::string(bytes.begin(), bytes.end()), std::string("abc\n").substr(0, room));
   }
+}
+
+TEST(ObjectWriter, OffsetMovesByBothBytesOfALineEndThatFails) {
+  test::TempDir const dir;
+  std::string const name = dir / "a";
+  for (size_t bytes = 0; bytes < 2; ++bytes) {
+    std::filesystem::remove(name);
+    auto const session = std::make_unique<CCreatePDF>();
+    ASSERT_EQ(session->CreatePDFFile(name.c_str()), 1);
+    session->SetChar13(1);
+    test::FileSizeLimit const limit(bytes);
+    EXPECT_EQ(session->WriteEolToPDFFile(), 0u) << bytes;
+    EXPECT_EQ(ErrorOf(*session), 1u) << bytes;
+    EXPECT_EQ(SessionProbe::FilePos(*session), 2u) << bytes;
+    session->ClosePDFFile();
+    std::vector<BYTE> const content = test::ReadAll(name);
+    EXPECT_EQ(std::string(content.begin(), content.end()), std::string("\r").substr(0, bytes));
+  }
+}
+
+TEST(ObjectWriter, DataStreamClearsAnOlderCode) {
+  MemoryDocument document;
+  document.OpenBare();
+  document->PDF_SetLastError(20);
+  EXPECT_EQ(document->WriteDataStreamObject(BlockOf("RGB"), 0), 1u);
+  EXPECT_EQ(ErrorOf(document.session()), 0u);
+}
+
+TEST(ObjectWriter, DataStreamOfAFreedBlockIsError14InAnObjectBegun) {
+  MemoryDocument document;
+  document.OpenBare();
+  HGLOBAL const freed = GlobalAlloc(GHND, 3);
+  GlobalFree(freed);
+  EXPECT_EQ(document->WriteDataStreamObject(freed, 3), 0u);
+  EXPECT_EQ(ErrorOf(document.session()), 14u);
+  EXPECT_EQ(document.Text(), "1 0 obj\n<<\n/Length 2 0 R \n>>\nstream\n");
+}
+
+TEST(ObjectWriter, ClearedObjectListHasNoObjectFromItsFirstToItsLastRow) {
+  MemoryDocument document;
+  for (DWORD const object : {1u, 90049u}) {
+    SessionProbe::Row(document.session(), object).nOffset = 99;
+    EXPECT_EQ(document->ObjectExistsAlready(object), 1) << object;
+  }
+  document->InitObjectList();
+  EXPECT_EQ(document->ObjectExistsAlready(1), 0);
+  EXPECT_EQ(document->ObjectExistsAlready(90049), 0);
+}
+
+TEST(ObjectWriter, GenerationAfterTheHighestIs0) {
+  MemoryDocument document;
+  document.OpenBare();
+  SessionProbe::Row(document.session(), 1) = {99, 0xFFFFFFFFu, 1};
+  EXPECT_EQ(document.Added([](CCreatePDF& s) { s.ObjectStartNewGen(1, 0, 1, 1); }), "1 0 obj\n");
+  EXPECT_EQ(SessionProbe::Row(document.session(), 1).nGeneration, 0u);
 }
 
 }  // namespace

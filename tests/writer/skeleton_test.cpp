@@ -292,4 +292,18 @@ TEST(Skeleton, ProcSetAndFontDoNotLookAtWritesBehindTheirFirstLine) {
   }
 }
 
+TEST(Skeleton, NullCreatorLeavesAGivenTitle) {
+  MemoryDocument document;
+  document.OpenBare();
+  document->WritePDFHeader("Given", nullptr);
+  EXPECT_TRUE(document.Text().ends_with("\n/Creator (P)\n/Title (Given)\n>>\nendobj\n"));
+}
+
+TEST(Skeleton, LoneSurrogateIsWrittenAsItsUnit) {
+  MemoryDocument document;
+  WCHAR const title[] = {0xD800, 0};
+  document->SetTitleW(title);
+  EXPECT_EQ(HeaderOf(document), std::string(kInfoWithoutTitle) + "/Title <FEFFD800>\n>>\nendobj\n");
+}
+
 }  // namespace
