@@ -91,6 +91,27 @@ TEST(MemoryChannel, ReadPastTheEndSets38) {
   EXPECT_EQ(GetLastError(), ERROR_HANDLE_EOF);
 }
 
+TEST(MemoryChannel, ReadGivesWhatIsLeft) {
+  Memory memory("abc", true);
+  char bytes[8] = {};
+  DWORD count = 99;
+  EXPECT_NE(ChannelRead(memory.channel, bytes, 8, &count, nullptr), 0);
+  EXPECT_EQ(count, 3u);
+  EXPECT_EQ(std::string(bytes), "abc");
+  EXPECT_EQ(memory.channel->buffer.nPos, 3u);
+}
+
+TEST(MemoryChannel, ReadPastTheEndCountsNothing) {
+  Memory memory("abc", true);
+  ChannelSeek(memory.channel, 1, nullptr, FILE_END);
+  SetLastError(kUntouched);
+  char byte;
+  DWORD count = 99;
+  EXPECT_EQ(ChannelRead(memory.channel, &byte, 1, &count, nullptr), 0);
+  EXPECT_EQ(count, 0u);
+  EXPECT_EQ(GetLastError(), ERROR_HANDLE_EOF);
+}
+
 TEST(MemoryChannel, WritePastTheEndCoversTheGap) {
   Memory memory("abc", false);
   ChannelSeek(memory.channel, 2, nullptr, FILE_END);

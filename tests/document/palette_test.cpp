@@ -110,5 +110,17 @@ TEST_F(LoadPalette, OfOneBitTellsWhetherTheFirstBlueIsNotZero) {
   EXPECT_EQ(black_is_1_, 0u);  // a single colour says nothing
 }
 
+TEST_F(LoadPalette, FailureLeavesTheColourOrder) {
+  PdfBuilder pdf = OnePage{}.Build();
+  pdf.Stream(6, "", "__\x01___", "0");
+  pdf.Object(7, "<</Length 6 >>");
+  PageDocument document(pdf);
+  SessionProbe::BlackIs1(*document) = 77;
+  for (DWORD const object : {0u, 6u, 7u}) {
+    EXPECT_EQ(document->LoadPalette(1, 1, object), nullptr) << object;
+    EXPECT_EQ(SessionProbe::BlackIs1(*document), 77u) << object;
+  }
+}
+
 }  // namespace
 }  // namespace test

@@ -163,4 +163,16 @@ TEST(OneCall, FailedPageToMemoryLeavesThePointers) {
   EXPECT_EQ(size, 77u);
 }
 
+TEST(OneCall, HandleOfMinus1Is4) {
+  test::TempDir const dir;
+  std::string const name = dir / "a.pdf";
+  EXPECT_EQ(pdf_SaveDIBToPDF(name.c_str(), INVALID_HANDLE_VALUE, "", 0, 0), 4u);
+  EXPECT_NE(TextOf(name).find("/Count 0\n"), std::string::npos);
+  void* data = nullptr;
+  DWORD size = 77;
+  EXPECT_EQ(pdf_SaveDIBToPDFInMemory(&data, &size, INVALID_HANDLE_VALUE, kNoLibrary, 0, 0), 4u);
+  EXPECT_EQ(data, nullptr);
+  EXPECT_EQ(size, 77u);
+}
+
 }  // namespace

@@ -128,9 +128,37 @@ TEST_F(DibAccessors, PaletteThatTheBlockLacksReadsAsZeros) {
 
 TEST_F(DibAccessors, PaletteOf4GiBIs10) {
   Block const dib = MakeDib({.bits = 8, .colors_used = 0xFFFFFFFF}, [](LONG, LONG) { return 0u; });
-  DWORD size = 0;
+  DWORD size = 77;
   EXPECT_EQ(session_->ExtractPaletteFromDIB(dib, &size), INVALID_HANDLE_VALUE);
   EXPECT_EQ(session_->PDF_GetLastError(), 10u);
+  EXPECT_EQ(size, 77u);
+}
+
+TEST_F(DibAccessors, PaletteOfADepthWithoutColoursIs10) {
+  for (WORD const bits : std::initializer_list<WORD>{16, 32}) {
+    session_->PDF_SetLastError(0);
+    Block const dib = MakeDib({.bits = bits}, [](LONG, LONG) { return 0u; });
+    DWORD size = 77;
+    EXPECT_EQ(session_->ExtractPaletteFromDIB(dib, &size), INVALID_HANDLE_VALUE) << bits;
+    EXPECT_EQ(session_->PDF_GetLastError(), 10u) << bits;
+    EXPECT_EQ(size, 77u) << bits;
+  }
+}
+
+TEST_F(DibAccessors, FailedPaletteLeavesTheSize) {
+  Block const color = MakeDib({.bits = 24}, [](LONG, LONG) { return 0u; });
+  DWORD size = 77;
+  for (HDIB const dib : {HDIB{nullptr}, HDIB{INVALID_HANDLE_VALUE}, HDIB{color.get()}}) {
+    EXPECT_EQ(session_->ExtractPaletteFromDIB(dib, &size), INVALID_HANDLE_VALUE);
+    EXPECT_EQ(size, 77u);
+  }
+}
+
+// 54546084.63 dots and -54546084.66, to each of which half a dot is added before the cut.
+TEST_F(DibAccessors, HighestAndLowestResolutionsFit) {
+  POINT const dpi = DpiOf(2147483647, -2147483647 - 1);
+  EXPECT_EQ(dpi.x, 54546085);
+  EXPECT_EQ(dpi.y, -54546084);
 }
 
 }  // namespace

@@ -10,6 +10,7 @@
 
 #include "tests/image/mocks/mock_siblings.h"
 #include "tests/support/dib.h"
+#include "tests/support/dib_content.h"
 #include "tests/support/document.h"
 #include "tests/support/environment.h"
 #include "tests/support/golden.h"
@@ -156,6 +157,33 @@ TEST_F(EncodeJpeg, EmptyFileIs10AndStaysButClosed) {
   EXPECT_EQ(Code(), 10u);
   EXPECT_EQ(test::NamesIn("/proc/self/fd").size(), open);
   EXPECT_EQ(test::NamesIn(temp_.path()).size(), 1u);
+}
+
+TEST_F(EncodeJpeg, BitmapIsUnlockedAfterEveryFailure) {
+  Block const bilevel = Picture(1);
+  Encode(bilevel, PathOf("full"));
+  EncodeInFile(bilevel, PathOf("full"));
+  EXPECT_EQ(test::TakeLocks(bilevel), 0);
+  Block const dib = Picture();
+  Encode(dib, "nowhere.dll");
+  EncodeInFile(dib, "nowhere.dll");
+  EncodeInFile(dib, PathOf("no_file_save"));
+  EXPECT_EQ(test::TakeLocks(dib), 0);
+  test::PreloadedSibling<MockRennick> const mock(PathOf("full"));
+  for (int32_t MockRennick::*const failure :
+       {&MockRennick::status, &MockRennick::encode_null, &MockRennick::encode_empty}) {
+    (*mock.operator->()).*failure = 1;
+    EXPECT_EQ(Encode(dib, PathOf("full")), INVALID_HANDLE_VALUE);
+    EXPECT_EQ(test::TakeLocks(dib), 0);
+    (*mock.operator->()).*failure = 0;
+  }
+  for (int32_t MockRennick::*const failure :
+       {&MockRennick::save_fails, &MockRennick::encode_empty}) {
+    (*mock.operator->()).*failure = 1;
+    EXPECT_EQ(EncodeInFile(dib, PathOf("full")), INVALID_HANDLE_VALUE);
+    EXPECT_EQ(test::TakeLocks(dib), 0);
+    (*mock.operator->()).*failure = 0;
+  }
 }
 
 TEST_F(EncodeJpeg, MissingTempDirectoryIs18) {

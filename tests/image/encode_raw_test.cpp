@@ -5,6 +5,7 @@
 #include <memory>
 
 #include "tests/support/dib.h"
+#include "tests/support/dib_content.h"
 #include "tests/support/session_probe.h"
 
 namespace {
@@ -79,6 +80,49 @@ TEST_F(EncodeRaw, NarrowDispatchTakesIdentifiersAndFlagsOnly) {
     session_->PDF_SetLastError(0);
     EXPECT_EQ(session_->ConvertDIB2PDFImage(dib, size_, compression, "", 0), INVALID_HANDLE_VALUE);
     EXPECT_EQ(session_->PDF_GetLastError(), 15u) << compression;
+  }
+}
+
+// The header alone asks for 2^32 bytes.
+TEST_F(EncodeRaw, ImageOf4GiBIs10AndLeavesSizeAndLock) {
+  size_ = 77;
+  for (bool const flate : {false, true}) {
+    Block const dib = MakeDib({.bits = 8}, [](LONG, LONG) { return 0u; });
+    auto* const header = static_cast<BITMAPINFOHEADER*>(GlobalLock(dib));
+    header->biWidth = 65536;
+    header->biHeight = 65536;
+    GlobalUnlock(dib);
+    session_->PDF_SetLastError(0);
+    EXPECT_EQ(flate ? session_->ConvertDIB2FlatePDFImage(dib, size_, 4, 6)
+                    : session_->ConvertDIB2UncompressedPDFImage(dib, size_),
+              INVALID_HANDLE_VALUE);
+    EXPECT_EQ(session_->PDF_GetLastError(), 10u);
+    EXPECT_EQ(size_, 77u);
+    EXPECT_EQ(test::TakeLocks(dib), 1);
+  }
+}
+
+TEST_F(EncodeRaw, OtherDepthsAre10RawAndWithFlate) {
+  for (WORD const bits : std::initializer_list<WORD>{4, 16, 32}) {
+    Block const dib = MakeDib({.bits = bits}, [](LONG, LONG) { return 0u; });
+    size_ = 77;
+    session_->PDF_SetLastError(0);
+    EXPECT_EQ(session_->ConvertDIB2UncompressedPDFImage(dib, size_), INVALID_HANDLE_VALUE);
+    EXPECT_EQ(session_->PDF_GetLastError(), 10u) << bits;
+    session_->PDF_SetLastError(0);
+    EXPECT_EQ(session_->ConvertDIB2FlatePDFImage(dib, size_, 4, 6), INVALID_HANDLE_VALUE);
+    EXPECT_EQ(session_->PDF_GetLastError(), 10u) << bits;
+    EXPECT_EQ(size_, 77u) << bits;
+  }
+}
+
+TEST_F(EncodeRaw, HandleThatCannotBeReadLeavesTheSize) {
+  size_ = 77;
+  for (HDIB const bad : {HDIB{nullptr}, HDIB{INVALID_HANDLE_VALUE}}) {
+    EXPECT_EQ(session_->ConvertDIB2UncompressedPDFImage(bad, size_), INVALID_HANDLE_VALUE);
+    EXPECT_EQ(session_->ConvertDIB2FlatePDFImage(bad, size_, 4, 6), INVALID_HANDLE_VALUE);
+    EXPECT_EQ(session_->ConvertDIB2RLEPDFImage(bad, size_, 5), INVALID_HANDLE_VALUE);
+    EXPECT_EQ(size_, 77u);
   }
 }
 

@@ -126,6 +126,31 @@ TEST_F(EncodeRunLength, SizeOf4GiBIs10AtOnce) {
   EXPECT_EQ(session_->PDF_GetLastError(), 10u);
 }
 
+TEST_F(EncodeRunLength, TopRowComesFirst) {
+  Block const dib = MakeDib({.width = 3, .height = 2, .bits = 8}, [](LONG x, LONG y) {
+    return y != 0 ? 3u : x == 2 ? 2u : 1u;
+  });
+  EXPECT_EQ(Encode(dib), (Bytes{255, 1, 0, 2, 254, 3, 0}));
+}
+
+TEST_F(EncodeRunLength, FailureLeavesTheSize) {
+  auto const black = [](LONG, LONG) { return 0u; };
+  Block const other_depth = MakeDib({.bits = 24}, black);
+  Block const negative = MakeDib({.bits = 8}, black);
+  static_cast<BITMAPINFOHEADER*>(GlobalLock(negative))->biHeight = -1;
+  GlobalUnlock(negative);
+  Block const huge = MakeDib({.bits = 8}, black);
+  auto* const header = static_cast<BITMAPINFOHEADER*>(GlobalLock(huge));
+  header->biWidth = 129;
+  header->biHeight = 0x7FFFFFFF;
+  GlobalUnlock(huge);
+  size_ = 77;
+  for (HDIB const dib : {other_depth.get(), negative.get(), huge.get()}) {
+    EXPECT_EQ(session_->ConvertDIB2RLEPDFImage(dib, size_, 5), INVALID_HANDLE_VALUE);
+    EXPECT_EQ(size_, 77u);
+  }
+}
+
 // The address space that the process uses now and `more` bytes are all that it gets.
 void LimitMemory(rlim_t more) {
   rlim_t pages = 0;
