@@ -84,7 +84,7 @@ bool HasData(tesseract::TessBaseAPI& api, std::string const& language) {
                                  ignored);
 }
 
-// Tells the engine when to stop.
+// Says when the engine is to stop.
 class Monitor {
  public:
   explicit Monitor(AVERNA_PAGE const& page) : page_(page) {

@@ -12,7 +12,7 @@
 namespace sorrelin::cadwick {
 
 // The list holds the columns of the elements from left to right: those at even places turn to
-// black, those at odd places to white. Behind the last it goes on with the row's width, and a 0
+// black, those at odd places to white. After the last it goes on with the row's width, and a 0
 // precedes the first.
 //
 // The list is bounded, whatever the width. Of a row with more elements it shows a window, which

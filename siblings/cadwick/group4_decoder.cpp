@@ -13,7 +13,7 @@
 namespace sorrelin::cadwick {
 namespace {
 
-// Reads bits, the highest of each byte first. Behind the end of the data zeros follow without end,
+// Reads bits, the highest of each byte first. After the end of the data zeros follow without end,
 // which Left() distinguishes from data. Small enough to be passed by value, so that its members
 // stay in registers while a row is decoded.
 class BitReader {

@@ -107,7 +107,7 @@ class RunLengthDecoder {
     }
   }
 
-  // Behind the input each pair reads as (0, 0): one byte of 0 for two bytes of input.
+  // After the input each pair reads as (0, 0): one byte of 0 for two bytes of input.
   void BlankRest(uint64_t out, uint64_t count) {
     target_.Fill(out, count, 0);
     position_ += 2 * count;

@@ -10,7 +10,7 @@ one, and so a comment in front of it names a file of tests/docs/frames that it i
 
     <!-- frame: writing, pages: scan.pdf 2 -->
 
-The part behind the comma is a check: how many pages the document has in the end. A block that is
+The part after the comma is a check: how many pages the document has in the end. A block that is
 only to be read (output, a file's layout) has no language.
 """
 

@@ -1,5 +1,5 @@
 #!/bin/sh
-# Installs a build into an empty folder and uses what lies there.
+# Installs a build into an empty folder and uses what is there.
 # use_installed.sh BUILD EXAMPLES LIBDIR
 set -eu
 build=$1

@@ -60,7 +60,7 @@ class AppendWitness : public AppendTest {
           kWidth, kHeight, [&](int x, int y) { return Tone(i, x, y); }, 0, first + i + 1);
     }
   }
-  // All the witnesses find pages 0 to count - 1 of the test behind `first` others.
+  // All the witnesses find pages 0 to count - 1 of the test after `first` others.
   void ExpectPages(int first, int count) const {
     ExpectSound();
     EXPECT_EQ(CountPages(), std::to_string(first + count) + "\n");

@@ -18,7 +18,7 @@ struct BmpForm {
   DWORD bits = 24;
   DWORD coding = 0;
   DWORD colours = 0;
-  std::vector<DWORD> tail = {};  // masks or palette, behind the first 40 bytes of the header
+  std::vector<DWORD> tail = {};  // masks or palette, after the first 40 bytes of the header
 };
 
 void Put(std::vector<BYTE>& file, DWORD number, int bytes) {

@@ -22,7 +22,7 @@ same() {
   diff <(echo "$expected") <(echo "$found") | grep '^[<>]' || true
 }
 
-# What stands at the start of an option's line in the help.
+# What is at the start of an option's line in the help.
 help_options() { "$program" "$@" --help | grep -oE '^  (-[a-zA-Z],)?--[a-z-]+' | grep -oE -- '--[a-z-]+'; }
 
 verbs=$("$program" --help | sed -n '/^Subcommands:/,/^$/s/^  \([a-z]*\) .*/\1/p')
@@ -44,7 +44,7 @@ manual_options() {
     }' "$manual"
 }
 
-# What each shell offers behind the given words, of which the last is being typed.
+# What each shell offers after the given words, of which the last is being typed.
 bash_offers() {
   bash --norc -c '
     source "$1/sorrelin.bash"

@@ -105,7 +105,7 @@ TEST_F(MakeFailures, PageOfATiffFileThatIsDamagedIsNamedByItsNumber) {
   EXPECT_EQ(PageCount(), 2);
 }
 
-// The next-directory offset behind the first page's directory is pointed past the file's end.
+// The next-directory offset after the first page's directory is pointed past the file's end.
 TEST_F(MakeFailures, TiffFileWhosePagesAreLostIsNamed) {
   TiffPage page;
   page.compression = COMPRESSION_NONE;
@@ -354,7 +354,7 @@ TEST_F(MakeFailures, InterruptedRunLeavesNothingAndEndsByTheSignal) {
   for (int const number : {SIGINT, SIGTERM, SIGHUP}) {
     Pipe pipe;
     RunningProgram program({SORRELIN_TOOL, "make", Out(), "-"}, {}, pipe.reading());
-    // The document itself lies in a directory, which tells that the run is under way.
+    // The document itself is in a directory, which shows that the run is under way.
     ASSERT_TRUE(WaitUntil([&] {
       auto const names = Names();
       return !names.empty() && std::filesystem::exists(Path(names[0] + "/document.pdf"));

@@ -78,7 +78,7 @@ feed() {
 readonly quiet=1.2
 readonly between=0.3
 
-# ends CODE [LINE...]: the prompt is back behind these lines, the program came to this code, and the
+# ends CODE [LINE...]: the prompt is back after these lines, the program came to this code, and the
 # terminal takes lines as it did before.
 ends() {
   local code=$1

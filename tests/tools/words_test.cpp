@@ -20,7 +20,7 @@ struct PrintedWord {
   int font_size = 0;
 };
 
-// What stands in a line of the program; the texts of the test have nothing that is escaped.
+// What is in a line of the program; the texts of the test have nothing that is escaped.
 PrintedWord ParseLine(std::string const& line, std::string const& file) {
   PrintedWord word;
   char text[64] = "";
@@ -64,7 +64,7 @@ class WordsVerb : public ReadTest {
   }
 };
 
-// The word's box lies on the place where the renderer put the word, and there is ink in it.
+// The word's box is at the place where the renderer put the word, and there is ink in it.
 bool LiesOn(PrintedWord const& word, PlacedWord const& placed) {
   int const x = (word.left + word.right) / 2, y = (word.top + word.bottom) / 2;
   return x >= placed.left && x <= placed.right && y >= placed.top && y <= placed.bottom;

@@ -17,11 +17,11 @@ namespace sorrelin::tool {
 namespace {
 
 constexpr double kMetresPerInch = 0.0254;
-constexpr size_t kInfoAt = 14;          // behind the file's header
+constexpr size_t kInfoAt = 14;          // after the file's header
 constexpr DWORD kCoreHeaderBytes = 12;  // the oldest header, with sizes of 16 bits
 constexpr DWORD kInfoHeaderBytes = 40;
 constexpr DWORD kAlphaHeaderBytes = 56;                  // the first header with an alpha mask
-constexpr size_t kMasksAt = kInfoAt + kInfoHeaderBytes;  // in or behind the header
+constexpr size_t kMasksAt = kInfoAt + kInfoHeaderBytes;  // in or after the header
 constexpr size_t kMaskBytes = 4;
 // The last header ends with the kind of its colours, and the place and size of a profile.
 constexpr DWORD kProfileHeaderBytes = 124;
@@ -34,7 +34,7 @@ constexpr size_t kAlpha = 3;                  // of the masks: red, green, blue,
 
 enum Coding : DWORD { kPlain = 0, kRuns8 = 1, kRuns4 = 2, kMasked = 3, kMaskedWithAlpha = 6 };
 
-// Numbers of the file; what lies outside reads as 0.
+// Numbers of the file; what is outside reads as 0.
 class Numbers {
  public:
   explicit Numbers(std::span<BYTE const> file) : file_(file) {}

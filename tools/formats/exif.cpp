@@ -13,7 +13,7 @@ constexpr unsigned kUnitInch = 2;
 constexpr unsigned kUnitCentimetre = 3;
 constexpr size_t kEntryBytes = 12;
 
-// Numbers in the block's byte order; what lies outside reads as 0.
+// Numbers in the block's byte order; what is outside reads as 0.
 class Numbers {
  public:
   explicit Numbers(std::span<BYTE const> block)

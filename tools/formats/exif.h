@@ -1,4 +1,4 @@
-// The two facts that a camera's EXIF block tells of how a picture is to be shown.
+// The two facts in a camera's EXIF block about how to show a picture.
 #ifndef TOOLS_FORMATS_EXIF_H_
 #define TOOLS_FORMATS_EXIF_H_
 

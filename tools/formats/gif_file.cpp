@@ -35,7 +35,7 @@ constexpr std::string_view kProfileName = "ICCRGBG1012";
 constexpr int kMaxCodeBits = 12;
 constexpr int kNone = -1;
 
-// Reads the file forward. What lies outside reads as 0.
+// Reads the file forward. What is outside reads as 0.
 class Reader {
  public:
   explicit Reader(std::span<BYTE const> file) : file_(file) {}

@@ -174,7 +174,7 @@ Decoder DecoderOf(int format) {
   }
 }
 
-// What the image library takes the first bytes for. It tells documents too, and does not read them.
+// What the image library takes the first bytes for. It knows documents too, and does not read them.
 int FormatOf(std::span<BYTE const> bytes) {
   int format = IFF_UNKNOWN;
   if (bytes.size() >= kFormatBytes) findFileFormatBuffer(bytes.data(), &format);

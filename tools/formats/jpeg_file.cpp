@@ -142,7 +142,7 @@ void ReadRows(jpeg_decompress_struct& info, Pix* pix, BYTE* row) {
   jpeg_finish_decompress(&info);
 }
 
-// The place behind a scan's coded data: where the next marker stands, or the file's end.
+// The place after a scan's coded data: that of the next marker, or the file's end.
 size_t SkipScan(std::span<BYTE const> file, size_t at) {
   while (at < file.size()) {
     void const* const found = std::memchr(file.data() + at, 0xFF, file.size() - at);

@@ -71,7 +71,7 @@ Palette PaletteOf(Pix* pix) {
   return palette;
 }
 
-// Rows are taken from words whose first pixel stands in the highest bits, which GET_DATA_BYTE turns
+// Rows are taken from words whose first pixel is in the highest bits, which GET_DATA_BYTE turns
 // into bytes on any machine.
 void PackBilevelRow(l_uint32 const* line, int width, int black_bit, BYTE* row) {
   BYTE const flip = black_bit == 1 ? 0xFF : 0x00;
@@ -142,7 +142,7 @@ BITMAPINFOHEADER HeaderOf(Pix* pix, int depth, Resolution dpi) {
   return header;
 }
 
-// Bytes of the colour table. The library's encoders look for the rows behind a full one.
+// Bytes of the colour table. The library's encoders look for the rows after a full one.
 size_t TableBytes(int depth) {
   if (depth == 1) return 2 * sizeof(RGBQUAD);
   return depth == 8 ? sizeof(Palette) : 0;

@@ -35,7 +35,7 @@ struct Picture {
   ProfileBytes profile = {};  // null: none
 };
 
-// Lays a 32-bit picture with an alpha channel on white and drops the channel. `premultiplied` tells
+// Lays a 32-bit picture with an alpha channel on white and drops the channel. `premultiplied` says
 // that the colours are scaled by their alpha already. Other pictures are left as they are.
 void BlendOnWhite(Pix* pix, bool premultiplied);
 

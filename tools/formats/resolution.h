@@ -10,7 +10,7 @@ namespace sorrelin::tool {
 inline constexpr double kCentimetresPerInch = 2.54;
 inline constexpr int kMaxDotsPerInch = 1'000'000;
 
-// Dots per inch; 0 where a file tells none.
+// Dots per inch; 0 where a file has none.
 struct Resolution {
   int x = 0;
   int y = 0;

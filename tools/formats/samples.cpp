@@ -36,7 +36,7 @@ void CopyColours(l_uint32 const* line, int width, BYTE* row) {
   }
 }
 
-// The bits behind the last pixel are 0.
+// The bits after the last pixel are 0.
 void CopyPacked(l_uint32 const* line, size_t row_bytes, size_t row_bits, BYTE flip, BYTE* row) {
   PackWords(line, flip, {row, row_bytes});
   size_t const spare = row_bytes * 8 - row_bits;

@@ -4,8 +4,8 @@
 //   directory  count of entries (2), entries (12 each), offset of the next directory or 0 (4)
 //   entry      tag (2), type (2), count (4), value, or its offset if it takes more than 4 bytes (4)
 //
-// A page is put behind the others as the file that it is, and its offsets are moved by where it
-// lies. Libraries that write TIFF walk the whole chain for every page that they add.
+// A page is put after the others as the file that it is, and its offsets are moved by where it
+// is. Libraries that write TIFF walk the whole chain for every page that they add.
 #include "tools/formats/tiff_file.h"
 
 #include <cerrno>
@@ -29,12 +29,12 @@ constexpr uint16_t kLong = 4;
 // Bytes of one value, by type from 0 on.
 constexpr uint64_t kTypeBytes[] = {0, 1, 1, 2, 4, 8, 1, 1, 2, 4, 8, 4, 8, 4};
 
-// The bytes of a file of one page, whose offsets can be moved. What lies outside reads as 0.
+// The bytes of a file of one page, whose offsets can be moved. What is outside reads as 0.
 class OnePage {
  public:
   explicit OnePage(std::span<BYTE const> file) : bytes_(file.begin(), file.end()) {}
 
-  // Where the offset of the next directory stands; nothing if this is no file that can be moved.
+  // Where the offset of the next directory is; nothing if this is no file that can be moved.
   std::optional<uint64_t> MoveBy(uint32_t distance) {
     if (Get<uint16_t>(2) != kMagic) return std::nullopt;
     uint64_t const directory = Get<uint32_t>(kFirstDirectory);

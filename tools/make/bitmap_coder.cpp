@@ -1,4 +1,4 @@
-// The library's coders behind a session, and what their error codes mean to a user.
+// The library's coders, called through a session, and what their error codes mean to a user.
 #include "tools/make/bitmap_coder.h"
 
 #include <sorrelin/platform/memory.h>

@@ -46,11 +46,11 @@ class Document {
   Document(Document const&) = delete;
   Document& operator=(Document const&) = delete;
 
-  // Each of these tells in `problem` what went wrong.
+  // Each of these says in `problem` what went wrong.
 
   bool Create(std::filesystem::path const& path, Description const& description,
               std::string& problem);
-  // Opens a document that exists; pages go behind its own. PageCount counts both.
+  // Opens a document that exists; pages go after its own. PageCount counts both.
   bool Update(std::filesystem::path const& path, std::string& problem);
   PageResult Add(CodedPage const& coded, std::string& problem);
   bool Finish(std::string& problem);

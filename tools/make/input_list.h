@@ -24,7 +24,7 @@ struct Input {
 std::vector<Input> ListInputs(std::vector<std::string> const& names, Sort sort,
                               bool recursive = false, std::vector<std::string>* ignored = nullptr);
 
-// Whether `a` stands before `b` where runs of digits count as numbers and upper case as lower:
+// Whether `a` comes before `b` where runs of digits count as numbers and upper case as lower:
 // "Page 2" before "page 10".
 bool NaturalLess(std::string_view a, std::string_view b);
 

@@ -22,7 +22,7 @@ struct FeedItem {
   int page = 0;         // counted from 1; 0: the problem is the file's
   int pages = 0;        // that the file is known to have by now
   CodingResult result;  // no page: a problem
-  bool last = false;    // nothing of the file comes behind it
+  bool last = false;    // nothing of the file comes after it
 };
 
 class PageFeed {
@@ -30,7 +30,7 @@ class PageFeed {
   // `inputs` and `style` outlive the feed.
   PageFeed(std::vector<Input> const& inputs, PageStyle const& style, int jobs);
 
-  // The next item, or nothing behind the last. Problems come in their place between the pages, for
+  // The next item, or nothing after the last. Problems come in their place between the pages, for
   // any number of jobs.
   std::optional<FeedItem> Next();
 

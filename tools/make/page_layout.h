@@ -12,7 +12,7 @@ namespace sorrelin::tool {
 struct Paper {
   double width = 0;
   double height = 0;
-  bool turns = false;  // lies on its side for a picture that is wider than high
+  bool turns = false;  // is on its side for a picture that is wider than high
 };
 
 enum class Fit {

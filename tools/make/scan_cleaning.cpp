@@ -68,7 +68,7 @@ void PaintPaper(Pix* pix, Pix* mask) {
   pixSetMasked(pix, mask, paper);
 }
 
-// The picture without specks, or a null picture when memory is short. `found` tells whether there
+// The picture without specks, or a null picture when memory is short. `found` says whether there
 // were any.
 PixPtr Cleaned(Pix* pix, int side, bool& found) {
   PixPtr const ink = Ink(pix);

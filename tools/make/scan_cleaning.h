@@ -1,4 +1,4 @@
-// What scanners leave behind: tilted pages, specks, and empty pages.
+// What scanners leave on pages: tilted pages, specks, and empty pages.
 #ifndef TOOLS_MAKE_SCAN_CLEANING_H_
 #define TOOLS_MAKE_SCAN_CLEANING_H_
 

@@ -143,7 +143,7 @@ class Update {
       if (FlushFile(path)) return true;
       problem = "cannot be written: " + LastSystemError() + kRoomRemedy;
     }
-    // Pages go behind the old bytes and change none of them.
+    // Pages go after the old bytes and change none of them.
     if (begun_) fs::resize_file(path, size, error);
     return false;
   }

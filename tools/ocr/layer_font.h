@@ -20,7 +20,7 @@ class LayerFont {
   // The codes of a text in hexadecimal digits, four each.
   std::string CodesOf(std::u16string const& text);
 
-  // Tells viewers which letters the codes are. For a font whose layers are all laid.
+  // Says to viewers which letters the codes are. For a font whose layers are all laid.
   void Finish();
 
  private:
