@@ -82,4 +82,17 @@ TEST(AddHocrWord, TakesThePageThatItIsGiven) {
   EXPECT_EQ(document.words.at(0).page, 12);
 }
 
+TEST(WalkHocrNode, FirstClassOfANodeEndsItsAttributes) {
+  std::u16string const rest = u" id='w' title='bbox 1 2 3 4'>t</p>";
+  HocrDocument page;
+  int32_t value = -1;
+  sorrelin::WalkHocrNode(page, Tree(u"<p a='ocr_page' b='ocrx_word'" + rest).root(), value, 0);
+  EXPECT_EQ(page.words.size(), 0u);
+  EXPECT_EQ(page.page_widths.size(), 1u);
+  HocrDocument word;
+  sorrelin::WalkHocrNode(word, Tree(u"<p a='ocrx_word' b='ocr_page'" + rest).root(), value, 0);
+  EXPECT_EQ(word.words.size(), 1u);
+  EXPECT_EQ(word.page_widths.size(), 0u);
+}
+
 }  // namespace
