@@ -209,6 +209,31 @@ TEST(ClassicTable, HighestSectionOffsetIsKept) {
   EXPECT_EQ(SessionProbe::MaxSectionOffset(*document), second);
 }
 
+TEST(ClassicTable, LetterThatIsNeitherCountsAsFree) {
+  Objects objects(1);
+  Section section(objects.pdf, "xref\n0 1\n" + objects.Entry(1, 'x') + kTrailer);
+  EXPECT_EQ(section.result, 1);
+  EXPECT_EQ(section.Offset(1), objects.pdf.OffsetOf(1));
+  EXPECT_EQ(section.document.row(1).bInUse, 0u);
+}
+
+TEST(ClassicTable, EntriesBeforeABadOneStay) {
+  Objects objects(2);
+  Section section(objects.pdf,
+                  "xref\n1 2\n" + objects.Entry(1) + "abcdefghij 00000 n \n" + kTrailer);
+  EXPECT_EQ(section.result, 0);
+  EXPECT_EQ(section.document.error(), 24u);
+  EXPECT_EQ(section.Offset(1), objects.pdf.OffsetOf(1));
+  EXPECT_EQ(section.Offset(2), 0u);
+  EXPECT_EQ(SessionProbe::ObjectsInFile(*section.document), 2u);
+}
+
+TEST(ClassicTable, OffsetThatAFileCannotSeekToIsErrorOne) {
+  OpenDocument document(test::Bytes(200, ' '), test::Target::kFile);
+  EXPECT_EQ(document->BuildObjectListFromXrefTable(0x80000000, 0), 0);
+  EXPECT_EQ(document.error(), 1u);
+}
+
 struct FailureRow {
   char const* name;
   std::string text;  // after object 1
@@ -331,6 +356,12 @@ TEST(ObjectHeader, OffsetThatAFileCannotSeekToIsErrorOne) {
   OpenDocument document(test::ToBytes(Twenty("12 0 obj")), test::Target::kFile);
   EXPECT_EQ(document->GetRealObjectNumber(0xFFFFFFFF), 0u);
   EXPECT_EQ(document.error(), 1u);
+}
+
+TEST(ObjectHeader, HighestOffsetThatAFileSeeksToIsNoneWithoutACode) {
+  OpenDocument document(test::ToBytes(Twenty("12 0 obj")), test::Target::kFile);
+  EXPECT_EQ(document->GetRealObjectNumber(0x7FFFFFFF), 0u);
+  EXPECT_EQ(document.error(), 0u);
 }
 
 }  // namespace

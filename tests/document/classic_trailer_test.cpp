@@ -67,6 +67,31 @@ TEST(ClassicTrailer, PrevByReferenceIsTheObjectNumber) {
   EXPECT_EQ(Trailer(Full("/Prev 12 0 R")).prev, 12u);
 }
 
+TEST(ClassicTrailer, WithoutSizeGivesPrevAndLeavesTheCatalog) {
+  OpenDocument document(test::ToBytes("trailer << /Prev 5 /Root 3 0 R >> "));
+  SessionProbe::Catalog(*document) = 7;
+  DWORD prev = 0;
+  EXPECT_EQ(document->BuildObjectListFromTrailer(&prev), 0u);
+  EXPECT_EQ(document.error(), 1u);
+  EXPECT_EQ(prev, 5u);
+  EXPECT_EQ(SessionProbe::Catalog(*document), 7u);
+}
+
+TEST(ClassicTrailer, WithoutRootGivesSize) {
+  OpenDocument document(test::ToBytes("trailer << /Size 9 >> "));
+  DWORD prev = 0;
+  EXPECT_EQ(document->BuildObjectListFromTrailer(&prev), 0u);
+  EXPECT_EQ(SessionProbe::TrailerSize(*document), 9u);
+}
+
+// Kept: the scan runs on past the dictionary, to the number after startxref.
+TEST(ClassicTrailer, InfoOfOneNumberTakesTheNextNumberForItsGeneration) {
+  Trailer trailer("trailer\n<< /Size 9 /Root 3 1 R /Info 4 >>\nstartxref\n1234\n%%EOF\n");
+  EXPECT_EQ(trailer.result, 1u);
+  EXPECT_EQ(SessionProbe::Info(*trailer.document), 4u);
+  EXPECT_EQ(SessionProbe::InfoGeneration(*trailer.document), 1234u);
+}
+
 struct TrailerTextRow {
   char const* name;
   std::string keys;

@@ -208,6 +208,55 @@ TEST(ImageFilter, OutValuesAreNotWrittenForALengthOfZero) {
   }
 }
 
+// The data are looked for before the decoder is chosen.
+TEST(ImageFilter, ImageWithoutStreamIsCode24WhateverItsFilter) {
+  PdfBuilder pdf = OnePage{.page = "/Resources <</XObject <</Im0 7 0 R >> >>"}.Build();
+  pdf.Object(7, "<<" + kBilevel + "/Filter/ASCII85Decode /Length 2 >>");
+  PageDocument document(pdf);
+  DWORD compression = 77;
+  DWORD kind = 77;
+  EXPECT_EQ(document->LoadImageAndInfoFromPDF(0, &compression, &kind), nullptr);
+  EXPECT_EQ(document->PDF_GetLastError(), 24u);
+  EXPECT_EQ(compression, 77u);
+  EXPECT_EQ(kind, 77u);
+}
+
+TEST(ImageFilter, OutValuesAreNotWrittenForAPageOutOfRange) {
+  PdfBuilder pdf = OnePage{.image = kBilevel}.Build();
+  PageDocument document(pdf);
+  DWORD compression = 77;
+  DWORD kind = 77;
+  EXPECT_EQ(document->LoadImageAndInfoFromPDF(1, &compression, &kind), nullptr);
+  EXPECT_EQ(document->PDF_GetLastError(), 31u);
+  EXPECT_EQ(compression, 77u);
+  EXPECT_EQ(kind, 77u);
+}
+
+TEST(ImageFilter, IndexedImageOf8BitsIsOfKindTwo) {
+  PdfBuilder pdf = OnePage{.image =
+                               "/Subtype/Image /Width 2 /Height 1 /BitsPerComponent 8 "
+                               "/ColorSpace [/Indexed /DeviceRGB 255 6 0 R]"}
+                       .Build();
+  pdf.Stream(6, "", std::string(768, 'x'));
+  PageDocument document(pdf);
+  DWORD compression = 77;
+  DWORD kind = 77;
+  Block const bitmap(document->LoadImageAndInfoFromPDF(0, &compression, &kind));
+  EXPECT_EQ(ReadDib(bitmap).header.biBitCount, 8);
+  EXPECT_EQ(compression, 32u);
+  EXPECT_EQ(kind, 2u);
+}
+
+// Its lookup is a string, which is no palette.
+TEST(ImageFilter, IndexedImageOfOneBitNeedsNoPalette) {
+  Loaded const loaded =
+      Load({.image = kBilevel + "/ColorSpace [/Indexed /DeviceRGB 1 <FFFFFF000000>]"});
+  DibContent const dib = ReadDib(loaded.bitmap);
+  EXPECT_EQ(loaded.kind, 1u);
+  EXPECT_EQ(dib.rows, (std::vector<Bytes>{{'A', 0, 0, 0}, {'B', 0, 0, 0}}));
+  EXPECT_EQ(dib.table, (Bytes{0, 0, 0, 0, 255, 255, 255, 255}));
+}
+
 TEST(ImageFilter, KindOfTheLoadStaysInTheSession) {
   PdfBuilder pdf = OnePage{.image = kBilevel}.Build();
   PageDocument document(pdf);

@@ -181,6 +181,14 @@ TEST(TableFetch, OffsetThatAFileCannotSeekToIsErrorOne) {
   EXPECT_EQ(document.error(), 1u);
 }
 
+TEST(TableFetch, HighestOffsetThatAFileSeeksToGivesNullWithoutACode) {
+  OpenDocument document(Classic("x"), Target::kFile);
+  ASSERT_NE(document.Build(), 0u);
+  SessionProbe::Row(*document, 20).nOffset = 0x7FFFFFFF;
+  EXPECT_EQ(document.Load(20), std::nullopt);
+  EXPECT_EQ(document.error(), 0u);
+}
+
 TEST(TableFetch, ClosedDocumentGivesErrorOneUnlessTheRowIsZero) {
   OpenDocument document(Classic("x"));
   ASSERT_NE(document.Build(), 0u);
@@ -215,6 +223,17 @@ TEST(ObjectType, IsOneForOrdinaryObjects) {
                                       static_cast<DWORD>(text.size())),
               1u)
         << text;
+  }
+}
+
+TEST(ObjectType, OfNothingIsOneWithErrorTwo) {
+  OpenDocument document(test::Bytes(100, ' '));
+  std::string text = "<</Type/Page>>";
+  BYTE* const data = reinterpret_cast<BYTE*>(text.data());
+  for (auto const& [from, size] : {std::pair<BYTE*, DWORD>{nullptr, 5}, {data, 0}}) {
+    document->PDF_SetLastError(0);
+    EXPECT_EQ(document->GetObjectType(from, size), 1u);
+    EXPECT_EQ(document.error(), 2u);
   }
 }
 
@@ -414,6 +433,36 @@ TEST(IndexFetch, ClosedDocumentHasNoObjects) {
   EXPECT_FALSE(document.Fetch(4).valid);
   EXPECT_EQ(document.Load(4), std::nullopt);
   EXPECT_EQ(document.error(), 1u);
+}
+
+// One of the two extents is empty, which a scan of the document sets right.
+TEST(IndexFetch, TwoRowsOfOneOffsetAreScannedFor) {
+  PdfBuilder pdf("%PDF-1.5");
+  test::AddPageTree(pdf, 1);
+  size_t const offset = pdf.Object(4, "<</A 1>>");
+  pdf.Row(5, {1, offset, 0});
+  pdf.XrefStream(9);
+  OpenDocument document(pdf);
+  ASSERT_NE(document.Build(), 0u);
+  EXPECT_FALSE(document.reader().objects.index()->IsRebuilt());
+  document.Load(5);
+  EXPECT_THAT(document.Load(4), Optional(StartsWith("4 0 obj\n<</A 1>>\nendobj\n")));
+  EXPECT_TRUE(document.reader().objects.index()->IsRebuilt());
+}
+
+// The row of an object in a stream holds the stream's number, which then counts as an offset.
+TEST(IndexFetch, ObjectThatItsStreamDoesNotListIsReadFromItsRow) {
+  PdfBuilder pdf("%PDF-1.5");
+  test::AddPageTree(pdf, 1);
+  pdf.ObjectStream(10, {{4, "x"}});
+  pdf.Row(5, {2, 10, 1});
+  pdf.XrefStream(11);
+  OpenDocument document(pdf);
+  ASSERT_NE(document.Build(), 0u);
+  EXPECT_EQ(document.row(5).nOffset, 10u);
+  // Object 1 begins at 9, with "1"; what follows up to its "endobj" and one byte is served.
+  EXPECT_EQ(document.Load(5), " 0 obj\n<</Type/Catalog /Pages 2 0 R >>\nendobj\n");
+  EXPECT_EQ(document.error(), 0u);
 }
 
 }  // namespace

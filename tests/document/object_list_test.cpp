@@ -239,6 +239,20 @@ TEST(ObjectList, CountWithOneNumberInFrontOfRIsFollowed) {
   EXPECT_EQ(document->GetNumberOfPages(), 7u);
 }
 
+TEST(ObjectList, CountThatIsNoCleanNumberLeavesThePages) {
+  for (char const* const count : {"-3", "2.5"}) {
+    PdfBuilder pdf;
+    test::AddPageTree(pdf, 1);
+    pdf.Object(2, "<</Kids [3 0 R] /Count " + std::string(count) + " >>");
+    pdf.Classic();
+    OpenDocument document(pdf);
+    SessionProbe::TotalPages(*document) = 7;
+    EXPECT_EQ(document.Build(), 0u) << count;
+    EXPECT_EQ(document.error(), 1u) << count;
+    EXPECT_EQ(document->GetNumberOfPages(), 7u) << count;
+  }
+}
+
 TEST(ObjectList, RootThatIsObjectZeroFailsWithoutCode) {
   for (bool const stream : {false, true}) {
     PdfBuilder pdf("%PDF-1.5");

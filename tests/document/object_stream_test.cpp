@@ -229,6 +229,52 @@ TEST(ObjectStream, UnknownStreamIsLookedForAtTheStartOfTheFile) {
   EXPECT_EQ(document.reader().objects.index()->Extents().count({77, 0}), 1u);
 }
 
+// "4 0 5 2 " lists two objects; its first four bytes list one, whose text then begins with the
+// rest.
+TEST(ObjectStream, HeaderEndsAtFirst) {
+  ObjectStreamOptions const cut{.first = 4, .header = "4 0 5 2 "};
+  EXPECT_EQ(Served(With({{4, "abc"}, {5, "d"}}, cut), 4), Dressed(4, "5 2 abc d "));
+  EXPECT_EQ(Served(With({{4, "abc"}, {5, "d"}}, cut), 5), "");
+}
+
+TEST(ObjectStream, NulEndsTheHeader) {
+  ObjectStreamOptions const options{.header = std::string("4 0\0005 2 ", 8)};
+  PdfBuilder const pdf = With({{4, "abc"}, {5, "d"}}, options);
+  EXPECT_EQ(Served(pdf, 4), Dressed(4, "abc d "));
+  EXPECT_EQ(Served(pdf, 5), "");
+}
+
+TEST(ObjectStream, FirstOfZeroServesNothing) {
+  EXPECT_EQ(Served(With({{4, "abc"}}, {.first = 0}), 4), "");
+}
+
+// What object 4 of a stream with these dictionary keys is.
+std::string ServedBy(std::string const& keys) {
+  PdfBuilder pdf("%PDF-1.5");
+  test::AddPageTree(pdf, 1);
+  pdf.Object(10, "<<" + keys + " >>\nstream\n" + test::Deflate("4 0 abc") + "\nendstream");
+  pdf.Row(4, {2, 10, 0});
+  pdf.XrefStream(11);
+  return Served(pdf, 4);
+}
+
+TEST(ObjectStream, WithoutCountOrLengthIsUnreadable) {
+  std::string const length = "/Length " + std::to_string(test::Deflate("4 0 abc").size());
+  EXPECT_EQ(ServedBy("/N 1 /First 4 " + length + " /Filter /FlateDecode"), Dressed(4, "abc"));
+  EXPECT_EQ(ServedBy("/First 4 " + length + " /Filter /FlateDecode"), "");
+  EXPECT_EQ(ServedBy("/N 1 /First 4 /Filter /FlateDecode"), "");
+}
+
+// The stream's text must begin with its two numbers.
+TEST(ObjectStream, OffsetOfTheDictionaryIsUnreadableWithoutACode) {
+  PdfBuilder const pdf = With({{4, "abc"}});
+  OpenDocument document(pdf);
+  ASSERT_NE(document.Build(), 0u);
+  document.reader().objects.index()->Extents().at({10, 0}).nStart += 9;  // past "10 0 obj\n"
+  EXPECT_FALSE(document.Fetch(4).valid);
+  EXPECT_EQ(document.error(), 0u);
+}
+
 // A page tree, `streams` object streams from number 100 on, and in each the object 500 numbers on.
 PdfBuilder Many(DWORD streams) {
   PdfBuilder pdf("%PDF-1.5");

@@ -177,6 +177,11 @@ TEST(StreamDict, OddIndexThrows) {
   }
 }
 
+// The size is asked for first.
+TEST(StreamDict, OddIndexWithoutSizeFailsWithoutThrowing) {
+  EXPECT_EQ(Loaded(Object("/Length 5 /Index [3 2 10]"))->ParseStreamDict(), 0);
+}
+
 TEST(StreamDict, PrevStaysWhereThereIsNone) {
   Loaded with(Object("/Length 5 /Size 3 /Prev 99"));
   with->ParseStreamDict();

@@ -82,6 +82,23 @@ TEST_F(FlatReading, FailedOpenReturnsTheSessionsLastError) {
   EXPECT_EQ(pdf_OpenPDFInMemory(pdf_, "%PDF-1.4", 8), 1u);
 }
 
+// Kept: the stream route may fail without a code, and the last error is all that is returned.
+TEST_F(FlatReading, OpenThatFailsWithoutACodeReturnsTheLastErrorFromBefore) {
+  PdfBuilder pdf("%PDF-1.5");
+  AddPageTree(pdf, 1);
+  pdf.XrefStream(4, {.keys = ""});  // no /Root
+  Bytes const bytes = pdf.Document();
+  DWORD const size = static_cast<DWORD>(bytes.size());
+  EXPECT_EQ(pdf_OpenPDFInMemory(pdf_, bytes.data(), size), 32u);
+  pdf_ClosePDFInMemory(pdf_);
+  pdf_LoadImageFromPDF(pdf_, 0xFFFFFFFF);
+  EXPECT_EQ(pdf_OpenPDFInMemory(pdf_, bytes.data(), size), 31u);
+  pdf_ClosePDFInMemory(pdf_);
+  ASSERT_EQ(pdf_OpenPDFFile(pdf_, path_.c_str()), 0u);
+  EXPECT_NE(Block(pdf_LoadImageFromPDF(pdf_, 0)).get(), nullptr);
+  EXPECT_EQ(pdf_OpenPDFInMemory(pdf_, bytes.data(), size), 0u);
+}
+
 TEST_F(FlatReading, NumberOfPagesOfABadHandleIs0) {
   EXPECT_EQ(pdf_GetNumberOfPages(0), 0u);
   EXPECT_EQ(pdf_GetNumberOfPages(-1), 0u);
