@@ -92,6 +92,14 @@ TEST(ClassicTrailer, InfoOfOneNumberTakesTheNextNumberForItsGeneration) {
   EXPECT_EQ(SessionProbe::InfoGeneration(*trailer.document), 1234u);
 }
 
+// Kept: the number that was read stays, beside the generation of Root.
+TEST(ClassicTrailer, InfoOfOneNumberAtTheEndKeepsTheGenerationOfRoot) {
+  Trailer trailer("trailer << /Size 9 /Root 3 1 R /Info 4 >> ");
+  EXPECT_EQ(trailer.result, 1u);
+  EXPECT_EQ(SessionProbe::Info(*trailer.document), 4u);
+  EXPECT_EQ(SessionProbe::InfoGeneration(*trailer.document), 1u);
+}
+
 struct TrailerTextRow {
   char const* name;
   std::string keys;
