@@ -164,16 +164,17 @@ class PdfWriter:
     def add_jpeg(self, data: bytes, *, dpi: Resolution | None = None) -> None:
         """Adds a JPEG file (8 bits a sample, grey or YCbCr) as a page, byte for byte.
 
-        Without `dpi` the page has the file's own resolution, or else 96 dots per inch.
+        The document is a new one. Without `dpi` the page has the file's own resolution, or else 96 dots per inch.
         """
         x, y = _dots_per_inch(dpi)
         self._add_coded("pdf_AddJPEGPage", data, x, y)
 
     def add_group4(self, data: bytes, width: int, height: int, *, dpi: Resolution | None = None,
                    invert: bool = False) -> None:
-        """Adds Group 4 data (the highest bit first) as a page, byte for byte and not decoded.
+        """Adds Group 4 data (the highest bit first) as a page, byte for byte.
 
-        A black run is black, or white with `invert`. Without `dpi`, 96 dots per inch.
+        The document is a new one, and the data are not decoded. A black run is black, or
+        white with `invert`. Without `dpi`, 96 dots per inch.
         """
         if not (0 < width < 1 << 31 and 0 < height < 1 << 31):
             raise ValueError(f"a picture of {width} x {height} pixels")

@@ -1,6 +1,8 @@
 """Coded pictures, file objects and slices of the Python module."""
 
 import io
+import pathlib
+import tempfile
 import unittest
 
 import PIL.Image
@@ -38,6 +40,20 @@ class CodedPictures(unittest.TestCase):
         with self.assertRaises(sorrelin.PdfError) as caught, sorrelin.PdfWriter(None) as pdf:
             pdf.add_jpeg(b"no picture")
         self.assertEqual(caught.exception.code, 27)
+
+    def test_an_update_refuses_them_and_goes_on(self):
+        with tempfile.TemporaryDirectory() as folder:
+            path = pathlib.Path(folder, "document.pdf")
+            with sorrelin.PdfWriter(path, "a") as pdf:
+                pdf.add_jpeg(jpeg())
+            with sorrelin.PdfWriter(path, "a") as pdf:
+                with self.assertRaisesRegex(ValueError, "new documents only"):
+                    pdf.add_jpeg(jpeg())
+                with self.assertRaisesRegex(ValueError, "new documents only"):
+                    pdf.add_group4(b"\0\x10\x01", 8, 1)
+                pdf.add_page(bytes(400), size=(20, 20), bits=8)
+            with sorrelin.PdfReader(path) as read:
+                self.assertEqual([image.width for image in read], [72, 20])
 
 
 class Files(unittest.TestCase):
