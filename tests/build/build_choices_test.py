@@ -151,6 +151,33 @@ class Subproject(BuildTest):
         self.assertEqual([path for path in prefix.rglob("*") if path.is_file()], [])
 
 
+class Packages(unittest.TestCase):
+    def run_without_network(self, group):
+        """Runs scripts/packages.sh where nothing is installed and nothing can be."""
+        with tempfile.TemporaryDirectory(prefix="no network ") as folder:
+            for name in ("apt-get", "dpkg-query", "sudo"):
+                command = pathlib.Path(folder, name)
+                command.write_text("#!/bin/sh\nexit 100\n")
+                command.chmod(0o755)
+            return subprocess.run(
+                [pathlib.Path(SOURCE, "scripts/packages.sh"), group], text=True,
+                env={**os.environ, "PATH": f"{folder}:{os.environ['PATH']}"}, check=False,
+                stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+
+    def test_those_that_cannot_be_installed_are_named(self):
+        run = self.run_without_network("build")
+        self.assertEqual(run.returncode, 1)
+        for package in ("cmake", "zlib1g-dev", "libtesseract-dev"):
+            self.assertRegex(run.stderr, f"cannot be installed:.* {package}( |$)")
+
+    def test_a_minimal_build_asks_for_no_optional_part(self):
+        run = self.run_without_network("minimal")
+        self.assertNotIn("libtesseract-dev", run.stderr)
+
+    def test_another_group_is_refused(self):
+        self.assertEqual(self.run_without_network("everything").returncode, 2)
+
+
 if __name__ == "__main__":
     SOURCE = os.path.abspath(sys.argv.pop(1))
     unittest.main()
