@@ -163,7 +163,10 @@ class OcrTest : public AppendTest {
   // All words of the lines are in the document at their place, but for one.
   void ExpectWords(std::string const& name) const { ExpectWords(name, ExpectedWords()); }
   void ExpectWords(std::string const& name, std::vector<FoundWord> const& expected) const {
-    auto const found = WordsOf(name);
+    ExpectWords(WordsOf(name), expected);
+  }
+  static void ExpectWords(std::vector<FoundWord> const& found,
+                          std::vector<FoundWord> const& expected) {
     ASSERT_GE(expected.size(), 20u);
     size_t right = 0;
     for (FoundWord const& word : expected) {
@@ -171,7 +174,27 @@ class OcrTest : public AppendTest {
         return other.text == word.text && Overlap(word, other) > 0.5;
       });
     }
-    EXPECT_GE(right + 1, expected.size()) << TextOf(name);
+    std::string text;
+    for (FoundWord const& word : found) text += word.text + " ";
+    EXPECT_GE(right + 1, expected.size()) << text;
+  }
+
+  // The words that the program prints for a file of one page.
+  std::vector<FoundWord> PrintedWords(std::string const& name) const {
+    constexpr double kScale = 72.0 / kPageDpi;
+    std::istringstream lines(OutputOf({SORRELIN_TOOL, "words", Path(name)}));
+    std::vector<FoundWord> words;
+    for (std::string line; std::getline(lines, line);) {
+      char text[64] = "";
+      int left = 0, top = 0, right = 0, bottom = 0;
+      EXPECT_EQ(std::sscanf(line.c_str() + line.find(", \"text\": "),
+                            ", \"text\": \"%63[^\"]\", \"box\": [%d, %d, %d, %d]", text, &left,
+                            &top, &right, &bottom),
+                5)
+          << line;
+      words.push_back({text, left * kScale, top * kScale, right * kScale, bottom * kScale});
+    }
+    return words;
   }
 
   // The coded data of all pictures, as poppler takes them out.

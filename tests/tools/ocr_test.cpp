@@ -1,8 +1,10 @@
 // Invisible text on pages: of make and append, and of documents that are there.
 #include <signal.h>
 
+#include <chrono>
 #include <cstdlib>
 #include <iterator>
+#include <random>
 #include <set>
 
 #include "tests/tools/ocr_fixture.h"
@@ -13,7 +15,16 @@ namespace {
 using ::testing::HasSubstr;
 using ::testing::StartsWith;
 
-class Ocr : public OcrTest {};
+class Ocr : public OcrTest {
+ protected:
+  // A document whose page has a word that no picture shows.
+  void WriteTypedPage(std::string const& name) const {
+    std::ofstream(Path("text.ps")) << "/Helvetica findfont 12 scalefont setfont 72 60 moveto "
+                                      "(Typed) show showpage\n";
+    OutputOf({GHOSTSCRIPT, "-q", "-dNOPAUSE", "-dBATCH", "-sDEVICE=pdfwrite",
+              "-sOutputFile=" + Path(name), Path("text.ps")});
+  }
+};
 
 TEST_F(Ocr, MadePagesHaveWordsWhereTheyAreSeenAndTheirPicturesAsTheyWere) {
   WritePix("page.png", Lines());
@@ -97,15 +108,25 @@ TEST_F(Ocr, VerbLaysTextOnceAndRedoReplacesIt) {
 }
 
 TEST_F(Ocr, PagesWithOtherTextAreLeftAlone) {
-  std::ofstream(Path("text.ps")) << "/Helvetica findfont 12 scalefont setfont 72 700 moveto "
-                                    "(Typed) show showpage\n";
-  OutputOf({GHOSTSCRIPT, "-q", "-dNOPAUSE", "-dBATCH", "-sDEVICE=pdfwrite", "-sOutputFile=" + Out(),
-            Path("text.ps")});
+  WriteTypedPage("out.pdf");
   Bytes const before = Document();
   RunQuietly({"ocr", Out(), "--redo"});
   EXPECT_EQ(Document(), before);
   RunQuietly({"ocr", Out(), "--redo", "--output", Path("copy.pdf")});
   EXPECT_EQ(ReadAll(Path("copy.pdf")), before);
+}
+
+// A page with text of another program besides the layer is one with other text.
+TEST_F(Ocr, RedoLeavesTextOfOthersBesideTheLayer) {
+  WritePix("page.png", Lines());
+  RunQuietly({"make", Path("plain.pdf"), Path("page.png"), "--ocr", "eng"});
+  WriteTypedPage("typed.pdf");
+  OutputOf({"qpdf", Path("plain.pdf"), "--overlay", Path("typed.pdf"), "--", Out()});
+  auto const count = WordsOf("out.pdf").size();
+  RunQuietly({"ocr", Out(), "--redo"});
+  EXPECT_THAT(TextOf("out.pdf"), HasSubstr("Typed"));
+  EXPECT_EQ(WordsOf("out.pdf").size(), count);
+  ExpectWords("out.pdf");
 }
 
 TEST_F(Ocr, TurnedPagesAreShownUprightAndHaveTheirWords) {
@@ -203,6 +224,7 @@ TEST_F(Ocr, PageThatTakesTooLongIsKeptAndNamed) {
   EXPECT_EQ(result.exit_code, 1);
   EXPECT_THAT(result.err, HasSubstr("page 1: is not recognised within the time"));
   EXPECT_EQ(CountPages(), "1\n");
+  EXPECT_EQ(TextOf("out.pdf"), "\f");
 }
 
 // A sheet of many colours without a sharp edge, as of a photograph.
@@ -235,19 +257,35 @@ TEST_F(Ocr, HugePageIsKeptAndNamed) {
   EXPECT_THAT(Run({"words", Path("huge.tif")}).err, HasSubstr("is too large to be recognised"));
 }
 
-// Wherever the run is when it ends, the document is the old one or the new one, and nothing is left
-// beside it but what a directory of its own holds.
-TEST_F(Ocr, KilledRunLeavesTheOldDocument) {
+// Wherever the run is when it ends, the document is the old one or the new one.
+class KilledOcr : public Ocr, public ::testing::WithParamInterface<char const*> {};
+
+INSTANTIATE_TEST_SUITE_P(Verbs, KilledOcr, ::testing::Values("make", "append", "ocr"));
+
+TEST_P(KilledOcr, LeavesTheOldDocumentOrTheNewOne) {
+  std::string const verb = GetParam();
   WritePix("page.png", Lines());
   RunQuietly({"make", Out(), Path("page.png")});
-  Bytes const before = Document();
-  for (std::string const delay : {"0.1", "0.6", "1.2"}) {
-    RunProgram({"timeout", "-s", "KILL", delay, SORRELIN_TOOL, "ocr", Out()});
-    if (Document() != before) break;
-    EXPECT_EQ(CountPages(), "1\n");
+  Bytes const old = Document();
+  std::vector<std::string> run = {SORRELIN_TOOL, verb, Out()};
+  if (verb != "ocr") run.insert(run.end(), {Path("page.png"), "--ocr", "eng"});
+  if (verb == "make") run.push_back("--force");
+  std::vector<std::string> const date = {"SOURCE_DATE_EPOCH=1"};
+  auto const begin = std::chrono::steady_clock::now();
+  ASSERT_EQ(RunProgram(run, {}, date).exit_code, 0);
+  std::chrono::duration<double> const length = std::chrono::steady_clock::now() - begin;
+  Bytes const whole = Document();
+  EXPECT_THAT(TextOf("out.pdf"), HasSubstr("harbour"));
+  std::minstd_rand random(7);
+  std::uniform_real_distribution<double> share(0.1, 1.0);
+  for (int i = 0; i < 5; ++i) {
+    WriteAll(Out(), old);
+    std::vector<std::string> killed = {"timeout", "-s", "KILL",
+                                       std::to_string(length.count() * share(random))};
+    killed.insert(killed.end(), run.begin(), run.end());
+    RunProgram(killed, {}, date);
+    EXPECT_TRUE(Document() == old || Document() == whole) << "run " << i;
   }
-  RunQuietly({"ocr", Out()});
-  ExpectWords("out.pdf");
 }
 
 TEST_F(Ocr, EncryptedSignedAndDamagedDocumentsAreLeftAlone) {
@@ -326,6 +364,31 @@ TEST_F(Ocr, WordsOfDocumentsAndTurnedPicturesComeInEveryForm) {
               ::testing::AllOf(StartsWith("level\tpage_num\t"), HasSubstr("\tharbour\n")));
 }
 
+TEST_F(Ocr, WordsOfTiltedPicturesAreBoxedWhereTheyAreSeen) {
+  for (double const degrees : {-5.0, 4.0}) {
+    PixPtr const page = TiltedLines(degrees);
+    WritePix("page.png", page);
+    RunQuietly({"make", Out(), Path("page.png"), "--force"});
+    for (char const* name : {"page.png", "out.pdf"}) {
+      ExpectWords(PrintedWords(name), TiltedWords(degrees, page));
+    }
+  }
+}
+
+TEST_F(Ocr, WordsAreTheSameFromOneJobAndFromTwo) {
+  for (int page = 0; page < 3; ++page) {
+    WritePix("page" + std::to_string(page) + ".png", page == 1 ? TiltedLines(3) : Lines(page));
+  }
+  RunQuietly({"make", Out(), Path("page0.png"), Path("page1.png"), Path("page2.png")});
+  ProgramResult const one = Run({"words", Out(), "--jobs", "1"});
+  ProgramResult const two = Run({"words", Out(), "--jobs", "2"});
+  EXPECT_EQ(one.exit_code, 0);
+  EXPECT_EQ(one.out, two.out);
+  for (char const* page : {"1", "2", "3"}) {
+    EXPECT_THAT(one.out, HasSubstr(std::string("\"page\": ") + page + ", \"text\": \"harbour\""));
+  }
+}
+
 TEST_F(Ocr, MarkupOfWordsIsWellFormed) {
   WritePix("page.png", Lines());
   for (std::string const form : {"hocr", "alto"}) {
@@ -342,15 +405,18 @@ TEST_F(Ocr, MarkupOfWordsIsWellFormed) {
 
 TEST_F(Ocr, ScannedPagesAreStraightenedAndBlankOnesLeftOut) {
   PixPtr const lines = Lines();
-  WritePix("tilted.png",
-           PixPtr(pixRotate(lines.get(), 0.035F, L_ROTATE_AREA_MAP, L_BRING_IN_WHITE, 0, 0)));
+  PixPtr const tilted(pixRotate(lines.get(), 0.035F, L_ROTATE_AREA_MAP, L_BRING_IN_WHITE, 0, 0));
+  for (int i = 0; i < 4; ++i) pixSetPixel(tilted.get(), kPageWidth / 2 + i % 2, 8 + i / 2, 0);
+  WritePix("tilted.png", tilted);
   WritePix("blank.png", Blank());
   RunQuietly({"make", Path("plain.pdf"), Path("tilted.png"), Path("blank.png")});
   ProgramResult const result =
-      Make({Out(), Path("tilted.png"), Path("blank.png"), "--deskew", "--skip-blank"});
+      Make({Out(), Path("tilted.png"), Path("blank.png"), "--deskew", "--clean", "--skip-blank"});
   EXPECT_EQ(result.exit_code, 0);
-  EXPECT_THAT(result.err, HasSubstr("blank.png: is blank and left out: 0.000 percent ink"));
+  EXPECT_THAT(result.err,
+              HasSubstr("blank.png: is blank and left out: 0.000 percent ink (limit 0.05)"));
   EXPECT_THAT(result.err, HasSubstr("straightened: page 1"));
+  EXPECT_THAT(result.err, HasSubstr("specks removed: page 1"));
   EXPECT_EQ(CountPages("plain.pdf"), "2\n");
   EXPECT_EQ(CountPages(), "1\n");
 }

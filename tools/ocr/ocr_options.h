@@ -16,6 +16,7 @@ struct OcrOptions {
   bool turn = false;      // pages are turned so that their text is upright
   int segmentation = kUsualSegmentation;
   int form = AVERNA_PDF;        // of the engine's result
+  bool straighten = true;       // tilted pictures are recognised in a straight copy
   int first_number = 0;         // of the first page, where the form has numbers
   int timeout = kUsualTimeout;  // seconds a page; 0: none
 

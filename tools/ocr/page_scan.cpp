@@ -43,8 +43,9 @@ class DocumentScanner : public PageScanner {
     int const orientation = OrientationOf(*place, rotation);
     pix = Upright(std::move(pix), orientation);
     if (pix == nullptr) return {};
+    SheetSize const size = SizeOf(pix.get());
     std::vector<ScannedPicture> scanned;
-    scanned.push_back({{std::move(pix), picture.dpi}, UprightPlace(*place, orientation)});
+    scanned.push_back({{std::move(pix), picture.dpi}, UprightPlace(*place, orientation), size});
     return scanned;
   }
 
@@ -61,6 +62,10 @@ std::unique_ptr<PageScanner> PageScanner::Open(std::string const& name, std::str
   auto pictures = QpdfDocument::Open(name, "", problem);
   if (pictures == nullptr) return nullptr;
   return std::make_unique<DocumentScanner>(std::move(pictures), std::move(places));
+}
+
+SheetSize SizeOf(Pix* pix) {
+  return {static_cast<double>(pixGetWidth(pix)), static_cast<double>(pixGetHeight(pix))};
 }
 
 bool TurnQuarters(ScannedPicture& scanned, int quarters) {

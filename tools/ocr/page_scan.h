@@ -13,8 +13,11 @@ namespace sorrelin::tool {
 
 struct ScannedPicture {
   Picture picture;
-  Matrix place;  // from the unit square that the picture fills to the page, in points
+  Matrix place;     // from the unit square that the picture fills to the page, in points
+  SheetSize shown;  // the size of the picture before it was turned or straightened
 };
+
+SheetSize SizeOf(Pix* pix);
 
 class PageScanner {
  public:

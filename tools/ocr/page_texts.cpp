@@ -3,7 +3,7 @@
 //
 //   B  a page begins
 //   T  its text lies on its side: clockwise quarter turns (32 bits)
-//   L  the text of a picture: its matrix (6 doubles) and the engine's result
+//   L  the text of a picture: its matrix (6 doubles), its size (2 doubles), the engine's result
 //   E  the page is done
 //   P  the page has no text: why
 //   X  nothing can be recognised: why
@@ -63,6 +63,12 @@ Value ValueOf(std::string_view bytes) {
   std::memcpy(&value, bytes.data(), std::min(bytes.size(), sizeof value));
   return value;
 }
+
+// Where a picture's text belongs.
+struct Spot {
+  Matrix place;
+  SheetSize shown;
+};
 
 // Ends the process when a page takes too long. For a process that has nothing to tidy up.
 class Watchdog {
@@ -153,6 +159,9 @@ class Recognizer {
   bool ReadPictures(unsigned page, std::string& problem) {
     auto pictures = scanner_->Scan(page, problem);
     if (pictures.empty()) return false;
+    if (!IsLayer()) {
+      for (ScannedPicture& scanned : pictures) scanned.place = PixelPlace(scanned.shown);
+    }
     if (options_.turn && !Turn(pictures)) return false;
     if (text_engine_ == nullptr) return true;
     bool has_words = false;
@@ -178,7 +187,8 @@ class Recognizer {
   }
 
   bool ReadPicture(unsigned page, ScannedPicture& scanned, bool& has_words, std::string& problem) {
-    if (IsLayer() && !(MakeSquare(scanned) && Straighten(scanned))) return false;
+    if (IsLayer() && !MakeSquare(scanned)) return false;
+    if (options_.straighten && !Straighten(scanned)) return false;
     if (!text_engine_->Recognize(std::move(scanned.picture), options_.segmentation,
                                  options_.timeout, problem)) {
       return false;
@@ -191,7 +201,7 @@ class Recognizer {
     auto const result = text_engine_->Result(options_.form, number, problem);
     if (!result) return false;
     has_words = true;
-    return Send(link_, 'L', BytesOf(scanned.place) + *result);
+    return Send(link_, 'L', BytesOf(Spot{scanned.place, scanned.shown}) + *result);
   }
 
   OcrOptions const& options_;
@@ -285,9 +295,7 @@ class Job {
         page.quarter_turns = ValueOf<int>(payload);
         break;
       case 'L':
-        page.pictures.push_back(
-            {std::string(payload.substr(std::min(payload.size(), sizeof(Matrix)))),
-             ValueOf<Matrix>(payload)});
+        page.pictures.push_back(TextIn(payload));
         break;
       case 'E':
         Finish({});
@@ -296,6 +304,12 @@ class Job {
         Finish(std::string(payload));
         break;
     }
+  }
+
+  static PictureText TextIn(std::string_view payload) {
+    auto const spot = ValueOf<Spot>(payload);
+    return {std::string(payload.substr(std::min(payload.size(), sizeof(Spot)))), spot.place,
+            spot.shown};
   }
 
   void Finish(std::string problem) {

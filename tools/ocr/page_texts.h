@@ -14,7 +14,10 @@ namespace sorrelin::tool {
 // The recognised text of a picture.
 struct PictureText {
   std::string data;  // in the form asked for; as AVERNA_PDF, a page that covers the picture
-  Matrix place;      // from the unit square that the picture fills to the page, in points
+  // From the unit square that the recognised picture fills: as AVERNA_PDF to the page, in points;
+  // in other forms to the pixels of the page's picture as viewers show it.
+  Matrix place;
+  SheetSize shown;  // the size of that picture
 };
 
 struct PageText {

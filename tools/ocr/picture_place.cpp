@@ -73,6 +73,10 @@ bool IsMirrored(int orientation) {
 
 }  // namespace
 
+Matrix PixelPlace(SheetSize const& picture) {
+  return {picture.width, 0, 0, -picture.height, 0, picture.height};
+}
+
 Matrix UprightPlace(Matrix const& place, int orientation) {
   Matrix const mirrored = IsMirrored(orientation) ? kMirror.Then(place) : place;
   return TurnedPlace(mirrored, QuartersOf(orientation));

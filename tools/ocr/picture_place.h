@@ -9,6 +9,15 @@
 
 namespace sorrelin::tool {
 
+// In pixels.
+struct SheetSize {
+  double width = 0;
+  double height = 0;
+};
+
+// From the unit square of a picture to its pixels, counted from its upper left corner.
+Matrix PixelPlace(SheetSize const& picture);
+
 // From the unit square of the picture that is brought upright to the page, where `place` is that of
 // the picture as it is stored.
 Matrix UprightPlace(Matrix const& place, int orientation);

@@ -3,6 +3,9 @@
 
 #include <siblings/averna/averna.h>
 
+#include <algorithm>
+#include <cmath>
+#include <tuple>
 #include <utility>
 
 #include "tools/cli/json.h"
@@ -40,35 +43,44 @@ constexpr char kAltoHead[] =
     "<Layout>\n";
 constexpr char kAltoTail[] = "</Layout>\n</alto>\n";
 
-struct Size {
-  int32_t width = 0;
-  int32_t height = 0;
-};
-
 bool StartsLine(HocrWord const& word, HocrWord const& before) {
   return word.left < before.left || word.top >= before.bottom || word.bottom <= before.top;
 }
 
-// Undoes a quarter turn clockwise, after which the picture was of this size.
-void TurnBack(HocrWord& word, Size const& turned) {
-  HocrWord const old = word;
-  word.left = old.top;
-  word.right = old.bottom;
-  word.top = turned.width - old.right;
-  word.bottom = turned.width - old.left;
+// The pixels from `middle` - `half` to `middle` + `half`, within a side of the picture.
+std::pair<int32_t, int32_t> Pixels(double middle, double half, double side) {
+  auto const within = [side](double at) {
+    return static_cast<int32_t>(std::lround(std::clamp(at, 0.0, side)));
+  };
+  return {within(middle - half), within(middle + half)};
+}
+
+// Takes a word's box from the picture that was recognised, of this size, to the one that is shown.
+void PutBack(HocrWord& word, SheetSize const& recognized, Matrix const& place,
+             SheetSize const& shown) {
+  Matrix const box = Matrix{(word.right - word.left) / recognized.width,
+                            0,
+                            0,
+                            (word.bottom - word.top) / recognized.height,
+                            word.left / recognized.width,
+                            1 - word.bottom / recognized.height}
+                         .Then(place);
+  double const across = (std::abs(box.a) + std::abs(box.c)) / 2;
+  double const down = (std::abs(box.b) + std::abs(box.d)) / 2;
+  std::tie(word.left, word.right) = Pixels(box.e + (box.a + box.c) / 2, across, shown.width);
+  std::tie(word.top, word.bottom) = Pixels(box.f + (box.b + box.d) / 2, down, shown.height);
 }
 
 }  // namespace
 
-std::optional<std::vector<HocrWord>> WordsOfPage(std::string const& hocr, int quarter_turns) {
+std::optional<std::vector<HocrWord>> WordsOfPage(std::string const& hocr, Matrix const& place,
+                                                 SheetSize const& shown) {
   auto const text = Utf16(kHocrHead + hocr + kHocrTail);
   HocrDocument document;
   if (!text || ParseHocr(document, text->c_str()) == 0) return std::nullopt;
-  Size size = {document.width, document.height};
-  for (int i = 0; i < quarter_turns; ++i) {
-    for (HocrWord& word : document.words) TurnBack(word, size);
-    std::swap(size.width, size.height);
-  }
+  SheetSize const recognized = {std::max(document.width, 1) * 1.0,
+                                std::max(document.height, 1) * 1.0};
+  for (HocrWord& word : document.words) PutBack(word, recognized, place, shown);
   return std::move(document.words);
 }
 

@@ -9,12 +9,15 @@
 #include <string_view>
 #include <vector>
 
+#include "tools/ocr/picture_place.h"
+
 namespace sorrelin::tool {
 
-// The words of a page in the engine's hOCR, in reading order. The picture was turned clockwise by
-// `quarter_turns` before it was recognised; the boxes are in pixels of the picture before that.
-// nullopt if the text cannot be read.
-std::optional<std::vector<HocrWord>> WordsOfPage(std::string const& hocr, int quarter_turns);
+// The words of a page in the engine's hOCR, in reading order. Their boxes are those around the
+// words in the picture that is `shown`, where `place` leads from the one that was recognised, which
+// may have been turned and straightened. nullopt if the text cannot be read.
+std::optional<std::vector<HocrWord>> WordsOfPage(std::string const& hocr, Matrix const& place,
+                                                 SheetSize const& shown);
 
 // One line of JSON without its end. Pages count from 1.
 std::string WordJson(std::string const& file, int page, HocrWord const& word);

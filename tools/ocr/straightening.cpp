@@ -25,10 +25,6 @@ float TiltOf(Pix* pix) {
 
 double RadiansOf(double degrees) { return degrees * std::numbers::pi / kHalfTurn; }
 
-SheetSize SizeOf(Pix* pix) {
-  return {static_cast<double>(pixGetWidth(pix)), static_cast<double>(pixGetHeight(pix))};
-}
-
 // In grey, with paper of one tone whatever the light on it: where it is darker than the corners
 // that a turn adds, the engine takes it for a picture. Null when memory is short.
 PixPtr EvenGrey(Pix* pix) {

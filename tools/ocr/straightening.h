@@ -7,11 +7,7 @@
 namespace sorrelin::tool {
 
 // The place of a picture's straight copy: `degrees` clockwise about the middle of the picture, on a
-// sheet that takes all of it. Sizes are in pixels.
-struct SheetSize {
-  double width;
-  double height;
-};
+// sheet that takes all of it.
 Matrix StraightPlace(Matrix const& place, SheetSize picture, SheetSize copy, double degrees);
 
 // Turns a picture whose lines are tilted by a few degrees until they are level, on a larger sheet

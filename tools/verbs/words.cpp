@@ -15,8 +15,10 @@
 #include "tools/formats/plain_picture.h"
 #include "tools/make/page_options.h"
 #include "tools/ocr/ocr_engine.h"
+#include "tools/ocr/page_scan.h"
 #include "tools/ocr/page_texts.h"
 #include "tools/ocr/recognized_words.h"
+#include "tools/ocr/straightening.h"
 #include "tools/ocr/text_layers.h"
 #include "tools/verbs/verbs.h"
 
@@ -30,6 +32,9 @@ struct WordsOptions {
   bool text = false;
   int jobs = UsualJobs();
 };
+
+// Whether the program prints the words itself, and not what the engine wrote.
+bool IsOwnForm(WordForm form) { return form == WordForm::kJson || form == WordForm::kText; }
 
 constexpr char kDocumentStart[] = "%PDF-";
 
@@ -52,26 +57,34 @@ class PictureReader {
     return text_engine_ != nullptr;
   }
 
-  // The engine's result for a picture that is the page of this number, from 0, among all. nullopt
-  // with the reason in `problem`.
-  std::optional<std::string> Read(Picture picture, OcrOptions const& options, int number,
-                                  int& quarter_turns, std::string& problem) {
+  // The text of a picture that is the page of this number, from 0, among all. nullopt with the
+  // reason in `problem`.
+  std::optional<PictureText> Read(Picture picture, OcrOptions const& options, int number,
+                                  std::string& problem) {
     Pix* const pix = picture.pix.get();
     if (!FitsEngine(static_cast<uint64_t>(pixGetWidth(pix)),
                     static_cast<uint64_t>(pixGetHeight(pix)), problem)) {
       return std::nullopt;
     }
-    quarter_turns = turn_engine_ != nullptr ? turn_engine_->QuarterTurns(picture) : 0;
-    picture.pix.reset(pixRotateOrth(picture.pix.get(), quarter_turns));
-    if (picture.pix == nullptr) return problem = kMemoryText, std::nullopt;
-    if (!text_engine_->Recognize(std::move(picture), options.segmentation, options.timeout,
+    SheetSize const size = SizeOf(pix);
+    ScannedPicture scanned = {std::move(picture), PixelPlace(size), size};
+    if (!MakeUpright(scanned, options)) return problem = kMemoryText, std::nullopt;
+    if (!text_engine_->Recognize(std::move(scanned.picture), options.segmentation, options.timeout,
                                  problem)) {
       return std::nullopt;
     }
-    return text_engine_->Result(options.form, number, problem);
+    auto result = text_engine_->Result(options.form, number, problem);
+    if (!result) return std::nullopt;
+    return PictureText{std::move(*result), scanned.place, size};
   }
 
  private:
+  // False when memory is short.
+  bool MakeUpright(ScannedPicture& scanned, OcrOptions const& options) {
+    int const turns = turn_engine_ != nullptr ? turn_engine_->QuarterTurns(scanned.picture) : 0;
+    return TurnQuarters(scanned, turns) && (!options.straighten || Straighten(scanned));
+  }
+
   std::unique_ptr<OcrEngine> text_engine_;
   std::unique_ptr<OcrEngine> turn_engine_;
 };
@@ -118,7 +131,7 @@ class Words {
       int const page = static_cast<int>(text.page) + 1;
       if (!text.problem.empty()) Report(name, PlaceOf(page) + text.problem);
       for (PictureText const& picture : text.pictures) {
-        Print(name, page, picture.data, text.quarter_turns);
+        Print(name, page, picture);
       }
     }
   }
@@ -146,9 +159,8 @@ class Words {
     int const pages = source.PageCount();
     for (int page = 0; page < pages; ++page) {
       std::string problem;
-      int quarter_turns = 0;
-      if (auto const text = ReadPage(source, page, quarter_turns, problem)) {
-        Print(name, first + page, *text, quarter_turns);
+      if (auto const text = ReadPage(source, page, problem)) {
+        Print(name, first + page, *text);
       } else {
         Report(name, (several || pages > 1 ? PlaceOf(first + page) : "") + problem);
       }
@@ -156,26 +168,25 @@ class Words {
     if (std::string const damage = source.Damage(); !damage.empty()) Report(name, damage);
   }
 
-  std::optional<std::string> ReadPage(ImageSource& source, int page, int& quarter_turns,
-                                      std::string& problem) {
+  std::optional<PictureText> ReadPage(ImageSource& source, int page, std::string& problem) {
     auto picture = source.Decode(page, problem);
     if (picture && !picture->damage.empty()) problem = DamageText(picture->damage);
     if (!picture || !picture->damage.empty()) return std::nullopt;
     if (!GiveUpSamples(*picture)) return problem = kMemoryText, std::nullopt;
-    return reader_.Read(std::move(*picture), options_.ocr, number_++, quarter_turns, problem);
+    return reader_.Read(std::move(*picture), options_.ocr, number_++, problem);
   }
 
   static std::string PlaceOf(int page) { return "page " + std::to_string(page) + ": "; }
 
-  void Print(std::string const& name, int page, std::string const& data, int quarter_turns) {
-    if (options_.form == WordForm::kJson || options_.form == WordForm::kText) {
-      auto const words = WordsOfPage(data, quarter_turns);
+  void Print(std::string const& name, int page, PictureText const& text) {
+    if (IsOwnForm(options_.form)) {
+      auto const words = WordsOfPage(text.data, text.place, text.shown);
       if (!words)
         return Report(
             name, PlaceOf(page) + "the engine's answer cannot be read (see that Tesseract works)");
       PrintWords(name, page, *words);
     } else {
-      std::fputs(data.c_str(), stdout);
+      std::fputs(text.data.c_str(), stdout);
     }
     FlushOutput();
   }
@@ -213,7 +224,9 @@ a page are lines of text, with a form feed between pages. "hocr", "tsv" and
 
 Pictures that are not upright are turned before they are recognised, unless
 --orientation is keep. Boxes of JSON are those before the turn, and those of
-hOCR, TSV and ALTO those after it.
+hOCR, TSV and ALTO those after it. For JSON and text, pictures tilted by a few
+degrees are straightened before they are recognised; boxes of JSON are those
+around the words in the picture as it is.
 
 The recognition is Tesseract's, whose data for each language are a package of
 their own; several languages are joined as in eng+deu, and auto takes those of
@@ -245,6 +258,7 @@ void AddWords(Program& program) {
   verb.Runs([options] {
     if (options->text) options->form = WordForm::kText;
     options->ocr.form = EngineFormOf(options->form);
+    options->ocr.straighten = IsOwnForm(options->form);
     return Words(*options).Run();
   });
 }
