@@ -14,9 +14,9 @@ viewers=(ghostscript graphicsmagick mupdf-tools poppler-utils)
 packaging=(build-essential debhelper dh-python doxygen lintian mmdebstrap python3)
 fuzzing=(ninja-build clang libclang-rt-14-dev)
 witnesses=(ninja-build ccache libgtest-dev libgmock-dev libbenchmark-dev qpdf
-  img2pdf imagemagick jbig2dec libheif-examples libjpeg-turbo-progs libopenjp2-tools netpbm ocrmypdf sane-utils
-  libtiff-tools webp fonts-dejavu-core fonts-vlgothic tesseract-ocr tesseract-ocr-eng
-  tesseract-ocr-heb tesseract-ocr-jpn-vert tesseract-ocr-osd
+  img2pdf imagemagick jbig2dec giflib-tools libheif-examples libjpeg-turbo-progs libopenjp2-tools
+  libpng-tools libtiff-tools netpbm ocrmypdf sane-utils webp fonts-dejavu-core fonts-vlgothic
+  tesseract-ocr tesseract-ocr-eng tesseract-ocr-heb tesseract-ocr-jpn-vert tesseract-ocr-osd
   doxygen python3 python3-numpy python3-pil mypy man-db mandoc zsh fish tmux clang-format abigail-tools)
 
 case "${1:-}" in
