@@ -106,9 +106,24 @@ Picture PictureOf(SorrelinHeifPicture const& decoded) {
   return picture;
 }
 
+// Whether a box of the file describes a film (ISO/IEC 14496-12, 8.2.1). Its pictures are not read.
+bool HasFilm(std::span<BYTE const> file) {
+  constexpr size_t kBoxHeaderBytes = 8;
+  while (file.size() >= kBoxHeaderBytes) {
+    if (std::memcmp(file.data() + 4, "moov", 4) == 0) return true;
+    size_t const bytes =
+        size_t{file[0]} << 24 | size_t{file[1]} << 16 | size_t{file[2]} << 8 | file[3];
+    if (bytes < kBoxHeaderBytes || bytes > file.size()) return false;
+    file = file.subspan(bytes);
+  }
+  return false;
+}
+
 class HeifSource : public ImageSource {
  public:
-  HeifSource(std::vector<BYTE> bytes, int pages) : bytes_(std::move(bytes)), pages_(pages) {}
+  HeifSource(std::vector<BYTE> bytes, int pages) : bytes_(std::move(bytes)), pages_(pages) {
+    if (HasFilm(bytes_)) AddChange(Change::kFirstPicture);
+  }
 
   int PageCount() const override { return pages_; }
   std::optional<StoredImage> Stored(int) override { return std::nullopt; }

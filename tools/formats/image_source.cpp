@@ -86,7 +86,9 @@ class JpegSource : public ImageSource {
 class PngSource : public ImageSource {
  public:
   explicit PngSource(std::vector<BYTE> bytes)
-      : bytes_(std::move(bytes)), chunks_(ReadPngChunks(bytes_)) {}
+      : bytes_(std::move(bytes)), chunks_(ReadPngChunks(bytes_)) {
+    if (chunks_ && chunks_->animated) AddChange(Change::kFirstPicture);
+  }
 
   int PageCount() const override { return 1; }
 

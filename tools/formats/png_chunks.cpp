@@ -111,6 +111,15 @@ void ReadDensity(std::span<BYTE const> data, PngChunks& png) {
              WholeDots(NumberAt(data, 4) * kMetresPerInch)};
 }
 
+// An animation's pictures (APNG) are counted in acTL. The one of IDAT is among them if an fcTL
+// comes before it.
+void ReadAnimation(Chunk const& chunk, PngChunks& png, uint32_t& others) {
+  constexpr size_t kControlBytes = 8;
+  if (chunk.type == "acTL" && chunk.data.size() == kControlBytes) others = NumberAt(chunk.data, 0);
+  if (chunk.type == "fcTL" && png.data.empty() && others > 0) --others;
+  png.animated = others > 0;
+}
+
 void ReadOptional(Chunk const& chunk, PngChunks& png) {
   if (chunk.type == "PLTE") png.palette = chunk.data;
   if (chunk.type == "tRNS") png.transparent = true;
@@ -187,10 +196,12 @@ std::optional<PngChunks> ReadPngChunks(std::span<BYTE const> file) {
   auto const header = TakeChunk(rest);
   PngChunks png;
   if (!header || header->type != "IHDR" || !ReadHeader(header->data, png)) return std::nullopt;
+  uint32_t others = 0;
   for (;;) {
     auto const chunk = TakeChunk(rest);
     if (!chunk) return std::nullopt;
     if (chunk->type == "IEND") break;
+    ReadAnimation(*chunk, png, others);
     ReadOptional(*chunk, png);
   }
   if (png.data.empty() || !HasItsPalette(png)) return std::nullopt;

@@ -23,6 +23,7 @@ struct PngChunks {
   int type = 0;    // PNG_COLOR_TYPE_*
   bool interlaced = false;
   bool transparent = false;                 // it has an alpha channel or transparent colours
+  bool animated = false;                    // there are pictures beyond the one of its data
   std::span<BYTE const> palette;            // red, green, blue triples
   ProfileBytes profile;                     // null: none that fits the colours
   bool profile_unusable = false;            // there is one that does not
