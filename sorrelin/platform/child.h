@@ -27,10 +27,11 @@ typedef BOOL (*PCHILD_RECEIVER)(void const* data, DWORD size, void* context);
 SORRELIN_PLATFORM_API BOOL SendToParent(CHILD_LINK* link, void const* data, DWORD size);
 
 /* Runs `routine` in a copy of this process with this thread alone, and passes what it sends to
- * `receiver`, here. Requests to end take their usual effect on the copy, which ends with this
- * process. Where the system cannot copy processes (Windows), the routine runs in this one.
- * Not 0 if the routine has returned and everything was received. Otherwise 0 with error 1067 (the
- * child was ended before), 1223 (the receiver gave 0), or what the system says. */
+ * `receiver`, here. Requests to end take their usual effect on the copy, unless it calls
+ * SetConsoleCtrlHandler; the end of this process is such a request. Where the system cannot copy
+ * processes (Windows), the routine runs in this one. Not 0 if the routine has returned and
+ * everything was received. Otherwise 0 with error 1067 (the child was ended before), 1223 (the
+ * receiver gave 0), or what the system says. */
 SORRELIN_PLATFORM_API BOOL RunInChildProcess(PCHILD_ROUTINE routine, PCHILD_RECEIVER receiver,
                                              void* context);
 

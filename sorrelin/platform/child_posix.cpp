@@ -27,10 +27,11 @@ namespace {
 
 constexpr size_t kPieceBytes = size_t{256} << 10;
 
-// Ends with its parent where the system offers that; elsewhere the next write to the pipe fails.
+// Is asked to end with its parent where the system offers that, so that it can tidy up; elsewhere
+// the next write to the pipe fails.
 void EndWithParent(pid_t parent) {
 #if defined(__linux__)
-  prctl(PR_SET_PDEATHSIG, SIGKILL);
+  prctl(PR_SET_PDEATHSIG, SIGTERM);
   if (getppid() != parent) _exit(EXIT_FAILURE);
 #else
   static_cast<void>(parent);

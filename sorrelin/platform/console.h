@@ -20,7 +20,8 @@ typedef BOOL (*PHANDLER_ROUTINE)(DWORD event);
  * SIGINT, CTRL_CLOSE_EVENT for SIGHUP, CTRL_SHUTDOWN_EVENT for SIGTERM. It runs on a thread of its
  * own, so it may do what any thread may; afterwards the process ends as if by the signal. A signal
  * that the process was started to ignore stays ignored. Call it once, with `add` not 0, before any
- * other thread starts. 0 with error 87, 183 (there is a handler) or 8. */
+ * other thread starts. A copy of the process has no handler until it calls this itself. 0 with
+ * error 87, 183 (there is a handler) or 8. */
 SORRELIN_PLATFORM_API BOOL SetConsoleCtrlHandler(PHANDLER_ROUTINE handler, BOOL add);
 
 #endif /* !_WIN32 */

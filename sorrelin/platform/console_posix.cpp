@@ -87,6 +87,8 @@ BOOL SetConsoleCtrlHandler(PHANDLER_ROUTINE handler, BOOL add) {
   if (handler == nullptr || add == FALSE) return sorrelin::Fail(ERROR_INVALID_PARAMETER, FALSE);
   if (sorrelin::handler_in_use != nullptr) return sorrelin::Fail(ERROR_ALREADY_EXISTS, FALSE);
   sorrelin::handler_in_use = handler;
+  // A copy of the process has no thread that watches.
+  pthread_atfork(nullptr, nullptr, [] { sorrelin::handler_in_use = nullptr; });
   return sorrelin::StartWatching();
 }
 

@@ -13,6 +13,7 @@
 #include <cstddef>
 #include <cstdlib>
 #include <exception>
+#include <memory>
 #include <mutex>
 #include <new>
 #include <string_view>
@@ -89,6 +90,9 @@ class Run {
 
  private:
   static void Work(CHILD_LINK* link, void* context) {
+    // The threads that are counted by the gate are not in the child.
+    is_beside_others = false;
+    std::construct_at(&gate);
     SendToParent(link, &kGreeting, sizeof kGreeting);
     MuteStandardError();
     // What ends a child is for its parent to report.
