@@ -128,4 +128,15 @@ int Program::Run(int argc, char** argv) {
   return kExitUsage;
 }
 
+void Program::Parse(std::vector<std::string> arguments) {
+  std::reverse(arguments.begin(), arguments.end());
+  try {
+    parser_->parse(std::move(arguments));
+  } catch (CLI::CallForHelp const&) {
+    throw UsageError("--help", "is for the command line");
+  } catch (CLI::ParseError const& error) {
+    throw UsageError(error.what());
+  }
+}
+
 }  // namespace sorrelin::tool

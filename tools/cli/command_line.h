@@ -23,6 +23,7 @@ class UsageError : public std::runtime_error {
  public:
   UsageError(std::string const& argument, std::string const& problem)
       : std::runtime_error(argument + ": " + problem) {}
+  explicit UsageError(std::string const& text) : std::runtime_error(text) {}
 };
 
 // What a verb takes, in the order of its help. The targets are filled before the verb runs and must
@@ -74,6 +75,10 @@ class Program {
   // Runs the verb that the command line names and returns its exit code; prints what is wrong with
   // the command line. "help VERB" is the same as "VERB --help".
   int Run(int argc, char** argv);
+
+  // Takes a verb and its arguments, of which only what follows "--" may be no option, and runs what
+  // the verb runs, if that was set. Throws UsageError.
+  void Parse(std::vector<std::string> arguments);
 
  private:
   std::string Hint(int argc, char** argv) const;

@@ -45,12 +45,13 @@ bool WriteDocument(MakeOptions const& options, PageAdder& adder, std::string& pr
 
 }  // namespace
 
-int MakeDocument(MakeOptions const& options) {
+int MakeDocument(MakeOptions const& options, RunReport* report) {
   PageAdder adder(options.pages);
   std::string problem;
   bool const written = CheckTexts(options.pages, adder) && WriteDocument(options, adder, problem);
   if (!problem.empty()) adder.ReportDocument(problem);
   adder.Finish();
+  if (report != nullptr) *report = adder.report();
   return written && !adder.failed() ? kExitSuccess : kExitFailure;
 }
 

@@ -4,6 +4,7 @@
 
 #include "tools/make/document.h"
 #include "tools/make/page_options.h"
+#include "tools/make/run_report.h"
 
 namespace sorrelin::tool {
 
@@ -13,9 +14,9 @@ struct MakeOptions {
   bool force = false;  // replace the document if it exists
 };
 
-// Writes the document, naming on standard error what cannot become a page of it, and gives the exit
-// code.
-int MakeDocument(MakeOptions const& options);
+// Writes the document, naming on standard error what cannot become a page of it, and returns the
+// exit code. `report`, if not null, becomes the report of the run.
+int MakeDocument(MakeOptions const& options, RunReport* report = nullptr);
 
 }  // namespace sorrelin::tool
 

@@ -39,6 +39,8 @@ class PageAdder {
   // Whether anything was reported.
   bool failed() const { return failed_; }
 
+  RunReport const& report() const { return report_; }
+
  private:
   PageResult AddPage(Document& document, FeedItem const& item);
   void ReportItem(FeedItem const& item, std::string const& problem);

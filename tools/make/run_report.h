@@ -27,7 +27,6 @@ class RunReport {
   // The report as JSON, with its line end.
   std::string Json(std::string const& document) const;
 
- private:
   struct Written {
     unsigned pages = 0;
     uint64_t bytes = 0;
@@ -37,7 +36,11 @@ class RunReport {
     int page = 0;
     std::string text;
   };
+  // Nothing if no document was written.
+  std::optional<Written> const& written() const { return written_; }
+  std::vector<Problem> const& problems() const { return problems_; }
 
+ private:
   std::vector<PageRecord> pages_;
   std::vector<Problem> problems_;
   std::vector<std::string> ignored_;
