@@ -53,6 +53,7 @@ int ParseAndRun(int argc, char** argv) {
                   "Turns pictures into PDF documents and documents into pictures.");
   AddMake(program);
   AddAppend(program);
+  AddBatch(program);
   AddCount(program);
   AddInfo(program);
   AddExtract(program);

@@ -34,7 +34,8 @@ MAY_INCLUDE = {
                       "siblings/cadwick"},
     "tools/make": {"tools/ocr", "tools/extract", "tools/documents", "tools/formats", "tools/cli",
                    "sorrelin"},
-    "tools/verbs": {"tools/make", "tools/ocr", "tools/extract", "tools/documents",
+    "tools/batch": {"tools/make", "tools/documents", "tools/formats", "tools/cli", "sorrelin"},
+    "tools/verbs": {"tools/batch", "tools/make", "tools/ocr", "tools/extract", "tools/documents",
                     "tools/formats", "tools/cli", "sorrelin"},
 }
 OURS = ("sorrelin/", "siblings/", "tools/")

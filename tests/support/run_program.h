@@ -64,6 +64,7 @@ class RunningProgram {
   RunningProgram& operator=(RunningProgram const&) = delete;
 
   void Signal(int number) { kill(pid_, number); }
+  pid_t pid() const { return pid_; }
 
   ProgramResult Wait() {
     ProgramResult result;

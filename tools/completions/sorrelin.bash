@@ -6,6 +6,7 @@ _sorrelin_options() {
   case $1 in
     make) echo "--help $_sorrelin_pages --title --author --subject --keywords --force" ;;
     append) echo "--help $_sorrelin_pages --in-place --no-rewrite" ;;
+    batch) echo '--help --jobs --results --shard --force --quiet' ;;
     count) echo '--help' ;;
     info) echo '--help --json --password-file' ;;
     extract)
@@ -38,7 +39,7 @@ _sorrelin() {
   COMPREPLY=()
   if [ "$COMP_CWORD" -gt 1 ]; then verb=${COMP_WORDS[1]}; fi
   case $before in
-    --title | --author | --subject | --keywords | --quality | --jobs | --pages | --timeout | --psm) return ;;
+    --title | --author | --subject | --keywords | --quality | --jobs | --pages | --timeout | --psm | --shard) return ;;
     --compression | --fit | --border | --rotate | --page | --sort | --format | --dpi | --default-dpi | --language | --ocr | --orientation)
       COMPREPLY=($(compgen -W "$(_sorrelin_values "$before" "$verb")" -- "$word"))
       return
@@ -47,7 +48,7 @@ _sorrelin() {
   if [[ $word == -* ]]; then
     COMPREPLY=($(compgen -W "$(_sorrelin_options "$verb")" -- "$word"))
   elif [ -z "$verb" ]; then
-    COMPREPLY=($(compgen -W 'make append count info extract ocr words' -- "$word"))
+    COMPREPLY=($(compgen -W 'make append batch count info extract ocr words' -- "$word"))
   else
     local IFS=$'\n'
     COMPREPLY=($(compgen -f -- "$word"))

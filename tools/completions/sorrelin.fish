@@ -1,10 +1,11 @@
 # Completion of sorrelin for fish.
 
-set -l verbs make append count info extract ocr words
+set -l verbs make append batch count info extract ocr words
 
 complete -c sorrelin -n "not __fish_seen_subcommand_from $verbs" -f
 complete -c sorrelin -n "not __fish_seen_subcommand_from $verbs" -a make -d 'Make a new document'
 complete -c sorrelin -n "not __fish_seen_subcommand_from $verbs" -a append -d 'Add pages to a document'
+complete -c sorrelin -n "not __fish_seen_subcommand_from $verbs" -a batch -d 'Make the documents of a list'
 complete -c sorrelin -n "not __fish_seen_subcommand_from $verbs" -a count -d 'Print how many pages documents have'
 complete -c sorrelin -n "not __fish_seen_subcommand_from $verbs" -a info -d 'Print what a document is'
 complete -c sorrelin -n "not __fish_seen_subcommand_from $verbs" -a extract -d 'Write the pictures of pages'
@@ -46,6 +47,13 @@ complete -c sorrelin -n "$make" -l force -d 'Replace the document if it exists'
 
 complete -c sorrelin -n '__fish_seen_subcommand_from append' -l in-place -d 'Write to the document itself'
 complete -c sorrelin -n '__fish_seen_subcommand_from append' -l no-rewrite -d 'Refuse a document whose form takes no pages'
+
+set -l batch '__fish_seen_subcommand_from batch'
+complete -c sorrelin -n "$batch" -l jobs -x -d 'Documents to make at a time'
+complete -c sorrelin -n "$batch" -l results -r -d 'A line of JSON for each document'
+complete -c sorrelin -n "$batch" -l shard -x -d 'Only this part of the list, as in 3/100'
+complete -c sorrelin -n "$batch" -l force -d 'Make all documents'
+complete -c sorrelin -n "$batch" -l quiet -d 'Print problems only'
 
 complete -c sorrelin -n '__fish_seen_subcommand_from info' -l json -d 'Print it as JSON'
 complete -c sorrelin -n '__fish_seen_subcommand_from info extract' -l password-file -r -d 'Password of the document'

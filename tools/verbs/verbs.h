@@ -7,6 +7,7 @@
 namespace sorrelin::tool {
 
 void AddAppend(Program& program);
+void AddBatch(Program& program);
 void AddCount(Program& program);
 void AddExtract(Program& program);
 void AddInfo(Program& program);

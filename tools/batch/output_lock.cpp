@@ -1,0 +1,54 @@
+// The system's lock on a file counts, and it ends with the process; that the file exists does not.
+#include "tools/batch/output_lock.h"
+
+#include <sorrelin/platform/error.h>
+
+#include <system_error>
+
+#include "tools/cli/messages.h"
+#include "tools/cli/text.h"
+
+namespace sorrelin::tool {
+namespace {
+
+namespace fs = std::filesystem;
+
+fs::path LockName(fs::path const& output) {
+  return output.parent_path() / ("." + output.filename().string() + ".sorrelin-lock");
+}
+
+bool Exists(fs::path const& path) {
+  std::error_code error;
+  return fs::exists(path, error);
+}
+
+}  // namespace
+
+OutputLock::OutputLock(std::string const& output)
+    : path_(LockName(output)), was_there_(Exists(path_)) {}
+
+OutputLock::~OutputLock() {
+  if (file_ != INVALID_HANDLE_VALUE) CloseHandle(file_);
+}
+
+OutputLock::Taken OutputLock::Take(std::string& problem) {
+  file_ = CreateFileW(path_.u16string().c_str(), GENERIC_WRITE, 0, nullptr, OPEN_ALWAYS,
+                      FILE_ATTRIBUTE_NORMAL, nullptr);
+  if (file_ != INVALID_HANDLE_VALUE) return Taken::kYes;
+  if (GetLastError() == ERROR_SHARING_VIOLATION) {
+    problem = "is being made by another worker (run this again when that has ended)";
+    return Taken::kBusy;
+  }
+  problem = "cannot be locked: " + LastSystemError() +
+            " (choose a directory that exists and may be written to)";
+  return Taken::kFailed;
+}
+
+void OutputLock::Remove() {
+  if (file_ == INVALID_HANDLE_VALUE) return;
+  DeleteFileW(path_.u16string().c_str());
+  CloseHandle(file_);
+  file_ = INVALID_HANDLE_VALUE;
+}
+
+}  // namespace sorrelin::tool
