@@ -19,6 +19,9 @@ namespace sorrelin::cadwick {
 // Advance and MakeRoom move on by an even number of places, so that a place keeps its colour.
 class ChangingElements {
  public:
+  // How far past its place a reader may look at once, if the place is kLookAhead before the limit.
+  static constexpr ptrdiff_t kLookAhead = 9;
+
   // A white row. The width is from 1 to 2^31 - 1 pixels.
   explicit ChangingElements(uint32_t width);
   ChangingElements(ChangingElements const&) = delete;
@@ -71,8 +74,8 @@ class ChangingElements {
  private:
   static constexpr size_t kFront = 1;
   static constexpr size_t kCapacity = 4096;
-  // A reader steps at most two places past the last element and looks one further.
-  static constexpr size_t kBehind = 4;
+  // A reader steps at most two places past the last element and looks kLookAhead further.
+  static constexpr size_t kBehind = 3 + kLookAhead;
 
   void StartList();
   void FillWindow();
