@@ -14,7 +14,10 @@ namespace {
 namespace fs = std::filesystem;
 
 fs::path LockName(fs::path const& output) {
-  return output.parent_path() / ("." + output.filename().string() + ".sorrelin-lock");
+  fs::path name = ".";
+  name += output.filename();
+  name += ".sorrelin-lock";
+  return output.parent_path() / name;
 }
 
 bool Exists(fs::path const& path) {

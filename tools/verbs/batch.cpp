@@ -24,10 +24,12 @@ std::string ParseResults(std::string const& text) {
 // Shards of a list have results of their own.
 std::string UsualResults(BatchOptions const& options) {
   Shard const shard = options.shard;
-  std::string const part =
-      shard.count == 1 ? ""
-                       : "." + std::to_string(shard.index) + "-of-" + std::to_string(shard.count);
-  return options.list + part + ".results";
+  std::string name = options.list;
+  if (shard.count > 1) {
+    name.append(".").append(std::to_string(shard.index));
+    name.append("-of-").append(std::to_string(shard.count));
+  }
+  return name + ".results";
 }
 
 constexpr char kFooter[] =
