@@ -71,6 +71,8 @@ void Compare(benchmark::State& state, Limits const& limits, std::function<void()
   }
   // Of its own, because the look at the memory gives the heap back first.
   run([&](CCreatePDF& session) { extra = bench::ExtraMemory([&] { page(session); }); });
+  state.counters["bare_ms"] = best_bare * 1e3;
+  state.counters["page_ms"] = best_page * 1e3;
   state.counters["ratio"] = best_page / best_bare;
   state.counters["limit"] = limits.ratio;
   state.counters["extra_MiB"] = extra;

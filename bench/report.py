@@ -1,15 +1,18 @@
 """The page of what the benchmarks measured, and its plots.
 
-usage: report.py LOG FOLDER <MACHINE
+usage: report.py LOG FOLDER [BENCHMARK.json]... <MACHINE
 
-Reads the lines of bench/tool_bench.sh in LOG that compare a job with another program:
+Reads the lines of bench/tool_bench.sh and bench/ocr_bench.sh in LOG that compare a job with another
+program:
 
     JOB / PROGRAM    0.123 s    0.456 s   ratio 0.27 (limit 0.25)   bytes 1234 2345
 
-and writes performance.md and its plots into FOLDER. MACHINE, on standard input, is what the page says
+and from each JSON file of a benchmark program those of its results that have a pair of times. It
+writes performance.md and its plots into FOLDER. MACHINE, on standard input, is what the page says
 of the run, in Markdown.
 """
 
+import json
 import pathlib
 import re
 import sys
@@ -18,6 +21,12 @@ from xml.sax.saxutils import escape
 
 LINE = re.compile(r"(.+) / (\S+)\s+([\d.]+) s\s+([\d.]+) s\s+ratio \S+ \(limit \S+\)"
                   r"(?:\s+bytes (\d+) (\d+))?")
+
+# Counters of a benchmark in milliseconds: ours, the peer's, and what the peer is.
+PAIRS = [("page_ms", "bare_ms", "codec alone"), ("page_ms", "encoder_ms", "coder alone"),
+         ("ours_ms", "libtiff_ms", "libtiff")]
+TITLES = {"page_bench": "write a page", "read_bench": "read a page", "group4_bench": "Group 4 data",
+          "group4_page_bench": "write a Group 4 page"}
 
 # Sizes in the plot, in its own units.
 LABELS, BARS, NUMBERS, BAR, JOB = 330, 330, 140, 12, 44
@@ -42,8 +51,31 @@ def jobs_of(log: str) -> list[Job]:
     return jobs
 
 
+def job_name(program: str, benchmark: str) -> str:
+    """Such as "read a page: Flate page, bits 8" for FlatePage/bits:8/iterations:30 of read_bench."""
+    parts = [part for part in benchmark.split("/")
+             if part != "manual_time" and not part.startswith(("iterations:", "min_time:"))]
+    words = re.sub(r"(?<=[a-z0-9])(?=[A-Z])", " ", parts[0]).capitalize()
+    rest = [re.sub("[_:]", " ", part) for part in parts[1:]]
+    return f"{TITLES.get(program, program)}: {', '.join([words, *rest])}"
+
+
+def benchmark_jobs(text: str) -> list[Job]:
+    results = json.loads(text)
+    program = pathlib.Path(results["context"]["executable"]).name
+    jobs = []
+    for result in results["benchmarks"]:
+        for ours, theirs, peer in PAIRS:
+            if ours in result and theirs in result:
+                times = (result[ours] / 1e3, result[theirs] / 1e3)
+                jobs.append(Job(job_name(program, result["name"]), peer, times, None))
+    return jobs
+
+
 def seconds(value: float) -> str:
-    return f"{value:.2f} s" if value >= 1 else f"{value * 1000:.0f} ms"
+    if value >= 1:
+        return f"{value:.2f} s"
+    return f"{value * 1000:.0f} ms" if value >= 0.01 else f"{value * 1000:.2f} ms"
 
 
 def size(value: float) -> str:
@@ -88,9 +120,10 @@ def plot(title: str, rows: list[tuple[str, str, tuple[float, float]]], unit) -> 
 def page(jobs: list[Job], machine: str) -> str:
     return f"""# Performance
 
-Jobs of the program beside other programs that do the same, from one run of `bench/report.sh`, which
-makes this page. Shorter bars are better; each pair of bars has a scale of its own. The two programs of
-a pair took turns, and the shortest time of each counts.
+Jobs of the program beside other programs that do the same, and pages of the library beside the codec
+that does their hardest part, from one run of `bench/report.sh`, which makes this page. Shorter bars
+are better; each pair of bars has a scale of its own. The two of a pair took turns, and the shortest time
+of each counts.
 
 ![Time of each job beside another program](performance-time.svg)
 
@@ -100,14 +133,17 @@ a pair took turns, and the shortest time of each counts.
 
 {machine.strip()}
 
-`bench/tool_bench.sh` makes the inputs, runs the jobs and fails where one takes more of its peer's time
-than it should.
+`bench/tool_bench.sh` and `bench/ocr_bench.sh` make the inputs, run the jobs and fail where one takes
+more of its peer's time than it should; `page_bench`, `read_bench`, `group4_bench` and
+`group4_page_bench` measure the library.
 """
 
 
 def main() -> int:
     log, folder = pathlib.Path(sys.argv[1]).read_text(encoding="utf-8"), pathlib.Path(sys.argv[2])
     jobs = jobs_of(log)
+    for name in sys.argv[3:]:
+        jobs += benchmark_jobs(pathlib.Path(name).read_text(encoding="utf-8"))
     if not jobs:
         print("the log compares nothing", file=sys.stderr)
         return 1

@@ -1,5 +1,6 @@
 """The page that bench/report.py makes of a log."""
 
+import json
 import pathlib
 import subprocess
 import sys
@@ -22,9 +23,13 @@ class Report(unittest.TestCase):
         self.addCleanup(folder.cleanup)
         self.folder = pathlib.Path(folder.name)
 
-    def run_report(self, log):
+    def run_report(self, log, *results):
         (self.folder / "log").write_text(log)
-        return subprocess.run([sys.executable, REPORT, self.folder / "log", self.folder],
+        names = []
+        for number, result in enumerate(results):
+            names.append(self.folder / f"{number}.json")
+            names[-1].write_text(json.dumps(result))
+        return subprocess.run([sys.executable, REPORT, self.folder / "log", self.folder, *names],
                               input="On one machine.", text=True, capture_output=True,
                               check=False).returncode
 
@@ -47,6 +52,24 @@ class Report(unittest.TestCase):
         self.assertAlmostEqual(theirs, ours / 2)
         ours, theirs = self.bars("performance-size.svg")
         self.assertAlmostEqual(ours, theirs / 2)
+
+    def test_results_of_a_benchmark_program_are_rows_where_they_compare(self):
+        def result(name, **counters):
+            return {"name": name, "real_time": 1.0, **counters}
+        self.assertEqual(self.run_report("", {
+            "context": {"executable": "build/bin/read_bench"},
+            "benchmarks": [
+                result("FlatePage/bits:8/iterations:30/manual_time", page_ms=12.0, bare_ms=10.0),
+                result("OpenDocument/manual_time", ratio=15.0)]}, {
+            "context": {"executable": "build/bin/group4_bench"},
+            "benchmarks": [
+                result("Encoding/text_300dpi/manual_time", ours_ms=1.0, libtiff_ms=4.0)]}), 0)
+        page = (self.folder / "performance.md").read_text()
+        self.assertIn("| read a page: Flate page, bits 8 | codec alone | 12 ms | 10 ms | 1.20 | - | - |",
+                      page)
+        self.assertIn("| Group 4 data: Encoding, text 300dpi | libtiff | 1.00 ms | 4.00 ms | 0.25 |",
+                      page)
+        self.assertNotIn("Open", page)
 
     def test_a_log_without_a_comparison_is_refused(self):
         self.assertEqual(self.run_report("nothing\n"), 1)
