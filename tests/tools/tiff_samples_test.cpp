@@ -23,7 +23,8 @@ std::optional<Samples> ReadPage(TiffPage const& page) {
   });
   TIFF* const tiff = TIFFOpen(name.c_str(), "r");
   std::optional<Samples> samples;
-  if (HasDeepSamples(tiff)) samples = ReadTiffSamples(tiff);
+  Changes ignored;
+  if (HasDeepSamples(tiff)) samples = ReadTiffSamples(tiff, ignored);
   TIFFClose(tiff);
   return samples;
 }

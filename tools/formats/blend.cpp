@@ -14,6 +14,17 @@ uint32_t SampleAt(BYTE const* at, int sample_bytes) {
   return value;
 }
 
+uint32_t TopOf(DeepPixels const& form) { return form.sample_bytes == 1 ? 0xFF : 0xFFFF; }
+
+size_t PixelBytes(DeepPixels const& form) {
+  return static_cast<size_t>(form.samples * form.sample_bytes);
+}
+
+// Of the alpha in a pixel.
+size_t AlphaAt(DeepPixels const& form) {
+  return static_cast<size_t>((ComponentsOf(form.colours) + form.alpha_at) * form.sample_bytes);
+}
+
 // `top` is the largest sample; white is that, or no ink.
 uint32_t OnWhite(uint32_t value, uint32_t alpha, DeepPixels const& form, uint32_t top) {
   bool const white_is_top = form.colours != ImageColours::kCmyk;
@@ -26,6 +37,15 @@ uint32_t OnWhite(uint32_t value, uint32_t alpha, DeepPixels const& form, uint32_
 
 }  // namespace
 
+bool HasTransparency(DeepPixels const& form, std::span<BYTE const> pixels) {
+  if (form.alpha == Alpha::kNone) return false;
+  size_t const pixel_bytes = PixelBytes(form);
+  for (size_t at = AlphaAt(form); at < pixels.size(); at += pixel_bytes) {
+    if (SampleAt(pixels.data() + at, form.sample_bytes) != TopOf(form)) return true;
+  }
+  return false;
+}
+
 Samples SamplesOf(DeepPixels const& form, int width, int height, std::span<BYTE const> pixels) {
   Samples samples;
   samples.width = width;
@@ -33,16 +53,15 @@ Samples SamplesOf(DeepPixels const& form, int width, int height, std::span<BYTE 
   samples.colours = form.colours;
   samples.bits = 8 * form.sample_bytes;
   int const components = ComponentsOf(form.colours);
-  bool const blends = form.alpha != Alpha::kNone && form.samples > components;
-  uint32_t const top = form.sample_bytes == 1 ? 0xFF : 0xFFFF;
+  bool const blends = form.alpha != Alpha::kNone;
+  uint32_t const top = TopOf(form);
   size_t const step = static_cast<size_t>(form.sample_bytes);
-  size_t const pixel_bytes = step * static_cast<size_t>(form.samples);
+  size_t const pixel_bytes = PixelBytes(form);
   samples.bytes.resize(samples.RowBytes() * static_cast<size_t>(height));
   BYTE* out = samples.bytes.data();
   for (size_t at = 0; at + pixel_bytes <= pixels.size(); at += pixel_bytes) {
     BYTE const* const pixel = pixels.data() + at;
-    uint32_t const alpha =
-        blends ? SampleAt(pixel + step * static_cast<size_t>(components), form.sample_bytes) : top;
+    uint32_t const alpha = blends ? SampleAt(pixel + AlphaAt(form), form.sample_bytes) : top;
     for (int i = 0; i < components; ++i) {
       uint32_t value = SampleAt(pixel + step * static_cast<size_t>(i), form.sample_bytes);
       if (form.inverted) value = top - value;

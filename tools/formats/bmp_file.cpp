@@ -311,9 +311,8 @@ std::optional<Picture> DecodeBmp(std::span<BYTE const> file) {
   Picture picture;
   picture.damage = std::move(damage);
   picture.dpi = header.dpi;
-  if (pixGetSpp(pix.get()) == 4) picture.changes.Add(Change::kTransparency);
   if (HasDeepColours(numbers, header)) picture.changes.Add(Change::kDepth);
-  BlendOnWhite(pix.get(), false);
+  if (BlendOnWhite(pix.get(), false)) picture.changes.Add(Change::kTransparency);
   ReadProfile(file, header, picture);
   picture.pix = std::move(pix);
   return picture;

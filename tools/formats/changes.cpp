@@ -9,6 +9,8 @@ char const* NameOf(Change change) {
       return "transparency laid on white";
     case Change::kDepth:
       return "samples reduced to 8 bits";
+    case Change::kExtraSamples:
+      return "samples beyond the colours left out";
     case Change::kColours:
       return "colours converted";
     case Change::kProfile:

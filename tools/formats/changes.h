@@ -10,6 +10,7 @@ namespace sorrelin::tool {
 enum class Change : size_t {
   kTransparency,       // laid on white
   kDepth,              // fewer bits for each sample
+  kExtraSamples,       // samples that are neither colours nor opacity are left out
   kColours,            // other colours than the file's, which PDF or the form asked for cannot hold
   kProfile,            // a colour profile is left out
   kRecodedJpeg,        // JPEG data decoded and coded by JPEG once more

@@ -60,7 +60,7 @@ PixPtr PixOf(SorrelinHeifPicture const& picture) {
 }
 
 // With samples of 16 bits, alpha laid on white.
-Samples DeepSamplesOf(SorrelinHeifPicture const& picture) {
+Samples DeepSamplesOf(SorrelinHeifPicture const& picture, Changes& changes) {
   constexpr size_t kPixelSamples = 4;
   size_t const row_samples = kPixelSamples * static_cast<size_t>(picture.width);
   std::vector<BYTE> pixels(row_samples * sizeof(uint16_t) * static_cast<size_t>(picture.height));
@@ -80,26 +80,27 @@ Samples DeepSamplesOf(SorrelinHeifPicture const& picture) {
   form.samples = kPixelSamples;
   if (picture.has_alpha != 0)
     form.alpha = picture.premultiplied != 0 ? Alpha::kPremultiplied : Alpha::kStraight;
+  if (HasTransparency(form, pixels)) changes.Add(Change::kTransparency);
   return SamplesOf(form, picture.width, picture.height, pixels);
 }
 
 // Without alpha. Null if memory is short.
-PixPtr OpaquePixOf(SorrelinHeifPicture const& decoded) {
+PixPtr OpaquePixOf(SorrelinHeifPicture const& decoded, Changes& changes) {
   PixPtr pix = PixOf(decoded);
   if (pix == nullptr || decoded.has_alpha == 0) return pix;
   pixSetSpp(pix.get(), 4);
-  BlendOnWhite(pix.get(), decoded.premultiplied != 0);
+  bool const blended = BlendOnWhite(pix.get(), decoded.premultiplied != 0);
+  if (blended) changes.Add(Change::kTransparency);
   return pix;
 }
 
 Picture PictureOf(SorrelinHeifPicture const& decoded) {
   Picture picture;
   if (decoded.bits > 8) {
-    picture.samples = DeepSamplesOf(decoded);
+    picture.samples = DeepSamplesOf(decoded, picture.changes);
   } else {
-    picture.pix = OpaquePixOf(decoded);
+    picture.pix = OpaquePixOf(decoded, picture.changes);
   }
-  if (decoded.has_alpha != 0) picture.changes.Add(Change::kTransparency);
   if (decoded.profile_bytes == 0) return picture;
   picture.profile = UsableProfile({decoded.profile, decoded.profile_bytes}, 3);
   if (picture.profile == nullptr) picture.changes.Add(Change::kProfile);

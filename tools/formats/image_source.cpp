@@ -116,8 +116,10 @@ std::optional<Picture> DecodeGeneral(std::span<BYTE const> file) {
   PixPtr pix(pixReadMem(file.data(), file.size()));
   if (pix == nullptr) return std::nullopt;
   Resolution const dpi = {WholeDots(pixGetXRes(pix.get())), WholeDots(pixGetYRes(pix.get()))};
-  BlendOnWhite(pix.get(), false);
-  return Picture{std::move(pix), dpi, false};
+  bool const blended = BlendOnWhite(pix.get(), false);
+  Picture picture{std::move(pix), dpi, false};
+  if (blended) picture.changes.Add(Change::kTransparency);
+  return picture;
 }
 
 using Decoder = std::optional<Picture> (*)(std::span<BYTE const> file);

@@ -11,6 +11,7 @@
 #include <utility>
 #include <vector>
 
+#include "tools/formats/blend.h"
 #include "tools/formats/image_source.h"
 
 namespace sorrelin::tool {
@@ -98,48 +99,59 @@ Image Decode(std::span<BYTE const> file, std::string& damage) {
   return image;
 }
 
-// Samples of one component, whatever its depth and spacing, as tones from 0 to 255.
+// Values of one component, whatever its depth and spacing, spread from 0 to `top`.
 class Component {
  public:
-  explicit Component(opj_image_comp_t const& component)
+  Component(opj_image_comp_t const& component, uint32_t top)
       : component_(component),
         offset_(component.sgnd != 0 ? int64_t{1} << (component.prec - 1) : 0),
-        top_((int64_t{1} << component.prec) - 1) {}
+        own_top_((int64_t{1} << component.prec) - 1),
+        top_(top) {}
 
-  int Tone(uint32_t x, uint32_t y) const {
-    if (component_.data == nullptr) return 255;
+  uint32_t At(uint32_t x, uint32_t y) const {
+    if (component_.data == nullptr) return top_;
     uint32_t const column = std::min(x / component_.dx, component_.w - 1);
     uint32_t const row = std::min(y / component_.dy, component_.h - 1);
     int64_t const value = component_.data[size_t{row} * component_.w + column] + offset_;
-    return static_cast<int>((std::clamp<int64_t>(value, 0, top_) * 255 + top_ / 2) / top_);
+    return static_cast<uint32_t>((std::clamp<int64_t>(value, 0, own_top_) * top_ + own_top_ / 2) /
+                                 own_top_);
   }
 
  private:
   opj_image_comp_t const& component_;
   int64_t offset_;
-  int64_t top_;
+  int64_t own_top_;
+  uint32_t top_;
 };
 
-BYTE Clamped(double value) { return static_cast<BYTE>(std::clamp(value + 0.5, 0.0, 255.0)); }
+constexpr uint32_t kMostComponents = 5;  // inks and alpha
+using Pixel = std::array<uint32_t, kMostComponents>;
 
 // ITU-T T.871, 7.
-l_uint32 FromYcc(std::array<int, 4> const& tone) {
-  double const y = tone[0], blue = tone[1] - 128, red = tone[2] - 128;
-  l_uint32 pixel = 0;
-  composeRGBPixel(Clamped(y + 1.402 * red), Clamped(y - 0.344136 * blue - 0.714136 * red),
-                  Clamped(y + 1.772 * blue), &pixel);
-  return pixel;
+void ToRgb(Pixel& pixel, uint32_t top) {
+  double const middle = (top + 1) / 2.0;
+  double const y = pixel[0], blue = pixel[1] - middle, red = pixel[2] - middle;
+  auto const whole = [&](double value) {
+    return static_cast<uint32_t>(std::clamp(value + 0.5, 0.0, static_cast<double>(top)));
+  };
+  pixel[0] = whole(y + 1.402 * red);
+  pixel[1] = whole(y - 0.344136 * blue - 0.714136 * red);
+  pixel[2] = whole(y + 1.772 * blue);
 }
 
-l_uint32 FromInks(std::array<int, 4> const& tone) {
-  auto const light = [&](size_t i) { return (255 - tone[i]) * (255 - tone[3]) / 255; };
-  l_uint32 pixel = 0;
-  composeRGBPixel(light(0), light(1), light(2), &pixel);
-  return pixel;
+bool IsYcc(opj_image_t const& image) {
+  return image.color_space == OPJ_CLRSPC_SYCC && image.numcomps >= 3;
+}
+
+// The library leaves a description of Lab colours in place of a profile, without a length.
+bool IsLab(opj_image_t const& image) {
+  return image.icc_profile_buf != nullptr && image.icc_profile_len == 0;
 }
 
 bool IsKnown(opj_image_t const& image) {
-  if (image.numcomps < 1 || image.numcomps > 4) return false;
+  uint32_t const most = image.color_space == OPJ_CLRSPC_CMYK ? kMostComponents : 4;
+  if (image.numcomps < 1 || image.numcomps > most) return false;
+  if (image.color_space == OPJ_CLRSPC_EYCC || IsLab(image)) return false;
   for (uint32_t i = 0; i < image.numcomps; ++i) {
     opj_image_comp_t const& component = image.comps[i];
     if (component.w == 0 || component.h == 0 || component.prec < 1 || component.prec > 31 ||
@@ -150,37 +162,74 @@ bool IsKnown(opj_image_t const& image) {
   return true;
 }
 
-PixPtr PixOf(opj_image_t const& image, bool& alpha) {
-  uint32_t const width = image.comps[0].w * image.comps[0].dx;
-  uint32_t const height = image.comps[0].h * image.comps[0].dy;
-  bool const grey = image.numcomps < 3;
-  bool const inks = image.color_space == OPJ_CLRSPC_CMYK && image.numcomps == 4;
-  bool const ycc = image.color_space == OPJ_CLRSPC_SYCC && !grey;
-  alpha = image.numcomps == 2 || (image.numcomps == 4 && !inks);
-  PixPtr pix(
-      pixCreate(static_cast<int>(width), static_cast<int>(height), image.numcomps == 1 ? 8 : 32));
-  if (pix == nullptr) return nullptr;
+uint32_t MostBits(opj_image_t const& image) {
+  uint32_t bits = 0;
+  for (uint32_t i = 0; i < image.numcomps; ++i) bits = std::max(bits, image.comps[i].prec);
+  return bits;
+}
+
+// How the components are put together: with 16 bits if one of them has more than 8.
+DeepPixels FormOf(opj_image_t const& image) {
+  constexpr uint16_t kPremultiplied = 2;
+  DeepPixels form;
+  bool const inks = image.color_space == OPJ_CLRSPC_CMYK && image.numcomps >= 4;
+  form.colours = inks                 ? ImageColours::kCmyk
+                 : image.numcomps < 3 ? ImageColours::kGrey
+                                      : ImageColours::kRgb;
+  form.samples = static_cast<int>(image.numcomps);
+  form.sample_bytes = MostBits(image) > 8 ? 2 : 1;
+  int const colours = ComponentsOf(form.colours);
+  if (form.samples > colours) {
+    bool const scaled = image.comps[colours].alpha == kPremultiplied;
+    form.alpha = scaled ? Alpha::kPremultiplied : Alpha::kStraight;
+  }
+  return form;
+}
+
+// Rows of pixels as the form says; sYCC becomes RGB.
+std::vector<BYTE> PixelsOf(opj_image_t const& image, DeepPixels const& form, uint32_t width,
+                           uint32_t height) {
+  uint32_t const top = form.sample_bytes == 1 ? 0xFF : 0xFFFF;
   std::vector<Component> components;
-  for (uint32_t i = 0; i < image.numcomps; ++i) components.emplace_back(image.comps[i]);
-  std::array<int, 4> tone{};
+  for (uint32_t i = 0; i < image.numcomps; ++i) components.emplace_back(image.comps[i], top);
+  std::vector<BYTE> pixels(size_t{width} * height * components.size() *
+                           static_cast<size_t>(form.sample_bytes));
+  BYTE* out = pixels.data();
+  Pixel pixel{};
   for (uint32_t y = 0; y < height; ++y) {
-    l_uint32* const line = pixGetData(pix.get()) + static_cast<ptrdiff_t>(y) * pixGetWpl(pix.get());
     for (uint32_t x = 0; x < width; ++x) {
-      for (size_t i = 0; i < components.size(); ++i) tone[i] = components[i].Tone(x, y);
-      if (image.numcomps == 1) {
-        SET_DATA_BYTE(line, x, static_cast<l_uint8>(tone[0]));
-        continue;
+      for (size_t i = 0; i < components.size(); ++i) pixel[i] = components[i].At(x, y);
+      if (IsYcc(image)) ToRgb(pixel, top);
+      for (size_t i = 0; i < components.size(); ++i, out += form.sample_bytes) {
+        uint16_t const value = static_cast<uint16_t>(pixel[i]);
+        if (form.sample_bytes == 1) *out = static_cast<BYTE>(value);
+        if (form.sample_bytes == 2) std::memcpy(out, &value, sizeof value);
       }
-      if (inks || ycc) {
-        line[x] = inks ? FromInks(tone) : FromYcc(tone);
-      } else {
-        composeRGBPixel(tone[0], tone[grey ? 0 : 1], tone[grey ? 0 : 2], line + x);
-      }
-      l_uint32 const opacity = static_cast<l_uint32>(alpha ? tone[image.numcomps - 1] : 255);
-      line[x] = (line[x] & ~l_uint32{0xFF}) | opacity << L_ALPHA_SHIFT;
     }
   }
-  return pix;
+  return pixels;
+}
+
+// Nothing if the picture is too large.
+std::optional<Samples> ReadSamples(opj_image_t const& image, Changes& changes) {
+  constexpr uint64_t kMostBytes = uint64_t{1} << 31;
+  uint64_t const width = uint64_t{image.comps[0].w} * image.comps[0].dx;
+  uint64_t const height = uint64_t{image.comps[0].h} * image.comps[0].dy;
+  if (width * 2 * kMostComponents > kMostBytes / height) return std::nullopt;
+  DeepPixels const form = FormOf(image);
+  auto const pixels =
+      PixelsOf(image, form, static_cast<uint32_t>(width), static_cast<uint32_t>(height));
+  if (HasTransparency(form, pixels)) changes.Add(Change::kTransparency);
+  if (MostBits(image) > 16) changes.Add(Change::kDepth);
+  if (IsYcc(image)) changes.Add(Change::kColours);
+  return SamplesOf(form, static_cast<int>(width), static_cast<int>(height), pixels);
+}
+
+void ReadProfile(opj_image_t const& image, Picture& picture) {
+  if (image.icc_profile_buf == nullptr) return;
+  picture.profile = UsableProfile({image.icc_profile_buf, image.icc_profile_len},
+                                  ComponentsOf(picture.samples->colours));
+  if (picture.profile == nullptr) picture.changes.Add(Change::kProfile);
 }
 
 // The box of the capture or display resolution (ISO/IEC 15444-1, I.5.3.7): vertical and horizontal
@@ -218,17 +267,9 @@ std::optional<Picture> DecodeJpeg2000(std::span<BYTE const> file) {
   Picture picture;
   Image const image = Decode(file, picture.damage);
   if (image == nullptr || !IsKnown(*image)) return std::nullopt;
-  bool alpha = false;
-  picture.pix = PixOf(*image, alpha);
-  if (picture.pix == nullptr) return std::nullopt;
-  if (alpha) {
-    pixSetSpp(picture.pix.get(), 4);
-    BlendOnWhite(picture.pix.get(), false);
-    picture.changes.Add(Change::kTransparency);
-  }
-  if (image->comps[0].prec > 8) picture.changes.Add(Change::kDepth);
-  if (image->color_space == OPJ_CLRSPC_CMYK) picture.changes.Add(Change::kColours);
-  if (image->icc_profile_buf != nullptr) picture.changes.Add(Change::kProfile);
+  picture.samples = ReadSamples(*image, picture.changes);
+  if (!picture.samples) return std::nullopt;
+  ReadProfile(*image, picture);
   picture.dpi = ResolutionOf(file);
   return picture;
 }

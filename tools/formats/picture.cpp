@@ -165,18 +165,21 @@ int BlackBit(Pix* pix) {
   return map == nullptr ? 1 : BlackIndex(map);
 }
 
-void BlendOnWhite(Pix* pix, bool premultiplied) {
-  if (pixGetDepth(pix) != 32 || pixGetSpp(pix) != 4) return;
+bool BlendOnWhite(Pix* pix, bool premultiplied) {
+  if (pixGetDepth(pix) != 32 || pixGetSpp(pix) != 4) return false;
   auto const over = premultiplied ? OverWhitePremultiplied : OverWhite;
   size_t const words = static_cast<size_t>(pixGetWpl(pix)) * static_cast<size_t>(pixGetHeight(pix));
   l_uint32* const data = pixGetData(pix);
+  bool opaque = true;
   for (size_t i = 0; i < words; ++i) {
     l_int32 red = 0, green = 0, blue = 0;
     extractRGBValues(data[i], &red, &green, &blue);
     int const alpha = static_cast<int>(data[i] >> L_ALPHA_SHIFT & 0xFF);
+    opaque &= alpha == 0xFF;
     composeRGBPixel(over(red, alpha), over(green, alpha), over(blue, alpha), &data[i]);
   }
   pixSetSpp(pix, 3);
+  return !opaque;
 }
 
 PixPtr Reindexed(PixPtr pix) {

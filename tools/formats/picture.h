@@ -36,8 +36,9 @@ struct Picture {
 };
 
 // Lays a 32-bit picture with an alpha channel on white and drops the channel. `premultiplied` says
-// that the colours are scaled by their alpha already. Other pictures are left as they are.
-void BlendOnWhite(Pix* pix, bool premultiplied);
+// that the colours are scaled by their alpha already. Other pictures are left as they are. Returns
+// whether any pixel was not fully opaque.
+bool BlendOnWhite(Pix* pix, bool premultiplied);
 
 // A palette picture that its decoder has spread to 32 bits, with a palette again. Any other picture
 // comes back as it is. Null when memory is short.

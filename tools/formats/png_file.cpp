@@ -186,43 +186,62 @@ l_uint32 PixelOfKey(int depth, png_color_16 const& key) {
   return pixel;
 }
 
-void WhitenKey(Pix* pix, png_color_16 const& key) {
+// Returns whether any pixel has the key.
+bool WhitenKey(Pix* pix, png_color_16 const& key) {
   int const depth = pixGetDepth(pix);
   l_uint32 const mask = depth == 32 ? ~l_uint32{0xFF} : (l_uint32{1} << depth) - 1;
   l_uint32 const clear = PixelOfKey(depth, key);
   l_uint32 const white = depth == 1 ? 0 : mask;
+  bool found = false;
   for (int y = 0; y < pixGetHeight(pix); ++y) {
     for (int x = 0; x < pixGetWidth(pix); ++x) {
       l_uint32 pixel = 0;
       pixGetPixel(pix, x, y, &pixel);
-      if ((pixel & mask) == clear) pixSetPixel(pix, x, y, white);
+      if ((pixel & mask) != clear) continue;
+      pixSetPixel(pix, x, y, white);
+      found = true;
     }
   }
+  return found;
 }
 
-// From rows of bytes to what the file shows.
-bool Finish(PngReader const& reader, Pix* pix) {
+// Whether any pixel's entry of the palette is not fully opaque.
+bool UsesClearEntries(Pix* pix, std::span<BYTE const> alpha) {
+  for (int y = 0; !alpha.empty() && y < pixGetHeight(pix); ++y) {
+    for (int x = 0; x < pixGetWidth(pix); ++x) {
+      l_uint32 index = 0;
+      pixGetPixel(pix, x, y, &index);
+      if (index < alpha.size() && alpha[index] != 255) return true;
+    }
+  }
+  return false;
+}
+
+// From rows of bytes to what the file shows. False if memory is short.
+bool Finish(PngReader const& reader, Pix* pix, Changes& changes) {
   pixEndianByteSwap(pix);
   if (reader.IsPalette()) {
     PixColormap* const map = MapOf(reader);
+    if (UsesClearEntries(pix, reader.PaletteAlpha())) changes.Add(Change::kTransparency);
     return map != nullptr && pixSetColormap(pix, map) == 0;
   }
   if (pixGetDepth(pix) == 1) pixInvert(pix, pix);
-  if (reader.Key() != nullptr) WhitenKey(pix, *reader.Key());
+  bool const whitened = reader.Key() != nullptr && WhitenKey(pix, *reader.Key());
+  if (whitened) changes.Add(Change::kTransparency);
   return true;
 }
 
 // Null if memory is short.
-PixPtr ReadPix(PngReader& reader) {
+PixPtr ReadPix(PngReader& reader, Changes& changes) {
   PixPtr pix(pixCreate(reader.width(), reader.height(), reader.Depth()));
   if (pix == nullptr) return nullptr;
   reader.ReadRows(reinterpret_cast<BYTE*>(pixGetData(pix.get())),
                   size_t{4} * static_cast<size_t>(pixGetWpl(pix.get())));
-  return Finish(reader, pix.get()) ? std::move(pix) : nullptr;
+  return Finish(reader, pix.get(), changes) ? std::move(pix) : nullptr;
 }
 
 // Rows that cannot be read are white. Nothing if the picture is too large.
-std::optional<Samples> ReadSamples(PngReader& reader) {
+std::optional<Samples> ReadSamples(PngReader& reader, Changes& changes) {
   constexpr size_t kMostBytes = size_t{1} << 31;
   size_t const rows = static_cast<size_t>(reader.height());
   if (reader.RowBytes() > kMostBytes / rows) return std::nullopt;
@@ -233,6 +252,7 @@ std::optional<Samples> ReadSamples(PngReader& reader) {
   form.colours = form.samples < 3 ? ImageColours::kGrey : ImageColours::kRgb;
   form.sample_bytes = reader.SampleBytes();
   form.alpha = form.samples % 2 == 0 ? Alpha::kStraight : Alpha::kNone;
+  if (HasTransparency(form, pixels)) changes.Add(Change::kTransparency);
   return SamplesOf(form, reader.width(), reader.height(), pixels);
 }
 
@@ -243,13 +263,12 @@ std::optional<Picture> DecodePng(std::span<BYTE const> file) {
   if (!reader.ReadHeader()) return std::nullopt;
   Picture picture;
   if (reader.IsDeep()) {
-    picture.samples = ReadSamples(reader);
+    picture.samples = ReadSamples(reader, picture.changes);
   } else {
-    picture.pix = ReadPix(reader);
+    picture.pix = ReadPix(reader, picture.changes);
   }
   if (!picture.samples && picture.pix == nullptr) return std::nullopt;
   picture.damage = reader.damage();
-  if (reader.IsTransparent()) picture.changes.Add(Change::kTransparency);
   picture.dpi = reader.Dpi();
   return picture;
 }

@@ -248,9 +248,8 @@ class PnmSource : public ImageSource {
     if (header_.RowBytes() > kMostBytes / Rows()) return std::nullopt;
     Picture picture;
     Samples samples;
-    picture.damage = Fill(samples);
+    picture.damage = Fill(samples, picture.changes);
     picture.samples = std::move(samples);
-    if (header_.alpha) picture.changes.Add(Change::kTransparency);
     return picture;
   }
 
@@ -287,7 +286,7 @@ class PnmSource : public ImageSource {
   }
 
   // The same, with all bits, and alpha laid on white.
-  std::string Fill(Samples& samples) const {
+  std::string Fill(Samples& samples, Changes& changes) const {
     DeepPixels form;
     form.samples = header_.samples;
     form.alpha = header_.alpha ? Alpha::kStraight : Alpha::kNone;
@@ -303,6 +302,7 @@ class PnmSource : public ImageSource {
     return ReadRows([&](uint64_t, std::vector<uint16_t> const& row) {
       for (size_t i = 0; i < row.size() && form.sample_bytes == 1; ++i) pixels[i] = Byte(row[i]);
       if (form.sample_bytes == 2) std::memcpy(pixels.data(), row.data(), pixels.size());
+      if (HasTransparency(form, pixels)) changes.Add(Change::kTransparency);
       auto const bytes = SamplesOf(form, width, 1, pixels).bytes;
       samples.bytes.insert(samples.bytes.end(), bytes.begin(), bytes.end());
     });

@@ -71,7 +71,7 @@ bool IsTiledOrPlanar(TIFF* tiff) {
   return planar || TIFFIsTiled(tiff) != 0;
 }
 
-PixPtr ReadTiledOrPlanar(TIFF* tiff) {
+PixPtr ReadTiledOrPlanar(TIFF* tiff, Changes& changes) {
   uint32_t width = 0, height = 0;
   TIFFGetField(tiff, TIFFTAG_IMAGEWIDTH, &width);
   TIFFGetField(tiff, TIFFTAG_IMAGELENGTH, &height);
@@ -86,7 +86,7 @@ PixPtr ReadTiledOrPlanar(TIFF* tiff) {
     return nullptr;
   }
   Reorder(pix.get());
-  BlendOnWhite(pix.get(), true);
+  if (BlendOnWhite(pix.get(), true)) changes.Add(Change::kTransparency);
   pix = AsStored(std::move(pix), tiff);
   return pix == nullptr ? nullptr : Upright(std::move(pix), orientation);
 }

@@ -12,8 +12,9 @@ namespace sorrelin::tool {
 bool IsTiledOrPlanar(TIFF* tiff);
 
 // Such a page upright, without transparency, in black and white, grey or a palette if it is stored
-// so. Of a damaged one what can be read. nullptr if it is of a rarer kind, or memory is short.
-PixPtr ReadTiledOrPlanar(TIFF* tiff);
+// so. Of a damaged one what can be read. Whether anything was transparent is added to `changes`.
+// nullptr if it is of a rarer kind, or memory is short.
+PixPtr ReadTiledOrPlanar(TIFF* tiff, Changes& changes);
 
 }  // namespace sorrelin::tool
 

@@ -65,14 +65,18 @@ std::optional<ImageColours> ColoursOf(TIFF* tiff) {
   }
 }
 
-Alpha AlphaOf(TIFF* tiff) {
+// The first of the samples after the colours that is opacity.
+void FindAlpha(TIFF* tiff, DeepPixels& form) {
   uint16_t count = 0;
   uint16_t* kinds = nullptr;
-  if (TIFFGetField(tiff, TIFFTAG_EXTRASAMPLES, &count, &kinds) != 1 || count == 0) {
-    return Alpha::kNone;
+  if (TIFFGetField(tiff, TIFFTAG_EXTRASAMPLES, &count, &kinds) != 1) return;
+  int const extra = std::min<int>(count, form.samples - ComponentsOf(form.colours));
+  for (form.alpha_at = 0; form.alpha_at < extra; ++form.alpha_at) {
+    uint16_t const kind = kinds[form.alpha_at];
+    if (kind == EXTRASAMPLE_ASSOCALPHA) form.alpha = Alpha::kPremultiplied;
+    if (kind == EXTRASAMPLE_UNASSALPHA) form.alpha = Alpha::kStraight;
+    if (form.alpha != Alpha::kNone) return;
   }
-  if (kinds[0] == EXTRASAMPLE_ASSOCALPHA) return Alpha::kPremultiplied;
-  return kinds[0] == EXTRASAMPLE_UNASSALPHA ? Alpha::kStraight : Alpha::kNone;
 }
 
 // Pixels of all samples as the file has them, in this machine's byte order.
@@ -156,11 +160,12 @@ bool HasDeepSamples(TIFF* tiff) {
   uint16_t const bits = ShortOf(tiff, TIFFTAG_BITSPERSAMPLE, 1);
   uint16_t const format = ShortOf(tiff, TIFFTAG_SAMPLEFORMAT, SAMPLEFORMAT_UINT);
   if (!colours || (bits != 8 && bits != 16) || format != SAMPLEFORMAT_UINT) return false;
-  bool const enough = ShortOf(tiff, TIFFTAG_SAMPLESPERPIXEL, 1) >= ComponentsOf(*colours);
-  return enough && (bits == 16 || *colours == ImageColours::kCmyk);
+  int const samples = ShortOf(tiff, TIFFTAG_SAMPLESPERPIXEL, 1), needed = ComponentsOf(*colours);
+  bool const more = bits == 16 || *colours == ImageColours::kCmyk || samples > needed;
+  return samples >= needed && more;
 }
 
-std::optional<Samples> ReadTiffSamples(TIFF* tiff) {
+std::optional<Samples> ReadTiffSamples(TIFF* tiff, Changes& changes) {
   Layout const layout = LayoutOf(tiff);
   auto const colours = ColoursOf(tiff);
   if (!colours || !HasReadableSize(layout)) return std::nullopt;
@@ -170,8 +175,11 @@ std::optional<Samples> ReadTiffSamples(TIFF* tiff) {
   deep.colours = *colours;
   deep.samples = static_cast<int>(layout.samples);
   deep.sample_bytes = static_cast<int>(layout.sample_bytes);
-  deep.alpha = AlphaOf(tiff);
+  FindAlpha(tiff, deep);
   deep.inverted = ShortOf(tiff, TIFFTAG_PHOTOMETRIC, 0) == PHOTOMETRIC_MINISWHITE;
+  if (HasTransparency(deep, pixels)) changes.Add(Change::kTransparency);
+  int const used = ComponentsOf(deep.colours) + (deep.alpha != Alpha::kNone ? 1 : 0);
+  if (deep.samples > used) changes.Add(Change::kExtraSamples);
   return SamplesOf(deep, static_cast<int>(layout.width), static_cast<int>(layout.height), pixels);
 }
 

@@ -1,4 +1,4 @@
-// TIFF pages of 16 bits a sample, and of four inks, with all that they hold.
+// TIFF pages of 16 bits a sample, of four inks, and with samples beyond their colours.
 #ifndef TOOLS_FORMATS_TIFF_SAMPLES_H_
 #define TOOLS_FORMATS_TIFF_SAMPLES_H_
 
@@ -6,6 +6,7 @@
 
 #include <optional>
 
+#include "tools/formats/changes.h"
 #include "tools/formats/samples.h"
 
 namespace sorrelin::tool {
@@ -14,8 +15,8 @@ namespace sorrelin::tool {
 bool HasDeepSamples(TIFF* tiff);
 
 // The page as stored, not turned, with what is transparent laid on white: 8 or 16 bits a sample.
-// nullopt if data are missing.
-std::optional<Samples> ReadTiffSamples(TIFF* tiff);
+// What that changes is added to `changes`. nullopt if data are missing.
+std::optional<Samples> ReadTiffSamples(TIFF* tiff, Changes& changes);
 
 }  // namespace sorrelin::tool
 

@@ -41,11 +41,12 @@ bool IsPremultiplied(TIFF* tiff) {
   return associated || FieldOf<uint16_t>(tiff, TIFFTAG_SAMPLESPERPIXEL, 1) > 3;
 }
 
-bool HasAlpha(TIFF* tiff) {
+// Whether the page has samples of an unknown kind, which no reader of colours takes.
+bool HasUnknownSamples(TIFF* tiff) {
   uint16_t count = 0;
   uint16_t* kinds = nullptr;
-  return TIFFGetField(tiff, TIFFTAG_EXTRASAMPLES, &count, &kinds) == 1 && count > 0 &&
-         kinds[0] != EXTRASAMPLE_UNSPECIFIED;
+  return TIFFGetField(tiff, TIFFTAG_EXTRASAMPLES, &count, &kinds) == 1 &&
+         std::find(kinds, kinds + count, EXTRASAMPLE_UNSPECIFIED) != kinds + count;
 }
 
 // Whether the coded data can be decoded to the last row.
@@ -151,7 +152,8 @@ class TiffSource : public ImageSource {
     int const orientation = OrientationOf(tiff_.get());
     if (LiesOnItsSide(orientation)) std::swap(facts.dpi.x, facts.dpi.y);
     if (orientation != ORIENTATION_TOPLEFT) facts.changes.Add(Change::kTurned);
-    if (HasAlpha(tiff_.get())) facts.changes.Add(Change::kTransparency);
+    bool const drops = !facts.deep && HasUnknownSamples(tiff_.get());
+    if (drops) facts.changes.Add(Change::kExtraSamples);
     bool const grey = facts.photometric <= PHOTOMETRIC_MINISBLACK;
     facts.profile = ProfileOf(tiff_.get(), grey ? 1 : 3);
     return facts;
@@ -175,29 +177,31 @@ class TiffSource : public ImageSource {
   }
 
   std::optional<Picture> ReadPix(int page, PageFacts const& facts) {
-    PixPtr pix = facts.tiled_or_planar ? ReadHere(page) : nullptr;
+    Changes changes;
+    PixPtr pix = facts.tiled_or_planar ? ReadHere(page, changes) : nullptr;
     if (facts.bilevel_strips) pix = ReadBilevel(page);
     bool const general = pix == nullptr && !facts.tiled_or_planar;
     if (general) pix = Read(OffsetOf(page));
-    if (pix != nullptr && general) pix = Repaired(std::move(pix), facts);
+    if (pix != nullptr && general) pix = Repaired(std::move(pix), facts, changes);
     if (pix == nullptr) return std::nullopt;
-    Picture picture{std::move(pix), facts.dpi, facts.lossy};
+    Picture picture{std::move(pix), facts.dpi, facts.lossy, changes};
     picture.profile = facts.profile;
     return picture;
   }
 
   // What libtiff itself makes of a damaged page.
   std::optional<Picture> Salvage(int page, PageFacts const& facts) {
-    PixPtr pix = ReadHere(page);
+    Changes changes;
+    PixPtr pix = ReadHere(page, changes);
     if (pix == nullptr) return std::nullopt;
-    return Picture{std::move(pix), facts.dpi, facts.lossy};
+    return Picture{std::move(pix), facts.dpi, facts.lossy, changes};
   }
 
   std::optional<Picture> ReadDeep(int page) {
     std::lock_guard const lock(mutex_);
     if (!GoTo(page)) return std::nullopt;
     Picture picture;
-    picture.samples = ReadTiffSamples(tiff_.get());
+    picture.samples = ReadTiffSamples(tiff_.get(), picture.changes);
     if (!picture.samples) return std::nullopt;
     picture.orientation = OrientationOf(tiff_.get());
     picture.dpi = ResolutionOf(tiff_.get());
@@ -206,9 +210,9 @@ class TiffSource : public ImageSource {
     return picture;
   }
 
-  PixPtr ReadHere(int page) {
+  PixPtr ReadHere(int page, Changes& changes) {
     std::lock_guard const lock(mutex_);
-    return GoTo(page) ? ReadTiledOrPlanar(tiff_.get()) : nullptr;
+    return GoTo(page) ? ReadTiledOrPlanar(tiff_.get(), changes) : nullptr;
   }
 
   // Leptonica turns the page upright by its orientation.
@@ -219,11 +223,11 @@ class TiffSource : public ImageSource {
 
   // Leptonica leaves the greys of these depths as they are where 0 is white, spreads bilevel
   // palettes to colours, and does not blend alpha.
-  static PixPtr Repaired(PixPtr pix, PageFacts const& facts) {
+  static PixPtr Repaired(PixPtr pix, PageFacts const& facts, Changes& changes) {
     int const depth = pixGetDepth(pix.get());
     bool const untouched = depth == 2 || depth == 4 || depth == 16;
     if (facts.photometric == PHOTOMETRIC_MINISWHITE && untouched) pixInvert(pix.get(), pix.get());
-    BlendOnWhite(pix.get(), facts.premultiplied);
+    if (BlendOnWhite(pix.get(), facts.premultiplied)) changes.Add(Change::kTransparency);
     return facts.photometric == PHOTOMETRIC_PALETTE ? Reindexed(std::move(pix)) : std::move(pix);
   }
 

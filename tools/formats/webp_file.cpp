@@ -98,8 +98,7 @@ std::optional<Picture> DecodeWebp(std::span<BYTE const> file) {
   if (pix == nullptr) return std::nullopt;
   if (features.has_alpha != 0) {
     pixSetSpp(pix.get(), 4);
-    BlendOnWhite(pix.get(), false);
-    picture.changes.Add(Change::kTransparency);
+    if (BlendOnWhite(pix.get(), false)) picture.changes.Add(Change::kTransparency);
   }
   if (demuxer != nullptr) {
     ExifFacts const exif = ExifOf(demuxer.get());
