@@ -118,6 +118,17 @@ TEST_F(BatchTest, DocumentsAreThoseOfMakeByteForByte) {
   EXPECT_EQ(ReadAll(Path("second.pdf")), Document());
 }
 
+TEST_F(BatchTest, OptionsOfALineEndWithIt) {
+  WritePicture("a.pbm");
+  WriteText("list", Line("a.pdf", "a.pbm",
+                         ", \"options\": [\"--page\", \"a4\", \"--plain\", "
+                         "\"--title\", \"T\", \"--rotate\", \"90\"]") +
+                        Line("b.pdf", "a.pbm"));
+  EXPECT_EQ(Batch({"--jobs", "1"}).exit_code, 0);
+  Make({Out(), Path("a.pbm")}, {}, kDate);
+  EXPECT_EQ(ReadAll(Path("b.pdf")), Document());
+}
+
 TEST_F(BatchTest, ResultHasPagesBytesAndNoProblem) {
   WriteList(1);
   Batch();

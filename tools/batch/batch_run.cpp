@@ -89,7 +89,8 @@ class Batch {
 
   int Run() {
     RunSideBySide(static_cast<size_t>(options_.jobs), [this](size_t) {
-      while (auto const line = Next()) Work(*line);
+      LineParser parser;
+      while (auto const line = Next()) Work(*line, parser);
     });
     progress_.Clear();
     if (!list_.problem().empty()) PrintProblem(options_.list, list_.problem());
@@ -107,16 +108,16 @@ class Batch {
     return list_.Next();
   }
 
-  void Work(ListLine const& line) {
+  void Work(ListLine const& line, LineParser& parser) {
     Result result;
     result.line = line.number;
     try {
       if (!line.problem.empty()) throw UsageError(line.problem);
-      auto const options = ParseListLine(line.text);
-      result.output = options->pages.output;
+      ListDocument document = parser.Parse(line.text);
+      result.output = document.options.pages.output;
+      result.signature = document.signature;
       ClaimName(result);
-      result.signature = SignatureOf(line.text, *options);
-      Make(*options, result);
+      Make(document.options, result);
     } catch (UsageError const& error) {
       result.state = kBroken;
       result.output.clear();

@@ -99,30 +99,10 @@ class Digest {
   uint64_t value_ = 0xcbf29ce484222325;
 };
 
-}  // namespace
-
-std::unique_ptr<MakeOptions> ParseListLine(std::string const& text) {
-  Parts const parts = PartsOf(text);
-  auto options = std::make_unique<MakeOptions>();
-  Program program("sorrelin", "", "");
-  Verb verb = program.AddVerb("make", "");
-  AddMakeOptions(verb, *options);
-  options->pages.jobs = 1;
-  std::vector<std::string> arguments = {"make"};
-  std::ranges::copy(parts.options, std::back_inserter(arguments));
-  arguments.insert(arguments.end(), {"--", parts.output});
-  std::ranges::copy(parts.pictures, std::back_inserter(arguments));
-  program.Parse(std::move(arguments));
-  CheckForList(parts, options->pages);
-  PrepareMake(*options);
-  return options;
-}
-
-std::string SignatureOf(std::string const& text, MakeOptions const& options) {
-  Parts const parts = PartsOf(text);
+std::string SignatureOf(Parts const& parts, std::vector<Input> const& inputs) {
   Digest digest;
   for (std::string const& option : parts.options) digest.Add(option);
-  for (Input const& input : options.pages.inputs) {
+  for (Input const& input : inputs) {
     std::error_code error;
     digest.Add(input.name);
     auto const size = std::filesystem::file_size(input.name, error);
@@ -131,6 +111,28 @@ std::string SignatureOf(std::string const& text, MakeOptions const& options) {
     digest.Add(error ? "" : std::to_string(time.time_since_epoch().count()));
   }
   return digest.Hex();
+}
+
+}  // namespace
+
+LineParser::LineParser() : program_("sorrelin", "", "") {
+  Verb verb = program_.AddVerb("make", "");
+  AddMakeOptions(verb, options_);
+  options_.pages.jobs = 1;
+  usual_ = options_;
+}
+
+ListDocument LineParser::Parse(std::string const& text) {
+  Parts const parts = PartsOf(text);
+  std::vector<std::string> arguments = {"make"};
+  std::ranges::copy(parts.options, std::back_inserter(arguments));
+  arguments.insert(arguments.end(), {"--", parts.output});
+  std::ranges::copy(parts.pictures, std::back_inserter(arguments));
+  options_ = usual_;
+  program_.Parse(std::move(arguments));
+  CheckForList(parts, options_.pages);
+  PrepareMake(options_);
+  return {options_, SignatureOf(parts, options_.pages.inputs)};
 }
 
 }  // namespace sorrelin::tool
