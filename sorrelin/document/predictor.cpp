@@ -68,9 +68,20 @@ class PngRows {
     NextRow();
   }
 
+  // The whole row is in the data, and so is where it goes.
   void UndoRow() {
     BYTE const tag = data_[in_];
+    if (tag == kUp && out_ >= row_bytes_) return AddRowAbove();
     for (size_t i = 0; i < row_bytes_; ++i) Put(i, In(i) + Prediction(tag, i));
+    NextRow();
+  }
+
+  // Cross-reference streams consist of such rows, and may be long.
+  void AddRowAbove() {
+    BYTE const* const in = data_.data() + in_ + 1;
+    BYTE* const out = data_.data() + out_;
+    BYTE const* const above = out - row_bytes_;
+    for (size_t i = 0; i < row_bytes_; ++i) out[i] = static_cast<BYTE>(in[i] + above[i]);
     NextRow();
   }
 
