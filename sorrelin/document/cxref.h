@@ -4,11 +4,10 @@
 #define SORRELIN_DOCUMENT_CXREF_H_
 
 #include <sorrelin/document/document_file.h>
+#include <sorrelin/document/extent_map.h>
 #include <sorrelin/platform/types.h>
 
-#include <compare>
 #include <cstdint>
-#include <map>
 #include <memory>
 #include <set>
 #include <span>
@@ -23,24 +22,11 @@ class CXrefParser;
 // Rows of a session's object table, which bound the index.
 inline constexpr DWORD kIndexRows = 90050;
 
-struct ObjectId {
-  DWORD nNumber = 0;
-  DWORD nGeneration = 0;
-  auto operator<=>(ObjectId const&) const = default;
-};
-
 // One element of the object index. All zero: no section named the object.
 struct XRefObjectEntry {
   uint64_t nOffset = 0;   // type 1: of the object header; type 2: number of the object stream
   DWORD nGeneration = 0;  // type 2: index in the object stream
   DWORD nType = 0;        // 0 free or unknown, 1 plain, 2 in an object stream
-};
-
-// Bytes of a plain object, half open. For one in an object stream nStart is the stream's number,
-// and nEnd stays 0.
-struct ObjectExtent {
-  DWORD nStart = 0;
-  DWORD nEnd = 0;
 };
 
 // An offset at which something begins. Without an extent it only ends the object before it.
@@ -61,8 +47,6 @@ struct XRefRecord {
   DWORD nField2 = 0;
   DWORD nField3 = 0;
 };
-
-using ExtentMap = std::map<ObjectId, ObjectExtent>;
 
 class CXRef {
  public:

@@ -167,6 +167,7 @@ int CXRefStm::MergeRecords() {
   if (rows > kIndexRows) m_bTooLarge = true;
   if (m_bTooLarge) return 0;
   if (m_ObjectIndex.size() < rows) m_ObjectIndex.resize(static_cast<size_t>(rows));
+  if (m_Marks.empty()) m_Marks.reserve(m_Records.size());
   size_t next = 0;
   while (!m_Subsections.empty()) {
     XRefSubsection const subsection = m_Subsections.front();
@@ -187,9 +188,7 @@ void CXRefStm::MergeRecord(DWORD number, XRefRecord const& record) {
     return;
   }
   if (in_index) m_ObjectIndex[number] = {record.nField2, record.nField3, record.nType};
-  // Numbers mostly come in order.
-  auto const place = m_Extents.try_emplace(m_Extents.end(), ObjectId{number, record.nField3});
-  ObjectExtent& extent = place->second;
+  ObjectExtent& extent = m_Extents[{number, record.nField3}];
   extent = {record.nField2, 0};
   if (plain) m_Marks.push_back({record.nField2, &extent});
 }

@@ -54,17 +54,28 @@ ObjectBytes IndexedObjects::Fetch(DWORD number, DWORD generation) {
 bool IndexedObjects::FetchIndexed(ObjectId id, ObjectBytes& out) {
   XRefObjectEntry const entry = index_->EntryOf(id.nNumber);
   if (entry.nType != 2) return FetchPlain(id, out);
-  // Kept: a stream that the index does not know is looked for at the start of the file.
-  DWORD const stream = index_->Extents()[{static_cast<DWORD>(entry.nOffset), 0}].nStart;
-  out = streams_->Fetch(stream, id.nNumber);
+  out = streams_->Fetch(StreamOffset(entry), id.nNumber);
   return true;
 }
 
+// Kept: a stream that the index does not know is looked for at the start of the file.
+DWORD IndexedObjects::StreamOffset(XRefObjectEntry const& entry) {
+  return index_->Extents()[{static_cast<DWORD>(entry.nOffset), 0}].nStart;
+}
+
+bool IndexedObjects::Lacks(DWORD number, std::string_view key) {
+  if (!used_ || index_ == nullptr || !file_.IsOpen()) return false;
+  XRefObjectEntry const entry = index_->EntryOf(number);
+  WorkBudget::Fetch const fetch(file_.work(), file_.Size());
+  return entry.nType == 2 && !fetch.IsTooDeep() &&
+         streams_->Lacks(StreamOffset(entry), number, key);
+}
+
 bool IndexedObjects::FetchPlain(ObjectId id, ObjectBytes& out) {
-  auto const entry = index_->Extents().find(id);
+  ObjectExtent const* const known = index_->Extents().Find(id);
   // An extent that ends before it starts belongs to the document's last object.
-  if (entry == index_->Extents().end() || entry->second.nEnd < entry->second.nStart) return true;
-  ObjectExtent const extent = entry->second;
+  if (known == nullptr || known->nEnd < known->nStart) return true;
+  ObjectExtent const extent = *known;
   DWORD const bytes = extent.nEnd - extent.nStart;
   // After the file's end there is no text, and looking there costs nothing.
   if (extent.nStart >= file_.Size()) return false;

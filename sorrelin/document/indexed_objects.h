@@ -12,6 +12,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 
 namespace sorrelin {
 
@@ -38,9 +39,14 @@ class IndexedObjects : public ObjectSource {
   // stream is short.
   ObjectBytes Fetch(DWORD number, DWORD generation);
 
+  // Whether the object is in an object stream, and its text is known to lack `key`, a name: so much
+  // is seen without a copy. True costs what a fetch does. Moves the channel's position.
+  bool Lacks(DWORD number, std::string_view key);
+
   std::optional<std::string> TextOf(DWORD number) override;
 
  private:
+  DWORD StreamOffset(XRefObjectEntry const& entry);
   bool FetchIndexed(ObjectId id, ObjectBytes& out);
   bool FetchPlain(ObjectId id, ObjectBytes& out);
 

@@ -10,6 +10,7 @@
 #include <sorrelin/platform/types.h>
 
 #include <span>
+#include <string_view>
 
 namespace sorrelin {
 
@@ -24,6 +25,9 @@ class ObjectLoader {
   HGLOBAL Load(DWORD number) { return Fetch(number).block.Release(); }
   ObjectBytes Fetch(DWORD number);
   LoadedObject Open(DWORD number) { return LoadedObject(Fetch(number)); }
+
+  // Whether the object's text is known to lack `key`, a name, without loading it.
+  bool Lacks(DWORD number, std::string_view key) { return indexed_.Lacks(number, key); }
 
   // The bytes of an object's text; 0 for object 0.
   // Kept: in a document of the stream route a size costs a whole fetch.

@@ -102,7 +102,9 @@ void ObjectStreamReader::ReadIndex(WorkBudget& work) {
   for (size_t i = 0; i < places_.size(); ++i) {
     by_number_.push_back({places_[i].nNumber, static_cast<DWORD>(i)});
   }
-  std::sort(by_number_.begin(), by_number_.end());
+  if (!std::is_sorted(by_number_.begin(), by_number_.end())) {
+    std::sort(by_number_.begin(), by_number_.end());
+  }
 }
 
 void ObjectStreamReader::KeepLastOfEachOffset() {
@@ -130,12 +132,21 @@ std::optional<ObjectStreamReader::Extent> ObjectStreamReader::ExtentOf(DWORD num
   return Extent{begin, decoded_.size() - std::min<uint64_t>(begin, decoded_.size())};
 }
 
+std::string_view ObjectStreamReader::HeldOf(Extent extent) const {
+  ByteView const rest = ByteView{decoded_.data(), decoded_.size()}.From(extent.begin);
+  return rest.Chars().substr(0, static_cast<size_t>(extent.bytes));
+}
+
+bool ObjectStreamReader::Lacks(DWORD number, std::string_view text) const {
+  auto const extent = ExtentOf(number);
+  return extent && HeldOf(*extent).find(text) == std::string_view::npos;
+}
+
 // Kept: the generation is always 0.
 ObjectBytes ObjectStreamReader::Serve(DWORD number) const {
   auto const extent = ExtentOf(number);
   if (!extent) return {};
-  ByteView const rest = ByteView{decoded_.data(), decoded_.size()}.From(extent->begin);
-  std::string_view const held = rest.Chars().substr(0, static_cast<size_t>(extent->bytes));
+  std::string_view const held = HeldOf(*extent);
   size_t const body_bytes = static_cast<size_t>(extent->bytes);
   std::string const head = std::to_string(static_cast<int>(number)) + " 0 obj\n";
   OwnedBlock block(GlobalAlloc(GHND, head.size() + body_bytes + kObjectEnd.size() + 1));

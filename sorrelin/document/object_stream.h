@@ -14,6 +14,7 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -32,6 +33,9 @@ class ObjectStreamReader {
 
   // Bytes of object `number`, without what Serve puts around them.
   uint64_t SizeOf(DWORD number) const { return ExtentOf(number).value_or(Extent{}).bytes; }
+
+  // Whether the stream lists the object, and its bytes have no such text.
+  bool Lacks(DWORD number, std::string_view text) const;
 
   // The text of object `number`, empty and invalid if the stream does not list it.
   ObjectBytes Serve(DWORD number) const;
@@ -56,6 +60,8 @@ class ObjectStreamReader {
 
   // Nothing if the stream does not list the object.
   std::optional<Extent> ExtentOf(DWORD number) const;
+  // Those of the extent's bytes that the data do not lack.
+  std::string_view HeldOf(Extent extent) const;
   void ReadDictionary(ObjectSource& objects, std::span<BYTE> text);
   void Decode(ObjectSource& objects, std::span<BYTE> text, uint64_t& work);
   bool Inflate(std::span<BYTE const> raw, uint64_t& work);
@@ -80,10 +86,13 @@ class ObjectStreamList {
   // Object `number` of the stream object at `stream_offset`. Empty and invalid also for a stream
   // that needs an object of its own to be read.
   ObjectBytes Fetch(uint64_t stream_offset, DWORD number);
+  // Whether the text of that object is known to lack `key`, a name. True costs what a fetch does.
+  bool Lacks(uint64_t stream_offset, DWORD number, std::string_view key);
 
  private:
   friend struct ::XrefProbe;
 
+  ObjectStreamReader const* Open(uint64_t stream_offset);
   ObjectStreamReader const* Find(uint64_t stream_offset) const;
   ObjectStreamReader const* Build(uint64_t stream_offset);
   void Evict();

@@ -28,10 +28,20 @@ class Entered {
 }  // namespace
 
 ObjectBytes ObjectStreamList::Fetch(uint64_t stream_offset, DWORD number) {
-  ObjectStreamReader const* reader = Find(stream_offset);
-  if (reader == nullptr) reader = Build(stream_offset);
+  ObjectStreamReader const* const reader = Open(stream_offset);
   bool const served = reader != nullptr && file_.work().Spend(reader->SizeOf(number));
   return served ? reader->Serve(number) : ObjectBytes{};
+}
+
+bool ObjectStreamList::Lacks(uint64_t stream_offset, DWORD number, std::string_view key) {
+  ObjectStreamReader const* const reader = Open(stream_offset);
+  return reader != nullptr && reader->Lacks(number, key) &&
+         file_.work().Spend(reader->SizeOf(number));
+}
+
+ObjectStreamReader const* ObjectStreamList::Open(uint64_t stream_offset) {
+  ObjectStreamReader const* const reader = Find(stream_offset);
+  return reader != nullptr ? reader : Build(stream_offset);
 }
 
 // Objects that are fetched one after the other mostly are in the stream that came last.

@@ -94,10 +94,13 @@ class PageTreeWalk {
     path_.pop_back();
   }
 
+  // Most kids are pages, which need not be loaded where that can be seen.
   bool Visit(DWORD object) {
     --pending_;
-    LoadedObject const node = objects_.Open(object);
-    if (node && HoldsKey(node.text(), kNodeKey)) return Enter(object, ReadKids(node.text()));
+    if (!objects_.Lacks(object, kNodeKey)) {
+      LoadedObject const node = objects_.Open(object);
+      if (node && HoldsKey(node.text(), kNodeKey)) return Enter(object, ReadKids(node.text()));
+    }
     if (limits_.pages == 0) return false;
     --limits_.pages;
     list_page_(object);

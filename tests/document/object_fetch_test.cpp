@@ -343,7 +343,7 @@ TEST(IndexFetch, LastMarksObjectIsServedByTheTable) {
   OpenDocument document(test::ToBytes(text));
   ASSERT_NE(document.Build(), 0u);
   // The section lists itself under the offset of the boundary, and the boundary came first.
-  EXPECT_EQ(document.reader().objects.index()->Extents().at({9, 0}).nEnd, 0u);
+  EXPECT_EQ(document.reader().objects.index()->Extents().Find({9, 0})->nEnd, 0u);
   EXPECT_FALSE(document.Fetch(9).valid);
   EXPECT_THAT(document.Load(9), Optional(StartsWith("9 0 obj\n<</Type/XRef")));
   EXPECT_EQ(document.row(9).nOffset, section);

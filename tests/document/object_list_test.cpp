@@ -538,7 +538,7 @@ TEST(CrossReference, FreshObjectIsEmpty) {
   sorrelin::CXRefStm xref(file, nullptr);
   EXPECT_EQ(XrefProbe::EntryLength(xref), 20u);
   EXPECT_TRUE(xref.ObjectIndex().empty());
-  EXPECT_TRUE(xref.Extents().empty());
+  EXPECT_EQ(xref.Extents().size(), 0u);
   EXPECT_TRUE(XrefProbe::Marks(xref).empty());
   EXPECT_TRUE(XrefProbe::PrevOffsets(xref).empty());
   EXPECT_TRUE(XrefProbe::PendingOffsets(xref).empty());

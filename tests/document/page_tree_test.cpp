@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <sorrelin/frame/session.h>
 #include <tests/support/object_session.h>
+#include <tests/support/pdf_builder.h>
 #include <tests/support/scan_buffer.h>
 
 #include <map>
@@ -52,6 +53,31 @@ TEST(PageTree, LeavesComeDepthFirstInOrder) {
       {{2, Node("3 0 R 4 0 R")}, {3, Node("5 0 R 6 0 R")}, {4, kPage}, {5, kPage}, {6, kPage}});
   EXPECT_EQ(walk.result, 1);
   EXPECT_THAT(walk.pages, ElementsAre(5, 6, 4));
+}
+
+// Of object streams a page is told by its bytes there, NUL bytes among them; an object that the
+// stream does not list is a page like any other that cannot be loaded.
+TEST(PageTree, NodesAndPagesOfObjectStreamsAreToldApart) {
+  test::PdfBuilder pdf("%PDF-1.5");
+  pdf.Object(1, "<</Type/Catalog /Pages 2 0 R >>");
+  pdf.ObjectStream(9, {{2, Node("3 0 R 4 0 R 6 0 R 7 0 R") + "/Count 4 "},
+                       {3, Node("5 0 R")},
+                       {4, kPage},
+                       {5, kPage},
+                       {6, test::WithNuls("<</X (\0) /Kids [] >>")}});
+  pdf.Row(7, {2, 9, 5});
+  pdf.XrefStream(10);
+  test::Bytes bytes = pdf.Document();
+  CCreatePDF session;
+  ASSERT_EQ(session.OpenPDFFileInMemory(reinterpret_cast<int64_t>(bytes.data()),
+                                        static_cast<DWORD>(bytes.size())),
+            1);
+  std::vector<DWORD> pages;
+  for (DWORD page = 0; page < SessionProbe::Reader(session).page_counter; ++page) {
+    pages.push_back(session.GetPageObjectNumber(page));
+  }
+  EXPECT_THAT(pages, ElementsAre(5, 4, 7));
+  session.ClosePDFFile();
 }
 
 TEST(PageTree, EmptyKidsListNothing) {

@@ -318,12 +318,12 @@ TEST(MergeRecords, SubsectionsAreUsedUp) {
 
 TEST(MergeRecords, EnterExtentsAndMarks) {
   Merged merged({{4, "1 3", {{1, 30, 2}, {2, 9, 5}, {0, 7, 0}}}});
-  auto const& extents = merged.document->Extents();
+  auto& extents = merged.document->Extents();
   ASSERT_EQ(extents.size(), 3u);
-  EXPECT_EQ(extents.at(ObjectId{1, 2}).nStart, 30u);
-  EXPECT_EQ(extents.at(ObjectId{1, 2}).nEnd, 0u);
-  EXPECT_EQ(extents.at(ObjectId{2, 5}).nStart, 9u);
-  EXPECT_EQ(extents.at(ObjectId{3, 65535}).nStart, 7u);
+  EXPECT_EQ(extents.Find(ObjectId{1, 2})->nStart, 30u);
+  EXPECT_EQ(extents.Find(ObjectId{1, 2})->nEnd, 0u);
+  EXPECT_EQ(extents.Find(ObjectId{2, 5})->nStart, 9u);
+  EXPECT_EQ(extents.Find(ObjectId{3, 65535})->nStart, 7u);
   EXPECT_THAT(merged.Marks(), ElementsAre(std::pair(30u, true)));
 }
 
@@ -347,14 +347,14 @@ TEST(MergeRecords, FreeEntryIsReplacedByAnOlderSection) {
 
 TEST(MergeRecords, LaterRecordReplacesTheExtentOfItsNumberAndGeneration) {
   Merged merged({{4, "1 1 1 1", {{0, 5, 0}, {0, 6, 0}}}});
-  EXPECT_EQ(merged.document->Extents().at(ObjectId{1, 65535}).nStart, 6u);
+  EXPECT_EQ(merged.document->Extents().Find(ObjectId{1, 65535})->nStart, 6u);
 }
 
 TEST(MergeRecords, RecordBeyondTheIndexKeepsExtentAndMark) {
   Merged merged({{4, "0 1 50 1", {{1, 30, 0}, {1, 60, 0}}}});
   EXPECT_EQ(merged.result, 1);
   EXPECT_EQ(merged.document->ObjectIndex().size(), 4u);
-  EXPECT_EQ(merged.document->Extents().at(ObjectId{50, 0}).nStart, 60u);
+  EXPECT_EQ(merged.document->Extents().Find(ObjectId{50, 0})->nStart, 60u);
   EXPECT_THAT(merged.Marks(), ElementsAre(std::pair(30u, true), std::pair(60u, true)));
 }
 

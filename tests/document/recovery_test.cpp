@@ -111,7 +111,7 @@ struct Scanned {
     return number < index.size() ? index[number].nOffset : 0;
   }
   sorrelin::ObjectExtent Extent(DWORD number, DWORD generation = 0) {
-    return document->Extents().at(ObjectId{number, generation});
+    return *document->Extents().Find(ObjectId{number, generation});
   }
   XrefDocument document;
 };
@@ -135,7 +135,7 @@ TEST(Scan, BoundaryAtTheSectionEndsTheLastObject) {
   XrefDocument document("%\n" + Text(3) + "tail");
   XrefProbe::StartXref(*document) = 20;
   document->RebuildByScan();
-  EXPECT_EQ(document->Extents().at(ObjectId{3, 0}).nEnd, 20u);
+  EXPECT_EQ(document->Extents().Find(ObjectId{3, 0})->nEnd, 20u);
 }
 
 TEST(Scan, KnownSectionOffsetsAreBoundaries) {
@@ -143,7 +143,7 @@ TEST(Scan, KnownSectionOffsetsAreBoundaries) {
   XrefProbe::StartXref(*document) = 21;
   XrefProbe::PrevOffsets(*document) = {19, 20};
   document->RebuildByScan();
-  EXPECT_EQ(document->Extents().at(ObjectId{3, 0}).nEnd, 19u);
+  EXPECT_EQ(document->Extents().Find(ObjectId{3, 0})->nEnd, 19u);
 }
 
 // Kept: the opposite of what the cross-reference says.
@@ -158,13 +158,13 @@ TEST(Scan, FirstVersionWinsAndTheSecondIsABoundary) {
 TEST(Scan, SecondVersionOfAnotherGenerationIsABoundaryToo) {
   Scanned scanned("\n5 0 obj x endobj\n5 1 obj y endobj\n");
   EXPECT_EQ(scanned.document->ObjectIndex()[5].nGeneration, 0u);
-  EXPECT_EQ(scanned.document->Extents().count(ObjectId{5, 1}), 0u);
+  EXPECT_EQ(scanned.document->Extents().Find(ObjectId{5, 1}), nullptr);
 }
 
 TEST(Scan, NumberZeroIsDropped) {
   Scanned scanned("\n0 0 obj x endobj\n");
   EXPECT_THAT(scanned.document->ObjectIndex(), IsEmpty());
-  EXPECT_THAT(scanned.document->Extents(), IsEmpty());
+  EXPECT_EQ(scanned.document->Extents().size(), 0u);
 }
 
 struct HeaderRow {
