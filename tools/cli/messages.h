@@ -9,6 +9,8 @@ namespace sorrelin::tool {
 // What to do about problems, for the end of their messages.
 inline constexpr char kRoomRemedy[] = " (see that there is room, and that it may be written to)";
 inline constexpr char kMendRemedy[] = " (qpdf in.pdf out.pdf may mend it)";
+inline constexpr char kRewriteHint[] =
+    " (rewrite it first: qpdf --object-streams=disable in.pdf out.pdf)";
 inline constexpr char kDrawRemedy[] = " (pdftoppm -png draws such pages)";
 
 inline constexpr char kMemoryProblem[] = "there is not enough memory (close other programs)";

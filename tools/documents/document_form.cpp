@@ -9,6 +9,7 @@
 #include <qpdf/QPDFExc.hh>
 #include <qpdf/QPDFLogger.hh>
 #include <qpdf/QPDFWriter.hh>
+#include <vector>
 
 #include "tools/cli/messages.h"
 #include "tools/documents/qpdf_document.h"
@@ -17,12 +18,18 @@
 namespace sorrelin::tool {
 namespace {
 
-// Of a catalog, those that the library writes itself.
-constexpr std::array<char const*, 3> kOwnKeys = {"/Type", "/Pages", "/Outlines"};
+// Of a catalog, those that the library writes itself if they are references.
+constexpr std::array<char const*, 2> kOwnReferences = {"/Pages", "/Outlines"};
+// What a page takes from the root of the page tree where it has no such key, and added pages have
+// none.
+constexpr std::array<char const*, 2> kInherited = {"/CropBox", "/Rotate"};
 constexpr char kLastVersion[] = "1.7";
+constexpr char kOptionsHint[] = " (leave --no-rewrite and --in-place out)";
 
-bool IsOwnKey(std::string const& key) {
-  return std::find(kOwnKeys.begin(), kOwnKeys.end(), key) != kOwnKeys.end();
+bool IsWrittenByLibrary(std::string const& key, QPDFObjectHandle value) {
+  bool const is_reference_key =
+      std::find(kOwnReferences.begin(), kOwnReferences.end(), key) != kOwnReferences.end();
+  return key == "/Type" || (is_reference_key && value.isIndirect());
 }
 
 void Open(QPDF& qpdf, std::string const& name) {
@@ -39,14 +46,15 @@ bool HasStreamTable(QPDF& qpdf) {
                      [](auto const& row) { return row.second.getType() == 2; });
 }
 
-bool IsSignatureField(QPDFObjectHandle field, int depth) {
+// A field without a type has that of its parent.
+bool HoldsSignature(QPDFObjectHandle field, QPDFObjectHandle type, int depth) {
   constexpr int kMaxDepth = 16;
   if (!field.isDictionary() || depth > kMaxDepth) return false;
-  bool const signature = field.getKey("/FT").isNameAndEquals("/Sig");
-  if (signature && !field.getKey("/V").isNull()) return true;
+  if (field.hasKey("/FT")) type = field.getKey("/FT");
+  if (type.isNameAndEquals("/Sig") && field.hasKey("/V")) return true;
   QPDFObjectHandle kids = field.getKey("/Kids");
   for (int i = 0; kids.isArray() && i < kids.getArrayNItems(); ++i) {
-    if (IsSignatureField(kids.getArrayItem(i), depth + 1)) return true;
+    if (HoldsSignature(kids.getArrayItem(i), type, depth + 1)) return true;
   }
   return false;
 }
@@ -56,7 +64,7 @@ bool HasSignatures(QPDF& qpdf) {
   if (root.hasKey("/Perms")) return true;
   QPDFObjectHandle fields = root.getKey("/AcroForm").getKeyIfDict("/Fields");
   for (int i = 0; fields.isArray() && i < fields.getArrayNItems(); ++i) {
-    if (IsSignatureField(fields.getArrayItem(i), 0)) return true;
+    if (HoldsSignature(fields.getArrayItem(i), QPDFObjectHandle::newNull(), 0)) return true;
   }
   return false;
 }
@@ -65,18 +73,27 @@ bool HasSignatures(QPDF& qpdf) {
 QPDFObjectHandle OtherKeys(QPDF& qpdf) {
   QPDFObjectHandle keys = QPDFObjectHandle::newDictionary();
   for (auto& [key, value] : qpdf.getRoot().getDictAsMap()) {
-    if (!IsOwnKey(key)) keys.replaceKey(key, value);
+    if (!IsWrittenByLibrary(key, value)) keys.replaceKey(key, value);
   }
   return keys;
 }
 
+bool HasInheritedKeys(QPDF& qpdf) {
+  QPDFObjectHandle pages = qpdf.getRoot().getKey("/Pages");
+  return pages.isDictionary() && std::any_of(kInherited.begin(), kInherited.end(),
+                                             [&](char const* key) { return pages.hasKey(key); });
+}
+
 std::string ObstacleOf(QPDF& qpdf, bool repaired) {
-  if (repaired) return "is damaged, and takes no pages";
-  if (HasStreamTable(qpdf)) return "keeps objects in object streams, and takes no pages";
+  std::string const hint = kRewriteHint;
+  if (repaired) return "is damaged, and takes no pages" + hint;
+  if (HasStreamTable(qpdf)) return "keeps objects in object streams, and takes no pages" + hint;
   if (qpdf.getPDFVersion() >= "2.0")
-    return "is of PDF " + qpdf.getPDFVersion() + ", and takes no pages";
+    return "is of PDF " + qpdf.getPDFVersion() + ", and takes no pages" + hint;
   if (!OtherKeys(qpdf).getKeys().empty())
-    return "has what an added page would take from its catalog";
+    return std::string("has what an added page would take from its catalog") + kOptionsHint;
+  if (HasInheritedKeys(qpdf))
+    return std::string("has a page tree that would turn or crop added pages") + kOptionsHint;
   return "";
 }
 
@@ -86,6 +103,18 @@ bool NeedsRepair(std::string const& name) {
   qpdf.setAttemptRecovery(false);
   std::string ignored;
   return !CatchDamage([&] { Open(qpdf, name); }, ignored);
+}
+
+// Hangs all pages on the root of the tree, where the library looks for them, and leaves nothing
+// there that further pages would inherit.
+void FlattenPages(QPDF& qpdf) {
+  qpdf.updateAllPagesCache();
+  qpdf.pushInheritedAttributesToPage();
+  std::vector<QPDFObjectHandle> const pages = qpdf.getAllPages();
+  QPDFObjectHandle root = qpdf.getRoot().getKey("/Pages");
+  for (QPDFObjectHandle page : pages) page.replaceKey("/Parent", root);
+  root.replaceKey("/Kids", QPDFObjectHandle::newArray(pages));
+  root.replaceKey("/Count", QPDFObjectHandle::newInteger(static_cast<long long>(pages.size())));
 }
 
 void Write(QPDF& qpdf, std::string const& to) {
@@ -137,9 +166,7 @@ bool RewriteDocument(std::string const& from, std::string const& to, std::string
       [&] {
         QPDF qpdf;
         Open(qpdf, from);
-        // A flat tree has its kids where the library looks for them.
-        qpdf.updateAllPagesCache();
-        qpdf.getAllPages();
+        FlattenPages(qpdf);
         Write(qpdf, to);
       },
       problem);

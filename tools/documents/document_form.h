@@ -10,8 +10,8 @@ namespace sorrelin::tool {
 struct DocumentForm {
   bool encrypted = false;
   bool has_signatures = false;  // which any change would void
-  // Why the library cannot add pages, or would damage the document; empty if nothing is known
-  // against it.
+  // Why the library cannot add pages, or would damage the document, with a remedy; empty if nothing
+  // is known against it.
   std::string obstacle;
   // The keys of the catalog that the library does not write, as a dictionary.
   std::string catalog_keys = "<< >>";

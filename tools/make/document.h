@@ -29,10 +29,6 @@ struct Description {
 inline constexpr size_t kMaxTextUnits = 252;
 inline constexpr size_t kMaxKeywordsUnits = 251;
 
-// What to do with a document whose form takes no pages; ends a problem.
-inline constexpr char kRewriteHint[] =
-    " (rewrite it first: qpdf --object-streams=disable in.pdf out.pdf)";
-
 enum class PageResult {
   kWritten,
   kFull,   // the document takes no more pages and can be finished

@@ -157,7 +157,7 @@ class Update {
     problem = RefusalOf(form);
     if (!problem.empty()) return false;
     form_is_unfit_ = true;
-    if (!form.obstacle.empty()) return problem = form.obstacle + kRewriteHint, false;
+    if (!form.obstacle.empty()) return problem = form.obstacle, false;
     return AddByLibrary(path, problem);
   }
 
