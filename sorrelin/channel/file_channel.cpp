@@ -2,6 +2,7 @@
 #include <sorrelin/channel/file_channel.h>
 #include <sorrelin/platform/error.h>
 #include <sorrelin/platform/file.h>
+#include <sorrelin/platform/lasting_block.h>
 
 #include <cstdlib>
 #include <new>
@@ -12,7 +13,7 @@ namespace {
 
 // Kept: records are never freed; a closed channel leaves its record allocated. Not inlined, so that
 // the leak has a name of its own.
-SORRELIN_NOINLINE FileChannel* NewChannelRecord() { return new FileChannel{}; }
+SORRELIN_NOINLINE FileChannel* NewChannelRecord() { return Lasting(new FileChannel{}); }
 
 FileChannel* NewMemoryRecord() {
   FileChannel* const channel = NewChannelRecord();

@@ -1,6 +1,7 @@
 // A session and its state: how both begin, are copied and end.
 #include <sorrelin/channel/file_channel.h>
 #include <sorrelin/frame/session_state.h>
+#include <sorrelin/platform/lasting_block.h>
 #include <sorrelin/writer/banner.h>
 
 #include <algorithm>
@@ -12,7 +13,7 @@ namespace sorrelin {
 namespace {
 
 // Of its own, because pdf_Release_PDF does not free the record.
-SORRELIN_NOINLINE ReaderState* NewSideRecord() { return new ReaderState; }
+SORRELIN_NOINLINE ReaderState* NewSideRecord() { return Lasting(new ReaderState); }
 
 void FreeSideRecord(ReaderState* record) {
   record->objects.Close();
