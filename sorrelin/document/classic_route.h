@@ -41,7 +41,7 @@ class ClassicRoute {
 
 // The number that the object at an offset declares. 0 with code 24 if no object begins there, with
 // code 1 where the channel cannot be positioned.
-Result<DWORD> NumberOfObjectAt(DocumentFile& file, DWORD offset);
+Status ReadObjectNumber(DocumentFile& file, DWORD offset, DWORD& number);
 
 }  // namespace sorrelin
 

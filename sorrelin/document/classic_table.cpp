@@ -105,9 +105,9 @@ class SectionReader {
   // Kept: the object's own header gives the number, and an entry that leads to none lands in row 0;
   // documents whose subsections are numbered wrong open.
   Status TakeEntry(TableEntry const& entry) {
-    Result<DWORD> const number = NumberOfObjectAt(file_, entry.offset);
-    if (number.status().code()) file_.Note(*number.status().code());
-    DWORD const row = number.value();
+    DWORD row = 0;
+    Status const status = ReadObjectNumber(file_, entry.offset, row);
+    if (status.code()) file_.Note(*status.code());
     if (row >= ObjectTable::kRows) return Status::Failed(PDF_ERROR_MEMORY);
     if (older_ && table_.IsTaken(row)) return Status::Ok();
     table_.Change(row) = {entry.offset, entry.generation, entry.letter == 'n' ? 1U : 0U};
@@ -145,17 +145,19 @@ Status ClassicRoute::ReadTable(DWORD offset, bool older) {
   return SectionReader(file, objects_.table(), entries_left_, offset, older).Run();
 }
 
-Result<DWORD> NumberOfObjectAt(DocumentFile& file, DWORD offset) {
-  if (offset == 0) return DWORD{0};
+Status ReadObjectNumber(DocumentFile& file, DWORD offset, DWORD& number) {
+  number = 0;
+  if (offset == 0) return Status::Ok();
   auto const seen = file.Look(offset, kObjectHeaderBytes);
   if (!seen) return Status::Failed(PDF_ERROR_SYSTEM);
-  if (seen->size() < kObjectHeaderBytes) return DWORD{0};
+  if (seen->size() < kObjectHeaderBytes) return Status::Ok();
   std::string_view text = TextOf(*seen);
-  auto const number = TakeInteger(text);
-  bool const header = number && TakeInteger(text);
+  auto const declared = TakeInteger(text);
+  bool const header = declared && TakeInteger(text);
   text = SkipScanSpace(text);
   if (!header || !text.starts_with("obj")) return Status::Failed(PDF_ERROR_NOT_PDF);
-  return static_cast<DWORD>(*number);
+  number = static_cast<DWORD>(*declared);
+  return Status::Ok();
 }
 
 }  // namespace sorrelin

@@ -46,7 +46,8 @@ int CCreatePDF::ReadPrevFlag(DWORD* pPrev) {
 
 DWORD CCreatePDF::GetRealObjectNumber(DWORD nOffset) {
   return Door(m_pState, [&](SessionState& state) {
-    auto const number = sorrelin::NumberOfObjectAt(state.m_pReader->file, nOffset);
-    return state.Report(number.status()) ? number.value() : DWORD{0};
+    DWORD number = 0;
+    state.Report(sorrelin::ReadObjectNumber(state.m_pReader->file, nOffset, number));
+    return number;
   });
 }
