@@ -4,11 +4,15 @@
 #define SORRELIN_DOCUMENT_CLASSIC_ROUTE_H_
 
 #include <sorrelin/document/document_facts.h>
-#include <sorrelin/document/object_loader.h>
 #include <sorrelin/platform/status.h>
 #include <sorrelin/platform/types.h>
 
+#include <span>
+
 namespace sorrelin {
+
+class DocumentFile;
+class ObjectLoader;
 
 class ClassicRoute {
  public:

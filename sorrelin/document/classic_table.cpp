@@ -1,6 +1,11 @@
 // Sections of a classic cross-reference table: "xref", then subsections, each a line with first
 // number and count, and an entry of 18 characters and a line end for each object.
+#include <sorrelin/channel/file_channel.h>
+#include <sorrelin/channel/read_window.h>
 #include <sorrelin/document/classic_route.h>
+#include <sorrelin/document/document_file.h>
+#include <sorrelin/document/object_loader.h>
+#include <sorrelin/document/object_table.h>
 #include <sorrelin/platform/codes.h>
 #include <sorrelin/syntax/byte_view.h>
 #include <sorrelin/syntax/text_integer.h>

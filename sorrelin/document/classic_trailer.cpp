@@ -1,5 +1,7 @@
 // Trailers of the classic route: the first 300 bytes from the word "trailer" on, searched as text.
 #include <sorrelin/document/classic_route.h>
+#include <sorrelin/document/document_file.h>
+#include <sorrelin/document/object_loader.h>
 #include <sorrelin/platform/codes.h>
 #include <sorrelin/syntax/value_scan.h>
 

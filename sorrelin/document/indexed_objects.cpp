@@ -1,6 +1,10 @@
 // The fetch of an object's text through the index of the stream route.
+#include <sorrelin/document/cxref.h>
+#include <sorrelin/document/document_file.h>
 #include <sorrelin/document/indexed_objects.h>
 #include <sorrelin/document/loaded_object.h>
+#include <sorrelin/document/object_bytes.h>
+#include <sorrelin/document/object_stream.h>
 #include <sorrelin/platform/memory.h>
 #include <sorrelin/syntax/byte_view.h>
 
@@ -26,6 +30,9 @@ void BlankNuls(std::span<BYTE> text, size_t held) {
 }
 
 }  // namespace
+
+IndexedObjects::IndexedObjects(DocumentFile& file) : file_(file) {}
+IndexedObjects::~IndexedObjects() = default;
 
 void IndexedObjects::Open(std::unique_ptr<CXRef> index, bool used) {
   streams_ = std::make_unique<ObjectStreamList>(file_, *this);

@@ -2,10 +2,6 @@
 #ifndef SORRELIN_DOCUMENT_INDEXED_OBJECTS_H_
 #define SORRELIN_DOCUMENT_INDEXED_OBJECTS_H_
 
-#include <sorrelin/document/cxref.h>
-#include <sorrelin/document/document_file.h>
-#include <sorrelin/document/object_bytes.h>
-#include <sorrelin/document/object_stream.h>
 #include <sorrelin/platform/types.h>
 #include <sorrelin/syntax/object_source.h>
 
@@ -16,9 +12,16 @@
 
 namespace sorrelin {
 
+class CXRef;
+class DocumentFile;
+class ObjectStreamList;
+struct ObjectBytes;
+struct ObjectId;
+
 class IndexedObjects : public ObjectSource {
  public:
-  explicit IndexedObjects(DocumentFile& file) : file_(file) {}
+  explicit IndexedObjects(DocumentFile& file);
+  ~IndexedObjects();
   IndexedObjects(IndexedObjects const&) = delete;
   IndexedObjects& operator=(IndexedObjects const&) = delete;
 

@@ -1,5 +1,9 @@
 // The way to an object by number.
+#include <sorrelin/document/document_file.h>
+#include <sorrelin/document/indexed_objects.h>
+#include <sorrelin/document/loaded_object.h>
 #include <sorrelin/document/object_loader.h>
+#include <sorrelin/document/object_table.h>
 #include <sorrelin/platform/codes.h>
 #include <sorrelin/platform/memory.h>
 #include <sorrelin/syntax/byte_view.h>
@@ -51,6 +55,10 @@ HGLOBAL ReadBlock(DocumentFile& file, DWORD offset, DWORD bytes) {
 }
 
 }  // namespace
+
+HGLOBAL ObjectLoader::Load(DWORD number) { return Fetch(number).block.Release(); }
+
+LoadedObject ObjectLoader::Open(DWORD number) { return LoadedObject(Fetch(number)); }
 
 DWORD ObjectLoader::SizeOf(DWORD number) {
   if (number == 0) return 0;

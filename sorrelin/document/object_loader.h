@@ -3,16 +3,18 @@
 #ifndef SORRELIN_DOCUMENT_OBJECT_LOADER_H_
 #define SORRELIN_DOCUMENT_OBJECT_LOADER_H_
 
-#include <sorrelin/document/document_file.h>
-#include <sorrelin/document/indexed_objects.h>
-#include <sorrelin/document/loaded_object.h>
-#include <sorrelin/document/object_table.h>
 #include <sorrelin/platform/types.h>
 
 #include <span>
 #include <string_view>
 
 namespace sorrelin {
+
+class DocumentFile;
+class IndexedObjects;
+class LoadedObject;
+class ObjectTable;
+struct ObjectBytes;
 
 // Both operations may move the channel's position.
 class ObjectLoader {
@@ -22,9 +24,9 @@ class ObjectLoader {
 
   // An object's text in a new, unlocked block; null for object 0, and for one that cannot be read.
   // Notes code 1 where the channel cannot be positioned.
-  HGLOBAL Load(DWORD number) { return Fetch(number).block.Release(); }
+  HGLOBAL Load(DWORD number);
   ObjectBytes Fetch(DWORD number);
-  LoadedObject Open(DWORD number) { return LoadedObject(Fetch(number)); }
+  LoadedObject Open(DWORD number);
 
   // Whether the object's text is known to lack `key`, a name, without loading it.
   bool Lacks(DWORD number, std::string_view key) { return indexed_.Lacks(number, key); }

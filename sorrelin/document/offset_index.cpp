@@ -1,4 +1,5 @@
 // The offsets of the object table in ascending order.
+#include <sorrelin/document/object_entry.h>
 #include <sorrelin/document/offset_index.h>
 
 #include <algorithm>

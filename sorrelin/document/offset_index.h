@@ -3,13 +3,14 @@
 #ifndef SORRELIN_DOCUMENT_OFFSET_INDEX_H_
 #define SORRELIN_DOCUMENT_OFFSET_INDEX_H_
 
-#include <sorrelin/document/object_entry.h>
 #include <sorrelin/platform/types.h>
 
 #include <span>
 #include <vector>
 
 namespace sorrelin {
+
+struct ObjectEntry;
 
 // Built from the rows at the first question. Whoever changes a row, or their number, calls Clear.
 class OffsetIndex {

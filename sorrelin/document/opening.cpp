@@ -2,10 +2,15 @@
 #include <sorrelin/channel/file_channel.h>
 #include <sorrelin/document/classic_route.h>
 #include <sorrelin/document/cxref_stm.h>
+#include <sorrelin/document/document_facts.h>
 #include <sorrelin/document/id_key.h>
 #include <sorrelin/document/info_value.h>
+#include <sorrelin/document/loaded_object.h>
+#include <sorrelin/document/object_table.h>
 #include <sorrelin/document/opening.h>
+#include <sorrelin/document/page_list.h>
 #include <sorrelin/document/page_tree.h>
+#include <sorrelin/document/reader_state.h>
 #include <sorrelin/document/start_xref.h>
 #include <sorrelin/platform/codes.h>
 #include <sorrelin/platform/file.h>
@@ -40,6 +45,13 @@ Status ReadHeader(FileChannel* channel) {
 
 // Where the work is used up, fetches yield nothing; rather than leave out pages and strings the
 // opening fails.
+Opening::Opening(ReaderState& reader, ObjectTable& table, PageList& pages, DocumentFacts& facts)
+    : reader_(reader),
+      table_(table),
+      pages_(pages),
+      facts_(facts),
+      objects_(reader.file, reader.objects, table) {}
+
 Status Opening::Run() {
   WorkBudget& work = reader_.file.work();
   reader_.file.TakeNote();

@@ -3,18 +3,20 @@
 #ifndef SORRELIN_DOCUMENT_OPENING_H_
 #define SORRELIN_DOCUMENT_OPENING_H_
 
-#include <sorrelin/document/document_facts.h>
 #include <sorrelin/document/object_loader.h>
-#include <sorrelin/document/object_table.h>
-#include <sorrelin/document/page_list.h>
-#include <sorrelin/document/reader_state.h>
 #include <sorrelin/platform/status.h>
+#include <sorrelin/platform/types.h>
 
 #include <span>
 
 namespace sorrelin {
 
 class CXRefStm;
+class ObjectTable;
+class PageList;
+struct DocumentFacts;
+struct FileChannel;
+struct ReaderState;
 
 // Whether the channel begins with a header from "%PDF-1.0" to "%PDF-1.8": code 24 for fewer bytes,
 // 25 for another header.
@@ -22,12 +24,7 @@ Status ReadHeader(FileChannel* channel);
 
 class Opening {
  public:
-  Opening(ReaderState& reader, ObjectTable& table, PageList& pages, DocumentFacts& facts)
-      : reader_(reader),
-        table_(table),
-        pages_(pages),
-        facts_(facts),
-        objects_(reader.file, reader.objects, table) {}
+  Opening(ReaderState& reader, ObjectTable& table, PageList& pages, DocumentFacts& facts);
 
   // Reads the document at the reader's channel. After a failure everything holds what was read
   // until then. Code 1, 10 or 24, or none.

@@ -1,4 +1,6 @@
 // The first content stream of a page, tested for the direction of its image.
+#include <sorrelin/document/loaded_object.h>
+#include <sorrelin/document/object_loader.h>
 #include <sorrelin/document/page_content.h>
 #include <sorrelin/image/inflate_stream.h>
 #include <sorrelin/syntax/page_flip.h>

@@ -2,7 +2,6 @@
 #ifndef SORRELIN_DOCUMENT_PAGE_CONTENT_H_
 #define SORRELIN_DOCUMENT_PAGE_CONTENT_H_
 
-#include <sorrelin/document/object_loader.h>
 #include <sorrelin/platform/types.h>
 
 #include <cstddef>
@@ -10,6 +9,8 @@
 #include <span>
 
 namespace sorrelin {
+
+class ObjectLoader;
 
 // Zeros in place of the data that a /Length promises beyond its object: decoders see the end of
 // the data far before them, and a /Length of gigabytes costs nothing.

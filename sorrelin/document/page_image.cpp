@@ -1,6 +1,10 @@
 // The image of a page, as its objects describe it.
+#include <sorrelin/document/document_file.h>
+#include <sorrelin/document/loaded_object.h>
+#include <sorrelin/document/object_loader.h>
 #include <sorrelin/document/page_content.h>
 #include <sorrelin/document/page_image.h>
+#include <sorrelin/document/page_list.h>
 #include <sorrelin/document/palette.h>
 #include <sorrelin/document/stream_object.h>
 #include <sorrelin/image/rebuilt_dib.h>

@@ -2,8 +2,6 @@
 #ifndef SORRELIN_DOCUMENT_PAGE_IMAGE_H_
 #define SORRELIN_DOCUMENT_PAGE_IMAGE_H_
 
-#include <sorrelin/document/object_loader.h>
-#include <sorrelin/document/page_list.h>
 #include <sorrelin/platform/block.h>
 #include <sorrelin/platform/status.h>
 #include <sorrelin/platform/types.h>
@@ -11,6 +9,9 @@
 #include <optional>
 
 namespace sorrelin {
+
+class ObjectLoader;
+class PageList;
 
 struct PageImage {
   // Pixels per metre of a picture that fills the media box; nothing for an empty box.

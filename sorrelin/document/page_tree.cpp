@@ -1,4 +1,9 @@
 // The page tree, flattened into a list of page objects.
+#include <sorrelin/document/document_file.h>
+#include <sorrelin/document/loaded_object.h>
+#include <sorrelin/document/object_loader.h>
+#include <sorrelin/document/object_table.h>
+#include <sorrelin/document/page_list.h>
 #include <sorrelin/document/page_tree.h>
 #include <sorrelin/platform/codes.h>
 #include <sorrelin/syntax/key_search.h>

@@ -2,14 +2,15 @@
 #ifndef SORRELIN_DOCUMENT_PAGE_TREE_H_
 #define SORRELIN_DOCUMENT_PAGE_TREE_H_
 
-#include <sorrelin/document/object_loader.h>
-#include <sorrelin/document/page_list.h>
 #include <sorrelin/platform/status.h>
 #include <sorrelin/platform/types.h>
 
 #include <span>
 
 namespace sorrelin {
+
+class ObjectLoader;
+class PageList;
 
 // Lists the pages under a node, given by its text, from slot `counter` on, which moves with them.
 // `root` is the number of the pages root, in case the node is that. False if the node's kids are no

@@ -1,4 +1,6 @@
 // The colour table of an indexed image.
+#include <sorrelin/document/loaded_object.h>
+#include <sorrelin/document/object_loader.h>
 #include <sorrelin/document/palette.h>
 #include <sorrelin/document/stream_object.h>
 #include <sorrelin/platform/memory.h>

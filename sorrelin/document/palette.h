@@ -2,13 +2,14 @@
 #ifndef SORRELIN_DOCUMENT_PALETTE_H_
 #define SORRELIN_DOCUMENT_PALETTE_H_
 
-#include <sorrelin/document/object_loader.h>
 #include <sorrelin/platform/block.h>
 #include <sorrelin/platform/types.h>
 
 #include <optional>
 
 namespace sorrelin {
+
+class ObjectLoader;
 
 struct Palette {
   OwnedBlock block;                // none on failure

@@ -1,4 +1,9 @@
 // The image kinds that a /ProcSet names.
+#include <sorrelin/channel/file_channel.h>
+#include <sorrelin/document/document_file.h>
+#include <sorrelin/document/loaded_object.h>
+#include <sorrelin/document/object_loader.h>
+#include <sorrelin/document/object_table.h>
 #include <sorrelin/document/proc_set.h>
 #include <sorrelin/platform/codes.h>
 #include <sorrelin/syntax/byte_view.h>

@@ -2,13 +2,14 @@
 #ifndef SORRELIN_DOCUMENT_PROC_SET_H_
 #define SORRELIN_DOCUMENT_PROC_SET_H_
 
-#include <sorrelin/document/object_loader.h>
 #include <sorrelin/platform/status.h>
 #include <sorrelin/platform/types.h>
 
 #include <span>
 
 namespace sorrelin {
+
+class ObjectLoader;
 
 // Reads the key's array, in the text or in the object that it names, into `flags`: 1 for ImageB, 2
 // for ImageI, 4 for ImageC. `flags` stay as they were without a value. Code 33 for a reference

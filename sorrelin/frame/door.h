@@ -4,6 +4,7 @@
 #define SORRELIN_FRAME_DOOR_H_
 
 #include <sorrelin/frame/session_state.h>
+#include <sorrelin/writer/draft.h>
 #include <sorrelin/writer/object_writer.h>
 
 #include <new>

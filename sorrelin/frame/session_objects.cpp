@@ -1,4 +1,5 @@
 // Doors of the session: objects, lines and streams as bytes, and the numbers of objects.
+#include <sorrelin/document/reader_state.h>
 #include <sorrelin/frame/door.h>
 #include <sorrelin/frame/session.h>
 

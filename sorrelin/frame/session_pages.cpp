@@ -1,4 +1,5 @@
 // Doors of the session: bitmaps as pages.
+#include <sorrelin/document/reader_state.h>
 #include <sorrelin/frame/door.h>
 #include <sorrelin/frame/session.h>
 #include <sorrelin/image/coded_bitmap.h>

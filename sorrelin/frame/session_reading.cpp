@@ -1,10 +1,12 @@
 // Doors of the session: documents opened, their objects and their images.
 #include <sorrelin/channel/file_channel.h>
+#include <sorrelin/document/loaded_object.h>
 #include <sorrelin/document/opening.h>
 #include <sorrelin/document/page_image.h>
 #include <sorrelin/document/page_tree.h>
 #include <sorrelin/document/palette.h>
 #include <sorrelin/document/proc_set.h>
+#include <sorrelin/document/reader_state.h>
 #include <sorrelin/frame/door.h>
 #include <sorrelin/frame/session.h>
 #include <sorrelin/frame/session_state.h>

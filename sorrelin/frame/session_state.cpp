@@ -1,8 +1,10 @@
 // A session and its state: how both begin, are copied and end.
 #include <sorrelin/channel/file_channel.h>
+#include <sorrelin/document/reader_state.h>
 #include <sorrelin/frame/session_state.h>
 #include <sorrelin/platform/lasting_block.h>
 #include <sorrelin/writer/banner.h>
+#include <sorrelin/writer/draft.h>
 
 #include <algorithm>
 #include <iterator>
@@ -44,6 +46,10 @@ ObjectLoader SessionState::Objects() {
   return {m_pReader->file, m_pReader->objects, m_Objects};
 }
 
+Draft SessionState::Document() {
+  return {m_Output, m_Objects, m_Pages, m_Facts, m_Update, *m_pReader};
+}
+
 DWORD SessionState::ReservePagesRoot() {
   ObjectWriter out = Document().Writer();
   m_Facts.pages_root = Take(out.Outcome(out.Reserve()));
@@ -71,6 +77,11 @@ void SessionState::CloseTake(int64_t* data, DWORD* size) {
 
 void SessionState::CloseOpenDocument() {
   if (IsUsableChannel(m_Output.channel)) Close();
+}
+
+void SessionAccess::LeaveSideRecord(CCreatePDF& session) {
+  SessionState* const state = session.m_pState;
+  if (state != nullptr && state->m_pReader) state->m_pReader->m_bOutlivesSession = true;
 }
 
 }  // namespace sorrelin

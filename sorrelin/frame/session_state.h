@@ -4,20 +4,23 @@
 #define SORRELIN_FRAME_SESSION_STATE_H_
 
 #include <sorrelin/document/document_facts.h>
-#include <sorrelin/document/object_entry.h>
+#include <sorrelin/document/document_file.h>
 #include <sorrelin/document/object_loader.h>
 #include <sorrelin/document/object_table.h>
 #include <sorrelin/document/page_list.h>
-#include <sorrelin/document/reader_state.h>
 #include <sorrelin/frame/session.h>
 #include <sorrelin/image/decoders.h>
 #include <sorrelin/platform/block.h>
 #include <sorrelin/platform/status.h>
-#include <sorrelin/writer/draft.h>
+#include <sorrelin/writer/object_writer.h>
+#include <sorrelin/writer/update_facts.h>
 
 #include <memory>
 
 namespace sorrelin {
+
+struct Draft;
+struct ReaderState;
 
 // Copies share the channel and the side record.
 struct SessionState {
@@ -56,7 +59,7 @@ struct SessionState {
   Polarity ImagePolarity() const { return {m_bBlackIs1 != 0, m_bDecodeNormal != 0}; }
 
   // The document under way.
-  Draft Document() { return {m_Output, m_Objects, m_Pages, m_Facts, m_Update, *m_pReader}; }
+  Draft Document();
   // Takes a number for the pages root and remembers it as that.
   DWORD ReservePagesRoot();
 
@@ -91,10 +94,7 @@ struct SessionAccess {
   static SessionState* Of(CCreatePDF& session) { return session.m_pState; }
 
   // The session's end leaves its side record allocated.
-  static void LeaveSideRecord(CCreatePDF& session) {
-    SessionState* const state = session.m_pState;
-    if (state != nullptr && state->m_pReader) state->m_pReader->m_bOutlivesSession = true;
-  }
+  static void LeaveSideRecord(CCreatePDF& session);
 };
 
 }  // namespace sorrelin

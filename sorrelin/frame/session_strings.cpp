@@ -1,5 +1,6 @@
 // Doors of the session: the information strings, of the session and of a dictionary.
 #include <sorrelin/document/info_value.h>
+#include <sorrelin/document/reader_state.h>
 #include <sorrelin/frame/door.h>
 #include <sorrelin/frame/session.h>
 #include <sorrelin/frame/session_state.h>

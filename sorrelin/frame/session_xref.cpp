@@ -1,6 +1,7 @@
 // Doors of the session: the object table of an open document.
 #include <sorrelin/document/classic_route.h>
 #include <sorrelin/document/opening.h>
+#include <sorrelin/document/reader_state.h>
 #include <sorrelin/frame/door.h>
 #include <sorrelin/frame/session.h>
 #include <sorrelin/frame/session_state.h>

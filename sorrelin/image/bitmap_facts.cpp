@@ -1,6 +1,7 @@
 // Resolution, polarity and palette of a bitmap.
 #include <sorrelin/image/bitmap_facts.h>
 #include <sorrelin/image/encoders.h>
+#include <sorrelin/platform/block.h>
 #include <sorrelin/platform/codes.h>
 #include <sorrelin/platform/memory.h>
 #include <sorrelin/platform/units.h>

@@ -3,10 +3,11 @@
 #define SORRELIN_IMAGE_BITMAP_FACTS_H_
 
 #include <sorrelin/image/dib_view.h>
-#include <sorrelin/platform/block.h>
 #include <sorrelin/platform/status.h>
 
 namespace sorrelin {
+
+class OwnedBlock;
 
 // Dots per inch in x and y; 96 by 96 if the bitmap has none, (0, 0) if it is not locked.
 POINT Resolution(DibView const& dib);

@@ -1,5 +1,6 @@
 // The choice of a decoder.
 #include <sorrelin/image/decoders.h>
+#include <sorrelin/platform/block.h>
 #include <sorrelin/platform/codes.h>
 
 namespace sorrelin {

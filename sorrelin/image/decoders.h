@@ -4,13 +4,14 @@
 #ifndef SORRELIN_IMAGE_DECODERS_H_
 #define SORRELIN_IMAGE_DECODERS_H_
 
-#include <sorrelin/platform/block.h>
 #include <sorrelin/platform/status.h>
 #include <sorrelin/platform/types.h>
 
 #include <span>
 
 namespace sorrelin {
+
+class OwnedBlock;
 
 // What the document says of the bits of a 1-bit image.
 struct Polarity {

@@ -2,6 +2,7 @@
 #include <sorrelin/image/codecs/sibling_library.h>
 #include <sorrelin/image/codecs/temp_file.h>
 #include <sorrelin/image/encoders.h>
+#include <sorrelin/platform/block.h>
 #include <sorrelin/platform/error.h>
 #include <sorrelin/platform/file.h>
 #include <sorrelin/platform/memory.h>

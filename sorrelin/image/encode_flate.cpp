@@ -2,6 +2,7 @@
 #include <sorrelin/image/encoders.h>
 #include <sorrelin/image/flate.h>
 #include <sorrelin/image/raw_image.h>
+#include <sorrelin/platform/block.h>
 #include <sorrelin/platform/memory.h>
 #include <zlib.h>
 

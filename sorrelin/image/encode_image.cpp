@@ -1,6 +1,7 @@
 // The choice of a coder.
 #include <sorrelin/image/encoders.h>
 #include <sorrelin/image/flate.h>
+#include <sorrelin/platform/block.h>
 #include <sorrelin/platform/codes.h>
 
 namespace sorrelin {

@@ -2,11 +2,13 @@
 #ifndef SORRELIN_IMAGE_FLATE_H_
 #define SORRELIN_IMAGE_FLATE_H_
 
-#include <sorrelin/platform/block.h>
+#include <sorrelin/platform/types.h>
 
 #include <span>
 
 namespace sorrelin {
+
+class OwnedBlock;
 
 // The zlib level for a quality argument: 0 to 9 as it is, anything else zlib's default.
 int FlateLevel(int quality);

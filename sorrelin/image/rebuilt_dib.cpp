@@ -1,6 +1,7 @@
 // The bitmap that a decoder rebuilds, and the way of stream bytes into its rows.
 #include <sorrelin/image/pixel_order.h>
 #include <sorrelin/image/rebuilt_dib.h>
+#include <sorrelin/platform/block.h>
 #include <sorrelin/platform/memory.h>
 #include <sorrelin/platform/row_stride.h>
 
@@ -26,6 +27,13 @@ Format FormatOf(DWORD kind) {
 }
 
 }  // namespace
+
+bool CanBeRebuilt(LockedBlock& data, DWORD kind, void const* palette) {
+  bool const refused =
+      data.bytes().empty() || !IsKnownKind(kind) || (kind == kKindIndexed && palette == nullptr);
+  if (refused) data.LeaveLocked();
+  return !refused;
+}
 
 BilevelColours ColoursOfRawData(bool black_is_1, bool decode_normal) {
   if (black_is_1 == decode_normal) return {255, 0};

@@ -3,7 +3,6 @@
 #ifndef SORRELIN_IMAGE_REBUILT_DIB_H_
 #define SORRELIN_IMAGE_REBUILT_DIB_H_
 
-#include <sorrelin/platform/block.h>
 #include <sorrelin/platform/types.h>
 
 #include <cstddef>
@@ -11,6 +10,9 @@
 #include <span>
 
 namespace sorrelin {
+
+class LockedBlock;
+class OwnedBlock;
 
 // The kind of an image, as the reader finds it and the decoders take it.
 inline constexpr DWORD kKindBilevel = 1;  // 1 bit, 2 colours
@@ -25,12 +27,7 @@ inline bool IsKnownKind(DWORD kind) {
 
 // Whether there are data and a known kind with what it needs.
 // Kept: data that are refused stay locked; callers free them without looking at the lock count.
-inline bool CanBeRebuilt(LockedBlock& data, DWORD kind, void const* palette) {
-  bool const refused =
-      data.bytes().empty() || !IsKnownKind(kind) || (kind == kKindIndexed && palette == nullptr);
-  if (refused) data.LeaveLocked();
-  return !refused;
-}
+bool CanBeRebuilt(LockedBlock& data, DWORD kind, void const* palette);
 
 // The two colours of a 1-bit bitmap as grey values, in table order.
 struct BilevelColours {

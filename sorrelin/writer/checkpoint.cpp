@@ -1,6 +1,10 @@
 // Snapshots of a document under way.
 #include <sorrelin/channel/file_channel.h>
+#include <sorrelin/document/object_table.h>
+#include <sorrelin/document/page_list.h>
+#include <sorrelin/document/reader_state.h>
 #include <sorrelin/writer/checkpoint.h>
+#include <sorrelin/writer/update_facts.h>
 
 namespace sorrelin {
 

@@ -3,6 +3,8 @@
 #ifndef SORRELIN_WRITER_CHECKPOINT_H_
 #define SORRELIN_WRITER_CHECKPOINT_H_
 
+#include <sorrelin/document/document_facts.h>
+#include <sorrelin/document/object_entry.h>
 #include <sorrelin/platform/status.h>
 #include <sorrelin/writer/draft.h>
 

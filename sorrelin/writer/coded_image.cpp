@@ -1,6 +1,7 @@
 // Image dictionaries (ISO 32000-1, 8.9.5) with the parameters of their filters (7.4), and ICC
 // profile streams (8.6.5.5).
 #include <sorrelin/writer/coded_image.h>
+#include <sorrelin/writer/object_writer.h>
 
 #include <span>
 #include <string>

@@ -4,9 +4,10 @@
 #define SORRELIN_WRITER_CODED_IMAGE_H_
 
 #include <sorrelin/writer/encoded_page.h>
-#include <sorrelin/writer/object_writer.h>
 
 namespace sorrelin {
+
+class ObjectWriter;
 
 // Writes the image of a page that has a form, its length, and before it the page's profile if no
 // page before has written it. The stream is the page's data to the byte. The image's number, or 0

@@ -1,5 +1,8 @@
 // The classic cross-reference section and trailer.
+#include <sorrelin/document/document_facts.h>
+#include <sorrelin/document/object_table.h>
 #include <sorrelin/writer/cross_reference.h>
+#include <sorrelin/writer/object_writer.h>
 
 #include <algorithm>
 #include <cstdio>

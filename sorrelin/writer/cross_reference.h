@@ -3,13 +3,17 @@
 #ifndef SORRELIN_WRITER_CROSS_REFERENCE_H_
 #define SORRELIN_WRITER_CROSS_REFERENCE_H_
 
-#include <sorrelin/document/document_facts.h>
-#include <sorrelin/writer/object_writer.h>
+#include <sorrelin/platform/status.h>
+#include <sorrelin/platform/types.h>
 
 #include <string>
 #include <utility>
 
 namespace sorrelin {
+
+class ObjectWriter;
+struct DocumentFacts;
+struct Output;
 
 // Rows that the end of a document takes: the catalog's and the table's own.
 inline constexpr DWORD kFinishingRows = 2;

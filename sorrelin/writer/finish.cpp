@@ -1,8 +1,12 @@
 // The end of a document.
+#include <sorrelin/document/document_facts.h>
+#include <sorrelin/document/reader_state.h>
 #include <sorrelin/writer/cross_reference.h>
+#include <sorrelin/writer/draft.h>
 #include <sorrelin/writer/finish.h>
 #include <sorrelin/writer/skeleton.h>
 #include <sorrelin/writer/update.h>
+#include <sorrelin/writer/update_facts.h>
 
 #include <utility>
 

@@ -3,9 +3,10 @@
 #define SORRELIN_WRITER_FINISH_H_
 
 #include <sorrelin/platform/status.h>
-#include <sorrelin/writer/draft.h>
 
 namespace sorrelin {
+
+struct Draft;
 
 // Of a new document or of an update. The channel stays open.
 Status WriteDocumentEnd(Draft const& draft);

@@ -1,6 +1,7 @@
 // The image XObject: its dictionary, its data, its length and its palette.
 #include <sorrelin/platform/codes.h>
 #include <sorrelin/writer/image_object.h>
+#include <sorrelin/writer/object_writer.h>
 
 namespace sorrelin {
 

@@ -3,11 +3,14 @@
 #define SORRELIN_WRITER_IMAGE_OBJECT_H_
 
 #include <sorrelin/platform/image_records.h>
-#include <sorrelin/writer/object_writer.h>
+#include <sorrelin/platform/status.h>
+#include <sorrelin/platform/types.h>
 
 #include <optional>
 
 namespace sorrelin {
+
+class ObjectWriter;
 
 // Fills the record as it is given. Error 16, with the record untouched, for negative columns, rows
 // or damaged rows.

@@ -1,4 +1,5 @@
 // Objects, lines and streams as bytes (ISO 32000-1, 7.3.8, 7.3.10).
+#include <sorrelin/document/object_table.h>
 #include <sorrelin/platform/block.h>
 #include <sorrelin/platform/error.h>
 #include <sorrelin/platform/process.h>

@@ -4,7 +4,6 @@
 #define SORRELIN_WRITER_OBJECT_WRITER_H_
 
 #include <sorrelin/channel/file_channel.h>
-#include <sorrelin/document/object_table.h>
 #include <sorrelin/platform/status.h>
 #include <sorrelin/platform/types.h>
 
@@ -13,6 +12,8 @@
 #include <string_view>
 
 namespace sorrelin {
+
+class ObjectTable;
 
 // What a document under way keeps between two calls.
 struct Output {

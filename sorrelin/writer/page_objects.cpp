@@ -1,12 +1,17 @@
 // The objects of one page.
 #include <sorrelin/channel/file_channel.h>
+#include <sorrelin/document/document_facts.h>
+#include <sorrelin/document/object_table.h>
+#include <sorrelin/document/page_list.h>
 #include <sorrelin/platform/file.h>
 #include <sorrelin/platform/units.h>
 #include <sorrelin/writer/coded_image.h>
 #include <sorrelin/writer/cross_reference.h>
+#include <sorrelin/writer/draft.h>
 #include <sorrelin/writer/image_object.h>
 #include <sorrelin/writer/page_objects.h>
 #include <sorrelin/writer/skeleton.h>
+#include <sorrelin/writer/update_facts.h>
 
 #include <cmath>
 #include <cstdio>

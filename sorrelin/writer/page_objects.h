@@ -5,10 +5,11 @@
 
 #include <sorrelin/platform/status.h>
 #include <sorrelin/platform/types.h>
-#include <sorrelin/writer/draft.h>
 #include <sorrelin/writer/encoded_page.h>
 
 namespace sorrelin {
+
+struct Draft;
 
 // Whole points for a picture of pixels at dots per inch.
 POINT PageSize(LONG width, LONG height, DWORD dpi_x, DWORD dpi_y);

@@ -1,6 +1,11 @@
 // The objects around the images.
+#include <sorrelin/document/document_facts.h>
+#include <sorrelin/document/object_table.h>
+#include <sorrelin/document/page_list.h>
+#include <sorrelin/document/reader_state.h>
 #include <sorrelin/platform/process.h>
 #include <sorrelin/writer/banner.h>
+#include <sorrelin/writer/object_writer.h>
 #include <sorrelin/writer/skeleton.h>
 
 #include <cstdio>

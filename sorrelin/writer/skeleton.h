@@ -2,15 +2,18 @@
 #ifndef SORRELIN_WRITER_SKELETON_H_
 #define SORRELIN_WRITER_SKELETON_H_
 
-#include <sorrelin/document/document_facts.h>
-#include <sorrelin/document/page_list.h>
-#include <sorrelin/document/reader_state.h>
 #include <sorrelin/platform/process.h>
-#include <sorrelin/writer/object_writer.h>
+#include <sorrelin/platform/status.h>
+#include <sorrelin/platform/types.h>
 
 #include <string>
 
 namespace sorrelin {
+
+class ObjectWriter;
+class PageList;
+struct DocumentFacts;
+struct ReaderState;
 
 // The information strings and the time that an Info dictionary holds, as digits. Made before the
 // first byte is written, and before a file is made, while a lack of memory does no harm.

@@ -1,11 +1,18 @@
 // Updates of existing documents.
 #include <sorrelin/channel/file_channel.h>
+#include <sorrelin/document/document_facts.h>
+#include <sorrelin/document/loaded_object.h>
 #include <sorrelin/document/object_loader.h>
+#include <sorrelin/document/object_table.h>
 #include <sorrelin/document/opening.h>
+#include <sorrelin/document/page_list.h>
+#include <sorrelin/document/reader_state.h>
 #include <sorrelin/platform/file.h>
 #include <sorrelin/writer/cross_reference.h>
+#include <sorrelin/writer/draft.h>
 #include <sorrelin/writer/pages_root_text.h>
 #include <sorrelin/writer/update.h>
+#include <sorrelin/writer/update_facts.h>
 
 #include <algorithm>
 #include <optional>

@@ -5,9 +5,10 @@
 
 #include <sorrelin/platform/status.h>
 #include <sorrelin/writer/cross_reference.h>
-#include <sorrelin/writer/draft.h>
 
 namespace sorrelin {
+
+struct Draft;
 
 // Reads the document at the channel, and takes the numbers that the update continues from. Error 25
 // for a document with objects in object streams, which a classic table cannot list; the codes of an

@@ -1,5 +1,6 @@
 // The sorted offsets of the object table against a walk over it.
 #include <gtest/gtest.h>
+#include <sorrelin/document/object_entry.h>
 #include <sorrelin/document/offset_index.h>
 #include <sorrelin/frame/session.h>
 

@@ -4,6 +4,7 @@
 #define TESTS_SUPPORT_OPEN_DOCUMENT_H_
 
 #include <sorrelin/channel/file_channel.h>
+#include <sorrelin/document/object_bytes.h>
 #include <sorrelin/frame/session.h>
 #include <sorrelin/platform/file.h>
 #include <sorrelin/platform/memory.h>

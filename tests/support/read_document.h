@@ -4,6 +4,7 @@
 
 #include <sorrelin/channel/file_channel.h>
 #include <sorrelin/document/document_facts.h>
+#include <sorrelin/document/loaded_object.h>
 #include <sorrelin/document/object_loader.h>
 #include <sorrelin/document/object_table.h>
 #include <sorrelin/document/page_list.h>

@@ -3,6 +3,7 @@
 #define TESTS_SUPPORT_SESSION_PROBE_H_
 
 #include <sorrelin/channel/file_channel.h>
+#include <sorrelin/document/reader_state.h>
 #include <sorrelin/frame/session_state.h>
 
 struct SessionProbe {

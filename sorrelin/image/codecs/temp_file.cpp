@@ -1,5 +1,6 @@
 // The temporary files of the siblings' file routes.
 #include <sorrelin/image/codecs/temp_file.h>
+#include <sorrelin/platform/block.h>
 #include <sorrelin/platform/codes.h>
 #include <sorrelin/platform/file.h>
 

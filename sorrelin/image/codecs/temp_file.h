@@ -2,12 +2,13 @@
 #ifndef SORRELIN_IMAGE_CODECS_TEMP_FILE_H_
 #define SORRELIN_IMAGE_CODECS_TEMP_FILE_H_
 
-#include <sorrelin/platform/block.h>
 #include <sorrelin/platform/types.h>
 
 #include <span>
 
 namespace sorrelin {
+
+class OwnedBlock;
 
 // Makes an empty file in the directory for temporary files and stores its path, MAX_PATH units.
 // 0, or the error code: PDF_ERROR_TEMP_DIRECTORY, PDF_ERROR_TEMP_FILE.

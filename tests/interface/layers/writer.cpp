@@ -1,5 +1,9 @@
 // A document written without a session.
+#include <sorrelin/channel/file_channel.h>
+#include <sorrelin/document/document_facts.h>
+#include <sorrelin/document/object_table.h>
 #include <sorrelin/writer/cross_reference.h>
+#include <sorrelin/writer/object_writer.h>
 #include <sorrelin/writer/skeleton.h>
 
 #include <memory>
