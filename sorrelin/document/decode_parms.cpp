@@ -1,5 +1,6 @@
-// Parsing of /DecodeParms.
+// The parsing of /DecodeParms, and the undoing of the predictor.
 #include <sorrelin/document/decode_parms.h>
+#include <sorrelin/document/predictor.h>
 #include <sorrelin/syntax/typed_lookup.h>
 
 #include <algorithm>
@@ -27,6 +28,13 @@ int CDecodeParms::ParseDecodeParms(BYTE* text, uint64_t size) {
     EnsurePredictor().m_nColorTransform = transform;
   }
   return 1;
+}
+
+int CDecodeParms::ApplyPredictor(std::span<BYTE> data) const {
+  if (!HasPredictor()) return 1;
+  CDecodeParmsPredictor const& parms = *m_pPredictor;
+  if (parms.m_nPredictor < 10 || parms.m_nPredictor > 15) return 0;
+  return DecodePngRows({parms.m_nColumns, parms.m_nColors, parms.m_nBitsPerComponent}, data);
 }
 
 void CDecodeParms::ParsePredictor(BYTE* text, uint64_t size) {

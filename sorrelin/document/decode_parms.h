@@ -1,4 +1,4 @@
-// /DecodeParms as the reader knows it: predictor and CCITT parameters, and the undoing of PNG rows.
+// /DecodeParms as the reader knows it: predictor and CCITT parameters.
 #ifndef SORRELIN_DOCUMENT_DECODE_PARMS_H_
 #define SORRELIN_DOCUMENT_DECODE_PARMS_H_
 
@@ -65,9 +65,6 @@ class CDecodeParms {
   std::unique_ptr<CDecodeParmsPredictor> m_pPredictor;
   ObjectSource* m_pObjects;  // not owned
 };
-
-// Undoes PNG row filters in place. 1, or 0 with the data partly undone.
-int DecodePngRows(CDecodeParms::CDecodeParmsPredictor const& parms, std::span<BYTE> data);
 
 }  // namespace sorrelin
 

@@ -1,6 +1,6 @@
 // The undoing of PNG row filters (ISO 32000-1, 7.4.4.4). Each row of the data has a tag byte in
 // front, which names its filter; the rows go to the data's start, one after the other.
-#include <sorrelin/document/decode_parms.h>
+#include <sorrelin/document/predictor.h>
 
 #include <algorithm>
 #include <cmath>
@@ -14,17 +14,17 @@ enum PngTag : BYTE { kNone, kSub, kUp, kAverage, kPaeth };
 
 // Kept: a whole number of bits is rounded to the nearest byte, so that 9 bits make 1; streams are
 // written for this size. Beyond 32 bits it is larger than any data.
-uint64_t RowBytes(CDecodeParms::CDecodeParmsPredictor const& parms) {
-  float const bytes = static_cast<float>(parms.m_nColumns) * static_cast<float>(parms.m_nColors) *
-                          static_cast<float>(parms.m_nBitsPerComponent) * 0.125F +
+uint64_t RowBytes(PngRowShape const& shape) {
+  float const bytes = static_cast<float>(shape.columns) * static_cast<float>(shape.colours) *
+                          static_cast<float>(shape.bits) * 0.125F +
                       0.5F;
   constexpr float kMost = 4294967296.0F;
   return bytes < kMost ? static_cast<uint64_t>(bytes) : std::numeric_limits<uint64_t>::max() / 2;
 }
 
-size_t BytesPerPixel(CDecodeParms::CDecodeParmsPredictor const& parms) {
-  float const bytes = std::ceil(static_cast<float>(parms.m_nBitsPerComponent) *
-                                static_cast<float>(parms.m_nColors) * 0.125F);
+size_t BytesPerPixel(PngRowShape const& shape) {
+  float const bytes =
+      std::ceil(static_cast<float>(shape.bits) * static_cast<float>(shape.colours) * 0.125F);
   constexpr float kMost = 1099511627776.0F;
   return static_cast<size_t>(std::min(bytes, kMost));
 }
@@ -122,16 +122,10 @@ class PngRows {
 
 }  // namespace
 
-int CDecodeParms::ApplyPredictor(std::span<BYTE> data) const {
-  if (!HasPredictor()) return 1;
-  bool const png = m_pPredictor->m_nPredictor >= 10 && m_pPredictor->m_nPredictor <= 15;
-  return png ? DecodePngRows(*m_pPredictor, data) : 0;
-}
-
-int DecodePngRows(CDecodeParms::CDecodeParmsPredictor const& parms, std::span<BYTE> data) {
-  uint64_t const row_bytes = RowBytes(parms);
+int DecodePngRows(PngRowShape const& shape, std::span<BYTE> data) {
+  uint64_t const row_bytes = RowBytes(shape);
   if (row_bytes > data.size()) return 0;
-  return PngRows(data, static_cast<size_t>(row_bytes), BytesPerPixel(parms)).Undo();
+  return PngRows(data, static_cast<size_t>(row_bytes), BytesPerPixel(shape)).Undo();
 }
 
 }  // namespace sorrelin

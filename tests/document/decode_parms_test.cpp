@@ -4,11 +4,13 @@
 
 #include <functional>
 #include <string>
+#include <vector>
 
 namespace {
 
 using sorrelin::CcittDecodeParms;
 using sorrelin::CDecodeParms;
+using Bytes = std::vector<BYTE>;
 using Predictor = CDecodeParms::CDecodeParmsPredictor;
 
 struct Parsed {
@@ -160,6 +162,41 @@ TEST(DecodeParms, SecondDictionaryAddsToTheFirst) {
   Parsed const again("<</Predictor 12 /Columns 4 >>", "<</Predictor 15 >>");
   EXPECT_EQ(again->m_nPredictor, 15u);
   EXPECT_EQ(again->m_nColumns, 1u);
+}
+
+struct PredictorRow {
+  DWORD predictor;
+  int result;
+};
+
+TEST(Predictor, OnlyTenToFifteenAreUndone) {
+  for (auto const& [predictor, result] : {PredictorRow{2, 0},
+                                          {3, 0},
+                                          {9, 0},
+                                          {10, 1},
+                                          {11, 1},
+                                          {12, 1},
+                                          {13, 1},
+                                          {14, 1},
+                                          {15, 1},
+                                          {16, 0},
+                                          {255, 0}}) {
+    CDecodeParms parms(nullptr);
+    std::string text = "<</Predictor " + std::to_string(predictor) + " /Columns 2 >>";
+    parms.ParseDecodeParms(reinterpret_cast<BYTE*>(text.data()), text.size());
+    Bytes data{1, 5, 5};
+    EXPECT_EQ(parms.ApplyPredictor(data), result) << predictor;
+    EXPECT_EQ(data, result ? (Bytes{5, 10, 5}) : (Bytes{1, 5, 5})) << predictor;
+  }
+}
+
+TEST(Predictor, OfOneDoesNothing) {
+  CDecodeParms parms(nullptr);
+  std::string text = "<</K -1 >>";
+  parms.ParseDecodeParms(reinterpret_cast<BYTE*>(text.data()), text.size());
+  Bytes data{1, 5, 5};
+  EXPECT_EQ(parms.ApplyPredictor(data), 1);
+  EXPECT_EQ(data, (Bytes{1, 5, 5}));
 }
 
 }  // namespace

@@ -1,6 +1,6 @@
 // The undoing of PNG rows, byte by byte.
 #include <gtest/gtest.h>
-#include <sorrelin/document/decode_parms.h>
+#include <sorrelin/document/predictor.h>
 
 #include <algorithm>
 #include <string>
@@ -9,7 +9,6 @@
 namespace {
 
 using Bytes = std::vector<BYTE>;
-using Predictor = sorrelin::CDecodeParms::CDecodeParmsPredictor;
 
 struct Undone {
   int result;
@@ -22,12 +21,7 @@ void PrintTo(Undone const& undone, std::ostream* out) {
 
 // `columns` bytes a row, `colors` of them a pixel.
 Undone Undo(Bytes data, DWORD columns, DWORD colors = 1, DWORD bits = 8) {
-  Predictor parms;
-  parms.m_nPredictor = 12;
-  parms.m_nColors = colors;
-  parms.m_nBitsPerComponent = bits;
-  parms.m_nColumns = columns;
-  int const result = sorrelin::DecodePngRows(parms, data);
+  int const result = sorrelin::DecodePngRows({columns, colors, bits}, data);
   return {result, data};
 }
 
@@ -170,41 +164,6 @@ TEST(PngRows, RowSizeIsRoundedToTheNearestByte) {
 TEST(PngRows, PixelSizeIsRoundedUp) {
   EXPECT_EQ(Undo({1, 1, 1, 1}, 4, 1, 6).data[2], 3);
   EXPECT_EQ(Undo({1, 1, 1, 1}, 2, 1, 12).data[2], 2);
-}
-
-struct PredictorRow {
-  DWORD predictor;
-  int result;
-};
-
-TEST(Predictor, OnlyTenToFifteenAreUndone) {
-  for (auto const& [predictor, result] : {PredictorRow{2, 0},
-                                          {3, 0},
-                                          {9, 0},
-                                          {10, 1},
-                                          {11, 1},
-                                          {12, 1},
-                                          {13, 1},
-                                          {14, 1},
-                                          {15, 1},
-                                          {16, 0},
-                                          {255, 0}}) {
-    sorrelin::CDecodeParms parms(nullptr);
-    std::string text = "<</Predictor " + std::to_string(predictor) + " /Columns 2 >>";
-    parms.ParseDecodeParms(reinterpret_cast<BYTE*>(text.data()), text.size());
-    Bytes data{1, 5, 5};
-    EXPECT_EQ(parms.ApplyPredictor(data), result) << predictor;
-    EXPECT_EQ(data, result ? (Bytes{5, 10, 5}) : (Bytes{1, 5, 5})) << predictor;
-  }
-}
-
-TEST(Predictor, OfOneDoesNothing) {
-  sorrelin::CDecodeParms parms(nullptr);
-  std::string text = "<</K -1 >>";
-  parms.ParseDecodeParms(reinterpret_cast<BYTE*>(text.data()), text.size());
-  Bytes data{1, 5, 5};
-  EXPECT_EQ(parms.ApplyPredictor(data), 1);
-  EXPECT_EQ(data, (Bytes{1, 5, 5}));
 }
 
 }  // namespace
