@@ -2,7 +2,7 @@
 // on whole rows that are not of the Paeth form, in which the library deliberately differs.
 //
 // The input is colours, bits and columns (2 bytes each), then tagged rows.
-#include <sorrelin/document/decode_parms.h>
+#include <sorrelin/image/predictor.h>
 
 #include <vector>
 
@@ -11,7 +11,6 @@
 namespace {
 
 using Bytes = std::vector<BYTE>;
-using Parms = sorrelin::CDecodeParms::CDecodeParmsPredictor;
 
 constexpr BYTE kPaeth = 4;
 
@@ -44,19 +43,18 @@ Bytes UndoStrictly(Bytes const& data, size_t row_bytes, size_t pixel_bytes) {
 
 int LLVMFuzzerTestOneInput(uint8_t const* bytes, size_t size) {
   fuzz::Cursor input({bytes, size});
-  Parms parms;
-  parms.m_nPredictor = 12;
+  sorrelin::PngRowShape shape = {};
   // The upper half of the numbers maps to ones that overflow a multiplication.
-  for (DWORD* const field : {&parms.m_nColors, &parms.m_nBitsPerComponent, &parms.m_nColumns}) {
+  for (DWORD* const field : {&shape.colours, &shape.bits, &shape.columns}) {
     unsigned const value = input.Word();
     *field = value < 0x8000 ? value : value << 16;
   }
   Bytes data(input.Rest().begin(), input.Rest().end());
   Bytes const before = data;
-  int const result = sorrelin::DecodePngRows(parms, data);
-  uint64_t const bits = uint64_t{parms.m_nColors} * parms.m_nBitsPerComponent;
-  if (result == 0 || bits % 8 != 0 || bits == 0 || bits > 4096 || parms.m_nColumns > 4096) return 0;
-  Bytes const rows = UndoStrictly(before, parms.m_nColumns * bits / 8, bits / 8);
+  int const result = sorrelin::DecodePngRows(shape, data);
+  uint64_t const bits = uint64_t{shape.colours} * shape.bits;
+  if (result == 0 || bits % 8 != 0 || bits == 0 || bits > 4096 || shape.columns > 4096) return 0;
+  Bytes const rows = UndoStrictly(before, shape.columns * bits / 8, bits / 8);
   fuzz::Require(std::equal(rows.begin(), rows.end(), data.begin()), "rows differ");
   return 0;
 }

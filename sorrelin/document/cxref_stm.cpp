@@ -1,7 +1,7 @@
 // One section of the stream route: its object, its dictionary, and its records' way into the index.
 #include <sorrelin/document/cxref_stm.h>
-#include <sorrelin/document/inflate_buffer.h>
 #include <sorrelin/document/stream_object.h>
+#include <sorrelin/image/inflate_buffer.h>
 #include <sorrelin/platform/string_error.h>
 #include <sorrelin/syntax/scanner.h>
 #include <sorrelin/syntax/text_integer.h>

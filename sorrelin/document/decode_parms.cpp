@@ -1,6 +1,6 @@
 // The parsing of /DecodeParms, and the undoing of the predictor.
 #include <sorrelin/document/decode_parms.h>
-#include <sorrelin/document/predictor.h>
+#include <sorrelin/image/predictor.h>
 #include <sorrelin/syntax/typed_lookup.h>
 
 #include <algorithm>

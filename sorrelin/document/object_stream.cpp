@@ -1,8 +1,8 @@
 // One decoded object stream: its dictionary, its data, and the header that lists its objects.
 #include <sorrelin/document/decode_parms.h>
-#include <sorrelin/document/inflate_buffer.h>
 #include <sorrelin/document/object_stream.h>
 #include <sorrelin/document/stream_object.h>
+#include <sorrelin/image/inflate_buffer.h>
 #include <sorrelin/platform/block.h>
 #include <sorrelin/platform/memory.h>
 #include <sorrelin/platform/string_error.h>

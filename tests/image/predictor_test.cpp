@@ -1,6 +1,6 @@
 // The undoing of PNG rows, byte by byte.
 #include <gtest/gtest.h>
-#include <sorrelin/document/predictor.h>
+#include <sorrelin/image/predictor.h>
 
 #include <algorithm>
 #include <string>

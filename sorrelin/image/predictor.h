@@ -1,6 +1,6 @@
 // The undoing of PNG row filters (ISO 32000-1, 7.4.4.4).
-#ifndef SORRELIN_DOCUMENT_PREDICTOR_H_
-#define SORRELIN_DOCUMENT_PREDICTOR_H_
+#ifndef SORRELIN_IMAGE_PREDICTOR_H_
+#define SORRELIN_IMAGE_PREDICTOR_H_
 
 #include <sorrelin/platform/types.h>
 
@@ -20,4 +20,4 @@ int DecodePngRows(PngRowShape const& shape, std::span<BYTE> data);
 
 }  // namespace sorrelin
 
-#endif  // SORRELIN_DOCUMENT_PREDICTOR_H_
+#endif  // SORRELIN_IMAGE_PREDICTOR_H_

@@ -1,5 +1,5 @@
 // The inflation of a whole zlib stream, piece by piece into a growing output.
-#include <sorrelin/document/inflate_buffer.h>
+#include <sorrelin/image/inflate_buffer.h>
 #include <zlib.h>
 
 #include <algorithm>

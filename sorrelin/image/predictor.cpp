@@ -1,6 +1,6 @@
 // The undoing of PNG row filters (ISO 32000-1, 7.4.4.4). Each row of the data has a tag byte in
 // front, which names its filter; the rows go to the data's start, one after the other.
-#include <sorrelin/document/predictor.h>
+#include <sorrelin/image/predictor.h>
 
 #include <algorithm>
 #include <cmath>

@@ -1,6 +1,6 @@
 // The inflation of a whole zlib stream into memory.
-#ifndef SORRELIN_DOCUMENT_INFLATE_BUFFER_H_
-#define SORRELIN_DOCUMENT_INFLATE_BUFFER_H_
+#ifndef SORRELIN_IMAGE_INFLATE_BUFFER_H_
+#define SORRELIN_IMAGE_INFLATE_BUFFER_H_
 
 #include <sorrelin/platform/types.h>
 
@@ -30,4 +30,4 @@ InflateResult InflateBuffer(std::span<BYTE const> source, uint64_t source_size,
 
 }  // namespace sorrelin
 
-#endif  // SORRELIN_DOCUMENT_INFLATE_BUFFER_H_
+#endif  // SORRELIN_IMAGE_INFLATE_BUFFER_H_

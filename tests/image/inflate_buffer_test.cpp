@@ -1,6 +1,6 @@
 // The inflation of whole zlib streams.
 #include <gtest/gtest.h>
-#include <sorrelin/document/inflate_buffer.h>
+#include <sorrelin/image/inflate_buffer.h>
 #include <tests/support/pdf_builder.h>
 
 namespace {
