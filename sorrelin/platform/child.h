@@ -30,8 +30,8 @@ SORRELIN_PLATFORM_API BOOL SendToParent(CHILD_LINK* link, void const* data, DWOR
  * `receiver`, here. Requests to end take their usual effect on the copy, unless it calls
  * SetConsoleCtrlHandler; the end of this process is such a request. Where the system cannot copy
  * processes (Windows), the routine runs in this one. Not 0 if the routine has returned and
- * everything was received. Otherwise 0 with error 1067 (the child was ended before), 1223 (the
- * receiver gave 0), or what the system says. */
+ * everything was received. Otherwise 0 with error 1067 (the child was ended before), 8 (it ended
+ * because memory was short), 1223 (the receiver gave 0), or what the system says. */
 SORRELIN_PLATFORM_API BOOL RunInChildProcess(PCHILD_ROUTINE routine, PCHILD_RECEIVER receiver,
                                              void* context);
 

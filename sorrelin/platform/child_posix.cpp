@@ -14,7 +14,9 @@
 #endif
 
 #include <cstdlib>
+#include <exception>
 #include <mutex>
+#include <new>
 #include <utility>
 #include <vector>
 
@@ -26,6 +28,7 @@ namespace sorrelin {
 namespace {
 
 constexpr size_t kPieceBytes = size_t{256} << 10;
+constexpr int kExitShortOfMemory = 8;  // the exit status of a child that memory was short for
 
 // Is asked to end with its parent where the system offers that, so that it can tidy up; elsewhere
 // the next write to the pipe fails.
@@ -52,14 +55,31 @@ void LeaveNoCore() {
   setrlimit(RLIMIT_CORE, &none);
 }
 
+// A failed allocation where nothing may be thrown ends the child. Its exit status names the cause:
+// a message might need memory.
+[[noreturn]] void EndChild() {
+  if (std::current_exception()) {
+    try {
+      throw;
+    } catch (std::bad_alloc const&) {
+      _exit(kExitShortOfMemory);
+    } catch (...) {
+    }
+  }
+  std::abort();
+}
+
 [[noreturn]] void RunChild(PCHILD_ROUTINE routine, void* context, int descriptor, pid_t parent) {
   EndWithParent(parent);
   TakeSignals();
   LeaveNoCore();
+  std::set_terminate(EndChild);
   CHILD_LINK link = {descriptor};
   // Nothing may return past this call: the code after it is the parent's.
   try {
     routine(&link, context);
+  } catch (std::bad_alloc const&) {
+    _exit(kExitShortOfMemory);
   } catch (...) {
     _exit(EXIT_FAILURE);
   }
@@ -81,13 +101,15 @@ Received ReceiveAll(int descriptor, PCHILD_RECEIVER receiver, void* context) {
   }
 }
 
-// Whether the child came to its end by itself.
-bool WaitFor(pid_t child) {
+// How the child ended: no error if it came to its end by itself.
+DWORD WaitFor(pid_t child) {
   int status = 0;
   while (waitpid(child, &status, 0) == -1) {
-    if (errno != EINTR) return false;
+    if (errno != EINTR) return ERROR_PROCESS_ABORTED;
   }
-  return WIFEXITED(status) && WEXITSTATUS(status) == EXIT_SUCCESS;
+  if (!WIFEXITED(status)) return ERROR_PROCESS_ABORTED;
+  if (WEXITSTATUS(status) == kExitShortOfMemory) return ERROR_NOT_ENOUGH_MEMORY;
+  return WEXITSTATUS(status) == EXIT_SUCCESS ? ERROR_SUCCESS : ERROR_PROCESS_ABORTED;
 }
 
 // Takes the child to its end, also when the receiver throws.
@@ -103,7 +125,7 @@ class Child {
   Child(Child const&) = delete;
   Child& operator=(Child const&) = delete;
 
-  bool Wait() { return WaitFor(std::exchange(pid_, -1)); }
+  DWORD Wait() { return WaitFor(std::exchange(pid_, -1)); }
 
  private:
   pid_t pid_;
@@ -142,8 +164,10 @@ BOOL RunForked(PCHILD_ROUTINE routine, PCHILD_RECEIVER receiver, void* context) 
   }
   Child child(started.pid, started.descriptor);
   switch (ReceiveAll(started.descriptor, receiver, context)) {
-    case Received::kAll:
-      return child.Wait() ? TRUE : Fail(ERROR_PROCESS_ABORTED, FALSE);
+    case Received::kAll: {
+      DWORD const error = child.Wait();
+      return error == ERROR_SUCCESS ? TRUE : Fail(error, FALSE);
+    }
     case Received::kRefused:
       return Fail(ERROR_CANCELLED, FALSE);
     default:

@@ -9,6 +9,7 @@
 
 #include <atomic>
 #include <cstdlib>
+#include <new>
 #include <stdexcept>
 #include <string>
 #include <thread>
@@ -28,6 +29,8 @@ void SendForever(CHILD_LINK* link, void*) {
   while (SendToParent(link, "abc", 3) != FALSE) continue;
   for (;;) pause();
 }
+
+void RunShortOfMemory(CHILD_LINK*, void*) { throw std::bad_alloc(); }
 
 // No process of ours is left.
 void ExpectNoChild() { EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1); }
@@ -133,6 +136,16 @@ TEST(ChildProcess, CrashAndExitCodeAreError1067) {
   EXPECT_EQ(GetLastError(), 1067u);
   EXPECT_FALSE(RunInChildProcess([](CHILD_LINK*, void*) { _exit(3); }, Append, &received));
   EXPECT_EQ(GetLastError(), 1067u);
+}
+
+// Thrown where it may not be, it ends the process before anybody can catch it.
+TEST(ChildProcess, ShortMemoryIsError8) {
+  std::string received;
+  EXPECT_FALSE(RunInChildProcess(RunShortOfMemory, Append, &received));
+  EXPECT_EQ(GetLastError(), 8u);
+  auto const guarded = [](CHILD_LINK* link, void*) noexcept { RunShortOfMemory(link, nullptr); };
+  EXPECT_FALSE(RunInChildProcess(guarded, Append, &received));
+  EXPECT_EQ(GetLastError(), 8u);
 }
 
 TEST(ChildProcess, RefusingReceiverEndsIt) {

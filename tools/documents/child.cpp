@@ -11,8 +11,6 @@
 #include <barrier>
 #include <condition_variable>
 #include <cstddef>
-#include <cstdlib>
-#include <exception>
 #include <memory>
 #include <mutex>
 #include <new>
@@ -95,8 +93,6 @@ class Run {
     std::construct_at(&gate);
     SendToParent(link, &kGreeting, sizeof kGreeting);
     MuteStandardError();
-    // What ends a child is for its parent to report.
-    std::set_terminate(std::abort);
     static_cast<Run*>(context)->work_(link);
   }
 
@@ -122,11 +118,18 @@ class Run {
   bool has_started_ = false;
 };
 
+// Why a child did not come to its end, by the system's error.
+std::string ProblemOf(DWORD error) {
+  if (error == ERROR_PROCESS_ABORTED) return kEndedReader;
+  if (error == ERROR_NOT_ENOUGH_MEMORY) return kMemoryProblem;
+  return LastSystemError();
+}
+
 }  // namespace
 
 bool RunChild(ChildWork const& work, ChildReceiver const& receiver, std::string& problem) {
   if (Run(work, receiver).InChild()) return true;
-  problem = GetLastError() == ERROR_PROCESS_ABORTED ? kEndedReader : LastSystemError();
+  problem = ProblemOf(GetLastError());
   return false;
 }
 
