@@ -203,6 +203,22 @@ DWORD LowWord(off_t value) {
   return low == INVALID_SET_FILE_POINTER ? Fail(ERROR_SUCCESS, low) : low;
 }
 
+// Transfers bytes of a file that was opened with `right`, by call(descriptor, offset, bytes).
+// `sound` is whether the other arguments are; else error 87. `count` may be null.
+template <typename Call>
+BOOL TransferOf(HANDLE handle, bool FileRecord::*right, bool sound, DWORD bytes, DWORD* count,
+                Call call) {
+  DWORD done = 0;
+  DWORD& total = count != nullptr ? *count : done;
+  total = 0;
+  auto const file = FileOf(handle);
+  if (!file) return FALSE;
+  if (!sound) return Fail(ERROR_INVALID_PARAMETER, FALSE);
+  if (!((*file).*right)) return Fail(ERROR_ACCESS_DENIED, FALSE);
+  return Transfer(bytes, total,
+                  [&](DWORD offset, DWORD size) { return call(file->descriptor, offset, size); });
+}
+
 }  // namespace
 }  // namespace sorrelin
 
@@ -218,43 +234,30 @@ HANDLE CreateFileW(WCHAR const* name, DWORD access, DWORD, void* security, DWORD
 }
 
 BOOL ReadFile(HANDLE handle, void* buffer, DWORD bytes, DWORD* count, void* overlapped) {
-  DWORD done = 0;
-  DWORD& total = count != nullptr ? *count : done;
-  total = 0;
-  auto const file = sorrelin::FileOf(handle);
-  if (!file) return FALSE;
-  if (overlapped != nullptr) return sorrelin::Fail(ERROR_INVALID_PARAMETER, FALSE);
-  if (!file->readable) return sorrelin::Fail(ERROR_ACCESS_DENIED, FALSE);
-  return sorrelin::Transfer(bytes, total, [&](DWORD offset, DWORD size) {
-    return read(file->descriptor, static_cast<char*>(buffer) + offset, size);
-  });
+  auto const take = [buffer](int descriptor, DWORD offset, DWORD size) {
+    return read(descriptor, static_cast<char*>(buffer) + offset, size);
+  };
+  return sorrelin::TransferOf(handle, &sorrelin::FileRecord::readable, overlapped == nullptr, bytes,
+                              count, take);
 }
 
 BOOL ReadFileAt(HANDLE handle, uint64_t offset, void* buffer, DWORD bytes, DWORD* count) {
-  DWORD done = 0;
-  DWORD& total = count != nullptr ? *count : done;
-  total = 0;
-  auto const file = sorrelin::FileOf(handle);
-  if (!file) return FALSE;
-  if (offset > INT64_MAX) return sorrelin::Fail(ERROR_INVALID_PARAMETER, FALSE);
-  if (!file->readable) return sorrelin::Fail(ERROR_ACCESS_DENIED, FALSE);
   off_t const start = static_cast<off_t>(offset);
-  return sorrelin::Transfer(bytes, total, [&](DWORD at, DWORD size) {
-    return pread(file->descriptor, static_cast<char*>(buffer) + at, size, start + at);
-  });
+  auto const take = [buffer, start](int descriptor, DWORD at, DWORD size) {
+    return pread(descriptor, static_cast<char*>(buffer) + at, size, start + at);
+  };
+  return sorrelin::TransferOf(handle, &sorrelin::FileRecord::readable, offset <= INT64_MAX, bytes,
+                              count, take);
 }
 
 BOOL WriteFile(HANDLE handle, void const* buffer, DWORD bytes, DWORD* count, void* overlapped) {
   DWORD done = 0;
   DWORD& total = count != nullptr ? *count : done;
-  total = 0;
-  auto const file = sorrelin::FileOf(handle);
-  if (!file) return FALSE;
-  if (overlapped != nullptr) return sorrelin::Fail(ERROR_INVALID_PARAMETER, FALSE);
-  if (!file->writable) return sorrelin::Fail(ERROR_ACCESS_DENIED, FALSE);
-  BOOL const written = sorrelin::Transfer(bytes, total, [&](DWORD offset, DWORD size) {
-    return write(file->descriptor, static_cast<char const*>(buffer) + offset, size);
-  });
+  auto const put = [buffer](int descriptor, DWORD offset, DWORD size) {
+    return write(descriptor, static_cast<char const*>(buffer) + offset, size);
+  };
+  BOOL const written = sorrelin::TransferOf(handle, &sorrelin::FileRecord::writable,
+                                            overlapped == nullptr, bytes, &total, put);
   if (written != FALSE && total < bytes) return sorrelin::Fail(ERROR_DISK_FULL, FALSE);
   return written;
 }
