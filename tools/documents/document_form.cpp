@@ -126,17 +126,11 @@ void Write(QPDF& qpdf, std::string const& to) {
   writer.write();
 }
 
-// Does `work`; false with the reason in `problem` if libqpdf fails.
+// Does `work`, which rewrites a document; false with the reason in `problem` if libqpdf fails.
 bool Try(std::function<void()> const& work, std::string& problem) {
-  try {
-    work();
-    return true;
-  } catch (std::bad_alloc const&) {
-    throw;
-  } catch (std::exception const&) {
-    problem = std::string("cannot be rewritten: it is damaged beyond repair") + kMendRemedy;
-    return false;
-  }
+  if (CatchDamage(work, problem)) return true;
+  problem = std::string("cannot be rewritten: it is damaged beyond repair") + kMendRemedy;
+  return false;
 }
 
 }  // namespace
