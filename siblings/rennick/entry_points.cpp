@@ -1,4 +1,4 @@
-// The entry points of Rennick: checks of what callers hand in, the parameter record, and files.
+// The entry points of Rennick: checks of what callers pass, the parameter record, and files.
 #include <siblings/rennick/density.h>
 #include <siblings/rennick/dib_rows.h>
 #include <siblings/rennick/jpeg_decoder.h>

@@ -43,7 +43,7 @@ FileChannel* ChannelAttachMemory(void const* data, DWORD size, bool read_only);
 BOOL ChannelRead(FileChannel* channel, void* buffer, DWORD bytes, DWORD* count, void* overlapped);
 
 // Reads up to `bytes` bytes of a file channel at `offset`, and leaves the position where it is.
-// Nothing if the channel cannot be positioned there, which 2 GiB and more cannot; 0 bytes after a
+// nullopt if the channel cannot be positioned there, which 2 GiB and more cannot; 0 bytes after a
 // failed read.
 std::optional<DWORD> ChannelReadFileAt(FileChannel* channel, DWORD offset, void* buffer,
                                        DWORD bytes);

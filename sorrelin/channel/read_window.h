@@ -19,7 +19,7 @@ struct FileChannel;
 class ReadWindow {
  public:
   // The bytes from `offset` on: `bytes` of them, or as many as there are. Valid until the next call
-  // and until the channel is written. Nothing if the channel cannot be positioned there.
+  // and until the channel is written. nullopt if the channel cannot be positioned there.
   std::optional<std::span<BYTE const>> Look(FileChannel* channel, DWORD offset, DWORD bytes);
 
   // Copies bytes to `out`, past the window where they are many. The number copied, or nothing as

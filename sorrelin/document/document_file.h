@@ -35,7 +35,7 @@ class DocumentFile {
   std::optional<DWORD> Read(DWORD offset, void* out, DWORD bytes) {
     return window_.Read(channel_, offset, out, bytes);
   }
-  // The bytes from `offset` through the first "endobj"; nothing if there is none from there on.
+  // The bytes from `offset` through the first "endobj"; nullopt if there is none from there on.
   // Moves the channel's position.
   std::optional<std::vector<BYTE>> ReadThroughEndobj(uint64_t offset);
   // Moves the channel's position. False where it cannot go.

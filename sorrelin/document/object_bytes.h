@@ -1,4 +1,4 @@
-// The text of an object as a fetch hands it out.
+// The text of an object as a fetch returns it.
 #ifndef SORRELIN_DOCUMENT_OBJECT_BYTES_H_
 #define SORRELIN_DOCUMENT_OBJECT_BYTES_H_
 

@@ -58,7 +58,7 @@ class ObjectStreamReader {
     uint64_t bytes = 0;
   };
 
-  // Nothing if the stream does not list the object.
+  // nullopt if the stream does not list the object.
   std::optional<Extent> ExtentOf(DWORD number) const;
   // Those of the extent's bytes that the data do not lack.
   std::string_view HeldOf(Extent extent) const;

@@ -16,7 +16,7 @@ class ObjectLoader;
 // the data far before them, and a /Length of gigabytes costs nothing.
 inline constexpr size_t kMostMissingBytes = size_t{16} << 20;
 
-// Looks at the first stream that "Contents" names in the page's text. Nothing if the stream's
+// Looks at the first stream that "Contents" names in the page's text. nullopt if the stream's
 // /Length cannot be read.
 std::optional<bool> IsPageFlipped(ObjectLoader& objects, std::span<BYTE> page);
 

@@ -44,7 +44,7 @@ Status ReadArrayObject(ObjectLoader& objects, DWORD number, DWORD& flags) {
   DWORD const offset = objects.table()[number].nOffset;
   if (offset == 0) return Status::Failed();
   // The size comes first: looking for it may move the channel. Of an object that ends after the
-  // document one byte more than there is stands for the rest.
+  // document one byte more than there is counts as the rest.
   uint64_t const object_bytes = objects.SizeOf(number);
   FileChannel* const channel = objects.file().channel();
   DWORD const document_bytes = ChannelGetSize(channel, nullptr);

@@ -18,7 +18,7 @@ struct Coding {
   int quality;           // the zlib level, or the JPEG quality
 };
 
-// What a coder gives back with a failure.
+// What a coder returns with a failure.
 inline Result<OwnedBlock> Refused(Status status) {
   return {OwnedBlock(INVALID_HANDLE_VALUE), status};
 }

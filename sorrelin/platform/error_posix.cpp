@@ -67,7 +67,7 @@ constexpr TextRow kTextRows[] = {
     {ERROR_INVALID_NAME, "Invalid file name"},
     {ERROR_MOD_NOT_FOUND, "The shared library was not found"},
     {ERROR_PROC_NOT_FOUND, "The shared library has no such entry point"},
-    {ERROR_NEGATIVE_SEEK, "The position lies before the start of the file"},
+    {ERROR_NEGATIVE_SEEK, "The position is before the start of the file"},
     {ERROR_DISCARDED, "The memory block is empty"},
     {ERROR_NOT_LOCKED, "The memory block is not locked"},
     {ERROR_ALREADY_EXISTS, "The file exists already"},

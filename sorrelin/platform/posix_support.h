@@ -19,7 +19,7 @@ DWORD ErrorOfErrno(int error);
 // UTF-8 of a name, or nullopt if it holds a lone surrogate: no file has such a name.
 std::optional<std::string> Utf8Path(std::u16string_view name);
 
-// UTF-16 of a path, or nothing if it is not UTF-8.
+// UTF-16 of a path, or nullopt if it is not UTF-8.
 std::optional<std::u16string> WidePath(std::string_view path);
 
 // A value that destructors which run at exit may still use. It needs no memory of its own.

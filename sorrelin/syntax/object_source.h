@@ -1,4 +1,4 @@
-// Where the reading of a value finds what is in another object.
+// The source of values that are in other objects.
 #ifndef SORRELIN_SYNTAX_OBJECT_SOURCE_H_
 #define SORRELIN_SYNTAX_OBJECT_SOURCE_H_
 
@@ -13,7 +13,7 @@ class ObjectSource {
  public:
   virtual ~ObjectSource() = default;
 
-  // The text of the object that a reference names, from its header to its first NUL; nothing if it
+  // The text of the object that a reference names, from its header to its first NUL; nullopt if it
   // cannot be had.
   virtual std::optional<std::string> TextOf(DWORD number) = 0;
 };

@@ -15,7 +15,7 @@ struct ValueText {
   // Kept: 0 also for a reference to an object whose value could be read; string values of such
   // references are refused through this, while the other types read on in `text`.
   int result = 0;
-  // Nothing if a reference could not be followed. A NUL follows the text.
+  // nullopt if a reference could not be followed. A NUL follows the text.
   std::optional<std::string> text;
   // Bytes as reported; nothing for a dictionary, whose size is not reported. It may be less than
   // the text's, where a text begins with a number that is no reference, and counts the NUL of an

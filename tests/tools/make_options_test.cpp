@@ -214,7 +214,7 @@ TEST_F(MakeOptions, WrongCommandLinesAreUsageErrors) {
   ExpectUsage({Out(), Path("a.png"), "--compression", "zip"}, "not zip");
   ExpectUsage({Out(), Path("a.png"), "--quality", "0"}, "--quality");
   ExpectUsage({Out(), Path("a.png"), "--quality", "101"}, "--quality");
-  ExpectUsage({Out(), "-", "-"}, "stands more than once");
+  ExpectUsage({Out(), "-", "-"}, "is named more than once");
 
   ExpectUsage({"", Path("a.png")}, "the name is empty");
   ExpectUsage({Path("\xFF.pdf"), Path("a.png")}, "not valid UTF-8");

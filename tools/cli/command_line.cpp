@@ -1,4 +1,4 @@
-// The one place that knows the parser, whose header takes long to compile.
+// The command line, parsed by CLI11; only this file includes its header, which compiles slowly.
 #include "tools/cli/command_line.h"
 
 #include <CLI/CLI.hpp>

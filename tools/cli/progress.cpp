@@ -1,4 +1,4 @@
-// Draws the bar over itself.
+// The progress bar, redrawn in place.
 #include "tools/cli/progress.h"
 
 #include <sorrelin/platform/console.h>

@@ -13,7 +13,7 @@ namespace sorrelin::tool {
 std::string ProgressBar(double share, int columns,
                         std::optional<std::chrono::seconds> left = std::nullopt);
 
-// Shows the bar where standard error is a terminal, once a second of work has passed and more lies
+// Shows the bar where standard error is a terminal, once a second of work has passed and more is
 // ahead, and takes it away at the end. There is one at a time.
 class Progress {
  public:

@@ -7,7 +7,7 @@
 
 namespace sorrelin::tool {
 
-// UTF-16 of a text, or nothing if it is not UTF-8.
+// UTF-16 of a text, or nullopt if it is not UTF-8.
 std::optional<std::u16string> Utf16(std::string const& text);
 
 // UTF-8 of a text that Utf16 made.

@@ -14,7 +14,7 @@ namespace sorrelin::tool {
 // Pages as in "1-3,7,9-", where the last means all from 9 on. Without ranges, all pages.
 class PageSelection {
  public:
-  // Nothing if the text is no list of pages.
+  // nullopt if the text is no list of pages.
   static std::optional<PageSelection> Parse(std::string_view text);
 
   // The pages of a document that has `count`, counted from 0, in the order given, each once.

@@ -1,4 +1,4 @@
-// The pictures of a document's pages as picture files; lives in the child.
+// The pictures of a document's pages as picture files. Used in the child.
 #ifndef TOOLS_EXTRACT_PAGE_FILES_H_
 #define TOOLS_EXTRACT_PAGE_FILES_H_
 

@@ -16,7 +16,7 @@ namespace {
 constexpr double kPointsPerInch = 72;
 constexpr double kMaxSide = 0x7FFFFFFF;
 constexpr char kTooMuchWork[] = "is left out: the document takes too much work to read";
-// Strips may be apart, or lie one over the other, by this share of a row's height.
+// Strips may be apart, or overlap, by this share of a row's height.
 constexpr double kSeamRows = 1.0;
 
 double NumberIn(QPDFObjectHandle array, int place) {

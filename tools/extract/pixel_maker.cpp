@@ -238,7 +238,7 @@ class PixelMaker : public SampleSink {
     pixels_ = std::move(blended);
   }
 
-  // Pixels all of whose samples lie in the ranges are transparent.
+  // Pixels whose samples are all in the ranges are transparent.
   void ApplyKey(std::span<BYTE const> row) {
     SampleReader const samples(row, shape_.bits);
     size_t const components = shape_.Components();

@@ -1,4 +1,4 @@
-// Samples come in one at a time, so that depths and colours share one way.
+// Pixels laid on white, a sample at a time, so that all depths and colours share the code.
 #include "tools/formats/blend.h"
 
 #include <cstdint>

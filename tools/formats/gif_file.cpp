@@ -1,4 +1,4 @@
-// A file (GIF89a specification) is
+// GIF files, decoded by hand. A file (GIF89a specification) is
 //
 //   "GIF89a"  width (2) height (2) flags (1) background (1) aspect (1)  palette  blocks
 //   extension  0x21 label (1) pieces
@@ -110,7 +110,7 @@ class Lzw {
       if (code == clear_) {
         Clear();
       } else if (!Append(code, indices)) {
-        return "it has a code that stands for nothing";
+        return "it has a code without a meaning";
       }
     }
     bool const over = indices.size() > count;

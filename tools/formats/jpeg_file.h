@@ -1,4 +1,4 @@
-// JPEG files: what their headers tell, and their decoding.
+// JPEG files: what their headers say, and their decoding.
 #ifndef TOOLS_FORMATS_JPEG_FILE_H_
 #define TOOLS_FORMATS_JPEG_FILE_H_
 
@@ -37,7 +37,7 @@ struct JpegFacts {
   bool profile_unusable = false;  // there is one that does not
 };
 
-// Reads the header of a JPEG file; nothing if it is not one, or one that cannot be decoded.
+// Reads the header of a JPEG file; nullopt if it is not one, or one that cannot be decoded.
 std::optional<JpegFacts> ReadJpegFacts(std::span<BYTE const> file);
 
 // How a document describes the file's data.

@@ -1,5 +1,6 @@
-// Pieces are read to their DCT coefficients, and the blocks of all are written as one picture. This
-// works where each piece ends with a whole unit of the coding, as strips and tiles usually do.
+// Joins pieces of JPEG data: each is read to its DCT coefficients, and the blocks of all are
+// written as one picture. This works where each piece ends with a whole unit of the coding, as
+// strips and tiles usually do.
 #include "tools/formats/jpeg_join.h"
 
 #include <algorithm>

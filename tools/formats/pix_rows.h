@@ -12,7 +12,7 @@
 
 namespace sorrelin::tool {
 
-// A word as its bytes lie in memory, or back.
+// A word as its bytes are in memory, or back.
 inline l_uint32 SwappedWord(l_uint32 word) {
   if constexpr (std::endian::native == std::endian::big) return word;
   return word >> 24 | (word >> 8 & 0xFF00) | (word << 8 & 0xFF0000) | word << 24;

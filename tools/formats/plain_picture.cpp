@@ -1,4 +1,4 @@
-// Rows of samples become words, converted on the way.
+// Converts rows of samples into rows of words.
 #include "tools/formats/plain_picture.h"
 
 #include <utility>

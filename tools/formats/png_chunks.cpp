@@ -1,4 +1,4 @@
-// A file (ISO/IEC 15948, 5) is a signature of 8 bytes and chunks:
+// The chunks of PNG files. A file (ISO/IEC 15948, 5) is a signature of 8 bytes and chunks:
 //
 //   chunk  length of the data (4 bytes), type (4), data, CRC-32 of type and data (4)
 //

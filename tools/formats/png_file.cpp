@@ -240,7 +240,7 @@ PixPtr ReadPix(PngReader& reader, Changes& changes) {
   return Finish(reader, pix.get(), changes) ? std::move(pix) : nullptr;
 }
 
-// Rows that cannot be read are white. Nothing if the picture is too large.
+// Rows that cannot be read are white. nullopt if the picture is too large.
 std::optional<Samples> ReadSamples(PngReader& reader, Changes& changes) {
   constexpr size_t kMostBytes = size_t{1} << 31;
   size_t const rows = static_cast<size_t>(reader.height());

@@ -1,4 +1,4 @@
-// Resolution of a picture, as files tell it and as pages need it.
+// Resolution of a picture, as files state it and as pages need it.
 #ifndef TOOLS_FORMATS_RESOLUTION_H_
 #define TOOLS_FORMATS_RESOLUTION_H_
 

@@ -1,4 +1,4 @@
-// libtiff spreads such pages to colours with alpha; here they get their form back.
+// TIFF pages that libtiff decodes to colours with alpha, brought back to their own form.
 #include "tools/formats/tiff_colours.h"
 
 #include <sorrelin/platform/types.h>

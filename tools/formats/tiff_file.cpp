@@ -1,4 +1,4 @@
-// A file of pages is a chain of directories (TIFF 6.0, section 2):
+// Appends pages to a TIFF file, which is a chain of directories (TIFF 6.0, section 2):
 //
 //   header     byte order (2 bytes), 42 (2), offset of the first directory (4)
 //   directory  count of entries (2), entries (12 each), offset of the next directory or 0 (4)
@@ -34,7 +34,7 @@ class OnePage {
  public:
   explicit OnePage(std::span<BYTE const> file) : bytes_(file.begin(), file.end()) {}
 
-  // Where the offset of the next directory is; nothing if this is no file that can be moved.
+  // Where the offset of the next directory is; nullopt if this is no file that can be moved.
   std::optional<uint64_t> MoveBy(uint32_t distance) {
     if (Get<uint16_t>(2) != kMagic) return std::nullopt;
     uint64_t const directory = Get<uint32_t>(kFirstDirectory);

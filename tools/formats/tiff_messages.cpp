@@ -1,5 +1,5 @@
-// libtiff has one pair of handlers for the process; which collection a message belongs to is known
-// by the thread that they are called on.
+// The handlers of libtiff's messages, one pair for the process. The thread on which they are called
+// says which collection a message belongs to.
 #include "tools/formats/tiff_messages.h"
 
 #include <tiffio.h>

@@ -1,4 +1,4 @@
-// Strips, tiles and planes are put together to rows of whole pixels, and those to samples.
+// Joins strips, tiles and planes into rows of whole pixels, and converts those to samples.
 #include "tools/formats/tiff_samples.h"
 
 #include <algorithm>

@@ -1,4 +1,4 @@
-// Problems go the way of those of the pages' pictures.
+// Adds text layers; their problems are reported like those of the pages' pictures.
 #include "tools/make/add_texts.h"
 
 #include <numeric>

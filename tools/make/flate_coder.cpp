@@ -1,4 +1,4 @@
-// Which prediction serves a picture is tried on bands of its rows with a quick compressor.
+// Chooses the prediction of a picture by a quick compressor on bands of its rows.
 #include "tools/make/flate_coder.h"
 
 #include <libdeflate.h>

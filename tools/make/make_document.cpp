@@ -1,4 +1,4 @@
-// The document comes into being under a temporary name.
+// Makes a document under a temporary name.
 #include "tools/make/make_document.h"
 
 #include <memory>

@@ -1,4 +1,4 @@
-// Takes coded pages from the feed and writes them; problems are told in the order of the pages.
+// Takes coded pages from the feed and writes them; problems are reported in the order of the pages.
 #include "tools/make/page_adder.h"
 
 #include <cstdio>

@@ -1,4 +1,4 @@
-// Pictures of files on their way into a document, with a word about each that fails.
+// Adds the pictures of files to a document and reports each that fails.
 #ifndef TOOLS_MAKE_PAGE_ADDER_H_
 #define TOOLS_MAKE_PAGE_ADDER_H_
 

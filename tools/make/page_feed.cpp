@@ -1,4 +1,4 @@
-// Files are opened in turn by the thread that asks; only coding goes to the workers.
+// The feed of coded pages: the thread that asks opens the files in turn, the workers only code.
 #include "tools/make/page_feed.h"
 
 #include <new>

@@ -1,4 +1,4 @@
-// Arguments as they are typed, and what is wrong with them.
+// Parses the arguments of page options and reports wrong ones.
 #include "tools/make/page_options.h"
 
 #include <algorithm>
@@ -147,7 +147,7 @@ void ListFiles(PageOptions& options, std::string const& name) {
   CheckBorder(options.style);
   auto const& images = options.images;
   if (std::count(images.begin(), images.end(), kStandardInput) > 1) {
-    throw UsageError("IMAGE", "- stands more than once, and standard input is one file");
+    throw UsageError("IMAGE", "- is named more than once, but standard input is one file");
   }
   if (options.output.empty()) throw UsageError(name, "the name is empty");
   if (!Utf16(options.output)) throw UsageError(name, "the name is not valid UTF-8");

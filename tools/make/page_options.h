@@ -1,4 +1,4 @@
-// The part of the command line that the verbs share which make pages of pictures.
+// Command-line options shared by make and append.
 #ifndef TOOLS_MAKE_PAGE_OPTIONS_H_
 #define TOOLS_MAKE_PAGE_OPTIONS_H_
 

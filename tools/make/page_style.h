@@ -1,4 +1,4 @@
-// How pages are made of pictures: what the command line says of it.
+// The style of the pages, as the command line sets it.
 #ifndef TOOLS_MAKE_PAGE_STYLE_H_
 #define TOOLS_MAKE_PAGE_STYLE_H_
 

@@ -1,4 +1,4 @@
-// Rows are filtered by types in one pass each, in loops that compilers turn into vector code.
+// Filters rows by types in one pass each, in loops that compilers turn into vector code.
 #include "tools/make/png_filter.h"
 
 #include <cstdint>

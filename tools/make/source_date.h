@@ -1,4 +1,4 @@
-// The date of documents that are to come out the same each time they are made.
+// The timestamp of reproducible builds (SOURCE_DATE_EPOCH).
 #ifndef TOOLS_MAKE_SOURCE_DATE_H_
 #define TOOLS_MAKE_SOURCE_DATE_H_
 
@@ -12,7 +12,7 @@ namespace sorrelin::tool {
 // The last second that a document can tell, that of the year 9999.
 inline constexpr long long kLastSecond = 253402300799;
 
-// The time in UTC of a number of seconds since 1970, or nothing if the text is no such number.
+// The time in UTC of a number of seconds since 1970, or nullopt if the text is no such number.
 std::optional<SYSTEMTIME> TimeOfEpoch(std::string_view seconds);
 
 }  // namespace sorrelin::tool

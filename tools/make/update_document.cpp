@@ -1,4 +1,4 @@
-// The library adds pages without a look at what else the document holds, so the document is judged
+// Adds pages to a document. The library does so whatever else the document holds, so it is judged
 // before and after.
 #include "tools/make/update_document.h"
 

@@ -1,4 +1,4 @@
-// libqpdf's messages are kept back, and its exceptions become problems.
+// Documents changed by libqpdf, with its messages dropped and its exceptions turned into problems.
 #include "tools/ocr/changeable_document.h"
 
 #include <exception>

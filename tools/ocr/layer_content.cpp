@@ -1,5 +1,6 @@
-// Each word has a place of its own and is stretched to its box; a blank fills the gap to the next
-// word of its line, so that viewers see words and lines however wide their gaps are.
+// Writes the content of a text layer. Each word has a place of its own and is stretched to its box;
+// a blank fills the gap to the next word of its line, so that viewers see words and lines however
+// wide their gaps are.
 #include "tools/ocr/layer_content.h"
 
 #include <algorithm>

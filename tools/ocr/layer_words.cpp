@@ -1,5 +1,6 @@
-// The renderer shows each word with a blank after it by one TJ, in an em of half the font's size a
-// letter, stretched to the word's box. Words that are read from right to left are mirrored.
+// Reads the words of a rendered text layer. The renderer shows each word with a blank after it by
+// one TJ, in an em of half the font's size a letter, stretched to the word's box. Words that are
+// read from right to left are mirrored.
 #include "tools/ocr/layer_words.h"
 
 #include <algorithm>

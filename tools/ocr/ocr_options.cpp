@@ -1,4 +1,4 @@
-// Languages and numbers as they are typed, and what is wrong with them.
+// Parses languages and numbers of the command line and reports wrong ones.
 #include "tools/ocr/ocr_options.h"
 
 #include "tools/ocr/languages.h"

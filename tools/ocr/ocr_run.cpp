@@ -1,5 +1,5 @@
-// Recognition comes first and changes nothing; then libqpdf writes the document with text beside
-// the one without, whose name it takes.
+// A run of text recognition. Recognition comes first and changes nothing; then libqpdf writes the
+// document with text beside the one without, whose name it takes.
 #include "tools/ocr/ocr_run.h"
 
 #include <algorithm>

@@ -1,8 +1,8 @@
-// Job number k of n takes every n-th page from the k-th on. Its process sends messages: a letter,
-// the number of bytes that follow (32 bits), and these bytes.
+// The jobs that recognise pages: number k of n takes every n-th page from the k-th on. Its process
+// sends messages: a letter, the number of bytes that follow (32 bits), and these bytes.
 //
 //   B  a page begins
-//   T  its text lies on its side: clockwise quarter turns (32 bits)
+//   T  its text is on its side: clockwise quarter turns (32 bits)
 //   L  the text of a picture: its matrix (6 doubles), its size (2 doubles), the engine's result
 //   E  the page is done
 //   P  the page has no text: why

@@ -1,4 +1,4 @@
-// Only the transformation matrix and its stack are followed in a content.
+// Follows the transformation matrix and its stack through a content stream, and nothing else.
 #include "tools/ocr/picture_place.h"
 
 #include <cmath>
