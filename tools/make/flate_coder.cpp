@@ -14,8 +14,15 @@ constexpr int kLevel = 6;
 constexpr int kTrialLevel = 1;
 // Pictures of fewer bytes are coded in each way that may serve, and the smallest is taken.
 constexpr size_t kSmallBytes = size_t{1} << 18;
-constexpr size_t kBands = 8;
+constexpr size_t kBands = 32;
 constexpr size_t kBandShare = 8;  // one of so many rows is tried
+
+// Rows before a band in its part of the picture, of `spare` ones. Parts differ, so that lines of
+// text that come at even distances are not all hit or all missed.
+size_t RowsBefore(size_t band, size_t spare) {
+  constexpr size_t kScatter = 40503, kScatterRange = 65536;  // the golden section, in whole numbers
+  return spare * (band * kScatter % kScatterRange) / kScatterRange;
+}
 
 // Rows spread over the picture, as the picture's if there are few.
 std::vector<BYTE> BandsOf(Samples const& samples) {
@@ -25,7 +32,8 @@ std::vector<BYTE> BandsOf(Samples const& samples) {
   std::vector<BYTE> bands;
   bands.reserve(kBands * band_rows * row_bytes);
   for (size_t i = 0; i < kBands; ++i) {
-    size_t const first = (2 * i + 1) * rows / (2 * kBands) - band_rows / 2;
+    size_t const part = i * rows / kBands, part_rows = (i + 1) * rows / kBands - part;
+    size_t const first = part + RowsBefore(i, part_rows - band_rows);
     auto const start = samples.bytes.begin() + static_cast<ptrdiff_t>(first * row_bytes);
     bands.insert(bands.end(), start, start + static_cast<ptrdiff_t>(band_rows * row_bytes));
   }
@@ -99,7 +107,7 @@ FlateData FlateCoder::Code(Samples const& samples) {
 size_t FlateCoder::EstimatedBytes(Samples const& samples) {
   std::vector<BYTE> const bands = BandsOf(samples);
   if (bands.empty()) return 0;
-  return TrialBytes(bands) * (samples.bytes.size() / bands.size());
+  return static_cast<size_t>(uint64_t{TrialBytes(bands)} * samples.bytes.size() / bands.size());
 }
 
 }  // namespace sorrelin::tool

@@ -19,8 +19,10 @@ namespace {
 constexpr double kPointsPerInch = 72;
 constexpr double kRounding = 0.5;  // points; sizes of pages are whole
 constexpr size_t kGreyTones = 256;
-// Flate is tried where an estimate from some rows is below this share of what Group 4 took.
+// Flate is tried where an estimate from some rows is below this share of what Group 4 took, and in
+// any case where Group 4 took little of the raw bits, as Flate is quick there.
 constexpr double kWorthTrying = 1.25;
+constexpr size_t kLittleShare = 64;
 
 Compression CompressionOf(ImageFilter filter) {
   return filter == ImageFilter::kGroup4 ? Compression::kGroup4
@@ -330,18 +332,29 @@ bool PageCoder::CodeBilevel(Picture picture, CodedPage& coded, std::string& prob
   size_t const bytes = group_4.data.bytes().size();
   SetBitmap(std::move(group_4), 1, Compression::kGroup4, coded);
   Samples const samples = SamplesOf(picture.pix.get());
-  bool const worth_trying = static_cast<double>(flate_coder_.EstimatedBytes(samples)) <=
-                            kWorthTrying * static_cast<double>(bytes);
-  FlateData data;
-  if (worth_trying && style_.plain) data.stream = flate_coder_.Compress(samples.bytes);
-  if (worth_trying && !style_.plain) data = flate_coder_.Code(samples);
-  if (!data.stream.empty() && data.stream.size() < bytes) {
-    coded.page_.compression = PDF_COMPRESSION_FLATE;
-    if (!style_.plain) SetForm(FormOf(samples, data.predicted), std::move(picture.profile), coded);
-    SetStream(std::move(data.stream), coded);
-    return true;
-  }
-  SetBitmapForm(1, Compression::kGroup4, std::move(picture.profile), coded);
+  bool const worth_trying = bytes <= samples.bytes.size() / kLittleShare ||
+                            static_cast<double>(flate_coder_.EstimatedBytes(samples)) <=
+                                kWorthTrying * static_cast<double>(bytes);
+  bool const done = worth_trying && (style_.plain ? FlateIfSmaller(dib, coded, problem)
+                                                  : FlateIfSmaller(samples, picture, coded));
+  if (!done) SetBitmapForm(1, Compression::kGroup4, std::move(picture.profile), coded);
+  return true;
+}
+
+bool PageCoder::FlateIfSmaller(OwnedBlock const& dib, CodedPage& coded, std::string& problem) {
+  CodedBitmap flate;
+  if (!bitmap_coder_.Code(dib, 1, Compression::kFlate, 0, flate, problem)) return false;
+  if (flate.data.bytes().size() >= coded.record_.bytes) return false;
+  SetBitmap(std::move(flate), 1, Compression::kFlate, coded);
+  return true;
+}
+
+bool PageCoder::FlateIfSmaller(Samples const& samples, Picture& picture, CodedPage& coded) {
+  FlateData data = flate_coder_.Code(samples);
+  if (data.stream.empty() || data.stream.size() >= coded.record_.bytes) return false;
+  coded.page_.compression = PDF_COMPRESSION_FLATE;
+  SetForm(FormOf(samples, data.predicted), std::move(picture.profile), coded);
+  SetStream(std::move(data.stream), coded);
   return true;
 }
 

@@ -82,6 +82,9 @@ class PageCoder {
   bool CodeBitmap(Picture picture, Compression compression, CodedPage& coded, std::string& problem);
   bool CodeSamples(Picture picture, CodedPage& coded, std::string& problem);
   bool CodeBilevel(Picture picture, CodedPage& coded, std::string& problem);
+  // In place of a page's Group 4 data. Both are false with the page as it was if they are not.
+  bool FlateIfSmaller(OwnedBlock const& dib, CodedPage& coded, std::string& problem);
+  bool FlateIfSmaller(Samples const& samples, Picture& picture, CodedPage& coded);
   void SetBitmap(CodedBitmap bitmap, int depth, Compression compression, CodedPage& coded);
   void SetBitmapForm(int depth, Compression compression, ProfileBytes profile, CodedPage& coded);
   void SetForm(ImageForm form, ProfileBytes profile, CodedPage& coded);
