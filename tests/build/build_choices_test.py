@@ -122,8 +122,21 @@ class Parts(BuildTest):
 
 
 class Subproject(BuildTest):
+    """Configured once for all of its tests."""
+
+    @classmethod
+    def setUpClass(cls):
+        folder = tempfile.TemporaryDirectory(prefix="a host für ")
+        cls.addClassCleanup(folder.cleanup)
+        cls.shared = cls()
+        cls.shared.build = pathlib.Path(folder.name) / "build"
+        cls.shared.configure_host()
+
     def setUp(self):
-        super().setUp()
+        self.build, self.output = self.shared.build, self.shared.output
+        self.commands = self.shared.commands
+
+    def configure_host(self):
         project = self.build.parent / "host"
         project.mkdir()
         (project / "CMakeLists.txt").write_text(
