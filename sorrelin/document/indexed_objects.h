@@ -17,6 +17,7 @@ class DocumentFile;
 class ObjectStreamList;
 struct ObjectBytes;
 struct ObjectId;
+struct XRefObjectEntry;
 
 class IndexedObjects : public ObjectSource {
  public:

@@ -60,6 +60,8 @@ HGLOBAL ObjectLoader::Load(DWORD number) { return Fetch(number).block.Release();
 
 LoadedObject ObjectLoader::Open(DWORD number) { return LoadedObject(Fetch(number)); }
 
+bool ObjectLoader::Lacks(DWORD number, std::string_view key) { return indexed_.Lacks(number, key); }
+
 DWORD ObjectLoader::SizeOf(DWORD number) {
   if (number == 0) return 0;
   ObjectBytes const object = indexed_.Fetch(number, 0);

@@ -29,7 +29,7 @@ class ObjectLoader {
   LoadedObject Open(DWORD number);
 
   // Whether the object's text is known to lack `key`, a name, without loading it.
-  bool Lacks(DWORD number, std::string_view key) { return indexed_.Lacks(number, key); }
+  bool Lacks(DWORD number, std::string_view key);
 
   // The bytes of an object's text; 0 for object 0.
   // Kept: in a document of the stream route a size costs a whole fetch.
