@@ -133,7 +133,7 @@ class PdfWriter:
         """Adds a picture as a page of its own size: its pixels at `dpi` dots per inch.
 
         pixels       see above; a PIL.Image, whose modes 1, L, P and RGB are taken as they are, others
-                     as RGB with a warning; or flat bytes, with `size` (width, height) and `bits`: 1 (rows
+                     as L or RGB with a warning; or flat bytes, with `size` (width, height) and `bits`: 1 (rows
                      of whole bytes, the leftmost pixel in the highest bit, 1 is white), 8 or 24
         dpi          one number, or one for x and one for y; without, 96
         palette      for 8 bits: up to 256 times red, green, blue; without, a ramp of greys

@@ -3,6 +3,7 @@
 from __future__ import annotations
 
 import ctypes
+import importlib
 import struct
 import warnings
 from typing import Any, Tuple, Union
@@ -98,8 +99,9 @@ def of_pil(image: Any, palette: Any, dpi: Resolution | None) -> tuple[
         bytes, tuple[int, int], int, Any, Resolution | None]:
     """The flat bytes, size, depth, palette and resolution of a PIL.Image."""
     if image.mode not in ("1", "L", "P", "RGB"):
-        warnings.warn(f"a picture of mode {image.mode} is added as RGB", stacklevel=3)
-        image = image.convert("RGB")
+        converted = with_plain_mode(image)
+        warnings.warn(f"a picture of mode {image.mode} is added as {converted.mode}", stacklevel=3)
+        image = converted
     if image.mode == "P" and palette is None:
         palette = bytes(image.getpalette())
     if dpi is None and "dpi" in image.info:
@@ -107,6 +109,16 @@ def of_pil(image: Any, palette: Any, dpi: Resolution | None) -> tuple[
         dpi = (float(x), float(y)) if x >= 1 and y >= 1 else None
     bits = {"1": 1, "L": 8, "P": 8, "RGB": 24}[image.mode]
     return image.tobytes(), image.size, bits, palette, dpi
+
+
+def with_plain_mode(image: Any) -> Any:
+    """A PIL.Image of mode L for 16 bits of grey, else RGB, laid on white where it is transparent."""
+    if image.mode.startswith("I"):
+        return image.convert("I").point(lambda value: value / 256).convert("L")
+    if image.mode in ("RGBA", "LA", "PA"):
+        pil = importlib.import_module("PIL.Image")
+        image = pil.alpha_composite(pil.new("RGBA", image.size, "white"), image.convert("RGBA"))
+    return image.convert("RGB")
 
 
 def bytes_of_row(width: int, bits: int) -> int:

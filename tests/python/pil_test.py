@@ -1,5 +1,6 @@
 """PIL's pictures as pages."""
 
+import struct
 import unittest
 import warnings
 
@@ -45,6 +46,23 @@ class Pictures(unittest.TestCase):
         with self.assertWarns(UserWarning):
             back = round_trip(picture("RGB").convert("CMYK"))
         self.assertEqual(back.bits, 24)
+
+    def test_what_is_transparent_is_laid_on_white(self):
+        for mode, paint in (("RGBA", (9, 9, 9)), ("LA", (9,))):
+            image = PIL.Image.new(mode, (20, 10), (*paint, 0))
+            image.putpixel((0, 0), (*paint, 255))
+            with self.assertWarns(UserWarning):
+                pixels = round_trip(image).pixels.tolist()
+            self.assertEqual(pixels[0][:2], [[9, 9, 9], [255, 255, 255]])
+
+    def test_16_bits_of_grey_keep_their_upper_8(self):
+        values = [x * 65535 // 19 for x in range(20)]
+        wide = PIL.Image.frombytes("I;16", (20, 1), struct.pack("<20H", *values))
+        for image in (wide, wide.convert("I")):
+            with self.assertWarnsRegex(UserWarning, "added as L"):
+                back = round_trip(image)
+            self.assertEqual(back.bits, 8)
+            self.assertEqual(back.pixels.tolist(), [[value // 256 for value in values]])
 
     def test_the_modes_that_fit_give_no_warning(self):
         with warnings.catch_warnings():
