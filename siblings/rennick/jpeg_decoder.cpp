@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <limits>
 
 namespace sorrelin::rennick {
 namespace {
@@ -18,8 +19,10 @@ constexpr uint64_t kMaxScans = 500;
 constexpr uint64_t kMaxScansOfLargest = 64;
 constexpr uint64_t kScannedBlocks = uint64_t{1} << 26;
 constexpr uint64_t kMaxBitmapBytes = UINT32_MAX;
-// Of the coefficients that files with several scans need; more fails.
-constexpr long kMaxWorkBytes = 4L * 1024 * 1024 * 1024;
+// Of the coefficients that files with several scans need; more fails. 2 GiB where a long has 32
+// bits.
+constexpr long kMaxWorkBytes =
+    static_cast<long>(std::min<int64_t>(int64_t{1} << 32, std::numeric_limits<long>::max()));
 constexpr JDIMENSION kRowsAtOnce = 16;
 
 struct DecodeJob {
@@ -161,7 +164,7 @@ void Decode(void* argument) {
   jpeg_create_decompress(&coder);
   coder.mem->max_memory_to_use = kMaxWorkBytes;
   coder.progress = &job.progress;
-  jpeg_mem_src(&coder, job.file.data(), job.file.size());
+  jpeg_mem_src(&coder, job.file.data(), static_cast<unsigned long>(job.file.size()));
   jpeg_read_header(&coder, TRUE);
   if (coder.arith_code) ERREXIT(&coder, JERR_ARITH_NOTIMPL);
   if (!CanHoldItsBlocks(coder, job.file.size())) ERREXIT(&coder, JERR_INPUT_EOF);
