@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Installs what a fresh Debian machine needs and does not have.
-# usage: scripts/packages.sh minimal|build|cluster|demo|fuzz|lint|package|test
+# usage: scripts/packages.sh minimal|build|cluster|demo|fuzz|lint|package|test|windows
 # minimal is a build without any optional part. Needs root, or sudo, when something is missing.
 set -euo pipefail
 
@@ -19,6 +19,8 @@ witnesses=(ninja-build ccache libgtest-dev libgmock-dev libbenchmark-dev qpdf
   libpng-tools libtiff-tools netpbm ocrmypdf sane-utils webp fonts-dejavu-core fonts-vlgothic
   tesseract-ocr tesseract-ocr-eng tesseract-ocr-heb tesseract-ocr-jpn-vert tesseract-ocr-osd
   doxygen python3 python3-numpy python3-pil mypy man-db mandoc zsh fish tmux clang-format abigail-tools)
+windows=(ninja-build ccache g++-mingw-w64-x86-64 g++-mingw-w64-i686 libz-mingw-w64-dev googletest
+  wine64 wine nasm autoconf automake libtool dpkg-dev clang lld llvm zip unzip poppler-utils bc)
 
 case "${1:-}" in
   minimal) optional=() ;;
@@ -29,7 +31,8 @@ case "${1:-}" in
   lint) packages+=("${viewers[@]}" "${witnesses[@]}" clang-tidy) ;;
   fuzz) packages+=("${fuzzing[@]}") ;;
   test) packages+=("${viewers[@]}" "${witnesses[@]}") ;;
-  *) echo "usage: packages.sh minimal|build|cluster|demo|fuzz|lint|package|test" >&2; exit 2 ;;
+  windows) packages+=("${windows[@]}") ;;
+  *) echo "usage: packages.sh minimal|build|cluster|demo|fuzz|lint|package|test|windows" >&2; exit 2 ;;
 esac
 
 installed() { dpkg-query -W -f='${Status}' "$1" 2>/dev/null | grep -q 'ok installed'; }

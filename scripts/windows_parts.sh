@@ -1,0 +1,199 @@
+#!/usr/bin/env bash
+# Builds the libraries that codecs and program need on Windows and that the distribution has no
+# package of: from the distribution's source packages, as static libraries, once, into a cache.
+# usage: scripts/windows_parts.sh [x86_64|i686] [PART...]
+# The last line of the output is the folder that holds them. Needs the packages of
+# `scripts/packages.sh windows`.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+
+processor=${1:-x86_64}
+triplet=$processor-w64-mingw32
+cache=${SORRELIN_WINDOWS_CACHE:-${XDG_CACHE_HOME:-$HOME/.cache}/sorrelin-windows}
+prefix=$cache/$triplet
+apt=$cache/apt
+toolchain=$PWD/cmake/mingw-w64.cmake
+mkdir -p "$prefix/built" "$prefix/lib/pkgconfig" "$cache/work"
+# Each uses those before it.
+parts=(headers libjpeg-turbo libpng1.6 libdeflate giflib libwebp tiff openjpeg2 leptonlib lcms2
+  jbig2dec qpdf)
+if [ $# -gt 1 ]; then parts=("${@:2}"); fi
+
+# make_source_list: the distribution's entries of the system's list, for source packages. The
+# system's own set-up stays as it is.
+make_source_list() {
+  mkdir -p "$apt/lists.d" "$apt/state/lists/partial" "$apt/cache/archives/partial"
+  cat /etc/apt/sources.list.d/*.sources 2>/dev/null |
+    awk 'BEGIN { RS = ""; ORS = "\n\n" } /\/debian/ { sub(/Types:[^\n]*/, "Types: deb-src"); print }' \
+      >"$apt/lists.d/system.sources"
+  cat /etc/apt/sources.list /etc/apt/sources.list.d/*.list 2>/dev/null |
+    sed -nE '/\/debian/ s/^deb(-src)? /deb-src /p' | sort -u >"$apt/lists.d/system.list" || true
+  cat >"$apt/apt.conf" <<EOF
+Dir::State "$apt/state";
+Dir::State::status "/var/lib/dpkg/status";
+Dir::Cache "$apt/cache";
+Dir::Etc::sourcelist "/dev/null";
+Dir::Etc::sourceparts "$apt/lists.d";
+APT::Sandbox::User "$(id -un)";
+EOF
+  APT_CONFIG=$apt/apt.conf apt-get -qq update
+}
+
+# unpack PACKAGE: its source, in $source. Archives are checked by apt against the signed list. Where
+# the archive lacks its newest version, the one before it is taken, and said.
+unpack() {
+  local package=$1 version
+  source=$cache/work/$triplet/$package
+  [ -f "$apt/apt.conf" ] || make_source_list
+  rm -rf "$source"
+  mkdir -p "$source"
+  while read -r version; do
+    if (cd "$source" &&
+        APT_CONFIG=$apt/apt.conf apt-get -qq source --only-source "$package=$version" >"$source/log" 2>&1); then
+      echo "$package $version" >"$source/version"
+      source=$(find "$source" -mindepth 1 -maxdepth 1 -type d)
+      return
+    fi
+    echo "$package $version could not be had: $(grep -m1 ^E: "$source/log")" >&2
+  done < <(APT_CONFIG=$apt/apt.conf apt-cache showsrc --only-source "$package" |
+    sed -n 's/^Version: //p' | sort -Vru)
+  return 1
+}
+
+# by_cmake OPTION...: configures, builds and installs $source with CMake.
+by_cmake() {
+  cmake -S "$source" -B "$source/windows" -G Ninja -DCMAKE_TOOLCHAIN_FILE="$toolchain" \
+    -DSORRELIN_WINDOWS_PROCESSOR="$processor" -DSORRELIN_WINDOWS_PARTS="$prefix" \
+    -DCMAKE_INSTALL_PREFIX="$prefix" -DCMAKE_INSTALL_LIBDIR:STRING=lib -DCMAKE_BUILD_TYPE=Release \
+    -DBUILD_SHARED_LIBS=OFF "$@"
+  cmake --build "$source/windows"
+  cmake --install "$source/windows"
+}
+
+# by_autotools OPTION...: the same with a configure script.
+by_autotools() {
+  (cd "$source" && CC=$triplet-gcc-posix PKG_CONFIG_LIBDIR=$prefix/lib/pkgconfig ./configure \
+    --host="$triplet" --prefix="$prefix" --disable-shared --enable-static "$@")
+  make -C "$source" -j "$(nproc)"
+  make -C "$source" install
+}
+
+build_headers() {
+  mkdir -p "$prefix/include" "$prefix/lib/cmake"
+  cp -rf /usr/include/CLI /usr/include/utf8cpp /usr/include/rapidxml "$prefix/include"
+}
+
+build_libjpeg-turbo() {
+  by_cmake -DENABLE_SHARED=OFF -DWITH_JPEG8=OFF -DREQUIRE_SIMD=ON
+}
+
+build_libpng1.6() {
+  by_cmake -DPNG_SHARED=OFF -DPNG_STATIC=ON -DPNG_TESTS=OFF
+}
+
+build_libdeflate() {
+  make -C "$source" -j "$(nproc)" CC="$triplet-gcc-posix" AR="$triplet-ar" PREFIX="$prefix" \
+    DISABLE_SHARED=1 libdeflatestatic.lib
+  cp "$source/libdeflatestatic.lib" "$prefix/lib/libdeflate.a"
+  cp "$source/libdeflate.h" "$prefix/include"
+  write_pkgconfig libdeflate 1.14 -ldeflate
+}
+
+build_giflib() {
+  make -C "$source" CC="$triplet-gcc-posix" AR="$triplet-ar" libgif.a
+  cp "$source/libgif.a" "$prefix/lib"
+  cp "$source/gif_lib.h" "$prefix/include"
+}
+
+build_libwebp() {
+  local programs=() name
+  for name in ANIM_UTILS CWEBP DWEBP GIF2WEBP IMG2WEBP VWEBP WEBPINFO WEBPMUX EXTRAS; do
+    programs+=("-DWEBP_BUILD_$name=OFF")
+  done
+  by_cmake "${programs[@]}"
+}
+
+build_tiff() {
+  by_cmake -Dtiff-tools=OFF -Dtiff-tests=OFF -Dtiff-contrib=OFF -Dtiff-docs=OFF -Djbig=OFF \
+    -Dlerc=OFF -Dlzma=OFF -Dzstd=OFF -Dwebp=ON -Dcxx=OFF
+}
+
+build_openjpeg2() {
+  by_cmake -DBUILD_CODEC=OFF
+}
+
+build_leptonlib() {
+  by_cmake -DBUILD_PROG=OFF -DSW_BUILD=OFF -DENABLE_OPENJPEG=ON
+  # What it needs is left out there.
+  sed -i 's/^Libs.private:.*/Libs.private: -lgif\nRequires.private: libtiff-4 libpng libwebp libopenjp2/' \
+    "$prefix/lib/pkgconfig/lept.pc"
+}
+
+build_lcms2() {
+  by_autotools --without-jpeg --without-tiff
+}
+
+build_jbig2dec() {
+  # It takes `inline` away before the headers that use it.
+  (cd "$source" && NOCONFIGURE=1 ./autogen.sh)
+  by_autotools --without-libpng CFLAGS="-O2 -D__CRT__NO_INLINE"
+}
+
+build_qpdf() {
+  # Its native cipher uses types of this header without including it.
+  sed -i 's/^#include <stddef.h>/&\n#include <stdint.h>/' "$source/libqpdf/qpdf/rijndael.h"
+  cmake -S "$source" -B "$source/windows" -G Ninja -DCMAKE_TOOLCHAIN_FILE="$toolchain" \
+    -DSORRELIN_WINDOWS_PROCESSOR="$processor" -DSORRELIN_WINDOWS_PARTS="$prefix" \
+    -DCMAKE_INSTALL_PREFIX="$prefix" -DCMAKE_INSTALL_LIBDIR:STRING=lib -DCMAKE_BUILD_TYPE=Release \
+    -DBUILD_SHARED_LIBS=OFF -DBUILD_DOC=OFF -DREQUIRE_CRYPTO_NATIVE=ON -DUSE_IMPLICIT_CRYPTO=OFF \
+    -DALLOW_CRYPTO_NATIVE=ON
+  cmake --build "$source/windows" --target libqpdf
+  cmake --install "$source/windows" --component lib
+  cmake --install "$source/windows" --component dev
+}
+
+# write_pkgconfig NAME VERSION LIBRARY: what the library's own build leaves out.
+write_pkgconfig() {
+  cat >"$prefix/lib/pkgconfig/$1.pc" <<EOF
+prefix=$prefix
+Name: $1
+Description: $1
+Version: $2
+Libs: -L\${prefix}/lib $3
+Cflags: -I\${prefix}/include
+EOF
+}
+
+# check_format: what was installed must be for the target alone.
+check_format() {
+  local format=pe-x86-64 archive
+  if [ "$processor" = i686 ]; then format=pe-i386; fi
+  for archive in "$prefix"/lib/*.a; do
+    [ -f "$archive" ] || continue
+    if "$triplet-objdump" -a "$archive" | sed -n 's/.*file format //p' | grep -vx "$format"; then
+      echo "$archive is not $format" >&2
+      exit 1
+    fi
+  done
+}
+
+# build PART: unless this recipe has built it before.
+build() {
+  local part=$1 stamp
+  stamp=$(declare -f "build_$part" by_cmake by_autotools write_pkgconfig | sha256sum)
+  if [ "$(cat "$prefix/built/$part" 2>/dev/null)" = "$stamp" ]; then return; fi
+  echo "building $part for $triplet"
+  if [ "$part" != headers ]; then unpack "$part"; fi
+  # A job of its own, since a failure within `||` would not end the function.
+  "build_$part" >"$cache/work/$triplet-$part.log" 2>&1 &
+  wait $! || {
+    tail -n 40 "$cache/work/$triplet-$part.log" >&2
+    echo "$part could not be built; the whole log is $cache/work/$triplet-$part.log" >&2
+    exit 1
+  }
+  check_format
+  echo "$stamp" >"$prefix/built/$part"
+}
+
+for part in "${parts[@]}"; do build "$part"; done
+echo "$prefix"
