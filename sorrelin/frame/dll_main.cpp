@@ -22,11 +22,7 @@ HMODULE ModuleInstance() { return g_module_instance; }
 
 }  // namespace sorrelin
 
-extern "C" BOOL
-#if defined(_WIN32)
-    WINAPI
-#endif
-    DllMain(HMODULE module, DWORD reason, void*) {
+extern "C" BOOL WINAPI DllMain(HMODULE module, DWORD reason, void*) {
   if (reason == DLL_PROCESS_ATTACH) g_module_instance = module;
   WriteLoadLine();
   return 1;

@@ -9,10 +9,11 @@
 
 #define DLL_PROCESS_DETACH 0u
 #define DLL_PROCESS_ATTACH 1u
-
-extern "C" BOOL DllMain(HMODULE module, DWORD reason, void* reserved);
+#define WINAPI
 
 #endif
+
+extern "C" BOOL WINAPI DllMain(HMODULE module, DWORD reason, void* reserved);
 
 namespace sorrelin {
 
