@@ -1,0 +1,62 @@
+#!/usr/bin/env bash
+# Uses the zip for Windows as a stranger would: unpacked into an empty Wine prefix, with programs
+# built against it alone, by mingw-w64 and with the import library for other linkers.
+# usage: use_zip.sh ZIP EXAMPLES
+set -euo pipefail
+here=$(cd "$(dirname "$0")" && pwd)
+zip=$(realpath "$1")
+examples=$(realpath "$2")
+case $zip in *i686*) processor=i686 ;; *) processor=x86_64 ;; esac
+triplet=$processor-w64-mingw32
+root=$(mktemp -d)
+trap 'WINEPREFIX=$root/wine wineserver -k 2>/dev/null || true; rm -rf "$root"' EXIT
+export WINEPREFIX=$root/wine WINEDEBUG=-all
+wine reg add 'HKCU\Software\Wine\Drivers' /v Graphics /d null /f >/dev/null 2>&1
+
+mkdir "$root/unpacked"
+(cd "$root/unpacked" && unzip -q "$zip")
+package=$(echo "$root"/unpacked/*)
+cd "$package/bin"
+flags=(-I "$package/include" "$package/lib/libSorrelin.dll.a" -static)
+
+echo "-- headers"
+(cd "$package/include" && find sorrelin -name '*.h' -o -name '*.hpp') | while read -r header; do
+  echo "#include <$header>" | "$triplet-g++-posix" -std=c++20 -fsyntax-only -x c++ - "${flags[@]:0:2}"
+done
+
+echo "-- a C program"
+"$triplet-gcc-posix" -std=c11 -Wall -Wextra -Werror "$examples/write_document.c" \
+  -o write_document.exe "${flags[@]}"
+wine write_document.exe c.pdf
+[ "$(pdfimages -list c.pdf | awk 'NR > 2 { print $4 "x" $5, $6 }')" = "256x256 index" ]
+
+echo "-- C++ programs"
+"$triplet-g++-posix" -std=c++17 -Wall -Wextra -Werror "$examples/memory_document.cpp" \
+  -o memory_document.exe "${flags[@]}"
+wine memory_document.exe cpp.pdf
+[ "$(pdfimages -list cpp.pdf | awk 'NR > 2 { print $4 "x" $5, $9 }' | sort -u)" = "800x800 ccitt" ]
+"$triplet-g++-posix" -std=c++20 -Wall -Wextra -Werror "$here/class_caller.cpp" \
+  -o class_caller.exe "${flags[@]}"
+wine class_caller.exe | grep -q passed
+
+echo "-- a program that loads the library"
+"$triplet-gcc-posix" -std=c11 -Wall -Wextra -Werror "$here/loading_caller.c" -o loading_caller.exe \
+  -static
+wine loading_caller.exe Sorrelin.dll loaded.pdf | grep -q passed
+
+echo "-- a path of 300 characters"
+deep=$(printf '%0150d' 1)/$(printf '%0150d' 2)
+mkdir -p "$deep"
+"$triplet-gcc-posix" -std=c11 -Wall -Wextra -Werror "$here/linked_caller.c" -o linked.exe "${flags[@]}"
+wine linked.exe "\\\\?\\$(winepath -w "$PWD/$deep")\\long.pdf"
+[ "$(head -c 5 "$deep/long.pdf")" = "%PDF-" ]
+
+if command -v clang >/dev/null && command -v lld-link >/dev/null; then
+  echo "-- the import library for other linkers"
+  clang --target="$processor-pc-windows-msvc" -c -O1 -ffreestanding -fno-stack-protector \
+    "$here/bare_caller.c" -o bare_caller.obj
+  lld-link /nologo /entry:Start /subsystem:console /nodefaultlib /out:bare_caller.exe \
+    bare_caller.obj "$package/lib/Sorrelin.lib" "/usr/$triplet/lib/libkernel32.a"
+  wine bare_caller.exe
+fi
+echo "the zip works"
