@@ -29,7 +29,7 @@ uint64_t WriteDocument(std::filesystem::path const& path, DWORD compression) {
         return (static_cast<DWORD>(x) * 2654435761u ^ static_cast<DWORD>(y) * 40503u) >> 8;
       });
   auto const session = std::make_unique<CCreatePDF>();
-  session->CreatePDF(path.c_str());
+  session->CreatePDF(path.string().c_str());
   for (DWORD page = 0; page < kPages; ++page) {
     session->SaveDIBAsColorPDFPage(dib, "", compression, 6);
   }
@@ -47,7 +47,7 @@ TEST_P(FileReads, APageReadsEachByteOfItsImageAtMostTwice) {
   test::TempDir const dir;
   uint64_t const image = WriteDocument(dir / "document.pdf", GetParam());
   auto const session = std::make_unique<CCreatePDF>();
-  ASSERT_NE(session->OpenPDFFile((dir / "document.pdf").c_str()), 0);
+  ASSERT_NE(session->OpenPDFFile((dir / "document.pdf").string().c_str()), 0);
   uint64_t const before = BytesRead();
   ASSERT_NE(test::Block(session->LoadImageFromPDF(1)).get(), nullptr);
   uint64_t const read = BytesRead() - before;

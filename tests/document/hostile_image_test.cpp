@@ -138,7 +138,7 @@ TEST(HostileContent, EachByteOfAnImageIsReadFromTheFileAtMostTwice) {
   TempDir temp;
   WriteAll(temp / "a.pdf", pdf.Document());
   auto const session = std::make_unique<CCreatePDF>();
-  ASSERT_EQ(session->OpenPDFFile((temp / "a.pdf").c_str()), 1);
+  ASSERT_EQ(session->OpenPDFFile((temp / "a.pdf").string().c_str()), 1);
   uint64_t const before = BytesRead();
   Block const bitmap(session->LoadImageFromPDF(0));
   EXPECT_LE(BytesRead() - before, 2 * bytes + 200000);

@@ -55,7 +55,7 @@ TEST_F(OpenAgain, MissingFileClosesTheOpenDocument) {
   };
   ASSERT_EQ(session_->OpenPDFFileW(wide.c_str()), 1);
   EXPECT_EQ(open_for_writing(), INVALID_HANDLE_VALUE);
-  EXPECT_EQ(session_->OpenPDFFile((temp / "missing.pdf").c_str()), 0);
+  EXPECT_EQ(session_->OpenPDFFile((temp / "missing.pdf").string().c_str()), 0);
   EXPECT_EQ(Error(), 23u);
   HANDLE const file = open_for_writing();
   EXPECT_NE(file, INVALID_HANDLE_VALUE);

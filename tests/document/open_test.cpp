@@ -32,7 +32,7 @@ class Open : public testing::Test {
     return temp_ / name;
   }
   int OpenFile(std::filesystem::path const& path) {
-    return session_->OpenPDFFileW(ToWide(path.c_str()).c_str());
+    return session_->OpenPDFFileW(ToWide(path.string().c_str()).c_str());
   }
   int OpenMemory(Bytes const& bytes) {
     return session_->OpenPDFFileInMemory(reinterpret_cast<int64_t>(bytes.data()),
@@ -59,7 +59,7 @@ TEST_F(Open, FileAnswersForPagesAndImages) {
 
 TEST_F(Open, NarrowNameIsConverted) {
   std::filesystem::path const path = Write(OnePageDocument(), "\xC3\xA4.pdf");
-  EXPECT_EQ(session_->OpenPDFFile(path.c_str()), 1);
+  EXPECT_EQ(session_->OpenPDFFile(path.string().c_str()), 1);
 }
 
 TEST_F(Open, NullNameIsCode22) {
@@ -139,8 +139,9 @@ TEST_F(Open, UpdateTakesADocumentOfAnyHeader) {
 TEST_F(Open, RejectedFileIsClosed) {
   std::filesystem::path const path = Write(ToBytes("%PDF-9.9 and more"));
   EXPECT_EQ(OpenFile(path), 0);
-  HANDLE const file = CreateFileW(ToWide(path.c_str()).c_str(), GENERIC_READ | GENERIC_WRITE,
-                                  FILE_SHARE_READ, nullptr, OPEN_EXISTING, 0, nullptr);
+  HANDLE const file =
+      CreateFileW(ToWide(path.string().c_str()).c_str(), GENERIC_READ | GENERIC_WRITE,
+                  FILE_SHARE_READ, nullptr, OPEN_EXISTING, 0, nullptr);
   EXPECT_NE(file, INVALID_HANDLE_VALUE);
   CloseHandle(file);
 }
@@ -205,7 +206,7 @@ TEST_F(Open, CloseInMemoryHandsNothingOver) {
 
 TEST_F(Open, LoadIntoDibLeavesTheDocumentOpen) {
   std::filesystem::path const path = Write(OnePageDocument());
-  Block const bitmap(session_->LoadPDFIntoDIB(path.c_str(), 0));
+  Block const bitmap(session_->LoadPDFIntoDIB(path.string().c_str(), 0));
   EXPECT_EQ(ReadDib(bitmap).rows[0][0], 'A');
   EXPECT_EQ(ReadDib(Block(session_->LoadImageFromPDF(0))).rows[0][0], 'A');
 }
@@ -213,7 +214,7 @@ TEST_F(Open, LoadIntoDibLeavesTheDocumentOpen) {
 TEST_F(Open, LoadIntoDibFailsWithTheCodeOfItsStep) {
   EXPECT_EQ(session_->LoadPDFIntoDIBW(nullptr, 0), nullptr);
   EXPECT_EQ(Error(), 2u);
-  EXPECT_EQ(session_->LoadPDFIntoDIB((temp_ / "missing.pdf").c_str(), 0), nullptr);
+  EXPECT_EQ(session_->LoadPDFIntoDIB((temp_ / "missing.pdf").string().c_str(), 0), nullptr);
   EXPECT_EQ(Error(), 23u);
   EXPECT_EQ(session_->LoadPDFIntoDIB(Write(OnePageDocument()).c_str(), 1), nullptr);
   EXPECT_EQ(Error(), 31u);
@@ -222,8 +223,8 @@ TEST_F(Open, LoadIntoDibFailsWithTheCodeOfItsStep) {
 TEST_F(Open, LoadIntoDibTwiceReadsTheSecondFile) {
   std::filesystem::path const first = Write(OnePageDocument('A'), "a.pdf");
   std::filesystem::path const second = Write(OnePageDocument('C'), "c.pdf");
-  Block(session_->LoadPDFIntoDIB(first.c_str(), 0));
-  EXPECT_EQ(ReadDib(Block(session_->LoadPDFIntoDIB(second.c_str(), 0))).rows[0][0], 'C');
+  Block(session_->LoadPDFIntoDIB(first.string().c_str(), 0));
+  EXPECT_EQ(ReadDib(Block(session_->LoadPDFIntoDIB(second.string().c_str(), 0))).rows[0][0], 'C');
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 #include <sorrelin/frame/pdf.h>
 #include <sorrelin/frame/session.h>
+#include <sorrelin/platform/wide_string.h>
 #include <tests/support/open_document.h>
 
 #include <string>
@@ -14,7 +15,7 @@ using test::Target;
 
 constexpr size_t kMiB = 1024 * 1024;
 
-std::u16string Title(CCreatePDF& session) {
+sorrelin::WideString Title(CCreatePDF& session) {
   WCHAR title[64] = {};
   DWORD size = 64;
   EXPECT_NE(session.GetTitleW(title, &size), 0);
@@ -49,7 +50,7 @@ TEST_P(OpeningWork, RowPastTheEndOfTheFileCostsNothing) {
     ASSERT_NE(document.Build(), 0u) << mark;
     EXPECT_EQ(document->GetPageObjectNumber(0), 4u);
     EXPECT_EQ(document->GetPageObjectNumber(1), 6u);
-    EXPECT_EQ(Title(*document), u"Hello") << mark;
+    EXPECT_EQ(Title(*document), SORRELIN_TEXT("Hello")) << mark;
   }
 }
 

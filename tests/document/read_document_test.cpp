@@ -47,7 +47,7 @@ TEST(Opening, FillsTableFactsPagesAndStrings) {
   EXPECT_EQ(document.facts.max_section_offset, pdf.LastSection());
   EXPECT_EQ(document.pages->count(), 1u);
   EXPECT_EQ((*document.pages)[0], 4u);
-  EXPECT_EQ(document.reader.m_Title, sorrelin::WideString(u"A title"));
+  EXPECT_EQ(document.reader.m_Title, sorrelin::WideString(SORRELIN_TEXT("A title")));
 }
 
 TEST(Opening, ReportsCode24WithoutStartxref) {

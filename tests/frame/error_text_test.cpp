@@ -113,7 +113,7 @@ TEST(SessionError, FreshSessionIsNotInitialized) {
 TEST(SessionError, CodeOfAFailedCreateOutlivesALaterSuccess) {
   test::TempDir const dir;
   auto const session = std::make_unique<CCreatePDF>();
-  EXPECT_EQ(session->CreatePDFW(ToWide((dir / "none/a.pdf").c_str()).c_str()), 0);
+  EXPECT_EQ(session->CreatePDFW(ToWide((dir / "none/a.pdf").string().c_str()).c_str()), 0);
   ASSERT_EQ(session->PDF_GetLastError(), 1u);
   EXPECT_EQ(session->SetTitleW(SORRELIN_TEXT("x")), 1);
   EXPECT_EQ(session->PDF_GetLastError(), 1u);

@@ -33,7 +33,7 @@ class FlatReading : public testing::Test {
 
   TempDir temp_;
   std::filesystem::path const path_ = temp_ / "one.pdf";
-  WideString const wide_path_ = ToWide(path_.c_str());
+  WideString const wide_path_ = ToWide(path_.string().c_str());
   std::string const missing_ = (temp_ / "missing.pdf").string();
   Bytes const document_;
   DWORD const size_;
@@ -41,7 +41,7 @@ class FlatReading : public testing::Test {
 };
 
 TEST_F(FlatReading, OpenedDocumentGivesPagesAndImages) {
-  EXPECT_EQ(pdf_OpenPDFFile(pdf_, path_.c_str()), 0u);
+  EXPECT_EQ(pdf_OpenPDFFile(pdf_, path_.string().c_str()), 0u);
   EXPECT_EQ(pdf_GetNumberOfPages(pdf_), 1u);
   EXPECT_EQ(TopLeft(pdf_LoadImageFromPDF(pdf_, 0)), 'A');
   pdf_ClosePDFFile(pdf_);
@@ -58,7 +58,7 @@ TEST_F(FlatReading, DocumentInMemoryGivesPagesAndImages) {
 
 TEST_F(FlatReading, OpenRefusesBadHandlesAndANullWideName) {
   for (hPDF const handle : {hPDF{0}, hPDF{-1}}) {
-    EXPECT_EQ(pdf_OpenPDFFile(handle, path_.c_str()), 2u);
+    EXPECT_EQ(pdf_OpenPDFFile(handle, path_.string().c_str()), 2u);
     EXPECT_EQ(pdf_OpenPDFFileW(handle, wide_path_.c_str()), 2u);
     EXPECT_EQ(pdf_OpenPDFInMemory(handle, document_.data(), size_), 2u);
   }
@@ -94,7 +94,7 @@ TEST_F(FlatReading, OpenThatFailsWithoutACodeReturnsTheLastErrorFromBefore) {
   pdf_LoadImageFromPDF(pdf_, 0xFFFFFFFF);
   EXPECT_EQ(pdf_OpenPDFInMemory(pdf_, bytes.data(), size), 31u);
   pdf_ClosePDFInMemory(pdf_);
-  ASSERT_EQ(pdf_OpenPDFFile(pdf_, path_.c_str()), 0u);
+  ASSERT_EQ(pdf_OpenPDFFile(pdf_, path_.string().c_str()), 0u);
   EXPECT_NE(Block(pdf_LoadImageFromPDF(pdf_, 0)).get(), nullptr);
   EXPECT_EQ(pdf_OpenPDFInMemory(pdf_, bytes.data(), size), 0u);
 }
@@ -111,7 +111,7 @@ TEST_F(FlatReading, LoadOnABadHandleIs0) {
 }
 
 TEST_F(FlatReading, LoadClearsTheLastError) {
-  EXPECT_EQ(pdf_OpenPDFFile(pdf_, path_.c_str()), 0u);
+  EXPECT_EQ(pdf_OpenPDFFile(pdf_, path_.string().c_str()), 0u);
   EXPECT_EQ(pdf_PDF_GetLastError(pdf_), 32u);  // a success does not clear it
   EXPECT_EQ(TopLeft(pdf_LoadImageFromPDF(pdf_, 0)), 'A');
   EXPECT_EQ(pdf_PDF_GetLastError(pdf_), 0u);
@@ -120,7 +120,7 @@ TEST_F(FlatReading, LoadClearsTheLastError) {
 }
 
 TEST_F(FlatReading, LoadInOneCallGivesThePage) {
-  EXPECT_EQ(TopLeft(pdf_LoadPDFIntoDIB(path_.c_str(), 0)), 'A');
+  EXPECT_EQ(TopLeft(pdf_LoadPDFIntoDIB(path_.string().c_str(), 0)), 'A');
   EXPECT_EQ(TopLeft(pdf_LoadPDFIntoDIBW(wide_path_.c_str(), 0)), 'A');
   EXPECT_EQ(TopLeft(pdf_LoadPDFIntoDIBInMemory(document_.data(), size_, 0)), 'A');
 }
@@ -129,7 +129,7 @@ TEST_F(FlatReading, LoadInOneCallGives0ForWhateverFails) {
   EXPECT_EQ(pdf_LoadPDFIntoDIB(missing_.c_str(), 0), nullptr);
   EXPECT_EQ(pdf_LoadPDFIntoDIBW(ToWide(missing_.c_str()).c_str(), 0), nullptr);
   EXPECT_EQ(pdf_LoadPDFIntoDIBW(nullptr, 0), nullptr);
-  EXPECT_EQ(pdf_LoadPDFIntoDIB(path_.c_str(), 1), nullptr);
+  EXPECT_EQ(pdf_LoadPDFIntoDIB(path_.string().c_str(), 1), nullptr);
   EXPECT_EQ(pdf_LoadPDFIntoDIBInMemory(document_.data(), size_, 1), nullptr);
   EXPECT_EQ(pdf_LoadPDFIntoDIBInMemory(nullptr, size_, 0), nullptr);
   EXPECT_EQ(pdf_LoadPDFIntoDIBInMemory(document_.data(), 0, 0), nullptr);
@@ -137,7 +137,7 @@ TEST_F(FlatReading, LoadInOneCallGives0ForWhateverFails) {
 }
 
 TEST_F(FlatReading, CountInOneCallGivesThePages) {
-  EXPECT_EQ(GetNumberOfPagesInPDFFile(path_.c_str()), 1u);
+  EXPECT_EQ(GetNumberOfPagesInPDFFile(path_.string().c_str()), 1u);
   EXPECT_EQ(GetNumberOfPagesInPDFFileW(wide_path_.c_str()), 1u);
   EXPECT_EQ(GetNumberOfPagesInPDFInMemory(document_.data(), size_), 1u);
 }
@@ -153,8 +153,8 @@ TEST_F(FlatReading, CountInOneCallGivesAllBitsForWhateverFails) {
 
 // A reader that stayed open would keep the writer out.
 TEST_F(FlatReading, OneCallHelpersLetGoOfTheFile) {
-  Block(pdf_LoadPDFIntoDIB(path_.c_str(), 0));
-  GetNumberOfPagesInPDFFile(path_.c_str());
+  Block(pdf_LoadPDFIntoDIB(path_.string().c_str(), 0));
+  GetNumberOfPagesInPDFFile(path_.string().c_str());
   WriteAll(temp_ / "bad.pdf", ToBytes("%PDF-1.4 without a table"));
   std::string const bad = (temp_ / "bad.pdf").string();
   EXPECT_EQ(GetNumberOfPagesInPDFFile(bad.c_str()), kNoCount);

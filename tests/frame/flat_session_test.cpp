@@ -88,14 +88,17 @@ TEST(Session, AssignmentCopiesTheStateAndSharesTheSideRecord) {
 // Detach and attach of the process, attach and detach of a thread.
 constexpr DWORD kReasons[] = {DLL_PROCESS_DETACH, DLL_PROCESS_ATTACH, 2, 3};
 
+// The address of anything will do.
+HMODULE AsModule(int& thing) { return reinterpret_cast<HMODULE>(&thing); }
+
 TEST(DllMain, StoresTheInstanceAtProcessAttachOnlyAndReturns1) {
   testing::internal::CaptureStdout();
   int instances[4] = {};
   for (DWORD const reason : kReasons) {
-    EXPECT_EQ(DllMain(&instances[reason], reason, nullptr), 1) << reason;
+    EXPECT_EQ(DllMain(AsModule(instances[reason]), reason, nullptr), 1) << reason;
   }
   testing::internal::GetCapturedStdout();
-  EXPECT_EQ(sorrelin::ModuleInstance(), &instances[DLL_PROCESS_ATTACH]);
+  EXPECT_EQ(sorrelin::ModuleInstance(), AsModule(instances[DLL_PROCESS_ATTACH]));
 }
 
 TEST(DllMain, WritesItsLineOnceForEachCallWithoutALineEnd) {

@@ -52,7 +52,7 @@ TEST(FlatWriting, DocumentInAFileThroughBothNameWidths) {
   test::TempDir const dir;
   for (bool const wide : {false, true}) {
     Session session;
-    std::string const name = dir / (wide ? "w.pdf" : "a.pdf");
+    std::string const name = (dir / (wide ? "w.pdf" : "a.pdf")).string();
     EXPECT_EQ(wide ? pdf_CreatePDFW(session.pdf, sorrelin::ToWide(name.c_str()).c_str())
                    : pdf_CreatePDF(session.pdf, name.c_str()),
               0u);
@@ -128,14 +128,14 @@ TEST(OneCall, GuardsComeInTheirOrder) {
 
 TEST(OneCall, PageToAFile) {
   test::TempDir const dir;
-  std::string const name = dir / "a.pdf";
+  std::string const name = (dir / "a.pdf").string();
   EXPECT_EQ(pdf_SaveDIBToPDF(name.c_str(), Page(), "", 4, 6), 0u);
   EXPECT_NE(TextOf(name).find("/Count 1\n"), std::string::npos);
 }
 
 TEST(OneCall, FailedPageStillLeavesAWellFormedFile) {
   test::TempDir const dir;
-  std::string const name = dir / "a.pdf";
+  std::string const name = (dir / "a.pdf").string();
   EXPECT_EQ(pdf_SaveDIBToPDF(name.c_str(), Page(), "", 6, 0), 15u);
   EXPECT_NE(TextOf(name).find("/Count 0\n"), std::string::npos);
   EXPECT_TRUE(TextOf(name).ends_with("%%EOF\n"));
@@ -143,7 +143,7 @@ TEST(OneCall, FailedPageStillLeavesAWellFormedFile) {
 
 TEST(OneCall, MissingDirectoryIs1) {
   test::TempDir const dir;
-  EXPECT_EQ(pdf_SaveDIBToPDF((dir / "none/a.pdf").c_str(), Page(), "", 0, 0), 1u);
+  EXPECT_EQ(pdf_SaveDIBToPDF((dir / "none/a.pdf").string().c_str(), Page(), "", 0, 0), 1u);
 }
 
 TEST(OneCall, PageToMemoryFillsBothPointers) {
@@ -165,7 +165,7 @@ TEST(OneCall, FailedPageToMemoryLeavesThePointers) {
 
 TEST(OneCall, HandleOfMinus1Is4) {
   test::TempDir const dir;
-  std::string const name = dir / "a.pdf";
+  std::string const name = (dir / "a.pdf").string();
   EXPECT_EQ(pdf_SaveDIBToPDF(name.c_str(), INVALID_HANDLE_VALUE, "", 0, 0), 4u);
   EXPECT_NE(TextOf(name).find("/Count 0\n"), std::string::npos);
   void* data = nullptr;

@@ -32,8 +32,8 @@ class SessionReuse : public testing::Test {
   }
   BYTE TopLeft(DWORD page) { return ReadDib(Block(session_->LoadImageFromPDF(page))).rows[0][0]; }
   DWORD Error() { return session_->PDF_GetLastError(); }
-  std::u16string Title() { return Text(&CCreatePDF::GetTitleW); }
-  std::u16string Text(int (CCreatePDF::*get)(WCHAR*, DWORD*)) {
+  sorrelin::WideString Title() { return Text(&CCreatePDF::GetTitleW); }
+  sorrelin::WideString Text(int (CCreatePDF::*get)(WCHAR*, DWORD*)) {
     WCHAR text[64] = {};
     DWORD size = 64;
     EXPECT_EQ((session_.get()->*get)(text, &size), 1);
@@ -104,7 +104,7 @@ TEST_F(SessionReuse, NewDocumentAfterReadingStartsAfterTheRowsThatWereRead) {
 // taken: the first page of each further update fails by it, and the next one goes on after it.
 TEST_F(SessionReuse, FurtherUpdatesOfAFileLoseTheirFirstPageToTheRowOfTheLastTable) {
   TempDir const temp;
-  sorrelin::WideString const name = sorrelin::ToWide((temp / "a.pdf").c_str());
+  sorrelin::WideString const name = sorrelin::ToWide((temp / "a.pdf").string().c_str());
   ASSERT_EQ(session_->CreatePDFW(name.c_str()), 1);
   ASSERT_EQ(SavePage(10), 1);
   ASSERT_EQ(session_->FinishPDF(), 1);
@@ -129,8 +129,8 @@ TEST_F(SessionReuse, StringsOfTheFirstDocumentStayWhereTheSecondHasNone) {
   Bytes const second = WithInfo("<</Title (Two) >>");
   ASSERT_EQ(Open(first), 1);
   ASSERT_EQ(Open(second), 1);
-  EXPECT_EQ(Title(), u"Two");
-  EXPECT_EQ(Text(&CCreatePDF::GetAuthorW), u"Ann");
+  EXPECT_EQ(Title(), SORRELIN_TEXT("Two"));
+  EXPECT_EQ(Text(&CCreatePDF::GetAuthorW), SORRELIN_TEXT("Ann"));
 }
 
 TEST_F(SessionReuse, PolarityOfAnImageStaysForDecodersUntilTheNextLoad) {

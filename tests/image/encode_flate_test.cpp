@@ -32,11 +32,12 @@ Bytes Inflated(Bytes const& data, size_t size) {
 
 // What the described retry gives: compress into ever doubled blocks until one is enough.
 std::pair<size_t, Bytes> ByDoubling(Bytes const& raw, int level) {
-  uLongf capacity = std::max<uLongf>(raw.size() / 100, 1);
+  uLongf capacity = std::max(static_cast<uLongf>(raw.size() / 100), uLongf{1});
   for (;; capacity *= 2) {
     Bytes out(capacity);
     uLongf length = capacity;
-    if (compress2(out.data(), &length, raw.data(), raw.size(), level) != Z_BUF_ERROR) {
+    if (compress2(out.data(), &length, raw.data(), static_cast<uLong>(raw.size()), level) !=
+        Z_BUF_ERROR) {
       out.resize(length);
       return {capacity, out};
     }

@@ -240,7 +240,7 @@ TEST(GlobalBuffer, ReadsAFile) {
   test::TempDir const dir;
   Bytes const bytes(100000, BYTE{7});
   test::WriteAll(dir / "file", bytes);
-  GlobalBuffer const buffer(sorrelin::ToWide((dir / "file").c_str()).c_str());
+  GlobalBuffer const buffer(sorrelin::ToWide((dir / "file").string().c_str()).c_str());
   EXPECT_EQ(buffer.nSize, bytes.size());
   Block const copy(sorrelin::DuplicateBlock(buffer.hBlock));
   EXPECT_EQ(copy.Content(), bytes);
@@ -249,7 +249,7 @@ TEST(GlobalBuffer, ReadsAFile) {
 TEST(GlobalBuffer, NoBytesMakeAnEmptyBlock) {
   test::TempDir const dir;
   test::WriteAll(dir / "file", {});
-  GlobalBuffer const from_file(sorrelin::ToWide((dir / "file").c_str()).c_str());
+  GlobalBuffer const from_file(sorrelin::ToWide((dir / "file").string().c_str()).c_str());
   EXPECT_EQ(from_file.nSize, 0u);
   EXPECT_NE(from_file.hBlock, nullptr);
   GlobalBuffer const from_bytes(nullptr, 0);
@@ -259,7 +259,7 @@ TEST(GlobalBuffer, NoBytesMakeAnEmptyBlock) {
 
 TEST(GlobalBuffer, ThrowsTheSystemsError) {
   test::TempDir const dir;
-  std::u16string const missing = sorrelin::ToWide((dir / "missing").c_str());
+  sorrelin::WideString const missing = sorrelin::ToWide((dir / "missing").string().c_str());
   EXPECT_EQ(Thrown([&] { GlobalBuffer(missing.c_str()); }), ERROR_FILE_NOT_FOUND);
   EXPECT_EQ(Thrown([&] { GlobalBuffer(nullptr, 5); }), ERROR_INVALID_PARAMETER);
 }
@@ -276,7 +276,7 @@ TEST(GlobalBuffer, RefusesAFileOfFourGigabytes) {
   test::TempDir const dir;
   test::WriteAll(dir / "file", {});
   std::filesystem::resize_file(dir / "file", uint64_t{1} << 32);
-  std::u16string const path = sorrelin::ToWide((dir / "file").c_str());
+  sorrelin::WideString const path = sorrelin::ToWide((dir / "file").string().c_str());
   EXPECT_EQ(Thrown([&] { GlobalBuffer(path.c_str()); }), ERROR_FILE_TOO_LARGE);
 }
 
@@ -401,8 +401,8 @@ TEST(DibImage, HasNoDrawingContextHere) {
 }
 
 TEST(WideToUtf8, ConvertsWithAByteToSpare) {
-  std::unique_ptr<char, decltype(&std::free)> const text(WideToUtf8(u"a\u00E9\u043C\xD83D\xDE00"),
-                                                         &std::free);
+  std::unique_ptr<char, decltype(&std::free)> const text(
+      WideToUtf8(SORRELIN_TEXT("a\u00E9\u043C\xD83D\xDE00")), &std::free);
   ASSERT_NE(text, nullptr);
   EXPECT_EQ(std::string(text.get()), "a\xC3\xA9\xD0\xBC\xF0\x9F\x98\x80");
   EXPECT_EQ(text.get()[std::strlen(text.get()) + 1], 0);
@@ -410,7 +410,7 @@ TEST(WideToUtf8, ConvertsWithAByteToSpare) {
 }
 
 TEST(WideToUtf8, EmptyText) {
-  std::unique_ptr<char, decltype(&std::free)> const text(WideToUtf8(u""), &std::free);
+  std::unique_ptr<char, decltype(&std::free)> const text(WideToUtf8(SORRELIN_TEXT("")), &std::free);
   ASSERT_NE(text, nullptr);
   EXPECT_EQ(text.get()[0], 0);
   EXPECT_EQ(text.get()[1], 0);

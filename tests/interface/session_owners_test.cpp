@@ -170,6 +170,10 @@ TEST(SessionOwner, FailureHasTheCodeAndTheTextOfTheLibrary) {
     EXPECT_EQ(error.code(), DWORD{PDF_ERROR_OPEN});
     EXPECT_STREQ(error.what(), "Error opening file");
   }
+}
+
+TEST(SessionOwner, FailureOfTheSystemHasItsText) {
+  Session session;
   try {
     session.Create("no/such/folder/scan.pdf");
     FAIL();

@@ -6,6 +6,7 @@
 #include <sorrelin/frame/session.h>
 #include <sorrelin/frame/string_error.h>
 #include <sorrelin/platform/memory.h>
+#include <sorrelin/platform/wide_string.h>
 #include <unistd.h>
 
 #include <cstdio>
@@ -19,8 +20,8 @@
 
 namespace {
 
-std::u16string cadwick;
-std::u16string rennick;
+sorrelin::WideString cadwick;
+sorrelin::WideString rennick;
 std::string narrow_rennick;
 std::string file_path;
 HDIB bitmaps[3];

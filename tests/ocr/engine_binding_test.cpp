@@ -4,6 +4,7 @@
 #include <sorrelin/frame/pdf.h>
 #include <sorrelin/ocr/engine_binding.h>
 #include <sorrelin/platform/module.h>
+#include <sorrelin/platform/wide_string.h>
 #include <tests/ocr/mocks/mock_engine.h>
 #include <tests/support/dib.h>
 
@@ -32,7 +33,7 @@ struct Answer {
 
 // Calls the binding with a script for the engine.
 Answer Recognize(OcrEngineBinding& binding, MockEngineCall& call, HDIB dib,
-                 WCHAR const* library = u"MockEngine.dll") {
+                 WCHAR const* library = SORRELIN_TEXT("MockEngine.dll")) {
   Answer answer;
   auto const option = static_cast<int64_t>(reinterpret_cast<intptr_t>(&call));
   answer.text.reset(RecognizeDIB(binding, dib, library, option, 4711, answer.error));
@@ -48,10 +49,10 @@ HDIB AnyDib() {
 TEST(RecognizeDIB, GivesACopyOfTheEnginesTextAndReleasesIt) {
   OcrEngineBinding binding;
   MockEngineCall call;
-  call.text = u"<html>\u043C</html>";
+  call.text = SORRELIN_TEXT("<html>\u043C</html>");
   Answer const answer = Recognize(binding, call, AnyDib());
   ASSERT_NE(answer.text, nullptr);
-  EXPECT_EQ(std::u16string(answer.text.get()), call.text);
+  EXPECT_EQ(sorrelin::WideString(answer.text.get()), call.text);
   EXPECT_NE(answer.text.get(), call.text.data());
   EXPECT_EQ(call.freed, 1);
   EXPECT_EQ(answer.error, kUntouched);
@@ -90,7 +91,7 @@ TEST(RecognizeDIB, FailureOfTheEngineIs47AndItsTextIsNotReleased) {
   OcrEngineBinding binding;
   MockEngineCall call;
   call.result = 3;
-  call.text = u"text";
+  call.text = SORRELIN_TEXT("text");
   Answer const answer = Recognize(binding, call, AnyDib());
   EXPECT_EQ(answer.text, nullptr);
   EXPECT_EQ(answer.error, 47u);
@@ -111,7 +112,7 @@ TEST(RecognizeDIB, SecondCallReusesTheEngineAndIgnoresTheName) {
   MockEngineCall call;
   Recognize(binding, call, AnyDib());
   HMODULE const module = binding.module;
-  Answer const answer = Recognize(binding, call, AnyDib(), u"NoSuchEngine.dll");
+  Answer const answer = Recognize(binding, call, AnyDib(), SORRELIN_TEXT("NoSuchEngine.dll"));
   EXPECT_NE(answer.text, nullptr);
   EXPECT_EQ(call.calls, 2);
   EXPECT_EQ(binding.module, module);
@@ -120,14 +121,15 @@ TEST(RecognizeDIB, SecondCallReusesTheEngineAndIgnoresTheName) {
 TEST(RecognizeDIB, MissingEngineIs45) {
   OcrEngineBinding binding;
   MockEngineCall call;
-  Answer const answer = Recognize(binding, call, AnyDib(), u"NoSuchEngine.dll");
+  Answer const answer = Recognize(binding, call, AnyDib(), SORRELIN_TEXT("NoSuchEngine.dll"));
   EXPECT_EQ(answer.text, nullptr);
   EXPECT_EQ(answer.error, 45u);
 }
 
 // The stale module of a failed load counts as an engine, which then cannot recognise anything.
 TEST(RecognizeDIB, EngineWithoutAnEntryPointIs46AndFromThenOn47) {
-  for (WCHAR const* library : {u"MockEngineOnlyFree.dll", u"MockEngineOnlyRecognize.dll"}) {
+  for (WCHAR const* library :
+       {SORRELIN_TEXT("MockEngineOnlyFree.dll"), SORRELIN_TEXT("MockEngineOnlyRecognize.dll")}) {
     OcrEngineBinding binding;
     MockEngineCall call;
     EXPECT_EQ(Recognize(binding, call, AnyDib(), library).error, 46u);
@@ -139,7 +141,7 @@ TEST(RecognizeDIB, EngineWithoutAnEntryPointIs46AndFromThenOn47) {
 TEST(EnsureOcrEngine, LoadsOnce) {
   OcrEngineBinding binding;
   DWORD error = kUntouched;
-  EXPECT_EQ(EnsureOcrEngine(binding, u"MockEngine.dll", error), 1);
+  EXPECT_EQ(EnsureOcrEngine(binding, SORRELIN_TEXT("MockEngine.dll"), error), 1);
   EXPECT_NE(binding.module, nullptr);
   EXPECT_NE(binding.recognize, nullptr);
   EXPECT_NE(binding.free_text, nullptr);
@@ -149,18 +151,20 @@ TEST(EnsureOcrEngine, LoadsOnce) {
 
 TEST(EnsureOcrEngine, MissingEngineIs45AndCanBeTriedAgain) {
   OcrEngineBinding binding;
-  for (WCHAR const* library : {u"NoSuchEngine.dll", u"", static_cast<char16_t const*>(nullptr)}) {
+  for (WCHAR const* library :
+       {SORRELIN_TEXT("NoSuchEngine.dll"), SORRELIN_TEXT(""), static_cast<WCHAR const*>(nullptr)}) {
     DWORD error = kUntouched;
     EXPECT_EQ(EnsureOcrEngine(binding, library, error), 0);
     EXPECT_EQ(error, 45u);
     EXPECT_EQ(binding.module, nullptr);
   }
   DWORD error = kUntouched;
-  EXPECT_EQ(EnsureOcrEngine(binding, u"MockEngine.dll", error), 1);
+  EXPECT_EQ(EnsureOcrEngine(binding, SORRELIN_TEXT("MockEngine.dll"), error), 1);
 }
 
 TEST(EnsureOcrEngine, MissingEntryPointLeavesAStaleHandleThatReportsReady) {
-  for (WCHAR const* library : {u"MockEngineOnlyFree.dll", u"MockEngineOnlyRecognize.dll"}) {
+  for (WCHAR const* library :
+       {SORRELIN_TEXT("MockEngineOnlyFree.dll"), SORRELIN_TEXT("MockEngineOnlyRecognize.dll")}) {
     OcrEngineBinding binding;
     DWORD error = kUntouched;
     EXPECT_EQ(EnsureOcrEngine(binding, library, error), 0);
@@ -177,7 +181,7 @@ TEST(EnsureOcrEngine, MissingEntryPointLeavesAStaleHandleThatReportsReady) {
 TEST(EnsureOcrEngine, LibraryWithoutEntryPointsIsUnloadedAgain) {
   OcrEngineBinding binding;
   DWORD error = kUntouched;
-  EXPECT_EQ(EnsureOcrEngine(binding, u"MockEngineOnlyFree.dll", error), 0);
+  EXPECT_EQ(EnsureOcrEngine(binding, SORRELIN_TEXT("MockEngineOnlyFree.dll"), error), 0);
   EXPECT_EQ(FreeLibrary(binding.module), FALSE);
 }
 

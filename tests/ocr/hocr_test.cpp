@@ -2,6 +2,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sorrelin/ocr/hocr.h>
+#include <sorrelin/platform/wide_string.h>
 
 #include <limits>
 #include <map>
@@ -18,14 +19,14 @@ using testing::IsEmpty;
 using testing::Pair;
 
 // ASCII as the interface's text.
-std::u16string Wide(std::string const& text) { return {text.begin(), text.end()}; }
+sorrelin::WideString Wide(std::string const& text) { return {text.begin(), text.end()}; }
 
 struct Parsed {
   int result;
   HocrDocument document;
 };
 
-Parsed Parse(std::u16string const& text) {
+Parsed Parse(sorrelin::WideString const& text) {
   Parsed parsed{};
   parsed.result = ParseHocr(parsed.document, text.c_str());
   return parsed;
@@ -53,8 +54,8 @@ std::vector<int32_t> BoxOf(HocrWord const& word) {
   return {word.left, word.top, word.right, word.bottom};
 }
 
-std::vector<std::u16string> TextsOf(HocrDocument const& document) {
-  std::vector<std::u16string> texts;
+std::vector<sorrelin::WideString> TextsOf(HocrDocument const& document) {
+  std::vector<sorrelin::WideString> texts;
   for (HocrWord const& word : document.words) texts.push_back(word.text);
   return texts;
 }
@@ -79,7 +80,7 @@ TEST(ParseHocr, ReadsAPageAsAnEngineWritesIt) {
       "title='bbox 640 92 900 184; x_wconf 90; x_fsize 14'>you</span></span></p></div></div>"
       "</body></html>");
   EXPECT_EQ(parsed.result, 1);
-  EXPECT_THAT(TextsOf(parsed.document), ElementsAre(u"Hello", u"you"));
+  EXPECT_THAT(TextsOf(parsed.document), ElementsAre(SORRELIN_TEXT("Hello"), SORRELIN_TEXT("you")));
   EXPECT_THAT(BoxOf(parsed.document.words[0]), ElementsAre(36, 92, 618, 184));
   EXPECT_EQ(parsed.document.words[0].font_size, 12);
   EXPECT_EQ(parsed.document.words[1].font_size, 14);
@@ -88,7 +89,7 @@ TEST(ParseHocr, ReadsAPageAsAnEngineWritesIt) {
 }
 
 TEST(ParseHocr, ByteOrderMarkAtTheStartIsLeftOut) {
-  std::u16string text(1, u'\uFEFF');
+  sorrelin::WideString text(1, SORRELIN_TEXT('\uFEFF'));
   text += Wide(WordTag("bbox 1 2 3 4"));
   Parsed const parsed = Parse(text);
   EXPECT_EQ(parsed.result, 1);
@@ -96,15 +97,17 @@ TEST(ParseHocr, ByteOrderMarkAtTheStartIsLeftOut) {
 }
 
 TEST(ParseHocr, SecondByteOrderMarkIsLeftOutToo) {
-  EXPECT_EQ(Parse(u"\uFEFF\uFEFF<a/>").result, 1);
+  EXPECT_EQ(Parse(SORRELIN_TEXT("\uFEFF\uFEFF<a/>")).result, 1);
 }
 
-TEST(ParseHocr, ThirdByteOrderMarkIsText) { EXPECT_EQ(Parse(u"\uFEFF\uFEFF\uFEFF<a/>").result, 0); }
+TEST(ParseHocr, ThirdByteOrderMarkIsText) {
+  EXPECT_EQ(Parse(SORRELIN_TEXT("\uFEFF\uFEFF\uFEFF<a/>")).result, 0);
+}
 
 TEST(ParseHocr, EmptyTextIsAnEmptyDocument) {
-  EXPECT_EQ(Parse(u"").result, 1);
-  EXPECT_EQ(Parse(u"\uFEFF").result, 1);
-  EXPECT_EQ(Parse(u" \n").result, 1);
+  EXPECT_EQ(Parse(SORRELIN_TEXT("")).result, 1);
+  EXPECT_EQ(Parse(SORRELIN_TEXT("\uFEFF")).result, 1);
+  EXPECT_EQ(Parse(SORRELIN_TEXT(" \n")).result, 1);
 }
 
 TEST(ParseHocr, NullTextIsAFailure) {
@@ -130,14 +133,14 @@ TEST(ParseHocr, FailedParseTakesNothing) {
 TEST(ParseHocr, WordsBeforeAFailureInTheWalkStay) {
   Parsed const parsed = Parse(WordTag("bbox 1 2 3 4") + "<span class='ocrx_word' id='w'>y</span>");
   EXPECT_EQ(parsed.result, 0);
-  EXPECT_THAT(TextsOf(parsed.document), ElementsAre(u"x"));
+  EXPECT_THAT(TextsOf(parsed.document), ElementsAre(SORRELIN_TEXT("x")));
 }
 
 TEST(ParseHocr, SecondTextIsAddedToTheDocument) {
   HocrDocument document;
   EXPECT_EQ(ParseHocr(document, Wide(WordTag("", "one")).c_str()), 1);
   EXPECT_EQ(ParseHocr(document, Wide(WordTag("", "two")).c_str()), 1);
-  EXPECT_THAT(TextsOf(document), ElementsAre(u"one", u"two"));
+  EXPECT_THAT(TextsOf(document), ElementsAre(SORRELIN_TEXT("one"), SORRELIN_TEXT("two")));
 }
 
 TEST(ParseHocr, ThousandLevelsAreReadAndOneMoreIsAFailure) {
@@ -160,30 +163,32 @@ TEST(ParseHocr, ClosedElementsDoNotCountAsLevels) {
 
 // Their low bytes are those of NUL, tab, blank, quotes, ampersand, slash, "<", "=", ">" and "?".
 TEST(ParseHocr, CharactersPast255AreOrdinaryText) {
-  std::u16string const text =
-      u"\u0100\u0109\u2020\u2022\u2026\u2027\u012F\u043C\u203D\u203E\u203F\uFEFF";
+  sorrelin::WideString const text =
+      SORRELIN_TEXT("\u0100\u0109\u2020\u2022\u2026\u2027\u012F\u043C\u203D\u203E\u203F\uFEFF");
   Parsed const parsed = Parse(
-      u"<\u043C \u0420='\u2022\u2027' c=\"ocrx_word\" id=\"\u2022\" title='\u2022 x_fsize 9'>" +
-      text + u"</\u043C>");
+      SORRELIN_TEXT(
+          "<\u043C \u0420='\u2022\u2027' c=\"ocrx_word\" id=\"\u2022\" title='\u2022 x_fsize 9'>") +
+      text + SORRELIN_TEXT("</\u043C>"));
   EXPECT_EQ(parsed.result, 1);
   EXPECT_THAT(TextsOf(parsed.document), ElementsAre(text));
   EXPECT_EQ(parsed.document.words[0].font_size, 9);
 }
 
 TEST(ParseHocr, SurrogatePairsPassThrough) {
-  Parsed const parsed = Parse(u"<a c='ocrx_word' id='' title=''>\xD83D\xDE00</a>");
-  EXPECT_THAT(TextsOf(parsed.document), ElementsAre(u"\xD83D\xDE00"));
+  Parsed const parsed = Parse(SORRELIN_TEXT("<a c='ocrx_word' id='' title=''>\xD83D\xDE00</a>"));
+  EXPECT_THAT(TextsOf(parsed.document), ElementsAre(SORRELIN_TEXT("\xD83D\xDE00")));
 }
 
 TEST(ParseHocr, ReferencesBecomeUtf16) {
-  EXPECT_EQ(OnlyWord(WordTag("", "&lt;&gt;&amp;&quot;&apos;&#39;")).text, u"<>&\"''");
-  EXPECT_EQ(OnlyWord(WordTag("", "&#233;&#x43C;&#xFFFD;")).text, u"\u00E9\u043C\uFFFD");
-  EXPECT_EQ(OnlyWord(WordTag("", "<b>&#x1F600;</b>")).text, u"\xD83D\xDE00");
+  EXPECT_EQ(OnlyWord(WordTag("", "&lt;&gt;&amp;&quot;&apos;&#39;")).text, SORRELIN_TEXT("<>&\"''"));
+  EXPECT_EQ(OnlyWord(WordTag("", "&#233;&#x43C;&#xFFFD;")).text,
+            SORRELIN_TEXT("\u00E9\u043C\uFFFD"));
+  EXPECT_EQ(OnlyWord(WordTag("", "<b>&#x1F600;</b>")).text, SORRELIN_TEXT("\xD83D\xDE00"));
 }
 
 TEST(ParseHocr, ReferencesInAttributesAreResolved) {
   EXPECT_EQ(OnlyWord("<a c='ocrx&#x5F;word' id='w' title='bbox&#32;7'>t</a>").left, 7);
-  EXPECT_EQ(Parse(u"<a c='ocrx_word' id='&#x10FFFF;' title=''/>").result, 1);
+  EXPECT_EQ(Parse(SORRELIN_TEXT("<a c='ocrx_word' id='&#x10FFFF;' title=''/>")).result, 1);
 }
 
 TEST(HocrPage, ItsAttributeMayHaveAnyName) {
@@ -300,7 +305,7 @@ TEST(HocrLine, KeepsTheWordStateWhichAnotherAttributeResets) {
     document.word_state = 7;
     ParseHocr(document, Wide("<a><b c='" + std::string(name) + "' id='x'/></a>").c_str());
     EXPECT_EQ(document.word_state, 7u) << name;
-    ParseHocr(document, u"<a c='ocr_par'/>");
+    ParseHocr(document, SORRELIN_TEXT("<a c='ocr_par'/>"));
     EXPECT_EQ(document.word_state, 0u);
   }
 }
@@ -310,7 +315,7 @@ TEST(HocrLine, EndsTheSearchOfItsAttributes) {
     Parsed const parsed =
         Parse("<a b='" + std::string(name) + "' class='ocrx_word'>" + WordTag("") + "</a>");
     EXPECT_EQ(parsed.result, 1);
-    EXPECT_THAT(TextsOf(parsed.document), ElementsAre(u"x")) << name;
+    EXPECT_THAT(TextsOf(parsed.document), ElementsAre(SORRELIN_TEXT("x"))) << name;
   }
 }
 
@@ -354,11 +359,12 @@ TEST(HocrWord, NumbersBeyond32BitsAreTheNearestBound) {
 }
 
 TEST(HocrWord, NestedMarkupAddsNothingToItsText) {
-  EXPECT_EQ(OnlyWord(WordTag("", "<b>Hel</b><i>lo</i>")).text, u"Hello");
-  EXPECT_EQ(OnlyWord(WordTag("", "a<b>b<i>c</i></b>d<br/><![CDATA[<e>]]>")).text, u"abcd<e>");
+  EXPECT_EQ(OnlyWord(WordTag("", "<b>Hel</b><i>lo</i>")).text, SORRELIN_TEXT("Hello"));
+  EXPECT_EQ(OnlyWord(WordTag("", "a<b>b<i>c</i></b>d<br/><![CDATA[<e>]]>")).text,
+            SORRELIN_TEXT("abcd<e>"));
 }
 
-TEST(HocrWord, EmptyWordHasNoText) { EXPECT_EQ(OnlyWord(WordTag("", "")).text, u""); }
+TEST(HocrWord, EmptyWordHasNoText) { EXPECT_EQ(OnlyWord(WordTag("", "")).text, SORRELIN_TEXT("")); }
 
 TEST(HocrWord, WithoutIdOrTitleIsAFailure) {
   EXPECT_EQ(Parse("<a class='ocrx_word' title='bbox 1 2 3 4'>x</a>").result, 0);
@@ -377,7 +383,7 @@ TEST(HocrWord, DirectlyBelowThePageIsTaken) {
 
 TEST(HocrWord, WithinAWordIsTakenToo) {
   Parsed const parsed = Parse(WordTag("", std::string("a") + WordTag("", "b") + "c"));
-  EXPECT_THAT(TextsOf(parsed.document), ElementsAre(u"abc", u"b"));
+  EXPECT_THAT(TextsOf(parsed.document), ElementsAre(SORRELIN_TEXT("abc"), SORRELIN_TEXT("b")));
 }
 
 TEST(HocrWord, InCommentsInstructionsAndDoctypeIsLeftOut) {
@@ -390,13 +396,14 @@ TEST(HocrWord, InCommentsInstructionsAndDoctypeIsLeftOut) {
 }
 
 TEST(HocrWord, InElementsWithoutAttributesIsFound) {
-  EXPECT_EQ(OnlyWord("<html><body><p>" + WordTag("", "deep") + "</p></body></html>").text, u"deep");
+  EXPECT_EQ(OnlyWord("<html><body><p>" + WordTag("", "deep") + "</p></body></html>").text,
+            SORRELIN_TEXT("deep"));
 }
 
 TEST(ParseHocr, TotalStepIsLeftAlone) {
   HocrDocument document;
   document.total_step = 5;
-  EXPECT_EQ(ParseHocr(document, u"<a/><b/>"), 1);
+  EXPECT_EQ(ParseHocr(document, SORRELIN_TEXT("<a/><b/>")), 1);
   EXPECT_EQ(document.total_step, 5u);
 }
 

@@ -20,7 +20,7 @@ int EncodeInto(void* file, Picture const& picture) {
 class DiskFile {
  public:
   DiskFile(TempDir const& folder, DWORD access, DWORD disposition)
-      : handle_(CreateFileW((folder / "coded").u16string().c_str(), access, FILE_SHARE_READ,
+      : handle_(CreateFileW((folder / "coded").string<WCHAR>().c_str(), access, FILE_SHARE_READ,
                             nullptr, disposition, FILE_ATTRIBUTE_NORMAL, nullptr)) {}
   ~DiskFile() { CloseHandle(handle_); }
   DiskFile(DiskFile const&) = delete;

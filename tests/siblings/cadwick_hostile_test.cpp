@@ -57,7 +57,7 @@ TEST_F(CadwickHostile, RandomBytesNeverBreakTheDecoder) {
   for (int turn = 0; turn < 4000; ++turn) {
     Bytes data(random() % 300);
     BYTE const mask = static_cast<BYTE>(random() | random());
-    for (BYTE& byte : data) byte = static_cast<BYTE>(random() & mask);
+    for (BYTE& value : data) value = static_cast<BYTE>(random() & mask);
     int32_t const width = 1 + static_cast<int32_t>(random() % 200);
     int32_t const height = 1 + static_cast<int32_t>(random() % 100);
     ExpectConsistent(Decode(data, width, height), height);

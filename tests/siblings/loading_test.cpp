@@ -4,6 +4,7 @@
 #include <sorrelin/image/codecs/sibling.h>
 #include <sorrelin/platform/memory.h>
 #include <sorrelin/platform/module.h>
+#include <sorrelin/platform/wide_string.h>
 #include <tests/support/dib.h>
 #include <tests/support/temp_dir.h>
 
@@ -16,8 +17,9 @@ namespace {
 
 class Sibling {
  public:
-  explicit Sibling(std::u16string const& name)
-      : module_(LoadLibraryW((std::filesystem::path(SIBLING_FOLDER) / name).u16string().c_str())) {}
+  explicit Sibling(sorrelin::WideString const& name)
+      : module_(
+            LoadLibraryW((std::filesystem::path(SIBLING_FOLDER) / name).string<WCHAR>().c_str())) {}
   ~Sibling() {
     if (module_ != nullptr) FreeLibrary(module_);
   }
@@ -26,7 +28,7 @@ class Sibling {
   bool loaded() const { return module_ != nullptr; }
   template <typename Function>
   Function Entry(char const* name) const {
-    return reinterpret_cast<Function>(GetProcAddress(module_, name));
+    return reinterpret_cast<Function>(reinterpret_cast<void (*)()>(GetProcAddress(module_, name)));
   }
 
  private:
@@ -49,7 +51,7 @@ int TakeRow(BYTE* row, int32_t index, void* rows) {
 }
 
 Block EncodeThroughCadwick() {
-  Sibling const cadwick(u"Cadwick.dll");
+  Sibling const cadwick(SORRELIN_TEXT("Cadwick.dll"));
   Block block(GlobalAlloc(GHND, 1));
   void* const file = cadwick.Entry<mOpenFunction>("mOpen")(block, 1);
   auto const encode = cadwick.Entry<EncodeCcittImageFunction>("EncodeCcittImage");
@@ -60,18 +62,18 @@ Block EncodeThroughCadwick() {
 
 }  // namespace
 
-TEST(SiblingLoading, CadwickIsFoundByEitherName) {
-  EXPECT_TRUE(Sibling(u"Cadwick.dll").loaded());
-  EXPECT_TRUE(Sibling(u"libcadwick.so").loaded());
+TEST(SiblingLoading, SiblingsAreFoundByTheirNamesInAnyLetterCase) {
+  EXPECT_TRUE(Sibling(SORRELIN_TEXT("Cadwick.dll")).loaded());
+  EXPECT_TRUE(Sibling(SORRELIN_TEXT("RENNICK.DLL")).loaded());
 }
 
-TEST(SiblingLoading, RennickIsFoundByEitherName) {
-  EXPECT_TRUE(Sibling(u"RENNICK.DLL").loaded());
-  EXPECT_TRUE(Sibling(u"librennick.so").loaded());
+TEST(SiblingLoading, SiblingsAreFoundByTheNamesOfTheirFiles) {
+  EXPECT_TRUE(Sibling(SORRELIN_TEXT("libcadwick.so")).loaded());
+  EXPECT_TRUE(Sibling(SORRELIN_TEXT("librennick.so")).loaded());
 }
 
 TEST(SiblingLoading, CadwickHasItsEntryPoints) {
-  Sibling const cadwick(u"Cadwick.dll");
+  Sibling const cadwick(SORRELIN_TEXT("Cadwick.dll"));
   for (char const* name : {"EncodeCcittImage", "DecodeCcittImage", "TiffError", "mOpen", "mClose",
                            "mSeek", "CcittRowsDecoded"}) {
     EXPECT_NE(cadwick.Entry<void (*)()>(name), nullptr) << name;
@@ -79,7 +81,7 @@ TEST(SiblingLoading, CadwickHasItsEntryPoints) {
 }
 
 TEST(SiblingLoading, RennickHasItsEntryPoints) {
-  Sibling const rennick(u"Rennick.dll");
+  Sibling const rennick(SORRELIN_TEXT("Rennick.dll"));
   for (char const* name : {"SaveDIBAsJPEGToMemoryEx", "SaveDIBInJPEGFileExW",
                            "LoadJPEGIntoDIBFromMemory", "LoadJPEGIntoDIBW"}) {
     EXPECT_NE(rennick.Entry<void (*)()>(name), nullptr) << name;
@@ -89,7 +91,7 @@ TEST(SiblingLoading, RennickHasItsEntryPoints) {
 TEST(SiblingLoading, DataCodedInOneLoadAreDecodedInTheNext) {
   Block const block = EncodeThroughCadwick();
   EXPECT_GT(GlobalSize(block), 4u);
-  Sibling const cadwick(u"Cadwick.dll");
+  Sibling const cadwick(SORRELIN_TEXT("Cadwick.dll"));
   void* const file =
       cadwick.Entry<mOpenFunction>("mOpen")(block, static_cast<DWORD>(GlobalSize(block)));
   auto const decode = cadwick.Entry<DecodeCcittImageFunction>("DecodeCcittImage");
@@ -107,10 +109,10 @@ TEST(SiblingLoading, DataCodedInOneLoadAreDecodedInTheNext) {
 TEST(SiblingLoading, FilesLeftOpenAreGoneAfterTheNextLoad) {
   Block const block(GlobalAlloc(GHND, 1));
   {
-    Sibling const cadwick(u"Cadwick.dll");
+    Sibling const cadwick(SORRELIN_TEXT("Cadwick.dll"));
     EXPECT_NE(cadwick.Entry<mOpenFunction>("mOpen")(block, 1), nullptr);
   }
-  EXPECT_TRUE(Sibling(u"Cadwick.dll").loaded());
+  EXPECT_TRUE(Sibling(SORRELIN_TEXT("Cadwick.dll")).loaded());
   EXPECT_EQ(GlobalSize(block), 1u);
 }
 
@@ -121,7 +123,7 @@ TEST(SiblingLoading, BitmapsOutliveRennick) {
   Block file;
   Block back;
   {
-    Sibling const rennick(u"Rennick.dll");
+    Sibling const rennick(SORRELIN_TEXT("Rennick.dll"));
     int status = -1;
     auto const save = rennick.Entry<SaveDIBAsJPEGToMemoryExFunction>("SaveDIBAsJPEGToMemoryEx");
     file = Block(save(dib, record, &status));
@@ -136,10 +138,10 @@ TEST(SiblingLoading, BitmapsOutliveRennick) {
 
 TEST(SiblingLoading, RennickReadsTheFileItWrote) {
   TempDir const folder;
-  std::u16string const path = (folder / "a.jpg").u16string();
+  sorrelin::WideString const path = (folder / "a.jpg").string<WCHAR>();
   Block const dib = MakeDib({.width = 9, .height = 7, .bits = 8}, [](LONG, LONG) { return 77; });
   BYTE const record[JPEG_RECORD_BYTES] = {};
-  Sibling const rennick(u"Rennick.dll");
+  Sibling const rennick(SORRELIN_TEXT("Rennick.dll"));
   auto const save = rennick.Entry<SaveDIBInJPEGFileExWFunction>("SaveDIBInJPEGFileExW");
   EXPECT_EQ(save(path.c_str(), dib, record), 0);
   Block const back(rennick.Entry<LoadJPEGIntoDIBWFunction>("LoadJPEGIntoDIBW")(path.c_str()));

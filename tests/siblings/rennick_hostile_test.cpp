@@ -93,7 +93,7 @@ TEST_F(JpegHostile, RandomBytesGiveNull) {
   std::mt19937 random(4);
   for (int turn = 0; turn < 2000; ++turn) {
     Bytes bytes(random() % 400);
-    for (BYTE& byte : bytes) byte = static_cast<BYTE>(random());
+    for (BYTE& value : bytes) value = static_cast<BYTE>(random());
     EXPECT_EQ(Load(bytes).get(), nullptr);
     bytes.insert(bytes.begin(), {0xFF, 0xD8, 0xFF});
     EXPECT_EQ(Load(bytes).get(), nullptr);

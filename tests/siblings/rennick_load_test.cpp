@@ -164,16 +164,16 @@ TEST(JpegLoad, FileOnDiskIsReadAsFromMemory) {
   TempDir const folder;
   Bytes const file = Write(Gradient(37, 23, 3), {JCS_RGB, JCS_YCbCr});
   WriteAll(folder / "a.jpg", file);
-  Block const dib(LoadJPEGIntoDIBW((folder / "a.jpg").u16string().c_str()));
+  Block const dib(LoadJPEGIntoDIBW((folder / "a.jpg").string<WCHAR>().c_str()));
   EXPECT_EQ(dib.Content(), Load(file).Content());
 }
 
 TEST(JpegLoad, FileThatCannotBeReadGivesNull) {
   TempDir const folder;
   WriteAll(folder / "empty.jpg", {});
-  EXPECT_EQ(LoadJPEGIntoDIBW((folder / "none.jpg").u16string().c_str()), nullptr);
-  EXPECT_EQ(LoadJPEGIntoDIBW((folder / "empty.jpg").u16string().c_str()), nullptr);
-  EXPECT_EQ(LoadJPEGIntoDIBW(folder.path().u16string().c_str()), nullptr);
-  EXPECT_EQ(LoadJPEGIntoDIBW(u""), nullptr);
+  EXPECT_EQ(LoadJPEGIntoDIBW((folder / "none.jpg").string<WCHAR>().c_str()), nullptr);
+  EXPECT_EQ(LoadJPEGIntoDIBW((folder / "empty.jpg").string<WCHAR>().c_str()), nullptr);
+  EXPECT_EQ(LoadJPEGIntoDIBW(folder.path().string<WCHAR>().c_str()), nullptr);
+  EXPECT_EQ(LoadJPEGIntoDIBW(SORRELIN_TEXT("")), nullptr);
   EXPECT_EQ(LoadJPEGIntoDIBW(nullptr), nullptr);
 }

@@ -1,6 +1,7 @@
 // Bitmaps to JPEG files: quality, subsampling, components, density, and what is refused.
 #include <gmock/gmock.h>
 #include <sorrelin/platform/error.h>
+#include <sorrelin/platform/wide_string.h>
 #include <tests/siblings/rennick_support.h>
 
 #include <thread>
@@ -171,14 +172,15 @@ TEST(JpegSave, FileHoldsWhatMemoryWouldHold) {
   Block const dib = DibOf(Gradient(100, 80, 3));
   WriteAll(folder / "a.jpg", Bytes(100000, 1));
   EXPECT_EQ(
-      SaveDIBInJPEGFileExW((folder / "a.jpg").u16string().c_str(), dib, MakeRecord({}).data()), 0);
+      SaveDIBInJPEGFileExW((folder / "a.jpg").string<WCHAR>().c_str(), dib, MakeRecord({}).data()),
+      0);
   EXPECT_EQ(ReadAll(folder / "a.jpg"), Save(dib, {}));
 }
 
 TEST(JpegSave, FileThatCannotBeMadeFails) {
   TempDir const folder;
   Block const dib = DibOf(Gradient(8, 8, 3));
-  std::u16string const path = (folder / "none/a.jpg").u16string();
+  sorrelin::WideString const path = (folder / "none/a.jpg").string<WCHAR>();
   EXPECT_EQ(SaveDIBInJPEGFileExW(path.c_str(), dib, MakeRecord({}).data()), RENNICK_FILE_FAILED);
   EXPECT_EQ(GetLastError(), ERROR_PATH_NOT_FOUND);
   EXPECT_EQ(SaveDIBInJPEGFileExW(nullptr, dib, MakeRecord({}).data()), RENNICK_BAD_ARGUMENT);
@@ -189,7 +191,7 @@ TEST(JpegSave, BitmapThatCannotBeCodedLeavesTheFileAlone) {
   WriteAll(folder / "a.jpg", {1, 2, 3});
   Block const dib = MakeDib({.width = 8, .height = 8, .bits = 1}, [](LONG, LONG) { return 0; });
   EXPECT_EQ(
-      SaveDIBInJPEGFileExW((folder / "a.jpg").u16string().c_str(), dib, MakeRecord({}).data()),
+      SaveDIBInJPEGFileExW((folder / "a.jpg").string<WCHAR>().c_str(), dib, MakeRecord({}).data()),
       RENNICK_BAD_BITMAP);
   EXPECT_EQ(ReadAll(folder / "a.jpg"), (Bytes{1, 2, 3}));
 }

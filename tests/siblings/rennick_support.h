@@ -95,7 +95,7 @@ inline ReadJpeg Read(Bytes const& file, J_COLOR_SPACE out = JCS_UNKNOWN) {
   jpeg_error_mgr errors{};
   coder.err = jpeg_std_error(&errors);
   jpeg_create_decompress(&coder);
-  jpeg_mem_src(&coder, file.data(), file.size());
+  jpeg_mem_src(&coder, file.data(), static_cast<unsigned long>(file.size()));
   jpeg_read_header(&coder, TRUE);
   coder.out_color_space = out == JCS_UNKNOWN ? coder.jpeg_color_space : out;
   ReadJpeg read;

@@ -285,7 +285,7 @@ class PdfBuilder {
       XrefRow const row = RowOf(range.first + i);
       char entry[32];
       std::snprintf(entry, sizeof entry, "%010llu %05u %c",
-                    static_cast<unsigned long long>(row.second), row.third,
+                    static_cast<unsigned long long>(row.second), static_cast<unsigned>(row.third),
                     row.type == 0 ? 'f' : 'n');
       Text(entry).Text(entry_end);
     }

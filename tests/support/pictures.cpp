@@ -190,7 +190,7 @@ DWORD Motley(int x, int y) {
 
 void WriteTiff(std::filesystem::path const& path, std::vector<TiffPage> const& pages,
                SampleAt const& sample, char const* mode) {
-  TIFF* const tiff = TIFFOpen(path.c_str(), mode);
+  TIFF* const tiff = TIFFOpen(path.string().c_str(), mode);
   ASSERT_NE(tiff, nullptr);
   for (size_t i = 0; i < pages.size(); ++i) {
     TiffPage const& page = pages[i];
@@ -207,7 +207,7 @@ void WriteTiff(std::filesystem::path const& path, std::vector<TiffPage> const& p
 }
 
 std::vector<BYTE> RawStrip(std::filesystem::path const& path, int page) {
-  TIFF* const tiff = TIFFOpen(path.c_str(), "r");
+  TIFF* const tiff = TIFFOpen(path.string().c_str(), "r");
   TIFFSetDirectory(tiff, static_cast<uint16_t>(page));
   std::vector<BYTE> strip(static_cast<size_t>(TIFFRawStripSize(tiff, 0)));
   TIFFReadRawStrip(tiff, 0, strip.data(), static_cast<tmsize_t>(strip.size()));
@@ -217,7 +217,7 @@ std::vector<BYTE> RawStrip(std::filesystem::path const& path, int page) {
 
 void WritePng(std::filesystem::path const& path, PngForm const& form,
               std::function<unsigned(int x, int y, int s)> const& sample) {
-  std::FILE* const file = std::fopen(path.c_str(), "wb");
+  std::FILE* const file = std::fopen(path.string().c_str(), "wb");
   ASSERT_NE(file, nullptr);
   png_structp png = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, nullptr);
   png_infop info = png_create_info_struct(png);

@@ -18,7 +18,8 @@ class PreloadedSibling {
   explicit PreloadedSibling(std::string const& path)
       : module_(LoadLibraryW(sorrelin::ToWide(path.c_str()).c_str())) {
     if (module_ == nullptr) throw std::runtime_error(path);
-    state_ = reinterpret_cast<State* (*)()>(GetProcAddress(module_, "Mock"))();
+    auto const entry = reinterpret_cast<void (*)()>(GetProcAddress(module_, "Mock"));
+    state_ = reinterpret_cast<State* (*)()>(entry)();
     *state_ = State{};
   }
   ~PreloadedSibling() { FreeLibrary(module_); }

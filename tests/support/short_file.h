@@ -21,7 +21,7 @@ using Create = DWORD (*)(CCreatePDF&);
 class ObjectInAShortFile {
  public:
   explicit ObjectInAShortFile(Create create, size_t bytes = 4096) {
-    session_->CreatePDFFile((dir_ / "a.pdf").c_str());
+    session_->CreatePDFFile((dir_ / "a.pdf").string().c_str());
     session_->ReservePagesRootObject();
     session_->PDF_SetLastError(PDF_ERROR_NONE);
     FileSizeLimit const limit(bytes);

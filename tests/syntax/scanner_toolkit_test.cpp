@@ -1,6 +1,7 @@
 // The scanner functions that only tools call.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sorrelin/platform/wide_string.h>
 #include <sorrelin/syntax/scanner.h>
 #include <tests/support/scan_buffer.h>
 
@@ -142,16 +143,16 @@ TEST(ListDictionaryKeys, MissingArgumentsGiveZero) {
   EXPECT_EQ(sorrelin::ListDictionaryKeys(b.data(), b.size(), nullptr), 0u);
 }
 
-std::u16string Wide(char const* text) {
+sorrelin::WideString Wide(char const* text) {
   WCHAR* const wide = sorrelin::AnsiToWide(text);
-  std::u16string const copy(reinterpret_cast<char16_t const*>(wide));
+  sorrelin::WideString const copy(reinterpret_cast<WCHAR const*>(wide));
   std::free(wide);
   return copy;
 }
 
 TEST(AnsiToWide, CopiesInTheSystemsCodePage) {
-  EXPECT_EQ(Wide("AB"), u"AB");
-  EXPECT_EQ(Wide(""), u"");
+  EXPECT_EQ(Wide("AB"), SORRELIN_TEXT("AB"));
+  EXPECT_EQ(Wide(""), SORRELIN_TEXT(""));
   EXPECT_EQ(sorrelin::AnsiToWide(nullptr), nullptr);
 }
 

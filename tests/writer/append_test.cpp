@@ -196,8 +196,8 @@ TEST(AppendInMemory, RootHasANewNumberAndNoHeader) {
 
 TEST(AppendGuard, ObjectsInObjectStreamsAre25AndTheFileStays) {
   test::TempDir const dir;
-  std::string const plain = dir / "plain.pdf";
-  std::string const name = dir / "streams.pdf";
+  std::string const plain = (dir / "plain.pdf").string();
+  std::string const name = (dir / "streams.pdf").string();
   ASSERT_EQ(pdf_SaveDIBToPDF(plain.c_str(), Page(), "", PDF_COMPRESSION_NONE, 0), 0u);
   test::RunProgram({"qpdf", "--object-streams=generate", plain, name});
   std::string const before = TextOf(name);

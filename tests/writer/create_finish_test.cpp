@@ -132,7 +132,7 @@ TEST(CreateFinish, OffsetsOf2GiBPrintAsSignedNumbers) {
 
 TEST(CreateFinish, FileHoldsTheSameBytesAsMemory) {
   TempDir const dir;
-  std::string const name = dir / "a.pdf";
+  std::string const name = (dir / "a.pdf").string();
   auto const session = std::make_unique<CCreatePDF>();
   ASSERT_EQ(session->CreatePDF(name.c_str()), 1);
   EXPECT_EQ(session->SaveDIBAsColorPDFPageW(SmallPage(), test::kNoLibrary, 0, 0), 1);
@@ -146,7 +146,7 @@ TEST(CreateFinish, FileHoldsTheSameBytesAsMemory) {
 TEST(CreateFinish, MissingDirectoryIsError1WithTheSystemsText) {
   TempDir const dir;
   auto const session = std::make_unique<CCreatePDF>();
-  EXPECT_EQ(session->CreatePDF((dir / "none/a.pdf").c_str()), 0);
+  EXPECT_EQ(session->CreatePDF((dir / "none/a.pdf").string().c_str()), 0);
   EXPECT_EQ(session->PDF_GetLastError(), 1u);
   char text[512] = {};
   EXPECT_EQ(session->GetLastPDFErrorText(text), 1);
@@ -156,28 +156,28 @@ TEST(CreateFinish, MissingDirectoryIsError1WithTheSystemsText) {
 TEST(CreateFinish, FailedOpenLeavesNoChannelInTheSideRecordEither) {
   TempDir const dir;
   auto const session = std::make_unique<CCreatePDF>();
-  EXPECT_EQ(session->CreatePDFFile((dir / "none/a.pdf").c_str()), 0);
+  EXPECT_EQ(session->CreatePDFFile((dir / "none/a.pdf").string().c_str()), 0);
   EXPECT_EQ(SessionProbe::Channel(*session), sorrelin::InvalidChannel());
   EXPECT_EQ(SessionProbe::Reader(*session).file.channel(), sorrelin::InvalidChannel());
 }
 
 TEST(CreateFinish, NameDecidesBetweenANewDocumentAndAnUpdate) {
   TempDir const dir;
-  std::string const name = dir / "a.pdf";
+  std::string const name = (dir / "a.pdf").string();
   auto const session = std::make_unique<CCreatePDF>();
   for (DWORD const update : {0u, 1u}) {
     ASSERT_EQ(session->CreatePDFFile(name.c_str()), 1);
     EXPECT_EQ(SessionProbe::AppendMode(*session), update);
     EXPECT_EQ(SessionProbe::FirstAppendedPage(*session), update);
   }
-  ASSERT_EQ(session->CreatePDFFile((dir / "b.pdf").c_str()), 1);
+  ASSERT_EQ(session->CreatePDFFile((dir / "b.pdf").string().c_str()), 1);
   EXPECT_EQ(SessionProbe::AppendMode(*session), 0u);
   session->ClosePDFFile();
 }
 
 TEST(CreateFinish, TargetHeldByAnotherSessionIsError1AndStaysAsItIs) {
   TempDir const dir;
-  std::string const name = dir / "a.pdf";
+  std::string const name = (dir / "a.pdf").string();
   auto const first = std::make_unique<CCreatePDF>();
   auto const second = std::make_unique<CCreatePDF>();
   ASSERT_EQ(first->CreatePDF(name.c_str()), 1);
@@ -252,10 +252,10 @@ TEST(CreateFinish, CloseTwiceDoesNoHarm) {
 TEST(CreateFinish, CreateOnAnOpenSessionClosesTheFirstTarget) {
   TempDir const dir;
   auto const session = std::make_unique<CCreatePDF>();
-  ASSERT_EQ(session->CreatePDF((dir / "a.pdf").c_str()), 1);
-  ASSERT_EQ(session->CreatePDF((dir / "b.pdf").c_str()), 1);
+  ASSERT_EQ(session->CreatePDF((dir / "a.pdf").string().c_str()), 1);
+  ASSERT_EQ(session->CreatePDF((dir / "b.pdf").string().c_str()), 1);
   std::filesystem::rename(dir / "a.pdf", dir / "c.pdf");
-  sorrelin::WideString const moved = sorrelin::ToWide((dir / "c.pdf").c_str());
+  sorrelin::WideString const moved = sorrelin::ToWide((dir / "c.pdf").string().c_str());
   sorrelin::FileChannel* const channel =
       sorrelin::ChannelOpenFile(moved.c_str(), 0x40000000u, 1, nullptr, 3, 0, nullptr);
   EXPECT_NE(channel, sorrelin::InvalidChannel());
@@ -266,7 +266,7 @@ TEST(CreateFinish, CreateOnAnOpenSessionClosesTheFirstTarget) {
 TEST(CreateFinish, FinishOnAFileStoresNoMemoryDocument) {
   TempDir const dir;
   auto const session = std::make_unique<CCreatePDF>();
-  session->CreatePDF((dir / "a.pdf").c_str());
+  session->CreatePDF((dir / "a.pdf").string().c_str());
   int64_t data = 99;
   DWORD size = 99;
   EXPECT_EQ(session->FinishPDFInMemory(&data, &size), 1);
@@ -281,7 +281,7 @@ TEST(CreateFinish, ClearsAnOlderError) {
   EXPECT_EQ(document->PDF_GetLastError(), 0u);
   TempDir const dir;
   auto const session = std::make_unique<CCreatePDF>();
-  EXPECT_EQ(session->CreatePDF((dir / "a.pdf").c_str()), 1);
+  EXPECT_EQ(session->CreatePDF((dir / "a.pdf").string().c_str()), 1);
   EXPECT_EQ(session->PDF_GetLastError(), 0u);
   session->ClosePDFFile();
 }
@@ -289,7 +289,8 @@ TEST(CreateFinish, ClearsAnOlderError) {
 TEST(CreateFinish, NamesBeyondAsciiReachTheDisk) {
   TempDir const dir;
   auto const session = std::make_unique<CCreatePDF>();
-  ASSERT_EQ(session->CreatePDF((dir / "\xC3\xA4\xE2\x82\xAC\xF0\x9F\x98\x80.pdf").c_str()), 1);
+  ASSERT_EQ(session->CreatePDF((dir / "\xC3\xA4\xE2\x82\xAC\xF0\x9F\x98\x80.pdf").string().c_str()),
+            1);
   session->FinishPDF();
   EXPECT_TRUE(std::filesystem::exists(dir / "\xC3\xA4\xE2\x82\xAC\xF0\x9F\x98\x80.pdf"));
 }
@@ -309,7 +310,7 @@ EndOfAFile EndOf(std::string const& name) {
 
 TEST(CreateFinish, EndThatWasCutAnywhereCanNeverBeFinished) {
   TempDir const dir;
-  std::string const name = dir / "a.pdf";
+  std::string const name = (dir / "a.pdf").string();
   EndOfAFile const whole = EndOf(name);
   ASSERT_LT(whole.begin, whole.end);
   for (size_t bytes = whole.begin; bytes < whole.end; ++bytes) {
@@ -346,7 +347,7 @@ TEST(CreateFinish, FailedFinishInMemoryStoresNothing) {
 
 TEST(CreateFinish, OpeningATargetAloneKeepsAnOlderCode) {
   TempDir const dir;
-  std::string const name = dir / "a.pdf";
+  std::string const name = (dir / "a.pdf").string();
   auto const session = std::make_unique<CCreatePDF>();
   session->PDF_SetLastError(20);
   for (DWORD const update : {0u, 1u}) {

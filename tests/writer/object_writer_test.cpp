@@ -328,7 +328,7 @@ CutLine WriteLineInto(std::string const& name, rlim_t room) {
 
 TEST(ObjectWriter, OffsetOfACutLineMovesForWhatWasTried) {
   test::TempDir const dir;
-  std::string const name = dir / "cut";
+  std::string const name = (dir / "cut").string();
   for (rlim_t room = 0; room <= 4; ++room) {
     int const code = test::InChild([&] {
       CutLine const line = WriteLineInto(name, room);
@@ -347,7 +347,7 @@ TEST(ObjectWriter, OffsetOfACutLineMovesForWhatWasTried) {
 
 TEST(ObjectWriter, OffsetMovesByBothBytesOfALineEndThatFails) {
   test::TempDir const dir;
-  std::string const name = dir / "a";
+  std::string const name = (dir / "a").string();
   for (size_t bytes = 0; bytes < 2; ++bytes) {
     std::filesystem::remove(name);
     auto const session = std::make_unique<CCreatePDF>();

@@ -307,7 +307,7 @@ TEST(PageAssembly, FailedWriteOfTheProcSetFailsThePage) {
 // Kept: the palette's object clears the code, and a write that failed before it is forgotten.
 TEST(PageAssembly, FailedWriteOfTheProcSetIsForgottenAtThePalette) {
   test::TempDir const dir;
-  std::string const name = dir / "8.pdf";
+  std::string const name = (dir / "8.pdf").string();
   EXPECT_EQ(test::InChild([&] { return SaveWithAFailedProcSet(name, 8); }), 100);
 }
 

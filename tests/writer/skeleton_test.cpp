@@ -94,8 +94,8 @@ TEST(Skeleton, NullCreatorReadsAsTheBannersFirstByte) {
       std::string(kInfoWithoutTitle) + "/Title (Converted Document)\n>>\nendobj\n";
   expected.replace(expected.find("(me)"), 4, "(P)");
   EXPECT_EQ(WithoutDate(document.Text()), expected);
-  EXPECT_EQ(std::u16string(SessionProbe::Creator(document.session())),
-            u"PDF Printer Driver, Sorrelin 13.1");
+  EXPECT_EQ(sorrelin::WideString(SessionProbe::Creator(document.session())),
+            SORRELIN_TEXT("PDF Printer Driver, Sorrelin 13.1"));
 }
 
 struct StringLimit {

@@ -180,7 +180,7 @@ TEST_F(UpdateFailure, ObjectsInObjectStreamsAre25InAFileAndInMemory) {
 }
 
 TEST_F(UpdateFailure, TargetsThatCannotBeOpenedAre1AndLeaveNoChannel) {
-  EXPECT_EQ(session_->CreatePDF(dir_.path().c_str()), 0);
+  EXPECT_EQ(session_->CreatePDF(dir_.path().string().c_str()), 0);
   EXPECT_EQ(session_->PDF_GetLastError(), 1u);
   EXPECT_EQ(GetLastError(), ERROR_ACCESS_DENIED);
   EXPECT_EQ(session_->FinishPDF(), 0);
