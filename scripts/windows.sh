@@ -1,15 +1,104 @@
 #!/usr/bin/env bash
-# Builds the library for Windows with mingw-w64 and, if Wine is at hand, runs the tests that Windows
-# has of its own, on a desktop without a screen. Debian packages: g++-mingw-w64-x86-64
-# libz-mingw-w64-dev googletest wine64.
+# Everything that must hold on Windows, from a bare clone: builds what is needed with mingw-w64, runs
+# the tests under Wine, compares what the library writes and reads there with this system, and packs
+# a zip that is then used as a stranger would. The last lines count what ran.
+# usage: scripts/windows.sh [x86_64|i686]
+#        scripts/windows.sh quick   a part in a few minutes, with what is installed and built already:
+#                                   the library, the codecs, a few tests and a short comparison
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
-cmake --preset windows
-cmake --build --preset windows
-if command -v wine >/dev/null; then
-  export WINEPREFIX=$PWD/build/windows/wine WINEDEBUG=-all
-  wine reg add 'HKCU\Software\Wine\Drivers' /v Graphics /d null /f >/dev/null
-  wineserver -w
+processor=${1:-x86_64}
+quick=no
+if [ "$processor" = quick ]; then quick=yes processor=x86_64; fi
+cache=${SORRELIN_WINDOWS_CACHE:-${XDG_CACHE_HOME:-$HOME/.cache}/sorrelin-windows}
+parts=$cache/$processor-w64-mingw32
+build=build/windows
+if [ "$processor" = i686 ]; then build=build/windows32; fi
+if command -v ccache >/dev/null; then
+  export CMAKE_C_COMPILER_LAUNCHER=ccache CMAKE_CXX_COMPILER_LAUNCHER=ccache
+  export CCACHE_SLOPPINESS=pch_defines,time_macros
 fi
-ctest --preset windows
+documents=500
+targets=()
+tests=.
+if [ "$quick" = yes ]; then
+  documents=50
+  targets=(--target sorrelin cadwick rennick compare_systems system_test sibling_loading_test)
+  tests='^(system_test|sibling_loading_test|windows_library_test)'
+fi
+
+build_for_windows() {
+  cmake --preset windows -B "$build" -DSORRELIN_WINDOWS_PROCESSOR="$processor" \
+    -DSORRELIN_WINDOWS_PARTS="$parts"
+  cmake --build "$build" "${targets[@]}"
+}
+
+# A desktop without a screen.
+start_wine() {
+  command -v wine >/dev/null || return 1
+  export WINEPREFIX=$PWD/$build/wine WINEDEBUG=-all
+  wine reg add 'HKCU\Software\Wine\Drivers' /v Graphics /d null /f >/dev/null 2>&1 || return 1
+  wineserver -w
+}
+
+# The program of this system: that of the tests where they have just been built.
+build_here() {
+  here=build/bench
+  if [ "$quick" = yes ] && [ -x "$here/bin/compare_systems" ]; then return; fi
+  here=build/windows-here
+  cmake -S . -B "$here" -G Ninja -DCMAKE_BUILD_TYPE=Release -DSORRELIN_BUILD_TOOL=OFF \
+    -DSORRELIN_AVERNA=OFF -DSORRELIN_BUILD_EXAMPLES=OFF -DSORRELIN_BUILD_TESTS=OFF \
+    -DSORRELIN_BUILD_COMPARISON=ON -DSORRELIN_INSTALL=OFF >/dev/null
+  cmake --build "$here" --target compare_systems cadwick rennick
+}
+
+# Both print the same, or the first lines that differ are shown.
+compare_systems() {
+  build_here
+  "$here/bin/compare_systems" "$documents" 1 | sed 's/Sorrelin DLLMain end//g' >"$build/here.txt"
+  WINEPATH=$build/lib wine "$build/bin/compare_systems.exe" "$documents" 1 | tr -d '\r' |
+    sed 's/Sorrelin DLLMain end//g' >"$build/there.txt"
+  [ "$(wc -l <"$build/there.txt")" -gt "$documents" ]
+  diff "$build/here.txt" "$build/there.txt" | head -n 20
+  cmp "$build/here.txt" "$build/there.txt"
+}
+
+pack_zip() {
+  local name stage
+  name=sorrelin-$(sed -n 's/^project(sorrelin VERSION \([0-9.]*\)/\1/p' CMakeLists.txt)-windows-$processor
+  stage=$build/package/$name
+  rm -rf "$build/package"
+  cmake --install "$build" --prefix "$PWD/$stage" --strip >/dev/null
+  (cd "$build/package" && cmake -E tar cf "../$name.zip" --format=zip "$name")
+  zip=$build/$name.zip
+}
+
+# Numbers of tests in the tree and under Wine, and what is left out.
+count_tests() {
+  local all run
+  all=$(grep -rhcE '^TEST(_F|_P)?\(' tests --include='*.cpp' | paste -sd+ | bc)
+  run=$(sed -n 's/^<testsuites tests="\([0-9]*\)".*/\1/p' "$build"/reports/*.xml | paste -sd+ | bc)
+  echo "$all tests are in the tree, $run of them ran under Wine; left out:"
+  grep -v '^#' tests/windows_left_out.txt
+}
+
+if [ "$quick" = no ]; then
+  scripts/packages.sh windows
+  scripts/windows_parts.sh "$processor"
+elif [ ! -f "$parts/built/tiff" ] || [ ! -f "$parts/built/leptonlib" ]; then
+  echo "the parts for Windows are not built; scripts/windows.sh builds them" >&2
+  exit 1
+fi
+build_for_windows
+start_wine || { echo "built; without Wine nothing ran" >&2; exit 1; }
+rm -rf "$build/reports"
+ctest --test-dir "$build" --output-on-failure -R "$tests" --no-tests=error
+compare_systems
+if [ "$quick" = no ]; then
+  tests/build/msvc_syntax.sh "$build"
+  pack_zip
+  tests/package/windows/use_zip.sh "$zip" examples
+  count_tests
+fi
+echo "$documents documents written and $documents read are the same on both systems"
