@@ -42,11 +42,11 @@ class EncodeJpeg : public testing::Test {
   test::EnvironmentValue temp_value_{"TMPDIR", temp_.path().string()};
 
   void* Encode(HDIB dib, std::string const& path, int quality = 0) {
-    return session_->ConvertDIB2DctJpegPDFImage(dib, size_, path.string().c_str(), quality, 7);
+    return session_->ConvertDIB2DctJpegPDFImage(dib, size_, path.c_str(), quality, 7);
   }
   void* EncodeInFile(HDIB dib, std::string const& path) {
-    return session_->ConvertDIB2DctJpegPDFImageFileW(
-        dib, size_, sorrelin::ToWide(path.string().c_str()).c_str(), 75, 7);
+    return session_->ConvertDIB2DctJpegPDFImageFileW(dib, size_,
+                                                     sorrelin::ToWide(path.c_str()).c_str(), 75, 7);
   }
   DWORD Code() { return session_->PDF_GetLastError(); }
 };
