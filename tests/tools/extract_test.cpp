@@ -377,6 +377,19 @@ TEST_F(ExtractKept, Group4BecomesTiffWithTheSameData) {
   EXPECT_NE(std::search(file.begin(), file.end(), data.begin(), data.end()), file.end());
 }
 
+TEST_F(ExtractKept, TiffOfGroup4HasTheSameDataTooAndOneOfATurnedPageItsPixels) {
+  WritePix("1.png", Noise(40, 10, 1));
+  MakeFrom("1.png", {"--compression", "g4"});
+  Keep("out.pdf");
+  ExtractAll({"--output", Path("t%d.tif")});
+  EXPECT_EQ(ReadAll(Path("t1.tif")), ReadAll(Path("k1.tif")));
+  RunProgram({"qpdf", "--rotate=+90", Out(), Path("turned.pdf")});
+  EXPECT_EQ(Run({"extract", Path("turned.pdf"), "--output", Path("r.tif")}).exit_code, 0);
+  EXPECT_TRUE(Shows("r.tif", PixPtr(pixRotate90(ReadPix("1.png").get(), 1))));
+  std::string const tags = RunProgram({"tiffinfo", Path("r.tif")}).out;
+  EXPECT_THAT(tags, Not(HasSubstr("Orientation: row 0 rhs")));
+}
+
 TEST_F(ExtractKept, JpegIsTheFileThatItIs) {
   WriteAll(Path("1.jpg"), MakeJpeg({}, [](int x, int y, int s) { return unsigned(x + y * s); }));
   MakeFrom("1.jpg");

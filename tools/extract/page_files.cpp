@@ -22,6 +22,21 @@ PictureHead HeadOf(PagePicture const& picture, DWORD number, Orientation orienta
   return head;
 }
 
+// Whether a file of this format may be the picture as it is stored. Of fax data only Group 4 is
+// what every reader of TIFF takes, and marks of orientation are what some do not.
+bool IsKeptBy(FileFormat format, KeptAs kept, PagePicture const& picture, Orientation orientation) {
+  switch (format) {
+    case FileFormat::kKeep:
+      return kept != KeptAs::kNothing;
+    case FileFormat::kJpeg:
+      return kept == KeptAs::kJpeg;
+    case FileFormat::kTiff:
+      return kept == KeptAs::kFax && picture.strips[0].fax.k < 0 && orientation == kUpright;
+    default:
+      return false;
+  }
+}
+
 }  // namespace
 
 std::unique_ptr<PageSource> PageFiles::Open(void const* context, std::string& problem) {
@@ -58,9 +73,7 @@ bool PageFiles::WriteFile(PagePicture const& picture, DWORD number, PictureSende
                           std::string& problem) {
   Orientation const orientation = options_.as_stored ? kUpright : picture.orientation;
   KeptAs const kept = KeptAsOf(picture, orientation);
-  bool const keeps =
-      kept != KeptAs::kNothing && (options_.format == FileFormat::kKeep ||
-                                   (options_.format == FileFormat::kJpeg && kept == KeptAs::kJpeg));
+  bool const keeps = IsKeptBy(options_.format, kept, picture, orientation);
   char const* const extension = keeps ? ExtensionOf(kept) : ExtensionOf(options_.format);
   ByteOutput& output = sender.Begin(HeadOf(picture, number, orientation, extension));
   if (keeps) return WriteKept(picture, kept, orientation, output, problem);
