@@ -98,12 +98,12 @@ count() { "$sorrelin" count small.pdf; }
 info_by_poppler() { pdfinfo small.pdf; }
 count_packed() { "$sorrelin" count packed.pdf; }
 packed_by_poppler() { pdfinfo packed.pdf; }
-keep_fax() { kept text; }
+keep_fax() { kept text --format keep; }
 fax_by_poppler() { images text -ccitt; }
 extract_one() { "$sorrelin" extract text.pdf --quiet --force --output all.tif; }
 extract_many() { kept text --format tiff; }
 images_by_poppler() { images text -tiff; }
-keep_photos() { kept photos; }
+keep_photos() { kept photos --format keep; }
 photos_by_poppler() { images photos -j; }
 extract_png() { kept flate --format png --jobs 1; }
 png_by_poppler() { images flate -png; }
