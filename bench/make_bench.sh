@@ -2,8 +2,8 @@
 # `sorrelin make` on 1,000 bilevel A4 scans at 300 dpi: what --jobs 2 gains over one job, and the
 # peak of memory. Makes its own inputs. make_bench.sh [BUILD [SCANS [RUNS]]]
 # The two take turns, and the best run of each counts, so that other work on the machine weighs
-# little. Then the same pages come on standard input, as one TIFF file and as PBM pictures. Fails
-# below 1.8 times one job, from 64 MiB on, or when the documents differ.
+# little. Then the same pages come on standard input, as one TIFF file and as PBM, PNG and JPEG
+# pictures in a row. Fails below 1.8 times one job, from 64 MiB on, or when the documents differ.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 build=${1:-build/bench}
@@ -57,7 +57,10 @@ tens=()
 for ((n = 0; n < scans; n += 10)); do tens+=("$folder/ten.tif"); done
 tiffcp -c none "${tens[@]}" "$folder/stream.tif"
 for ((n = 0; n < scans; ++n)); do cat "$folder/page.pbm"; done >"$folder/stream.pbm"
-for kind in tif pbm; do
+cat "$folder"/png/*.png >"$folder/stream.png"
+gm convert "$folder/one.png" -colorspace Gray "$folder/one.jpg"
+for ((n = 0; n < scans; ++n)); do cat "$folder/one.jpg"; done >"$folder/stream.jpg"
+for kind in tif pbm png jpg; do
   read -r clock cpu kib < <("$build/bin/run_measured" "$build/bin/sorrelin" make --force \
     "$folder/stream.pdf" - --jobs 2 --quiet <"$folder/stream.$kind")
   awk -v kind="$kind" -v n="$scans" -v kib="$kib" 'BEGIN {

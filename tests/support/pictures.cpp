@@ -54,9 +54,9 @@ void DescribePage(TIFF* tiff, TiffPage const& page) {
   }
   if (page.compression == COMPRESSION_JPEG) {
     TIFFSetField(tiff, TIFFTAG_JPEGCOLORMODE, JPEGCOLORMODE_RGB);
-    if (page.photometric == PHOTOMETRIC_YCBCR) {
-      TIFFSetField(tiff, TIFFTAG_YCBCRSUBSAMPLING, page.subsampling, page.subsampling);
-    }
+  }
+  if (page.photometric == PHOTOMETRIC_YCBCR) {
+    TIFFSetField(tiff, TIFFTAG_YCBCRSUBSAMPLING, page.subsampling, page.subsampling);
   }
   if (!page.profile.empty()) {
     TIFFSetField(tiff, TIFFTAG_ICCPROFILE, static_cast<uint32_t>(page.profile.size()),

@@ -43,7 +43,7 @@ struct TiffPage {
   int extra_sample = -1;    // EXTRASAMPLE_*, or none
   std::vector<DWORD> palette = {};
   std::vector<BYTE> profile = {};
-  int subsampling = 1;  // of JPEG-coded YCbCr, both ways
+  int subsampling = 1;  // of YCbCr, both ways; without JPEG only 1
 };
 
 // Writes a file of pages; `sample(page, x, y, s)` gives the stored value of sample s.

@@ -1,5 +1,6 @@
 // Depths, inks and profiles of pictures that have to be decoded stay what they were.
 #include <png.h>
+#include <tiff.h>
 
 #include <cstring>
 
@@ -150,6 +151,59 @@ TEST_F(MakeKept, BlackAndWhitePamHasOneBit) {
   ExpectPage(9, 1, [&](int x, int) {
     return pam[pam.size() - 9 + static_cast<size_t>(x)] == 0 ? 0x000000 : 0xFFFFFF;
   });
+}
+
+// White on the left, and on the right the Lab of sRGB's pure red: 54.29, 80.81, 69.89.
+TEST_F(MakeKept, TiffOfLabBecomesRgbAndThatIsSaid) {
+  TiffPage page;
+  page.samples = 3;
+  page.compression = COMPRESSION_LZW;
+  for (int const bits : {8, 16}) {
+    for (int const photometric : {PHOTOMETRIC_CIELAB, PHOTOMETRIC_ICCLAB}) {
+      page.bits = bits;
+      page.photometric = photometric;
+      unsigned const offset = photometric == PHOTOMETRIC_ICCLAB ? 128 : 0;
+      unsigned const step = bits == 16 ? 256 : 1;
+      unsigned const most = bits == 8 ? 255 : photometric == PHOTOMETRIC_ICCLAB ? 0xFF00 : 0xFFFF;
+      WriteTiff(Path("a.tif"), {page}, [&](int, int x, int, int s) {
+        bool const white = x < 36;
+        if (s == 0) return white ? most : most * 5429 / 10000;
+        return (offset + (white ? 0u : s == 1 ? 81u : 70u)) * step;
+      });
+      EXPECT_THAT(MessagesFrom("a.tif"), HasSubstr("colours converted"));
+      EXPECT_EQ(DocumentHas("/BitsPerComponent 16"), bits == 16);
+      ExpectPage(
+          72, 36, [](int x, int) { return x < 36 ? 0xFFFFFFu : 0xFF0000u; }, 6);
+    }
+  }
+}
+
+TEST_F(MakeKept, TiffOfYcbcrBecomesRgbAndThatIsSaid) {
+  TiffPage page;
+  page.bits = 8;
+  page.samples = 3;
+  page.compression = COMPRESSION_LZW;
+  page.photometric = PHOTOMETRIC_YCBCR;
+  WriteTiff(Path("a.tif"), {page},
+            [](int, int x, int, int s) { return s == 0 ? static_cast<unsigned>(3 * x) : 128u; });
+  EXPECT_THAT(MessagesFrom("a.tif"), HasSubstr("colours converted"));
+  ExpectPage(
+      72, 36, [](int x, int) { return DWORD(3 * x) * 0x010101; }, 2);
+}
+
+TEST_F(MakeKept, UnusableProfileOfADecodedTiffIsReported) {
+  TiffPage page;
+  page.bits = 8;
+  page.samples = 3;
+  page.compression = COMPRESSION_LZW;
+  page.photometric = PHOTOMETRIC_RGB;
+  page.profile = MakeProfile(4);
+  auto const sample = [](int, int x, int, int s) { return static_cast<unsigned>(x + s); };
+  WriteTiff(Path("a.tif"), {page}, sample);
+  EXPECT_THAT(MessagesFrom("a.tif"), HasSubstr("colour profile left out"));
+  page.profile = MakeProfile(3);
+  WriteTiff(Path("a.tif"), {page}, sample);
+  ExpectProfile(MessagesFrom("a.tif"), page.profile);
 }
 
 TEST_F(MakeKept, WebpKeepsItsProfile) {

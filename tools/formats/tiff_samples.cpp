@@ -8,6 +8,7 @@
 
 #include "tools/formats/blend.h"
 #include "tools/formats/tiff_fields.h"
+#include "tools/formats/tiff_lab.h"
 
 namespace sorrelin::tool {
 namespace {
@@ -56,6 +57,8 @@ std::optional<ImageColours> ColoursOf(TIFF* tiff) {
     case PHOTOMETRIC_MINISBLACK:
       return ImageColours::kGrey;
     case PHOTOMETRIC_RGB:
+    case PHOTOMETRIC_CIELAB:
+    case PHOTOMETRIC_ICCLAB:
       return ImageColours::kRgb;
     case PHOTOMETRIC_SEPARATED:
       if (ShortOf(tiff, TIFFTAG_INKSET, INKSET_CMYK) != INKSET_CMYK) return std::nullopt;
@@ -158,10 +161,12 @@ bool HasReadableSize(Layout const& layout) {
 bool HasDeepSamples(TIFF* tiff) {
   auto const colours = ColoursOf(tiff);
   uint16_t const bits = ShortOf(tiff, TIFFTAG_BITSPERSAMPLE, 1);
-  uint16_t const format = ShortOf(tiff, TIFFTAG_SAMPLEFORMAT, SAMPLEFORMAT_UINT);
+  uint16_t const format = IsLab(tiff) ? uint16_t{SAMPLEFORMAT_UINT}
+                                      : ShortOf(tiff, TIFFTAG_SAMPLEFORMAT, SAMPLEFORMAT_UINT);
   if (!colours || (bits != 8 && bits != 16) || format != SAMPLEFORMAT_UINT) return false;
   int const samples = ShortOf(tiff, TIFFTAG_SAMPLESPERPIXEL, 1), needed = ComponentsOf(*colours);
-  bool const more = bits == 16 || *colours == ImageColours::kCmyk || samples > needed;
+  bool const more =
+      bits == 16 || *colours == ImageColours::kCmyk || samples > needed || IsLab(tiff);
   return samples >= needed && more;
 }
 
@@ -169,8 +174,12 @@ std::optional<Samples> ReadTiffSamples(TIFF* tiff, Changes& changes) {
   Layout const layout = LayoutOf(tiff);
   auto const colours = ColoursOf(tiff);
   if (!colours || !HasReadableSize(layout)) return std::nullopt;
-  std::vector<BYTE> const pixels = PixelReader(tiff, layout).Read();
+  std::vector<BYTE> pixels = PixelReader(tiff, layout).Read();
   if (pixels.empty()) return std::nullopt;
+  if (IsLab(tiff)) {
+    changes.Add(Change::kColours);
+    if (!LabToRgb(tiff, layout.samples, layout.sample_bytes, pixels)) return std::nullopt;
+  }
   DeepPixels deep;
   deep.colours = *colours;
   deep.samples = static_cast<int>(layout.samples);

@@ -1,4 +1,4 @@
-// TIFF pages of 16 bits a sample, of four inks, and with samples beyond their colours.
+// TIFF pages of 16 bits a sample, of four inks or Lab, and with samples beyond their colours.
 #ifndef TOOLS_FORMATS_TIFF_SAMPLES_H_
 #define TOOLS_FORMATS_TIFF_SAMPLES_H_
 

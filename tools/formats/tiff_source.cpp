@@ -16,6 +16,7 @@
 #include "tools/formats/tiff_bilevel.h"
 #include "tools/formats/tiff_colours.h"
 #include "tools/formats/tiff_fields.h"
+#include "tools/formats/tiff_lab.h"
 #include "tools/formats/tiff_messages.h"
 #include "tools/formats/tiff_samples.h"
 #include "tools/formats/tiff_stored.h"
@@ -107,6 +108,8 @@ class TiffSource : public ImageSource {
     }
     if (!picture) return std::nullopt;
     picture->changes.Add(facts->changes);
+    bool const lost_profile = facts->has_profile && picture->profile == nullptr;
+    if (lost_profile) picture->changes.Add(Change::kProfile);
     picture->damage = messages.damage();
     return picture;
   }
@@ -121,9 +124,25 @@ class TiffSource : public ImageSource {
     bool bilevel_strips = false;
     bool deep = false;     // more than the picture library keeps
     Resolution dpi;        // upright
-    ProfileBytes profile;  // null: none
+    ProfileBytes profile;  // null: none that fits
+    bool has_profile = false;
     Changes changes;
   };
+
+  // Whether decoding makes RGB of other colours. Those of JPEG data are a part of their coding.
+  static bool BecomesRgb(PageFacts const& facts) {
+    switch (facts.photometric) {
+      case PHOTOMETRIC_MINISWHITE:
+      case PHOTOMETRIC_MINISBLACK:
+      case PHOTOMETRIC_RGB:
+      case PHOTOMETRIC_PALETTE:
+        return false;
+      case PHOTOMETRIC_YCBCR:
+        return !facts.lossy;
+      default:
+        return !facts.deep;
+    }
+  }
 
   // Smaller copies of pages, and masks of their shape, are no pages.
   void AddPage() {
@@ -156,6 +175,8 @@ class TiffSource : public ImageSource {
     if (drops) facts.changes.Add(Change::kExtraSamples);
     bool const grey = facts.photometric <= PHOTOMETRIC_MINISBLACK;
     facts.profile = ProfileOf(tiff_.get(), grey ? 1 : 3);
+    facts.has_profile = HasProfile(tiff_.get());
+    if (BecomesRgb(facts)) facts.changes.Add(Change::kColours);
     return facts;
   }
 
@@ -206,6 +227,7 @@ class TiffSource : public ImageSource {
     picture.orientation = OrientationOf(tiff_.get());
     picture.dpi = ResolutionOf(tiff_.get());
     picture.from_jpeg = IsStoredWithLoss(tiff_.get());
+    if (IsLab(tiff_.get())) return picture;
     picture.profile = ProfileOf(tiff_.get(), picture.samples->Components());
     return picture;
   }
