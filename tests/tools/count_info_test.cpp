@@ -154,6 +154,31 @@ TEST_F(CountAndInfo, PasswordComesFromAFile) {
   EXPECT_EQ(Run({"info", Path("e.pdf"), "--password-file", Path("none")}).exit_code, 2);
 }
 
+TEST_F(CountAndInfo, PasswordOpensDocumentsOfEveryEncryption) {
+  MakeTwo();
+  WriteAll(Path("right"), {'s', 'e', 'c', 'r', 'e', 't', '\n'});
+  WriteAll(Path("wrong"), {'s', 'e', 'c', 'r', 'e', 't', 's', '\n'});
+  std::vector<std::string> const verbs[] = {{"info"},
+                                            {"extract", "--force", "--output", Path("x%d.png")}};
+  for (std::string const way : {"40", "128 --use-aes=n", "128 --use-aes=y", "256"}) {
+    RunProgram({"sh", "-c",
+                "qpdf --warning-exit-0 --allow-weak-crypto --encrypt secret owner " + way +
+                    " -- '" + Out() + "' '" + Path("e.pdf") + "'"});
+    EXPECT_EQ(Run({"count", Path("e.pdf")}).out, "2\n") << way;
+    for (std::vector<std::string> arguments : verbs) {
+      arguments.push_back(Path("e.pdf"));
+      ProgramResult const closed = Run(arguments);
+      EXPECT_EQ(closed.exit_code, 1) << way;
+      EXPECT_THAT(closed.err, HasSubstr("e.pdf: is encrypted"));
+      arguments.insert(arguments.end(), {"--password-file", Path("wrong")});
+      EXPECT_EQ(Run(arguments).exit_code, 1) << way;
+      arguments.back() = Path("right");
+      ProgramResult const open = Run(arguments);
+      EXPECT_EQ(open.exit_code, 0) << way << open.err;
+    }
+  }
+}
+
 // The stated number may be far beyond the pages that there are.
 TEST_F(CountAndInfo, PagesThatAreNotListedAreToldAtOnce) {
   PdfBuilder pdf;

@@ -3,16 +3,20 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <signal.h>
 #include <sorrelin/platform/process.h>
+#include <sys/resource.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <cstdlib>
+#include <new>
 #include <numeric>
 #include <thread>
 
+#include "tools/cli/messages.h"
 #include "tools/documents/child.h"
 
 namespace sorrelin::tool {
@@ -153,6 +157,69 @@ TEST(PageTransfer, ChildWithoutItsFinalMessageHasFailed) {
   EXPECT_TRUE(TransferPages(OpenOne, &leave, target, problem));
   EXPECT_THAT(target.log, ElementsAre("start 1", std::string("0 ") + kSilentReader));
 }
+
+struct EndOfChild {
+  char const* name;
+  void (*end)();
+  char const* problem;
+};
+
+// Each later write of the child fails.
+void CloseAllFiles() {
+  constexpr int kFirst = 3;
+  constexpr int kMost = 256;
+  for (int descriptor = kFirst; descriptor < kMost; ++descriptor) close(descriptor);
+}
+
+void UseUpTime() {
+  rlimit const second = {1, 1};
+  setrlimit(RLIMIT_CPU, &second);
+  for (std::atomic<unsigned> turns = 0;; ++turns) {
+  }
+}
+
+constexpr EndOfChild kEnds[] = {
+    {"Killed", [] { raise(SIGKILL); }, kEndedReader},
+    {"Crashed", [] { raise(SIGSEGV); }, kEndedReader},
+    {"Aborted", [] { std::abort(); }, kEndedReader},
+    {"OutOfTime", UseUpTime, kEndedReader},
+    {"Failed", [] { _exit(3); }, kEndedReader},
+    {"OutOfMemory", [] { throw std::bad_alloc(); }, kMemoryProblem},
+    {"Left", [] { _exit(EXIT_SUCCESS); }, kSilentReader},
+    {"Unheard", CloseAllFiles, kSilentReader},
+};
+
+class ChildThatEnds : public ::testing::TestWithParam<EndOfChild> {
+ protected:
+  void SetUp() override { end = GetParam().end; }
+  static void (*end)();
+};
+void (*ChildThatEnds::end)() = nullptr;
+
+TEST_P(ChildThatEnds, FailsItsPageInTheMidstOfAPicture) {
+  ReadOne const read = [](PictureSender& sender) {
+    sender.Begin({}).Write(FileOf(0));
+    end();
+    sender.End();
+  };
+  Target target;
+  std::string problem;
+  TransferPages(OpenOne, &read, target, problem);
+  EXPECT_THAT(target.log, ElementsAre("start 1", std::string("0 ") + GetParam().problem));
+}
+
+TEST_P(ChildThatEnds, AnswersNothing) {
+  auto const answer = [](std::string&) {
+    end();
+    return std::optional<std::string>("yes");
+  };
+  std::string problem;
+  EXPECT_EQ(AskChild(answer, problem), std::nullopt);
+  EXPECT_EQ(problem, GetParam().problem);
+}
+
+INSTANTIATE_TEST_SUITE_P(Ends, ChildThatEnds, ::testing::ValuesIn(kEnds),
+                         [](auto const& end) { return end.param.name; });
 
 TEST(PageTransfer, ChildThatSaysNothingHasFailed) {
   auto const open = [](void const*, std::string&) -> std::unique_ptr<PageSource> {
