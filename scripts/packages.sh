@@ -9,7 +9,7 @@ packages=(
   zlib1g-dev libtiff-dev libjpeg62-turbo-dev libturbojpeg0-dev libpng-dev libutfcpp-dev
   libdeflate-dev liblcms2-dev libqpdf-dev libwebp-dev librapidxml-dev libleptonica-dev
   libcli11-dev)
-optional=(libtesseract-dev libopenjp2-7-dev libjbig2dec0-dev libheif-dev)
+optional=(libtesseract-dev libopenjp2-7-dev libjbig2dec0-dev libheif-dev libsane-dev)
 viewers=(ghostscript graphicsmagick mupdf-tools poppler-utils)
 packaging=(build-essential debhelper dh-python doxygen lintian mmdebstrap python3)
 cluster=(slurm-wlm munge python3-distributed parallel procps util-linux)

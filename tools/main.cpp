@@ -58,6 +58,7 @@ int ParseAndRun(int argc, char** argv) {
   AddInfo(program);
   AddExtract(program);
   AddOcrVerb(program);
+  AddScan(program);
   AddWords(program);
   program.Footer(R"(
 The verb comes first, then the document, then the pictures; options may be

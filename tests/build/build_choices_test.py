@@ -110,7 +110,8 @@ class Parts(BuildTest):
 
     def test_a_program_without_any_optional_part_can_be_built(self):
         self.assertTrue(self.configure("-DSORRELIN_PARTS=OFF"), self.output)
-        for part in ("Group 4", "JPEG (rennick)", "OCR", "JBIG2", "JPEG 2000", "HEIC"):
+        for part in ("Group 4", "JPEG (rennick)", "OCR", "JBIG2", "JPEG 2000", "HEIC",
+                     "Scanners"):
             self.assertEqual(self.row(part)[1], "off")
         sources = {pathlib.Path(command["file"]).name for command in self.commands}
         self.assertTrue({"main.cpp", "jpeg2000_missing.cpp"} <= sources)

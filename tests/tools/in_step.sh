@@ -40,6 +40,7 @@ manual_options() {
       option = substr(line, RSTART, RLENGTH)
       if (section == verb) print option
       if (section == "pages" && (verb == "make" || verb == "append")) print option
+      if (section == "pages" && verb == "scan" && option !~ /^--(recursive|sort|jobs|json|verbose)$/) print option
       if (section == "general" && (verb == "" || option == "--help")) print option
     }' "$manual"
 }
@@ -90,7 +91,7 @@ for verb in '' $verbs; do
   options=$(help_options $verb)
   same "manual: $verb" "$options" "$(manual_options "$verb")"
   same "bash: $verb" "$options" "$(bash_offers sorrelin $verb --)"
-  same "zsh: $verb" "$options" "$(zsh_offers sorrelin $verb -- | grep -oE '^--[a-z-]+')"
+  same "zsh: $verb" "$options" "$(zsh_offers sorrelin $verb -- | grep -oE '^[*]?--[a-z-]+' | tr -d '*')"
   same "fish: $verb" "$options" "$(fish_offers sorrelin $verb --)"
 done
 

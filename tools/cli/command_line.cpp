@@ -56,9 +56,23 @@ void Verb::Argument(std::string const& name, std::vector<std::string>& target,
   parser_.add_option(name, target, help)->required()->type_name("");
 }
 
+void Verb::OptionalArgument(std::string const& name, std::string& target, std::string const& help) {
+  parser_.add_option(name, target, help)->type_name("");
+}
+
 void Verb::Option(std::string const& name, std::string const& type, std::string const& help,
                   Parser parser) {
   parser_.add_option_function<std::string>(name, std::move(parser), help)->type_name(type);
+}
+
+void Verb::RepeatedOption(std::string const& name, std::string const& type, std::string const& help,
+                          Parser parser) {
+  auto const parse_all = [parser = std::move(parser)](std::vector<std::string> const& texts) {
+    for (std::string const& text : texts) parser(text);
+  };
+  parser_.add_option_function<std::vector<std::string>>(name, parse_all, help)
+      ->type_name(type)
+      ->allow_extra_args(false);
 }
 
 void Verb::Number(std::string const& name, int& target, int least, int most,

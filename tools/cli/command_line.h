@@ -38,9 +38,15 @@ class Verb {
   void Argument(std::string const& name, std::string& target, std::string const& help);
   void Argument(std::string const& name, std::vector<std::string>& target, std::string const& help);
 
+  // The same for one that may be left out.
+  void OptionalArgument(std::string const& name, std::string& target, std::string const& help);
+
   // "--name TYPE", if it is there.
   void Option(std::string const& name, std::string const& type, std::string const& help,
               Parser parser);
+  // The same for one that may be there several times.
+  void RepeatedOption(std::string const& name, std::string const& type, std::string const& help,
+                      Parser parser);
   // "--name N", a number from `least` to `most`.
   void Number(std::string const& name, int& target, int least, int most, std::string const& help);
   // "--name".

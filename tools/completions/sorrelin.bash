@@ -8,6 +8,9 @@ _sorrelin_options() {
     append) echo "--help $_sorrelin_pages --in-place --no-rewrite" ;;
     batch) echo '--help --jobs --results --shard --force --quiet' ;;
     count) echo '--help' ;;
+    scan)
+      echo '--help --list --device --source --mode --resolution --option --prompt --dpi --default-dpi --page --fit --border --rotate --compression --quality --deskew --clean --skip-blank --plain --keep-damaged --ocr --orientation --timeout --quiet'
+      ;;
     info) echo '--help --json --password-file' ;;
     extract)
       echo '--help --pages --output --format --all --as-stored --password-file --jobs --force --json --quiet'
@@ -31,6 +34,8 @@ _sorrelin_values() {
     --dpi | --default-dpi) echo '150 200 300 600' ;;
     --language | --ocr) echo 'auto eng' ;;
     --orientation) echo 'auto keep' ;;
+    --source) echo 'flatbed adf duplex' ;;
+    --mode) echo 'bilevel grey colour' ;;
   esac
 }
 
@@ -39,8 +44,8 @@ _sorrelin() {
   COMPREPLY=()
   if [ "$COMP_CWORD" -gt 1 ]; then verb=${COMP_WORDS[1]}; fi
   case $before in
-    --title | --author | --subject | --keywords | --quality | --jobs | --pages | --timeout | --psm | --shard) return ;;
-    --compression | --fit | --border | --rotate | --page | --sort | --format | --dpi | --default-dpi | --language | --ocr | --orientation)
+    --title | --author | --subject | --keywords | --quality | --jobs | --pages | --timeout | --psm | --shard | --device | --resolution | --option) return ;;
+    --compression | --fit | --border | --rotate | --page | --sort | --format | --dpi | --default-dpi | --language | --ocr | --orientation | --source | --mode)
       COMPREPLY=($(compgen -W "$(_sorrelin_values "$before" "$verb")" -- "$word"))
       return
       ;;
@@ -48,7 +53,7 @@ _sorrelin() {
   if [[ $word == -* ]]; then
     COMPREPLY=($(compgen -W "$(_sorrelin_options "$verb")" -- "$word"))
   elif [ -z "$verb" ]; then
-    COMPREPLY=($(compgen -W 'make append batch count info extract ocr words' -- "$word"))
+    COMPREPLY=($(compgen -W 'make append batch count info extract ocr scan words' -- "$word"))
   else
     local IFS=$'\n'
     COMPREPLY=($(compgen -f -- "$word"))

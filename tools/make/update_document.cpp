@@ -20,6 +20,7 @@
 #include "tools/documents/file_hold.h"
 #include "tools/documents/open_document.h"
 #include "tools/make/add_texts.h"
+#include "tools/make/make_document.h"
 #include "tools/make/page_adder.h"
 
 namespace sorrelin::tool {
@@ -240,5 +241,21 @@ class Update {
 }  // namespace
 
 int UpdateDocument(UpdateOptions const& options) { return Update(options).Run(); }
+
+int AppendPages(UpdateOptions const& options) {
+  std::string const& name = options.pages.output;
+  std::error_code error;
+  fs::file_status const status = fs::status(name, error);
+  if (fs::is_symlink(fs::symlink_status(name, error)) && !fs::exists(status)) {
+    PrintProblem(name, "is a link to a file that does not exist (remove it, or name the file)");
+    return kExitFailure;
+  }
+  if (status.type() == fs::file_type::not_found) return MakeDocument({options.pages, {}, false});
+  if (fs::exists(status) && status.type() != fs::file_type::regular) {
+    PrintProblem(name, "is not a regular file (choose another name)");
+    return kExitFailure;
+  }
+  return UpdateDocument(options);
+}
 
 }  // namespace sorrelin::tool

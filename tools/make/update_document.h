@@ -18,6 +18,9 @@ struct UpdateOptions {
 // the change would damage is rewritten first, in the copy, or left alone where that is not wanted.
 int UpdateDocument(UpdateOptions const& options);
 
+// The same, or makes the document if it does not exist.
+int AppendPages(UpdateOptions const& options);
+
 }  // namespace sorrelin::tool
 
 #endif  // TOOLS_MAKE_UPDATE_DOCUMENT_H_

@@ -1,11 +1,7 @@
 // sorrelin append: the pictures of the files as further pages of a document.
-#include <filesystem>
 #include <memory>
 #include <string>
-#include <system_error>
 
-#include "tools/cli/messages.h"
-#include "tools/make/make_document.h"
 #include "tools/make/page_options.h"
 #include "tools/make/update_document.h"
 #include "tools/verbs/verbs.h"
@@ -13,25 +9,7 @@
 namespace sorrelin::tool {
 namespace {
 
-namespace fs = std::filesystem;
-
 constexpr char kName[] = "DOC";
-
-int Append(UpdateOptions const& options) {
-  std::string const& name = options.pages.output;
-  std::error_code error;
-  fs::file_status const status = fs::status(name, error);
-  if (fs::is_symlink(fs::symlink_status(name, error)) && !fs::exists(status)) {
-    PrintProblem(name, "is a link to a file that does not exist (remove it, or name the file)");
-    return kExitFailure;
-  }
-  if (status.type() == fs::file_type::not_found) return MakeDocument({options.pages, {}, false});
-  if (fs::exists(status) && status.type() != fs::file_type::regular) {
-    PrintProblem(name, "is not a regular file (choose another name)");
-    return kExitFailure;
-  }
-  return UpdateDocument(options);
-}
 
 constexpr char kFooter[] =
     R"(
@@ -76,7 +54,7 @@ void AddAppend(Program& program) {
       throw UsageError("--in-place", "text is laid in a copy: leave it or --ocr out");
     }
     ListFiles(options->pages, kName);
-    return Append(*options);
+    return AppendPages(*options);
   });
 }
 

@@ -13,6 +13,7 @@ void AddExtract(Program& program);
 void AddInfo(Program& program);
 void AddMake(Program& program);
 void AddOcrVerb(Program& program);
+void AddScan(Program& program);
 void AddWords(Program& program);
 
 }  // namespace sorrelin::tool
