@@ -164,7 +164,8 @@ class PdfWriter:
     def add_jpeg(self, data: bytes, *, dpi: Resolution | None = None) -> None:
         """Adds a JPEG file (8 bits a sample, grey or YCbCr) as a page, byte for byte.
 
-        The document is a new one. Without `dpi` the page has the file's own resolution, or else 96 dots per inch.
+        The document is a new one. Without `dpi` the page has the file's own resolution, or else 96 dots
+        per inch.
         """
         x, y = _dots_per_inch(dpi)
         self._add_coded("pdf_AddJPEGPage", data, x, y)
