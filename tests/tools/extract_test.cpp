@@ -23,14 +23,21 @@ class ExtractRoundTrip : public ReadTest, public ::testing::WithParamInterface<W
 
 TEST_P(ExtractRoundTrip, PixelsAndResolutionAreEqual) {
   Way const way = GetParam();
-  for (int const width : {1, 7, 8, 33, 64}) {
-    PixPtr const pix = Noise(width, 10, way.depth, way.palette);
-    WritePix("in.png", pix);
-    MakeFrom("in.png", {"--force", "--compression", way.compression});
-    ExtractAll({"--output", Path("p%d.png"), "--force"});
-    EXPECT_TRUE(Shows("p1.png", pix)) << width;
-    EXPECT_EQ(pixGetXRes(ReadPix("p1.png").get()), DotsOfWholePoints(width));
-    EXPECT_EQ(pixGetYRes(ReadPix("p1.png").get()), 144);
+  std::vector<std::string> make = {"make", Out(), "--compression", way.compression};
+  std::vector<int> const widths = {1, 7, 8, 33, 64};
+  std::vector<PixPtr> pictures;
+  for (int const width : widths) {
+    pictures.push_back(Noise(width, 10, way.depth, way.palette));
+    make.push_back(Path("in" + std::to_string(width) + ".png"));
+    WritePix("in" + std::to_string(width) + ".png", pictures.back());
+  }
+  EXPECT_EQ(Run(make).exit_code, 0);
+  ExtractAll({"--output", Path("p%d.png")});
+  for (size_t i = 0; i < widths.size(); ++i) {
+    std::string const name = "p" + std::to_string(i + 1) + ".png";
+    EXPECT_TRUE(Shows(name, pictures[i])) << widths[i];
+    EXPECT_EQ(pixGetXRes(ReadPix(name).get()), DotsOfWholePoints(widths[i]));
+    EXPECT_EQ(pixGetYRes(ReadPix(name).get()), 144);
   }
 }
 
