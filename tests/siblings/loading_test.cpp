@@ -106,6 +106,16 @@ TEST(SiblingLoading, DataCodedInOneLoadAreDecodedInTheNext) {
   cadwick.Entry<mCloseFunction>("mClose")(file);
 }
 
+// A process of Windows has 1,088 places for thread-local values.
+TEST(SiblingLoading, CodecIsLoadedForEachOfManyPages) {
+  for (int page = 0; page < 1200; ++page) {
+    EncodeThroughCadwick();
+    Sibling const cadwick(SORRELIN_TEXT("Cadwick.dll"));
+    ASSERT_TRUE(cadwick.loaded()) << page;
+    cadwick.Entry<TiffErrorFunction>("TiffError")();
+  }
+}
+
 TEST(SiblingLoading, FilesLeftOpenAreGoneAfterTheNextLoad) {
   Block const block(GlobalAlloc(GHND, 1));
   {
