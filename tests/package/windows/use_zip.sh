@@ -48,7 +48,7 @@ echo "-- a path of 300 characters"
 deep=$(printf '%0150d' 1)/$(printf '%0150d' 2)
 mkdir -p "$deep"
 "$triplet-gcc-posix" -std=c11 -Wall -Wextra -Werror "$here/linked_caller.c" -o linked.exe "${flags[@]}"
-wine linked.exe "\\\\?\\$(winepath -w "$PWD/$deep")\\long.pdf"
+wine linked.exe "\\\\?\\Z:${PWD//\//\\}\\${deep//\//\\}\\long.pdf"
 [ "$(head -c 5 "$deep/long.pdf")" = "%PDF-" ]
 
 if command -v clang >/dev/null && command -v lld-link >/dev/null; then
