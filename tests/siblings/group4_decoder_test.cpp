@@ -223,7 +223,7 @@ TEST(Group4DecoderWitness, AgreesOnRandomData) {
   for (int turn = 0; turn < 3000; ++turn) {
     Data data(1 + random() % 200);
     auto const ones = static_cast<uint8_t>(random() | random());
-    for (uint8_t& byte : data) byte = static_cast<uint8_t>(random() & ones);
+    for (uint8_t& value : data) value = static_cast<uint8_t>(random() & ones);
     ExpectRowsOfTheWitness(data, 1 + static_cast<int32_t>(random() % 300), 50);
     ASSERT_FALSE(testing::Test::HasFatalFailure()) << turn;
   }
