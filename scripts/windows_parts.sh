@@ -123,7 +123,7 @@ build_openjpeg2() {
 }
 
 build_leptonlib() {
-  by_cmake -DBUILD_PROG=OFF -DSW_BUILD=OFF -DENABLE_OPENJPEG=ON
+  by_cmake -DBUILD_PROG=OFF -DSW_BUILD=OFF -DENABLE_OPENJPEG=ON -DCMAKE_C_FLAGS=-DOPJ_STATIC
   # What it needs is left out there.
   sed -i 's/^Libs.private:.*/Libs.private: -lgif\nRequires.private: libtiff-4 libpng libwebp libopenjp2/' \
     "$prefix/lib/pkgconfig/lept.pc"
