@@ -42,8 +42,7 @@ function(sorrelin_run_under_wine target)
     return()
   endif()
   add_test(NAME ${target}
-    COMMAND ${target} --gtest_filter=-${SORRELIN_LEFT_OUT_TESTS}
-      --gtest_output=xml:${PROJECT_BINARY_DIR}/reports/)
+    COMMAND ${target} --gtest_filter=-${SORRELIN_LEFT_OUT_TESTS})
   set_tests_properties(${target} PROPERTIES
     TIMEOUT 600
     ENVIRONMENT "WINEPATH=${CMAKE_LIBRARY_OUTPUT_DIRECTORY}")
