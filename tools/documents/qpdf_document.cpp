@@ -5,7 +5,6 @@
 #include <cerrno>
 #include <filesystem>
 #include <fstream>
-#include <mutex>
 #include <new>
 #include <qpdf/QPDFExc.hh>
 #include <qpdf/QPDFLogger.hh>
@@ -108,8 +107,10 @@ void QpdfDocument::BoundObjectStreams() {
 }
 
 void QpdfDocument::Prepare() {
-  static std::once_flag registered;
-  std::call_once(registered, RegisterStreamFilters);
+  // A static and no std::call_once, which ends the process if its function throws while memory is
+  // short: the C library then loads the unwinder.
+  static bool const registered = (RegisterStreamFilters(), true);
+  static_cast<void>(registered);
   // Libqpdf holds what an object stream inflates to several times over.
   constexpr uint64_t kShare = 4;
   SetObjectStreamBound(most_work_ / kShare);
