@@ -7,9 +7,11 @@
 #include <cerrno>
 #include <cstdio>
 #include <mutex>
+#include <new>
 #include <random>
 #include <set>
 #include <system_error>
+#include <utility>
 #include <vector>
 
 #include "tools/cli/messages.h"
@@ -43,11 +45,21 @@ ActiveOutput& Active() {
   return active;
 }
 
+// Removing takes memory, of which a single shortage has passed at the second try.
+constexpr int kRemovalTries = 2;
+
 // With the mutex held.
 void RemoveActive(ActiveOutput& active, fs::path const& directory) {
   if (active.directories.erase(directory) == 0) return;
-  std::error_code ignored;
-  fs::remove_all(directory, ignored);
+  for (int i = 0; i < kRemovalTries; ++i) {
+    try {
+      std::error_code error;
+      fs::remove_all(directory, error);
+      if (!error) return;
+    } catch (std::bad_alloc const&) {
+      continue;
+    }
+  }
 }
 
 fs::path TemporaryName(fs::path const& target) {
@@ -57,18 +69,21 @@ fs::path TemporaryName(fs::path const& target) {
   return target.parent_path() / name;
 }
 
-// Makes a directory that was not there, readable by its owner only, and has it removed on every way
-// out. Empty with the reason in `problem` if it cannot be made.
+// Makes a directory that was not there, readable by its owner only. It is noted before it is made,
+// so that it is removed on every way out. Empty with the reason in `problem` if it cannot be made.
 fs::path MakeDirectory(fs::path const& target, std::string& problem) {
   ActiveOutput& active = Active();
   std::lock_guard const lock(active.mutex);
   for (int i = 0; i < kNameTries; ++i) {
-    fs::path const directory = TemporaryName(target);
+    fs::path directory = TemporaryName(target);
+    auto const [noted, is_new] = active.directories.insert(directory);
+    if (!is_new) continue;
     std::error_code error;
     if (fs::create_directory(directory, error)) {
       fs::permissions(directory, fs::perms::owner_all, error);
-      return *active.directories.insert(directory).first;
+      return directory;
     }
+    active.directories.erase(noted);
     if (error) return problem = "cannot be created: " + error.message() + kPlaceRemedy, fs::path{};
   }
   return problem = std::string("cannot be created: no temporary name is free") + kPlaceRemedy,
@@ -110,9 +125,16 @@ std::unique_ptr<OutputFile> OutputFile::Open(std::string const& target, bool rep
     return nullptr;
   }
   if (!MayWrite(status, replace, problem)) return nullptr;
-  fs::path const directory = MakeDirectory(resolved, problem);
-  if (directory.empty()) return nullptr;
-  return std::unique_ptr<OutputFile>(new OutputFile(resolved, replace, directory));
+  return Made(resolved, replace, resolved, problem);
+}
+
+std::unique_ptr<OutputFile> OutputFile::Made(fs::path const& target, bool replace,
+                                             fs::path const& beside, std::string& problem) {
+  std::unique_ptr<OutputFile> output(new OutputFile(target, replace));
+  output->directory_ = MakeDirectory(beside, problem);
+  if (output->directory_.empty()) return nullptr;
+  output->path_ = output->directory_ / kDocumentName;
+  return output;
 }
 
 std::unique_ptr<OutputFile> OutputFile::OpenCopy(std::string const& target, std::string& problem) {
@@ -128,19 +150,13 @@ std::unique_ptr<OutputFile> OutputFile::OpenCopy(std::string const& target, std:
 std::unique_ptr<OutputFile> OutputFile::Temporary(std::string& problem) {
   std::error_code error;
   fs::path const temporary = fs::temp_directory_path(error);
-  fs::path const directory = error ? fs::path{} : MakeDirectory(temporary / kDocumentName, problem);
-  if (error) problem = error.message() + " (TMPDIR names the directory for temporary files)";
-  if (!directory.empty()) {
-    return std::unique_ptr<OutputFile>(new OutputFile({}, false, directory));
-  }
+  if (!error) return Made({}, false, temporary / kDocumentName, problem);
+  problem = error.message() + " (TMPDIR names the directory for temporary files)";
   return nullptr;
 }
 
-OutputFile::OutputFile(fs::path target, bool replace, fs::path const& directory)
-    : target_(std::move(target)),
-      directory_(directory),
-      path_(directory / kDocumentName),
-      replace_(replace) {}
+OutputFile::OutputFile(fs::path target, bool replace)
+    : target_(std::move(target)), replace_(replace) {}
 
 OutputFile::~OutputFile() {
   ActiveOutput& active = Active();

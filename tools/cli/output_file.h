@@ -45,7 +45,11 @@ class OutputFile {
   bool Commit(std::string& problem, Durability durability = Durability::kOnDisk);
 
  private:
-  OutputFile(std::filesystem::path target, bool replace, std::filesystem::path const& directory);
+  OutputFile(std::filesystem::path target, bool replace);
+  // With its directory in that of `beside`.
+  static std::unique_ptr<OutputFile> Made(std::filesystem::path const& target, bool replace,
+                                          std::filesystem::path const& beside,
+                                          std::string& problem);
 
   bool Rename(std::string& problem, Durability durability);
   // With the mutex held.
