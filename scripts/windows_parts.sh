@@ -13,7 +13,7 @@ cache=${SORRELIN_WINDOWS_CACHE:-${XDG_CACHE_HOME:-$HOME/.cache}/sorrelin-windows
 prefix=$cache/$triplet
 apt=$cache/apt
 toolchain=$PWD/cmake/mingw-w64.cmake
-mkdir -p "$prefix/built" "$prefix/lib/pkgconfig" "$cache/work"
+mkdir -p "$prefix/built" "$prefix/lib/pkgconfig" "$cache/build"
 # Each uses those before it.
 parts=(headers libjpeg-turbo libpng1.6 libdeflate giflib libwebp tiff openjpeg2 leptonlib lcms2
   jbig2dec qpdf)
@@ -43,7 +43,7 @@ EOF
 # the archive lacks its newest version, the one before it is taken, and said.
 unpack() {
   local package=$1 version
-  source=$cache/work/$triplet/$package
+  source=$cache/build/$triplet/$package
   [ -f "$apt/apt.conf" ] || make_source_list
   rm -rf "$source"
   mkdir -p "$source"
@@ -185,10 +185,10 @@ build() {
   echo "building $part for $triplet"
   if [ "$part" != headers ]; then unpack "$part"; fi
   # A job of its own, since a failure within `||` would not end the function.
-  "build_$part" >"$cache/work/$triplet-$part.log" 2>&1 &
+  "build_$part" >"$cache/build/$triplet-$part.log" 2>&1 &
   wait $! || {
-    tail -n 40 "$cache/work/$triplet-$part.log" >&2
-    echo "$part could not be built; the whole log is $cache/work/$triplet-$part.log" >&2
+    tail -n 40 "$cache/build/$triplet-$part.log" >&2
+    echo "$part could not be built; the whole log is $cache/build/$triplet-$part.log" >&2
     exit 1
   }
   check_format

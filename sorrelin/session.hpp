@@ -249,7 +249,7 @@ class MemoryDocument {
 struct PageCoding {
   DWORD compression = PDF_COMPRESSION_FLATE;  // one of PDF_COMPRESSION_
   int quality = -1;                           // 0 to 9 for Flate, 1 to 100 for JPEG; else a default
-  std::string library;                        // the codec library of Group 4 and JPEG
+  std::string codec;                          // the codec library of Group 4 and JPEG
 
   // As it is; any depth.
   static PageCoding Raw() { return {PDF_COMPRESSION_NONE, -1, {}}; }
@@ -258,12 +258,12 @@ struct PageCoding {
   // Without loss; 8 bits.
   static PageCoding RunLength() { return {PDF_COMPRESSION_RUN_LENGTH, -1, {}}; }
   // Without loss; 1 bit.
-  static PageCoding Group4(std::string library = "Cadwick.dll") {
-    return {PDF_COMPRESSION_CCITT, -1, std::move(library)};
+  static PageCoding Group4(std::string codec = "Cadwick.dll") {
+    return {PDF_COMPRESSION_CCITT, -1, std::move(codec)};
   }
   // With loss; 24 bits, and 8 bits of grey.
-  static PageCoding Jpeg(int quality = 75, std::string library = "Rennick.dll") {
-    return {PDF_COMPRESSION_JPEG, quality, std::move(library)};
+  static PageCoding Jpeg(int quality = 75, std::string codec = "Rennick.dll") {
+    return {PDF_COMPRESSION_JPEG, quality, std::move(codec)};
   }
 };
 
@@ -307,7 +307,7 @@ class Session {
   void AddPage(Bitmap const& picture, PageCoding const& coding = {}) {
     page_tried_ = true;
     Run([&] {
-      return pdf_SaveDIBAsColorPDFPage(handle_, picture.Handle(), coding.library.c_str(),
+      return pdf_SaveDIBAsColorPDFPage(handle_, picture.Handle(), coding.codec.c_str(),
                                        coding.compression, coding.quality);
     });
   }

@@ -20,10 +20,10 @@ Result<OwnedBlock> EncodeImage(DibView& dib, Coding const& coding, DWORD& size) 
       return EncodeRunLength(dib, size);
     case PDF_COMPRESSION_CCITT:
     case PDF_COMPRESSION_FLAG_CCITT:
-      return EncodeCcitt(dib, coding.library, size);
+      return EncodeCcitt(dib, coding.codec, size);
     case PDF_COMPRESSION_JPEG:
     case PDF_COMPRESSION_FLAG_JPEG:
-      return EncodeJpeg(dib, coding.library, coding.quality, size);
+      return EncodeJpeg(dib, coding.codec, coding.quality, size);
     default:
       return Refused(PDF_ERROR_COMPRESSION);
   }

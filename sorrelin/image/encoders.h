@@ -13,9 +13,9 @@ namespace sorrelin {
 
 // How a bitmap becomes coded bytes.
 struct Coding {
-  WCHAR const* library;  // file name of the sibling, for Group 4 and JPEG
-  DWORD compression;     // PDF_COMPRESSION_*
-  int quality;           // the zlib level, or the JPEG quality
+  WCHAR const* codec;  // file name of the sibling, for Group 4 and JPEG
+  DWORD compression;   // PDF_COMPRESSION_*
+  int quality;         // the zlib level, or the JPEG quality
 };
 
 // What a coder returns with a failure.
