@@ -43,8 +43,6 @@ Status ReadHeader(FileChannel* channel) {
   return supported ? Status::Ok() : Status::Failed(PDF_ERROR_VERSION);
 }
 
-// Where the work is used up, fetches yield nothing; rather than leave out pages and strings the
-// opening fails.
 Opening::Opening(ReaderState& reader, ObjectTable& table, PageList& pages, DocumentFacts& facts)
     : reader_(reader),
       table_(table),
@@ -52,6 +50,8 @@ Opening::Opening(ReaderState& reader, ObjectTable& table, PageList& pages, Docum
       facts_(facts),
       objects_(reader.file, reader.objects, table) {}
 
+// Where the work is used up, fetches yield nothing; rather than leave out pages and strings the
+// opening fails.
 Status Opening::Run() {
   WorkBudget& work = reader_.file.work();
   reader_.file.TakeNote();
