@@ -98,15 +98,15 @@ class Picture:
 def of_pil(image: Any, palette: Any, dpi: Resolution | None) -> tuple[
         bytes, tuple[int, int], int, Any, Resolution | None]:
     """The flat bytes, size, depth, palette and resolution of a PIL.Image."""
+    if dpi is None and "dpi" in image.info:
+        x, y = image.info["dpi"]
+        dpi = (float(x), float(y)) if x >= 1 and y >= 1 else None
     if image.mode not in ("1", "L", "P", "RGB"):
         converted = with_plain_mode(image)
         warnings.warn(f"a picture of mode {image.mode} is added as {converted.mode}", stacklevel=3)
         image = converted
     if image.mode == "P" and palette is None:
         palette = bytes(image.getpalette())
-    if dpi is None and "dpi" in image.info:
-        x, y = image.info["dpi"]
-        dpi = (float(x), float(y)) if x >= 1 and y >= 1 else None
     bits = {"1": 1, "L": 8, "P": 8, "RGB": 24}[image.mode]
     return image.tobytes(), image.size, bits, palette, dpi
 

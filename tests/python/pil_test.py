@@ -70,11 +70,14 @@ class Pictures(unittest.TestCase):
             round_trip(picture("L"))
 
     def test_the_resolution_is_the_picture_s_own(self):
-        image = PIL.Image.new("L", (100, 100))
-        image.info["dpi"] = (100, 100)
-        x, y = round_trip(image).dpi
-        self.assertAlmostEqual(x, 100, delta=0.2)
-        self.assertAlmostEqual(y, 100, delta=0.2)
+        for mode in ("L", "RGBA", "LA", "CMYK", "I;16"):
+            image = PIL.Image.new(mode, (100, 100))
+            image.info["dpi"] = (100, 100)
+            with self.subTest(mode=mode), warnings.catch_warnings():
+                warnings.simplefilter("ignore")
+                x, y = round_trip(image).dpi
+                self.assertAlmostEqual(x, 100, delta=0.2)
+                self.assertAlmostEqual(y, 100, delta=0.2)
 
 
 if __name__ == "__main__":
