@@ -25,13 +25,17 @@ struct Loaded {
   DWORD kind = 77;
 };
 
-Loaded Load(OnePage const& page) {
-  PdfBuilder pdf = page.Build();
+Loaded LoadFrom(PdfBuilder& pdf, DWORD page = 0) {
   PageDocument document(pdf);
   Loaded loaded;
-  loaded.bitmap = Block(document->LoadImageAndInfoFromPDF(0, &loaded.compression, &loaded.kind));
+  loaded.bitmap = Block(document->LoadImageAndInfoFromPDF(page, &loaded.compression, &loaded.kind));
   loaded.error = document->PDF_GetLastError();
   return loaded;
+}
+
+Loaded Load(OnePage const& page) {
+  PdfBuilder pdf = page.Build();
+  return LoadFrom(pdf);
 }
 
 TEST(ImageFilter, ImageWithoutFilterIsRaw) {
@@ -212,24 +216,20 @@ TEST(ImageFilter, OutValuesAreNotWrittenForALengthOfZero) {
 TEST(ImageFilter, ImageWithoutStreamIsCode24WhateverItsFilter) {
   PdfBuilder pdf = OnePage{.page = "/Resources <</XObject <</Im0 7 0 R >> >>"}.Build();
   pdf.Object(7, "<<" + kBilevel + "/Filter/ASCII85Decode /Length 2 >>");
-  PageDocument document(pdf);
-  DWORD compression = 77;
-  DWORD kind = 77;
-  EXPECT_EQ(document->LoadImageAndInfoFromPDF(0, &compression, &kind), nullptr);
-  EXPECT_EQ(document->PDF_GetLastError(), 24u);
-  EXPECT_EQ(compression, 77u);
-  EXPECT_EQ(kind, 77u);
+  Loaded const loaded = LoadFrom(pdf);
+  EXPECT_EQ(loaded.bitmap.get(), nullptr);
+  EXPECT_EQ(loaded.error, 24u);
+  EXPECT_EQ(loaded.compression, 77u);
+  EXPECT_EQ(loaded.kind, 77u);
 }
 
 TEST(ImageFilter, OutValuesAreNotWrittenForAPageOutOfRange) {
   PdfBuilder pdf = OnePage{.image = kBilevel}.Build();
-  PageDocument document(pdf);
-  DWORD compression = 77;
-  DWORD kind = 77;
-  EXPECT_EQ(document->LoadImageAndInfoFromPDF(1, &compression, &kind), nullptr);
-  EXPECT_EQ(document->PDF_GetLastError(), 31u);
-  EXPECT_EQ(compression, 77u);
-  EXPECT_EQ(kind, 77u);
+  Loaded const loaded = LoadFrom(pdf, 1);
+  EXPECT_EQ(loaded.bitmap.get(), nullptr);
+  EXPECT_EQ(loaded.error, 31u);
+  EXPECT_EQ(loaded.compression, 77u);
+  EXPECT_EQ(loaded.kind, 77u);
 }
 
 TEST(ImageFilter, IndexedImageOf8BitsIsOfKindTwo) {
@@ -238,13 +238,10 @@ TEST(ImageFilter, IndexedImageOf8BitsIsOfKindTwo) {
                                "/ColorSpace [/Indexed /DeviceRGB 255 6 0 R]"}
                        .Build();
   pdf.Stream(6, "", std::string(768, 'x'));
-  PageDocument document(pdf);
-  DWORD compression = 77;
-  DWORD kind = 77;
-  Block const bitmap(document->LoadImageAndInfoFromPDF(0, &compression, &kind));
-  EXPECT_EQ(ReadDib(bitmap).header.biBitCount, 8);
-  EXPECT_EQ(compression, 32u);
-  EXPECT_EQ(kind, 2u);
+  Loaded const loaded = LoadFrom(pdf);
+  EXPECT_EQ(ReadDib(loaded.bitmap).header.biBitCount, 8);
+  EXPECT_EQ(loaded.compression, 32u);
+  EXPECT_EQ(loaded.kind, 2u);
 }
 
 // Its lookup is a string, which is no palette.

@@ -20,6 +20,15 @@ Bytes OnePageDocument(ClassicOptions const& options = {}) {
   return pdf.Document();
 }
 
+// A page tree whose catalog has these keys.
+Bytes DocumentOfCatalog(std::string const& keys) {
+  PdfBuilder pdf;
+  AddPageTree(pdf, 1);
+  pdf.Object(1, "<</Type/Catalog " + keys + ">>");
+  pdf.Classic();
+  return pdf.Document();
+}
+
 class OpenAgain : public testing::Test {
  protected:
   OpenAgain() { session_->PDF_SetLastError(PDF_ERROR_NONE); }
@@ -69,14 +78,9 @@ TEST_F(OpenAgain, EmptyNameIsCode23AndAPathThatIsNotFound) {
   EXPECT_EQ(Error(), 23u);
 }
 
-// The pages root is missing from the catalog.
 TEST_F(OpenAgain, DocumentAfterOneOfAnIncompleteIndexOpens) {
-  PdfBuilder pdf;
-  AddPageTree(pdf, 1);
-  pdf.Object(1, "<</Type/Catalog >>");
-  pdf.Classic();
-  Bytes const bad = pdf.Document();
-  EXPECT_EQ(Open(bad), 0);
+  Bytes const without_pages = DocumentOfCatalog("");
+  EXPECT_EQ(Open(without_pages), 0);
   EXPECT_EQ(Error(), 1u);
   EXPECT_EQ(Open(good_), 1);
   EXPECT_EQ(TopLeft(), 'A');
@@ -103,11 +107,7 @@ TEST_F(OpenAgain, IdOfTheDocumentBeforeStaysWhereTheNextHasNoBlankInIts) {
 }
 
 TEST_F(OpenAgain, OutlinesOfTheDocumentBeforeAreForgotten) {
-  PdfBuilder pdf;
-  AddPageTree(pdf, 1);
-  pdf.Object(1, "<</Type/Catalog /Pages 2 0 R /Outlines 9 0 R >>");
-  pdf.Classic();
-  Bytes const outlined = pdf.Document();
+  Bytes const outlined = DocumentOfCatalog("/Pages 2 0 R /Outlines 9 0 R ");
   ASSERT_EQ(Open(outlined), 1);
   EXPECT_EQ(session_->GetOutlinesObjectNr(), 9u);
   ASSERT_EQ(Open(good_), 1);
