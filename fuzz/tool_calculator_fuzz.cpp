@@ -1,5 +1,5 @@
 // Programs of calculator functions.
-#include <tools/extract/calculator.h>
+#include <tools/extract/colour/calculator.h>
 
 #include "fuzz/fuzz_input.h"
 

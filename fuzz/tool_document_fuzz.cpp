@@ -1,8 +1,8 @@
 // Documents as the command-line program reads them: each page is judged, and its pictures decoded
 // and written as files of every format.
-#include <tools/extract/keep_writer.h>
-#include <tools/extract/page_judge.h>
-#include <tools/extract/picture_writer.h>
+#include <tools/extract/output/keep_writer.h>
+#include <tools/extract/output/picture_writer.h>
+#include <tools/extract/page/page_judge.h>
 
 #include <algorithm>
 

@@ -1,7 +1,7 @@
 // Fax data in every form that the program decodes.
 //
 // The input is a byte of flags, the size in pixels (2 words), then the data.
-#include <tools/extract/fax_decoder.h>
+#include <tools/extract/codings/fax_decoder.h>
 
 #include "fuzz/fuzz_input.h"
 

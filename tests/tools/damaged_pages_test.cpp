@@ -7,7 +7,7 @@
 #include "tests/support/dib_content.h"
 #include "tests/support/page_document.h"
 #include "tools/documents/qpdf_document.h"
-#include "tools/extract/page_judge.h"
+#include "tools/extract/page/page_judge.h"
 
 namespace sorrelin::tool {
 namespace {

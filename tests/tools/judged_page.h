@@ -9,7 +9,7 @@
 #include <string>
 
 #include "tests/support/page_document.h"
-#include "tools/extract/page_judge.h"
+#include "tools/extract/page/page_judge.h"
 
 namespace sorrelin::tool {
 

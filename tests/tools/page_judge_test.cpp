@@ -1,5 +1,5 @@
 // The judgement of pages, and the pixels of their pictures.
-#include "tools/extract/page_judge.h"
+#include "tools/extract/page/page_judge.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -4,7 +4,7 @@
 #include <utility>
 
 #include "tools/cli/messages.h"
-#include "tools/extract/keep_writer.h"
+#include "tools/extract/output/keep_writer.h"
 
 namespace sorrelin::tool {
 namespace {

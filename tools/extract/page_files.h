@@ -6,9 +6,9 @@
 #include <string>
 
 #include "tools/documents/qpdf_document.h"
-#include "tools/extract/page_judge.h"
+#include "tools/extract/output/picture_writer.h"
+#include "tools/extract/page/page_judge.h"
 #include "tools/extract/page_transfer.h"
-#include "tools/extract/picture_writer.h"
 
 namespace sorrelin::tool {
 

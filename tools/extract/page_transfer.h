@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "tools/extract/byte_output.h"
+#include "tools/extract/output/byte_output.h"
 #include "tools/formats/resolution.h"
 
 namespace sorrelin::tool {

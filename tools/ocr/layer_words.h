@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "tools/extract/placement.h"
+#include "tools/extract/page/placement.h"
 
 namespace sorrelin::tool {
 

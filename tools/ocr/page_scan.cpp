@@ -6,8 +6,8 @@
 
 #include "tools/cli/messages.h"
 #include "tools/documents/qpdf_document.h"
-#include "tools/extract/page_judge.h"
-#include "tools/extract/picture_builder.h"
+#include "tools/extract/output/picture_builder.h"
+#include "tools/extract/page/page_judge.h"
 #include "tools/formats/image_source.h"
 #include "tools/ocr/changeable_document.h"
 #include "tools/ocr/ocr_engine.h"

@@ -5,7 +5,7 @@
 #include <optional>
 #include <qpdf/QPDFObjectHandle.hh>
 
-#include "tools/extract/placement.h"
+#include "tools/extract/page/placement.h"
 
 namespace sorrelin::tool {
 

@@ -8,7 +8,7 @@
 #include "tools/documents/child.h"
 #include "tools/documents/password_file.h"
 #include "tools/documents/qpdf_document.h"
-#include "tools/extract/page_judge.h"
+#include "tools/extract/page/page_judge.h"
 #include "tools/verbs/verbs.h"
 
 namespace sorrelin::tool {
