@@ -23,8 +23,9 @@ before the library sees them.
 
 The library is looked for in this order: the file that the environment variable SORRELIN_LIBRARY
 names, then libsorrelin.so.13 and libsorrelin.so beside this file, then by those names as the system
-searches. It is loaded on first use. It writes a line to the process's standard output when it is
-loaded and when the process ends, unless it was built with SORRELIN_LOAD_LINE off.
+searches. On Windows it is Sorrelin.dll, beside this file or in a folder of PATH. It is loaded on
+first use. It writes a line to the process's standard output when it is loaded and when the process
+ends, unless it was built with SORRELIN_LOAD_LINE off.
 
 A writer or reader is for one thread at a time; several of them may work at the same time, as the
 interpreter's lock is released during a call.

@@ -94,12 +94,15 @@ def core_library() -> ctypes.CDLL:
 
 
 def load_library() -> ctypes.CDLL:
-    names = ["Sorrelin.dll"] if sys.platform == "win32" else ["libsorrelin.so.13",
-                                                              "libsorrelin.so"]
+    names = ["libsorrelin.so.13", "libsorrelin.so"]
+    folders = [pathlib.Path(__file__).resolve().parent]
+    if sys.platform == "win32":
+        names = ["Sorrelin.dll"]
+        # Python leaves these out of the loader's search.
+        folders += [pathlib.Path(folder).resolve() for folder in os.get_exec_path()]
     given = os.environ.get("SORRELIN_LIBRARY")
-    beside = pathlib.Path(__file__).resolve().parent
-    candidates = [given] if given else [
-        *(str(beside / name) for name in names if (beside / name).exists()), *names]
+    places = [folder / name for folder in folders for name in names]
+    candidates = [given] if given else [*(str(place) for place in places if place.exists()), *names]
     failures = []
     for candidate in candidates:
         try:

@@ -1,6 +1,7 @@
 """The Python module without NumPy: what it writes as poppler and qpdf see it, and back again."""
 
 import array
+import ctypes
 import os
 import pathlib
 import re
@@ -10,11 +11,12 @@ import sys
 import tempfile
 import threading
 import unittest
+from unittest import mock
 
 sys.modules["numpy"] = None  # an import of it fails from here on
 
 import sorrelin
-from sorrelin import Compression, PdfError, PdfReader, PdfWriter
+from sorrelin import Compression, PdfError, PdfReader, PdfWriter, _library
 
 GREY = memoryview(bytes(x * 3 % 256 for x in range(60 * 40))).cast("B", (40, 60))
 COLOUR = memoryview(bytes(x * 7 % 256 for x in range(31 * 20 * 3))).cast("B", (20, 31, 3))
@@ -397,6 +399,47 @@ class Finding(ModuleTest):
         done = self.run_with(self.folder / "none.so", self.folder)
         self.assertIn("SORRELIN_LIBRARY may name its file", done.stderr)
         self.assertIn("none.so", done.stderr)
+
+
+class OnWindows(ModuleTest):
+    """What is loaded where the system is Windows, by an interpreter that is told so."""
+
+    def setUp(self):
+        super().setUp()
+        self.module, self.programs = self.folder / "module", self.folder / "programs"
+        self.windows = mock.Mock()
+        self.loaded = mock.Mock()
+        for folder in (self.module, self.programs):
+            folder.mkdir()
+        for patch in (
+                mock.patch.object(sys, "platform", "win32"),
+                mock.patch.object(_library, "__file__", str(self.module / "_library.py")),
+                mock.patch.object(ctypes, "windll", self.windows, create=True),
+                mock.patch.object(ctypes, "CDLL", self.loaded),
+                mock.patch.dict(os.environ, {"PATH": str(self.programs)})):
+            patch.start()
+            self.addCleanup(patch.stop)
+        os.environ.pop("SORRELIN_LIBRARY", None)
+
+    def test_the_library_beside_the_module_comes_first(self):
+        for folder in (self.module, self.programs):
+            (folder / "Sorrelin.dll").touch()
+        _library.load_library()
+        self.loaded.assert_called_once_with(str(self.module / "Sorrelin.dll"))
+
+    def test_the_library_is_found_where_programs_are(self):
+        (self.programs / "Sorrelin.dll").touch()
+        _library.load_library()
+        self.loaded.assert_called_once_with(str(self.programs / "Sorrelin.dll"))
+
+    def test_the_loader_is_asked_by_the_plain_name(self):
+        _library.load_library()
+        self.loaded.assert_called_once_with("Sorrelin.dll")
+
+    def test_blocks_are_the_system_s(self):
+        library = _library.core_library.__wrapped__()
+        self.assertIs(library.GlobalAlloc, self.windows.kernel32.GlobalAlloc)
+        self.assertIsNot(library.pdf_Init_PDF, self.windows.kernel32.pdf_Init_PDF)
 
 
 if __name__ == "__main__":
