@@ -19,12 +19,6 @@ class MakeAnimation : public MakeTest {
     WritePicture("blue.ppm", {0, 0, 0xFF});
   }
 
-  void Run(std::string const& command) const {
-    ProgramResult const run =
-        RunProgram({"sh", "-c", "cd \"$0\" && " + command, directory_.path().string()});
-    ASSERT_EQ(run.exit_code, 0) << run.err;
-  }
-
   void ExpectFirstPicture(std::string const& name) const {
     ProgramResult const result = Make({Out(), Path(name), "--dpi", "72", "--json", "--force"});
     EXPECT_EQ(result.exit_code, 0) << result.err;

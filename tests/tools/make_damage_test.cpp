@@ -84,9 +84,7 @@ class MakeDamage : public MakeTest {
       ppm += static_cast<char>(Sample(i / 3 % kWidth, i / 3 / kWidth, i % 3));
     }
     WriteAll(Path("picture.ppm"), {ppm.begin(), ppm.end()});
-    ProgramResult const run =
-        RunProgram({"sh", "-c", "cd \"$0\" && " + command, directory_.path().string()});
-    ASSERT_EQ(run.exit_code, 0) << run.err;
+    Run(command);
   }
 };
 

@@ -22,6 +22,13 @@ class MakeTest : public ::testing::Test {
   std::string Path(std::string const& name) const { return (directory_ / name).string(); }
   std::string Out() const { return Path("out.pdf"); }
 
+  // Runs a shell command in the directory.
+  void Run(std::string const& command) const {
+    ProgramResult const run =
+        RunProgram({"sh", "-c", "cd \"$0\" && " + command, directory_.path().string()});
+    ASSERT_EQ(run.exit_code, 0) << run.out << run.err;
+  }
+
   // sorrelin make, with arguments as given.
   ProgramResult Make(std::vector<std::string> arguments, std::vector<BYTE> const& input = {},
                      std::vector<std::string> const& environment = {}) const {

@@ -49,31 +49,34 @@ class MakeOpacity : public MakeTest {
     });
   }
 
-  void Run(std::string const& command) const {
-    ProgramResult const run =
-        RunProgram({"sh", "-c", "cd \"$0\" && " + command, directory_.path().string()});
-    ASSERT_EQ(run.exit_code, 0) << run.out << run.err;
-  }
-
   std::string Inflated() const {
     return RunProgram({"qpdf", "--stream-data=uncompress", "--decode-level=all", Out(), "-"}).out;
   }
 };
 
-PngForm Png(int bits, int type) {
-  PngForm form;
-  form.bits = bits;
-  form.type = type;
-  return form;
+PngForm Png(int bits, int type) { return {.bits = bits, .type = type}; }
+
+TiffPage Tiff(int bits, int samples, int extra_sample) {
+  return {.bits = bits,
+          .samples = samples,
+          .photometric = samples < 3 ? PHOTOMETRIC_MINISBLACK : PHOTOMETRIC_RGB,
+          .compression = COMPRESSION_LZW,
+          .extra_sample = extra_sample};
 }
 
-TiffPage Tiff(int bits, int samples) {
-  TiffPage page;
-  page.bits = bits;
-  page.samples = samples;
-  page.photometric = PHOTOMETRIC_RGB;
-  page.compression = COMPRESSION_LZW;
-  return page;
+// RGB with a sample beyond the colours, in all layouts.
+std::vector<TiffPage> EachLayout(int extra_sample) {
+  std::vector<TiffPage> pages;
+  for (int const bits : {8, 16}) {
+    for (int const tile : {0, 16}) {
+      for (bool const planar : {false, true}) {
+        pages.push_back(Tiff(bits, 4, extra_sample));
+        pages.back().tile = tile;
+        pages.back().planar = planar;
+      }
+    }
+  }
+  return pages;
 }
 
 TEST_F(MakeOpacity, OpaqueAlphaOfPngIsNoChange) {
@@ -99,17 +102,9 @@ TEST_F(MakeOpacity, ClearColourOfAPaletteCountsWhereItIsUsed) {
 }
 
 TEST_F(MakeOpacity, OpaqueAlphaOfTiffIsNoChangeHoweverItIsLaidOut) {
-  for (int const bits : {8, 16}) {
-    for (int const tile : {0, 16}) {
-      for (bool const planar : {false, true}) {
-        TiffPage page = Tiff(bits, 4);
-        page.extra_sample = EXTRASAMPLE_UNASSALPHA;
-        page.tile = tile;
-        page.planar = planar;
-        WriteTiffOf(page, Opaque);
-        ExpectNoChange("a.tif");
-      }
-    }
+  for (TiffPage const& page : EachLayout(EXTRASAMPLE_UNASSALPHA)) {
+    WriteTiffOf(page, Opaque);
+    ExpectNoChange("a.tif");
   }
 }
 
@@ -124,9 +119,7 @@ TEST_F(MakeOpacity, OpaqueAlphaOfPamAndJpeg2000IsNoChange) {
 TEST_F(MakeOpacity, AlphaThatIsNotOpaqueIsReportedInEachFormat) {
   auto const half = [](int x, int y, int s) { return s == 3 ? 128u : Opaque(x, y, s); };
   WritePng(Path("a.png"), Png(8, PNG_COLOR_TYPE_RGB_ALPHA), half);
-  TiffPage page = Tiff(8, 4);
-  page.extra_sample = EXTRASAMPLE_UNASSALPHA;
-  WriteTiffOf(page, half);
+  WriteTiffOf(Tiff(8, 4, EXTRASAMPLE_UNASSALPHA), half);
   Run("opj_compress -i a.png -o a.jp2 && cwebp -quiet -lossless a.png -o a.webp");
   for (char const* const name : {"a.png", "a.tif", "a.jp2", "a.webp"}) {
     EXPECT_THAT(MessagesFrom(name), HasSubstr(kLaidOnWhite)) << name;
@@ -134,10 +127,8 @@ TEST_F(MakeOpacity, AlphaThatIsNotOpaqueIsReportedInEachFormat) {
 }
 
 TEST_F(MakeOpacity, GreyTiffWithAlphaStaysGrey) {
-  TiffPage page = Tiff(8, 2);
-  page.photometric = PHOTOMETRIC_MINISBLACK;
-  page.extra_sample = EXTRASAMPLE_UNASSALPHA;
-  WriteTiffOf(page, [](int x, int, int s) { return s == 1 ? 51u : unsigned(x); });
+  WriteTiffOf(Tiff(8, 2, EXTRASAMPLE_UNASSALPHA),
+              [](int x, int, int s) { return s == 1 ? 51u : unsigned(x); });
   EXPECT_THAT(MessagesFrom("a.tif"), HasSubstr(kLaidOnWhite));
   EXPECT_TRUE(DocumentHas("/ColorSpace /DeviceGray"));
   // A fifth of the tone on white.
@@ -146,20 +137,12 @@ TEST_F(MakeOpacity, GreyTiffWithAlphaStaysGrey) {
 }
 
 TEST_F(MakeOpacity, SamplesOfAnUnknownKindAreLeftOutAndThatIsSaid) {
-  for (int const bits : {8, 16}) {
-    for (int const tile : {0, 16}) {
-      for (bool const planar : {false, true}) {
-        TiffPage page = Tiff(bits, 4);
-        page.extra_sample = EXTRASAMPLE_UNSPECIFIED;
-        page.tile = tile;
-        page.planar = planar;
-        WriteTiffOf(page, [](int x, int y, int s) { return s == 3 ? 7u : Opaque(x, y, s); });
-        std::string const said = MessagesFrom("a.tif");
-        EXPECT_THAT(said, HasSubstr(kLeftOut));
-        EXPECT_THAT(said, Not(HasSubstr(kLaidOnWhite)));
-        ExpectPage(kWidth, kHeight, Motley);
-      }
-    }
+  for (TiffPage const& page : EachLayout(EXTRASAMPLE_UNSPECIFIED)) {
+    WriteTiffOf(page, [](int x, int y, int s) { return s == 3 ? 7u : Opaque(x, y, s); });
+    std::string const said = MessagesFrom("a.tif");
+    EXPECT_THAT(said, HasSubstr(kLeftOut));
+    EXPECT_THAT(said, Not(HasSubstr(kLaidOnWhite)));
+    ExpectPage(kWidth, kHeight, Motley);
   }
 }
 
