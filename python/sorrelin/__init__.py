@@ -133,9 +133,10 @@ class PdfWriter:
                  codec: str | None = None) -> None:
         """Adds a picture as a page of its own size: its pixels at `dpi` dots per inch.
 
-        pixels       see above; a PIL.Image, whose modes 1, L, P and RGB are taken as they are, others
-                     as L or RGB with a warning; or flat bytes, with `size` (width, height) and `bits`: 1 (rows
-                     of whole bytes, the leftmost pixel in the highest bit, 1 is white), 8 or 24
+        pixels       see above; a PIL.Image, whose modes 1, L, P and RGB are taken as they are, others and
+                     those with a transparent colour as L or RGB with a warning; or flat bytes, with
+                     `size` (width, height) and `bits`: 1 (rows of whole bytes, the leftmost pixel in the
+                     highest bit, 1 is white), 8 or 24
         dpi          one number, or one for x and one for y; without, 96
         palette      for 8 bits: up to 256 times red, green, blue; without, a ramp of greys
         compression  without, Group 4 for bilevel pictures and Flate for others

@@ -101,7 +101,9 @@ def of_pil(image: Any, palette: Any, dpi: Resolution | None) -> tuple[
     if dpi is None and "dpi" in image.info:
         x, y = image.info["dpi"]
         dpi = (float(x), float(y)) if x >= 1 and y >= 1 else None
-    if image.mode not in ("1", "L", "P", "RGB"):
+    # A palette of the caller's takes the place of the picture's colours, the transparent one too.
+    has_clear_colour = "transparency" in image.info and palette is None
+    if image.mode not in ("1", "L", "P", "RGB") or has_clear_colour:
         converted = with_plain_mode(image)
         warnings.warn(f"a picture of mode {image.mode} is added as {converted.mode}", stacklevel=3)
         image = converted
@@ -115,7 +117,7 @@ def with_plain_mode(image: Any) -> Any:
     """A PIL.Image of mode L for 16 bits of grey, else RGB, laid on white where it is transparent."""
     if image.mode.startswith("I"):
         return image.convert("I").point(lambda value: value / 256).convert("L")
-    if image.mode in ("RGBA", "LA", "PA"):
+    if image.mode in ("RGBA", "LA", "PA") or "transparency" in image.info:
         pil = importlib.import_module("PIL.Image")
         image = pil.alpha_composite(pil.new("RGBA", image.size, "white"), image.convert("RGBA"))
     return image.convert("RGB")

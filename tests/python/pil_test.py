@@ -55,6 +55,26 @@ class Pictures(unittest.TestCase):
                 pixels = round_trip(image).pixels.tolist()
             self.assertEqual(pixels[0][:2], [[9, 9, 9], [255, 255, 255]])
 
+    def test_so_are_pixels_of_a_transparent_colour(self):
+        palette = PIL.Image.new("P", (20, 10), 3)
+        palette.putpalette([9] * 9 + [77] * 3)
+        for image, clear, seen in ((palette, 3, 2), (PIL.Image.new("L", (20, 10), 77), 77, 9),
+                                   (PIL.Image.new("RGB", (20, 10), (77,) * 3), (77,) * 3, (9,) * 3)):
+            image.info["transparency"] = clear
+            image.putpixel((0, 0), seen)
+            with self.subTest(mode=image.mode), self.assertWarns(UserWarning):
+                pixels = round_trip(image).pixels.tolist()
+                self.assertEqual(pixels[0][:2], [[9, 9, 9], [255, 255, 255]])
+
+    def test_a_palette_of_the_caller_s_replaces_a_transparent_colour(self):
+        image = PIL.Image.new("P", (20, 10), 1)
+        image.info["transparency"] = 1
+        with warnings.catch_warnings(), sorrelin.PdfWriter(None) as pdf:
+            warnings.simplefilter("error")
+            pdf.add_page(image, palette=[(0, 0, 0), (7, 8, 9)])
+        with sorrelin.PdfReader(pdf.getvalue()) as read:
+            self.assertEqual(read[0].pixels.tolist()[0][0], [7, 8, 9])
+
     def test_16_bits_of_grey_keep_their_upper_8(self):
         values = [x * 65535 // 19 for x in range(20)]
         wide = PIL.Image.frombytes("I;16", (20, 1), struct.pack("<20H", *values))
