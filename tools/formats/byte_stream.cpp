@@ -51,6 +51,18 @@ std::vector<BYTE> ByteStream::Take(size_t count) {
   return bytes;
 }
 
+bool ByteStream::TakeInto(std::span<BYTE> bytes) {
+  while (!bytes.empty()) {
+    auto const ahead = Peek(1);
+    if (ahead.empty()) return false;
+    size_t const count = std::min(ahead.size(), bytes.size());
+    std::copy_n(ahead.begin(), count, bytes.begin());
+    position_ += count;
+    bytes = bytes.subspan(count);
+  }
+  return true;
+}
+
 int ByteStream::Get() {
   if (position_ == buffer_.size()) ReadAhead(1);
   return position_ < buffer_.size() ? buffer_[position_++] : -1;

@@ -27,6 +27,8 @@ class ByteStream {
   // Removes the next `count` bytes, or all that are left if there are fewer.
   std::vector<BYTE> Take(size_t count);
   std::vector<BYTE> TakeRest() { return Take(SIZE_MAX); }
+  // Removes the next bytes.size() bytes and stores them. False if there are fewer.
+  bool TakeInto(std::span<BYTE> bytes);
   // The next byte, removed, or -1 at the end.
   int Get();
 

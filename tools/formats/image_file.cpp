@@ -13,6 +13,7 @@
 #include "tools/cli/output_file.h"
 #include "tools/formats/jpeg_file.h"
 #include "tools/formats/pnm_file.h"
+#include "tools/formats/raster/raster_source.h"
 #include "tools/formats/tiff_source.h"
 
 namespace sorrelin::tool {
@@ -116,7 +117,7 @@ std::unique_ptr<ImageFile> ImageFile::Open(std::string const& name, std::string&
 
 std::unique_ptr<ImageSource> ImageFile::Next(std::string& problem) {
   problem.clear();
-  if (ended_ || (begun_ && stream_->AtEnd())) return nullptr;
+  if (begun_ && AtEnd()) return nullptr;
   auto source = TakeSource(problem);
   if (source == nullptr) ended_ = true;
   if (!stream_->problem().empty()) problem = stream_->problem();
@@ -125,7 +126,12 @@ std::unique_ptr<ImageSource> ImageFile::Next(std::string& problem) {
   return source;
 }
 
+bool ImageFile::AtEnd() {
+  return ended_ || (raster_ != nullptr ? raster_->AtEnd() : stream_->AtEnd());
+}
+
 std::unique_ptr<ImageSource> ImageFile::TakeSource(std::string& problem) {
+  if (raster_ != nullptr) return TakeRasterPage(*raster_, problem);
   auto const start = stream_->Peek(kFormatBytes);
   if (!stream_->problem().empty()) return nullptr;
   if (start.empty()) return problem = "is empty (scan or save it again)", nullptr;
@@ -138,6 +144,7 @@ std::unique_ptr<ImageSource> ImageFile::TakeSource(std::string& problem) {
     return SourceOfBytes(stream_->Take(PngEnd(*stream_)), problem);
   if (StartsWith(start, kJpegStart)) return TakeJpeg(problem);
   if (begun_) return problem = kLeftOver, nullptr;
+  if (auto const kind = RasterKindOf(start)) return TakeRaster(*kind, problem);
   if (StartsWith(start, kPdfStart)) return problem = kIsDocument, nullptr;
   ended_ = true;
   if (IsTiff(start)) return TakeTiff(problem);
@@ -170,6 +177,13 @@ std::unique_ptr<ImageSource> ImageFile::TakeJpeg(std::string& problem) {
   return source;
 }
 
+std::unique_ptr<ImageSource> ImageFile::TakeRaster(RasterKind const& kind, std::string& problem) {
+  raster_ = std::make_unique<RasterStream>(*stream_, kind);
+  auto source = TakeRasterPage(*raster_, problem);
+  if (source == nullptr && problem.empty()) problem = "has no pages (print it again)";
+  return source;
+}
+
 void ImageFile::SkipPadding() {
   auto rest = stream_->Peek(1);
   while (!rest.empty() && (rest[0] == ' ' || (rest[0] >= '\t' && rest[0] <= '\r'))) {
@@ -183,7 +197,7 @@ bool StartsAsPicture(std::string const& name) {
   auto const stream = ByteStream::Open(name, ignored);
   if (stream == nullptr) return false;
   auto const start = stream->Peek(kFormatBytes);
-  return IsPnm(start) || IsPicture(start);
+  return IsPnm(start) || RasterKindOf(start) || IsPicture(start);
 }
 
 }  // namespace sorrelin::tool

@@ -7,11 +7,12 @@
 
 #include "tools/formats/byte_stream.h"
 #include "tools/formats/image_source.h"
+#include "tools/formats/raster/raster_stream.h"
 
 namespace sorrelin::tool {
 
-// PNM, PNG and JPEG pictures may follow each other; one of them is in memory at a time. A file of
-// any other format is one source.
+// PNM, PNG and JPEG pictures may follow each other, and print rasters have pages; one of them is in
+// memory at a time. A file of any other format is one source.
 class ImageFile {
  public:
   // Opens a file by name, or standard input. nullptr with the reason in `problem`.
@@ -22,7 +23,7 @@ class ImageFile {
   std::unique_ptr<ImageSource> Next(std::string& problem);
 
   // Whether the last source was all that the file holds.
-  bool AtEnd() { return ended_ || stream_->AtEnd(); }
+  bool AtEnd();
 
  private:
   ImageFile(std::string name, std::unique_ptr<ByteStream> stream)
@@ -32,10 +33,12 @@ class ImageFile {
   std::unique_ptr<ImageSource> TakeTiff(std::string& problem);
   std::unique_ptr<ImageSource> TakePng(std::string& problem);
   std::unique_ptr<ImageSource> TakeJpeg(std::string& problem);
+  std::unique_ptr<ImageSource> TakeRaster(RasterKind const& kind, std::string& problem);
   void SkipPadding();
 
   std::string name_;
   std::unique_ptr<ByteStream> stream_;
+  std::unique_ptr<RasterStream> raster_;  // the pages of a print raster
   bool begun_ = false;
   bool ended_ = false;
 };

@@ -12,6 +12,7 @@
 
 #include "tools/formats/changes.h"
 #include "tools/formats/icc_profile.h"
+#include "tools/formats/page_frame.h"
 #include "tools/formats/resolution.h"
 #include "tools/formats/samples.h"
 
@@ -31,8 +32,9 @@ struct Picture {
   Changes changes = {};     // that decoding brought about
   std::string damage = {};  // what is wrong with the file's data; empty: the picture is whole
   std::optional<Samples> samples = {};
-  int orientation = 1;        // as in EXIF: how samples are to be turned
-  ProfileBytes profile = {};  // null: none
+  int orientation = 1;                  // as in EXIF: how samples are to be turned
+  ProfileBytes profile = {};            // null: none
+  std::optional<PageFrame> frame = {};  // of a picture that does not fill its page
 };
 
 // Lays a 32-bit picture with an alpha channel on white and drops the channel. `premultiplied` says

@@ -7,10 +7,12 @@
 #include <sorrelin/writer/image_form.h>
 
 #include <memory>
+#include <optional>
 #include <span>
 
 #include "tools/formats/changes.h"
 #include "tools/formats/icc_profile.h"
+#include "tools/formats/page_frame.h"
 #include "tools/formats/resolution.h"
 
 namespace sorrelin::tool {
@@ -25,6 +27,7 @@ struct StoredImage {
   int orientation = 1;   // as in EXIF and TIFF: how the stored picture is to be turned
   Resolution dpi;        // as stored
   Changes changes = {};  // beside the resolution that a file lacks
+  std::optional<PageFrame> frame = {};  // of a picture that does not fill its page
 };
 
 // Whether the orientation exchanges rows and columns.

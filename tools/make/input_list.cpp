@@ -18,11 +18,11 @@ namespace fs = std::filesystem;
 // Endings of picture formats, those included that are not read here: their files are named as
 // problems and not passed over.
 constexpr std::string_view kPictureEndings[] = {
-    ".arw", ".avif", ".avifs", ".bmp",   ".cr2",  ".cr3", ".dib",  ".djv", ".djvu", ".dng",
-    ".exr", ".gif",  ".heic",  ".heics", ".heif", ".hif", ".ico",  ".j2c", ".j2k",  ".jfif",
-    ".jp2", ".jpc",  ".jpe",   ".jpeg",  ".jpf",  ".jpg", ".jpx",  ".jxl", ".jxr",  ".nef",
-    ".orf", ".pam",  ".pbm",   ".pcx",   ".pgm",  ".png", ".pnm",  ".ppm", ".psd",  ".raf",
-    ".rw2", ".spix", ".tga",   ".tif",   ".tiff", ".wdp", ".webp", ".xbm", ".xcf",  ".xpm"};
+    ".arw",  ".avif", ".avifs", ".bmp",  ".cr2", ".cr3", ".dib", ".djv", ".djvu", ".dng", ".exr",
+    ".gif",  ".heic", ".heics", ".heif", ".hif", ".ico", ".j2c", ".j2k", ".jfif", ".jp2", ".jpc",
+    ".jpe",  ".jpeg", ".jpf",   ".jpg",  ".jpx", ".jxl", ".jxr", ".nef", ".orf",  ".pam", ".pbm",
+    ".pcx",  ".pgm",  ".png",   ".pnm",  ".ppm", ".psd", ".raf", ".rw2", ".spix", ".tga", ".tif",
+    ".tiff", ".wdp",  ".webp",  ".pwg",  ".ras", ".urf", ".xbm", ".xcf", ".xpm"};
 
 bool IsDigit(char c) { return c >= '0' && c <= '9'; }
 

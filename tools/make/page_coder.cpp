@@ -215,9 +215,8 @@ std::unique_ptr<CodedPage> PageCoder::Code(StoredImage const& image, std::string
   auto coded = std::make_unique<CodedPage>();
   EncodedPage& page = coded->page_;
   coded->record_.changes = image.changes;
-  if (!Place({image.width, image.height, image.dpi, image.orientation}, *coded, problem)) {
-    return nullptr;
-  }
+  Shape const shape = {image.width, image.height, image.dpi, image.orientation, image.frame};
+  if (!Place(shape, *coded, problem)) return nullptr;
   ImageForm const& form = image.form;
   if (!style_.plain) {
     SetForm(form, image.profile, *coded);
@@ -257,6 +256,7 @@ std::unique_ptr<CodedPage> PageCoder::Code(Picture picture, std::string& problem
   shape.height = picture.pix == nullptr ? picture.samples->height : pixGetHeight(picture.pix.get());
   shape.dpi = picture.dpi;
   shape.orientation = picture.orientation;
+  shape.frame = picture.frame;
   if (!Place(shape, *coded, problem)) return nullptr;
   bool const may_choose =
       style_.compression == Compression::kAuto && compression == Compression::kGroup4;
@@ -397,6 +397,8 @@ bool PageCoder::Place(Shape shape, CodedPage& coded, std::string& problem) {
     page.placement = PlaceOn(*style_.paper, style_.fit, style_.border, own_width, own_height);
   } else if (style_.border > 0) {
     page.placement = PlaceWithBorder(style_.border, own_width, own_height);
+  } else if (shape.frame && !style_.dpi && shape.orientation == 1) {
+    page.placement = PlaceInFrame(*shape.frame, own_width, own_height);
   } else if (shape.orientation != 1) {
     page.placement = FillingPage(points);
   }

@@ -7,6 +7,7 @@
 #include <sorrelin/writer/encoded_page.h>
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -66,13 +67,14 @@ class PageCoder {
   std::unique_ptr<CodedPage> Code(Picture picture, std::string& problem);
 
  private:
-  // How a picture is on its page before it is coded: its size as stored, resolution as stored, and
-  // orientation.
+  // How a picture is on its page before it is coded: its size as stored, resolution as stored,
+  // orientation, and the page around it.
   struct Shape {
     int width = 0;
     int height = 0;
     Resolution dpi;
     int orientation = 1;
+    std::optional<PageFrame> frame;
   };
 
   std::unique_ptr<CodedPage> BlankPage(ImageSource& source, int page);

@@ -149,6 +149,14 @@ PagePlacement PlaceOn(Paper paper, Fit fit, double border, double width, double 
   return InTheMiddle(page_width, page_height, width * x_scale, height * y_scale);
 }
 
+PagePlacement PlaceInFrame(PageFrame const& frame, double width, double height) {
+  PagePlacement placement =
+      InTheMiddle(std::round(frame.width), std::round(frame.height), width, height);
+  placement.x = Fixed(frame.left);
+  placement.y = Fixed(frame.bottom);
+  return placement;
+}
+
 PagePlacement PlaceWithBorder(double border, double width, double height) {
   return InTheMiddle(std::round(width + 2 * border), std::round(height + 2 * border), width,
                      height);

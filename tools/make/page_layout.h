@@ -7,6 +7,8 @@
 #include <optional>
 #include <string_view>
 
+#include "tools/formats/page_frame.h"
+
 namespace sorrelin::tool {
 
 struct Paper {
@@ -36,6 +38,9 @@ std::optional<double> ParseLength(std::string_view length);
 
 // A picture of a size of its own in the middle of the page, within a border.
 PagePlacement PlaceOn(Paper paper, Fit fit, double border, double width, double height);
+
+// A picture of its own size on the page that its file states.
+PagePlacement PlaceInFrame(PageFrame const& frame, double width, double height);
 
 // A picture of its own size on a page that is larger by the border.
 PagePlacement PlaceWithBorder(double border, double width, double height);
