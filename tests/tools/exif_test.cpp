@@ -1,5 +1,5 @@
 // Orientation and resolution from EXIF blocks, whole and damaged.
-#include "tools/formats/exif.h"
+#include "tools/formats/picture/exif.h"
 
 #include <gtest/gtest.h>
 

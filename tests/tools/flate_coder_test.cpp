@@ -1,12 +1,12 @@
 // Flate coding of samples, checked by zlib.
-#include "tools/make/flate_coder.h"
+#include "tools/make/coding/flate_coder.h"
 
 #include <gtest/gtest.h>
 #include <zlib.h>
 
 #include <random>
 
-#include "tools/make/png_filter.h"
+#include "tools/make/coding/png_filter.h"
 
 namespace sorrelin::tool {
 namespace {

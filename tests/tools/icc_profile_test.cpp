@@ -1,5 +1,5 @@
 // Which colour profiles an image of a document can have.
-#include "tools/formats/icc_profile.h"
+#include "tools/formats/picture/icc_profile.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
 // JPEG 2000 files on their way into a document.
-#include "tools/formats/jp2_file.h"
+#include "tools/formats/jpeg2000/jp2_file.h"
 
 #include <gtest/gtest.h>
 

@@ -1,10 +1,10 @@
 // Headers, ends and decoding of JPEG files.
-#include "tools/formats/jpeg_file.h"
+#include "tools/formats/jpeg/jpeg_file.h"
 
 #include <gtest/gtest.h>
 
 #include "tests/support/pictures.h"
-#include "tools/formats/jpeg_check.h"
+#include "tools/formats/jpeg/jpeg_check.h"
 
 namespace sorrelin::tool {
 namespace {

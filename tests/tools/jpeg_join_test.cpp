@@ -1,5 +1,5 @@
 // JPEG data in pieces: their coefficients stay.
-#include "tools/formats/jpeg_join.h"
+#include "tools/formats/jpeg/jpeg_join.h"
 
 #include <gtest/gtest.h>
 

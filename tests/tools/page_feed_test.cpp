@@ -1,5 +1,5 @@
 // Pages in order and the same bytes, however many threads code them.
-#include "tools/make/page_feed.h"
+#include "tools/make/pages/page_feed.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

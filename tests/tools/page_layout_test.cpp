@@ -1,5 +1,5 @@
 // Sizes of pages, and places on them.
-#include "tools/make/page_layout.h"
+#include "tools/make/pages/page_layout.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 // Matrices of pictures in all eight orientations.
 #include <gtest/gtest.h>
 
-#include "tools/formats/picture.h"
+#include "tools/formats/picture/picture.h"
 #include "tools/ocr/picture_place.h"
 
 namespace {

@@ -1,5 +1,5 @@
 // Decoded pictures as packed bitmaps.
-#include "tools/formats/picture.h"
+#include "tools/formats/picture/picture.h"
 
 #include <gtest/gtest.h>
 

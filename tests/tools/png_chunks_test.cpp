@@ -1,5 +1,5 @@
 // Chunks of PNG files, and data that go into a document as they are.
-#include "tools/formats/png_chunks.h"
+#include "tools/formats/png/png_chunks.h"
 
 #include <gtest/gtest.h>
 #include <png.h>

@@ -1,5 +1,5 @@
 // PNG prediction, undone by libpng.
-#include "tools/make/png_filter.h"
+#include "tools/make/coding/png_filter.h"
 
 #include <gtest/gtest.h>
 #include <png.h>

@@ -1,10 +1,10 @@
 // Samples of Leptonica's pictures, and of pixels with alpha.
-#include "tools/formats/samples.h"
+#include "tools/formats/picture/samples.h"
 
 #include <gtest/gtest.h>
 
-#include "tools/formats/blend.h"
-#include "tools/formats/picture.h"
+#include "tools/formats/picture/blend.h"
+#include "tools/formats/picture/picture.h"
 
 namespace sorrelin::tool {
 namespace {

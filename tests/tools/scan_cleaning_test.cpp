@@ -3,7 +3,7 @@
 
 #include <cmath>
 
-#include "tools/make/scan_cleaning.h"
+#include "tools/make/pages/scan_cleaning.h"
 
 namespace sorrelin::tool {
 namespace {

@@ -1,5 +1,5 @@
 // TIFF files that grow page by page, read back by libtiff.
-#include "tools/formats/tiff_file.h"
+#include "tools/formats/tiff/tiff_file.h"
 
 #include <gtest/gtest.h>
 #include <tiffio.h>

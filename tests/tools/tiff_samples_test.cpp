@@ -1,5 +1,5 @@
 // Deep samples and inks of TIFF pages.
-#include "tools/formats/tiff_samples.h"
+#include "tools/formats/tiff/tiff_samples.h"
 
 #include <gtest/gtest.h>
 

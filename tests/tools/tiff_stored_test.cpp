@@ -1,12 +1,12 @@
 // TIFF pages that need no decoding.
-#include "tools/formats/tiff_stored.h"
+#include "tools/formats/tiff/tiff_stored.h"
 
 #include <gtest/gtest.h>
 
 #include "tests/support/coefficients.h"
 #include "tests/support/pictures.h"
 #include "tests/support/temp_dir.h"
-#include "tools/formats/jpeg_file.h"
+#include "tools/formats/jpeg/jpeg_file.h"
 
 namespace sorrelin::tool {
 namespace {

@@ -17,7 +17,7 @@
 #include "tools/cli/progress.h"
 #include "tools/documents/child.h"
 #include "tools/extract/extract_report.h"
-#include "tools/formats/tiff_file.h"
+#include "tools/formats/tiff/tiff_file.h"
 
 namespace sorrelin::tool {
 namespace {

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "tools/extract/output/byte_output.h"
-#include "tools/formats/resolution.h"
+#include "tools/formats/picture/resolution.h"
 
 namespace sorrelin::tool {
 

@@ -11,7 +11,7 @@
 #include <string>
 #include <utility>
 
-#include "tools/formats/pix_rows.h"
+#include "tools/formats/picture/pix_rows.h"
 
 namespace sorrelin::tool {
 namespace {

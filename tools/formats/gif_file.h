@@ -7,7 +7,7 @@
 #include <optional>
 #include <span>
 
-#include "tools/formats/picture.h"
+#include "tools/formats/picture/picture.h"
 
 namespace sorrelin::tool {
 

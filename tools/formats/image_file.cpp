@@ -11,10 +11,10 @@
 #include <vector>
 
 #include "tools/cli/output_file.h"
-#include "tools/formats/jpeg_file.h"
+#include "tools/formats/jpeg/jpeg_file.h"
 #include "tools/formats/pnm_file.h"
 #include "tools/formats/raster/raster_source.h"
-#include "tools/formats/tiff_source.h"
+#include "tools/formats/tiff/tiff_source.h"
 
 namespace sorrelin::tool {
 namespace {

@@ -7,14 +7,14 @@
 
 #include "tools/formats/bmp_file.h"
 #include "tools/formats/gif_file.h"
-#include "tools/formats/heif_file.h"
-#include "tools/formats/jp2_file.h"
-#include "tools/formats/jpeg2000_file.h"
-#include "tools/formats/jpeg_check.h"
-#include "tools/formats/jpeg_file.h"
-#include "tools/formats/png_chunks.h"
-#include "tools/formats/png_file.h"
-#include "tools/formats/tiff_source.h"
+#include "tools/formats/heif/heif_file.h"
+#include "tools/formats/jpeg/jpeg_check.h"
+#include "tools/formats/jpeg/jpeg_file.h"
+#include "tools/formats/jpeg2000/jp2_file.h"
+#include "tools/formats/jpeg2000/jpeg2000_file.h"
+#include "tools/formats/png/png_chunks.h"
+#include "tools/formats/png/png_file.h"
+#include "tools/formats/tiff/tiff_source.h"
 #include "tools/formats/webp_file.h"
 
 namespace sorrelin::tool {

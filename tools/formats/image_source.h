@@ -10,8 +10,8 @@
 #include <string>
 #include <vector>
 
-#include "tools/formats/picture.h"
-#include "tools/formats/stored_image.h"
+#include "tools/formats/picture/picture.h"
+#include "tools/formats/picture/stored_image.h"
 
 namespace sorrelin::tool {
 

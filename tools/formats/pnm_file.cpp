@@ -17,8 +17,8 @@
 #include <optional>
 #include <utility>
 
-#include "tools/formats/blend.h"
-#include "tools/formats/pix_rows.h"
+#include "tools/formats/picture/blend.h"
+#include "tools/formats/picture/pix_rows.h"
 
 namespace sorrelin::tool {
 namespace {

@@ -9,7 +9,7 @@
 #include <string>
 #include <utility>
 
-#include "tools/formats/exif.h"
+#include "tools/formats/picture/exif.h"
 
 namespace sorrelin::tool {
 namespace {

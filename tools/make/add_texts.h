@@ -5,7 +5,7 @@
 #include <filesystem>
 #include <string>
 
-#include "tools/make/page_adder.h"
+#include "tools/make/pages/page_adder.h"
 
 namespace sorrelin::tool {
 

@@ -11,8 +11,8 @@
 #include <optional>
 #include <string>
 
-#include "tools/make/flate_coder.h"
-#include "tools/make/page_coder.h"
+#include "tools/make/coding/flate_coder.h"
+#include "tools/make/pages/page_coder.h"
 
 namespace sorrelin::tool {
 

@@ -6,7 +6,7 @@
 
 #include "tools/cli/output_file.h"
 #include "tools/make/add_texts.h"
-#include "tools/make/page_adder.h"
+#include "tools/make/pages/page_adder.h"
 
 namespace sorrelin::tool {
 namespace {

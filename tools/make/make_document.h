@@ -3,7 +3,7 @@
 #define TOOLS_MAKE_MAKE_DOCUMENT_H_
 
 #include "tools/make/document.h"
-#include "tools/make/page_options.h"
+#include "tools/make/pages/page_options.h"
 #include "tools/make/run_report.h"
 
 namespace sorrelin::tool {

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "tools/make/page_record.h"
+#include "tools/make/pages/page_record.h"
 
 namespace sorrelin::tool {
 

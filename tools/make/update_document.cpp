@@ -21,7 +21,7 @@
 #include "tools/documents/open_document.h"
 #include "tools/make/add_texts.h"
 #include "tools/make/make_document.h"
-#include "tools/make/page_adder.h"
+#include "tools/make/pages/page_adder.h"
 
 namespace sorrelin::tool {
 namespace {

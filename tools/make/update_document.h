@@ -2,7 +2,7 @@
 #ifndef TOOLS_MAKE_UPDATE_DOCUMENT_H_
 #define TOOLS_MAKE_UPDATE_DOCUMENT_H_
 
-#include "tools/make/page_options.h"
+#include "tools/make/pages/page_options.h"
 
 namespace sorrelin::tool {
 

@@ -9,7 +9,7 @@
 #include <optional>
 #include <string>
 
-#include "tools/formats/picture.h"
+#include "tools/formats/picture/picture.h"
 
 namespace sorrelin::tool {
 

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "tools/formats/picture.h"
+#include "tools/formats/picture/picture.h"
 #include "tools/ocr/picture_place.h"
 
 namespace sorrelin::tool {

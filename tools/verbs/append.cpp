@@ -2,7 +2,7 @@
 #include <memory>
 #include <string>
 
-#include "tools/make/page_options.h"
+#include "tools/make/pages/page_options.h"
 #include "tools/make/update_document.h"
 #include "tools/verbs/verbs.h"
 

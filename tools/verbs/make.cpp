@@ -4,7 +4,7 @@
 
 #include "tools/make/make_document.h"
 #include "tools/make/make_options.h"
-#include "tools/make/page_options.h"
+#include "tools/make/pages/page_options.h"
 #include "tools/verbs/verbs.h"
 
 namespace sorrelin::tool {

@@ -12,7 +12,7 @@
 #include "tools/cli/output_file.h"
 #include "tools/cli/text.h"
 #include "tools/documents/file_hold.h"
-#include "tools/make/page_options.h"
+#include "tools/make/pages/page_options.h"
 #include "tools/ocr/ocr_run.h"
 #include "tools/ocr/page_texts.h"
 #include "tools/ocr/text_layers.h"

@@ -3,7 +3,7 @@
 #include <string>
 
 #include "tools/cli/text.h"
-#include "tools/make/page_options.h"
+#include "tools/make/pages/page_options.h"
 #include "tools/scan/scan_run.h"
 #include "tools/verbs/verbs.h"
 

@@ -9,7 +9,7 @@
 
 #include <vector>
 
-#include "tools/formats/jpeg_file.h"
+#include "tools/formats/jpeg/jpeg_file.h"
 
 namespace sorrelin::tool {
 namespace {

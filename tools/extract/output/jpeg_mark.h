@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "tools/extract/page/placement.h"
-#include "tools/formats/jpeg_file.h"
+#include "tools/formats/jpeg/jpeg_file.h"
 
 namespace sorrelin::tool {
 

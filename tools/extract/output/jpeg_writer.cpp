@@ -7,7 +7,7 @@
 #include <array>
 
 #include "tools/extract/output/format_writers.h"
-#include "tools/formats/jpeg_file.h"
+#include "tools/formats/jpeg/jpeg_file.h"
 
 namespace sorrelin::tool {
 namespace {

@@ -15,7 +15,7 @@
 #include "tools/extract/output/png_writer.h"
 #include "tools/extract/output/tiff_writer.h"
 #include "tools/extract/page/pixel_maker.h"
-#include "tools/formats/jpeg_file.h"
+#include "tools/formats/jpeg/jpeg_file.h"
 
 namespace sorrelin::tool {
 namespace {

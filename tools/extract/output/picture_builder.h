@@ -3,7 +3,7 @@
 #define TOOLS_EXTRACT_OUTPUT_PICTURE_BUILDER_H_
 
 #include "tools/extract/page/picture_form.h"
-#include "tools/formats/picture.h"
+#include "tools/formats/picture/picture.h"
 
 namespace sorrelin::tool {
 

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "tools/formats/resolution.h"
+#include "tools/formats/picture/resolution.h"
 
 namespace sorrelin::tool {
 

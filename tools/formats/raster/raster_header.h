@@ -18,7 +18,7 @@
 #include <string>
 
 #include "tools/formats/page_frame.h"
-#include "tools/formats/resolution.h"
+#include "tools/formats/picture/resolution.h"
 
 namespace sorrelin::tool {
 

@@ -5,7 +5,7 @@
 #include <utility>
 #include <vector>
 
-#include "tools/formats/pix_rows.h"
+#include "tools/formats/picture/pix_rows.h"
 
 namespace sorrelin::tool {
 namespace {

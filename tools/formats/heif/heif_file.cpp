@@ -1,0 +1,170 @@
+// HEIC and AVIF through the module that is loaded for them. A file starts with a box: its length of
+// 4 bytes, "ftyp", and the brand (ISO/IEC 14496-12, 4.3).
+#include "tools/formats/heif/heif_file.h"
+
+#include <sorrelin/platform/module.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
+#include <string_view>
+#include <utility>
+
+#include "tools/formats/heif/heif_module.h"
+#include "tools/formats/picture/blend.h"
+
+namespace sorrelin::tool {
+namespace {
+
+constexpr char kMissing[] =
+    "is HEIC or AVIF, and libsorrelin-heif.so is not there to read it (install sorrelin-heif, or "
+    "convert the file to JPEG)";
+constexpr char kDamaged[] = "is a damaged HEIC or AVIF file (save it again)";
+
+// The module, loaded once and kept.
+struct Module {
+  SorrelinHeifCountFunction* count = nullptr;
+  SorrelinHeifDecodeFunction* decode = nullptr;
+  SorrelinHeifFreeFunction* free = nullptr;
+
+  bool IsWhole() const { return count != nullptr && decode != nullptr && free != nullptr; }
+};
+
+template <typename Function>
+Function* Find(HMODULE library, char const* name) {
+  return reinterpret_cast<Function*>(GetProcAddress(library, name));
+}
+
+Module const& LoadedModule() {
+  static Module const module = [] {
+    HMODULE const library = LoadLibraryW(u"libsorrelin-heif.so");
+    if (library == nullptr) return Module{};
+    return Module{Find<SorrelinHeifCountFunction>(library, "SorrelinHeifCount"),
+                  Find<SorrelinHeifDecodeFunction>(library, "SorrelinHeifDecode"),
+                  Find<SorrelinHeifFreeFunction>(library, "SorrelinHeifFree")};
+  }();
+  return module;
+}
+
+PixPtr PixOf(SorrelinHeifPicture const& picture) {
+  PixPtr pix(pixCreate(picture.width, picture.height, 32));
+  for (int y = 0; pix != nullptr && y < picture.height; ++y) {
+    uint8_t const* pixel = picture.rows + static_cast<size_t>(y) * picture.row_bytes;
+    l_uint32* const line = pixGetData(pix.get()) + static_cast<ptrdiff_t>(y) * pixGetWpl(pix.get());
+    for (int x = 0; x < picture.width; ++x, pixel += 4) {
+      composeRGBPixel(pixel[0], pixel[1], pixel[2], line + x);
+      line[x] |= l_uint32{pixel[3]} << L_ALPHA_SHIFT;
+    }
+  }
+  return pix;
+}
+
+// With samples of 16 bits, alpha laid on white.
+Samples DeepSamplesOf(SorrelinHeifPicture const& picture, Changes& changes) {
+  constexpr size_t kPixelSamples = 4;
+  size_t const row_samples = kPixelSamples * static_cast<size_t>(picture.width);
+  std::vector<BYTE> pixels(row_samples * sizeof(uint16_t) * static_cast<size_t>(picture.height));
+  uint32_t const top = (uint32_t{1} << picture.bits) - 1;
+  BYTE* out = pixels.data();
+  for (int y = 0; y < picture.height; ++y) {
+    uint8_t const* in = picture.rows + static_cast<size_t>(y) * picture.row_bytes;
+    for (size_t i = 0; i < row_samples; ++i, in += sizeof(uint16_t), out += sizeof(uint16_t)) {
+      uint16_t value = 0;
+      std::memcpy(&value, in, sizeof value);
+      value = static_cast<uint16_t>((std::min<uint32_t>(value, top) * 0xFFFF + top / 2) / top);
+      std::memcpy(out, &value, sizeof value);
+    }
+  }
+  DeepPixels form;
+  form.colours = ImageColours::kRgb;
+  form.samples = kPixelSamples;
+  if (picture.has_alpha != 0)
+    form.alpha = picture.premultiplied != 0 ? Alpha::kPremultiplied : Alpha::kStraight;
+  if (HasTransparency(form, pixels)) changes.Add(Change::kTransparency);
+  return SamplesOf(form, picture.width, picture.height, pixels);
+}
+
+// Without alpha. Null if memory is short.
+PixPtr OpaquePixOf(SorrelinHeifPicture const& decoded, Changes& changes) {
+  PixPtr pix = PixOf(decoded);
+  if (pix == nullptr || decoded.has_alpha == 0) return pix;
+  pixSetSpp(pix.get(), 4);
+  bool const blended = BlendOnWhite(pix.get(), decoded.premultiplied != 0);
+  if (blended) changes.Add(Change::kTransparency);
+  return pix;
+}
+
+Picture PictureOf(SorrelinHeifPicture const& decoded) {
+  Picture picture;
+  if (decoded.bits > 8) {
+    picture.samples = DeepSamplesOf(decoded, picture.changes);
+  } else {
+    picture.pix = OpaquePixOf(decoded, picture.changes);
+  }
+  if (decoded.profile_bytes == 0) return picture;
+  picture.profile = UsableProfile({decoded.profile, decoded.profile_bytes}, 3);
+  if (picture.profile == nullptr) picture.changes.Add(Change::kProfile);
+  return picture;
+}
+
+// Whether a box of the file describes a film (ISO/IEC 14496-12, 8.2.1). Its pictures are not read.
+bool HasFilm(std::span<BYTE const> file) {
+  constexpr size_t kBoxHeaderBytes = 8;
+  while (file.size() >= kBoxHeaderBytes) {
+    if (std::memcmp(file.data() + 4, "moov", 4) == 0) return true;
+    size_t const bytes =
+        size_t{file[0]} << 24 | size_t{file[1]} << 16 | size_t{file[2]} << 8 | file[3];
+    if (bytes < kBoxHeaderBytes || bytes > file.size()) return false;
+    file = file.subspan(bytes);
+  }
+  return false;
+}
+
+class HeifSource : public ImageSource {
+ public:
+  HeifSource(std::vector<BYTE> bytes, int pages) : bytes_(std::move(bytes)), pages_(pages) {
+    if (HasFilm(bytes_)) AddChange(Change::kFirstPicture);
+  }
+
+  int PageCount() const override { return pages_; }
+  std::optional<StoredImage> Stored(int) override { return std::nullopt; }
+
+  std::optional<Picture> Decode(int page, std::string& problem) override {
+    SorrelinHeifPicture decoded{};
+    char reason[200] = "its coded data cannot be decoded";
+    if (LoadedModule().decode(bytes_.data(), bytes_.size(), page, &decoded, reason,
+                              sizeof reason) != 0) {
+      problem = DamageText(reason);
+      return std::nullopt;
+    }
+    std::unique_ptr<SorrelinHeifPicture, SorrelinHeifFreeFunction*> const owner(
+        &decoded, LoadedModule().free);
+    Picture picture = PictureOf(decoded);
+    problem = kMemoryText;
+    if (!picture.samples && picture.pix == nullptr) return std::nullopt;
+    return picture;
+  }
+
+ private:
+  std::vector<BYTE> bytes_;
+  int pages_;
+};
+
+}  // namespace
+
+bool IsHeif(std::span<BYTE const> start) {
+  constexpr std::string_view kBrands[] = {"avif", "avis", "heic", "heim", "heis",
+                                          "heix", "hevc", "hevx", "mif1", "msf1"};
+  if (start.size() < kFormatBytes || std::memcmp(start.data() + 4, "ftyp", 4) != 0) return false;
+  std::string_view const brand(reinterpret_cast<char const*>(start.data()) + 8, 4);
+  return std::find(std::begin(kBrands), std::end(kBrands), brand) != std::end(kBrands);
+}
+
+std::unique_ptr<ImageSource> OpenHeif(std::vector<BYTE> bytes, std::string& problem) {
+  if (!LoadedModule().IsWhole()) return problem = kMissing, nullptr;
+  int const pages = LoadedModule().count(bytes.data(), bytes.size());
+  if (pages < 1) return problem = kDamaged, nullptr;
+  return std::make_unique<HeifSource>(std::move(bytes), pages);
+}
+
+}  // namespace sorrelin::tool

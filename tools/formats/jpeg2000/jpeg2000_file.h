@@ -1,0 +1,28 @@
+// JPEG 2000 files: their decoding.
+#ifndef TOOLS_FORMATS_JPEG2000_JPEG2000_FILE_H_
+#define TOOLS_FORMATS_JPEG2000_JPEG2000_FILE_H_
+
+#include <sorrelin/platform/types.h>
+
+#include <optional>
+#include <span>
+#include <string>
+
+#include "tools/formats/picture/picture.h"
+
+namespace sorrelin::tool {
+
+// What OpenJPEG says of damage anywhere in the coded data; empty if they are whole.
+std::string Jpeg2000Damage(std::span<BYTE const> file);
+
+// Decodes a JP2 file or a bare codestream to 8 bits of grey or 32 of colour, with what is
+// transparent laid on white. Of a damaged file what can be read, and the damage. nullopt if its
+// header cannot be read, it is of a rarer kind, or memory is short.
+std::optional<Picture> DecodeJpeg2000(std::span<BYTE const> file);
+
+// The message about a file that DecodeJpeg2000 does not decode.
+std::string UndecodedJpeg2000();
+
+}  // namespace sorrelin::tool
+
+#endif  // TOOLS_FORMATS_JPEG2000_JPEG2000_FILE_H_
