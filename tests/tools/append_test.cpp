@@ -275,6 +275,22 @@ TEST_F(AppendVerb, RunWithoutAPageLeavesTheDocumentAsItWas) {
   }
 }
 
+TEST_F(AppendVerb, RunThatFindsBlankPagesOnlyIsDone) {
+  WritePix("blank.png", PixPtr(pixCreate(200, 200, 1)));
+  EXPECT_EQ(Append({Out(), Path("blank.png"), "--skip-blank"}).exit_code, 0);
+  EXPECT_FALSE(std::filesystem::exists(Out()));
+  MakeDocument(1);
+  Bytes const before = Document();
+  for (std::string const option : {"--quiet", "--in-place"}) {
+    ProgramResult const result = Append({Out(), Path("blank.png"), "--skip-blank", option});
+    EXPECT_EQ(result.exit_code, 0);
+    EXPECT_EQ(result.err, "sorrelin: " + Path("blank.png") +
+                              ": is blank and left out: 0.000 percent ink (limit 0.05)\n");
+    EXPECT_EQ(Document(), before);
+  }
+  EXPECT_EQ(Append({Out(), Path("blank.png"), Path("missing.png"), "--skip-blank"}).exit_code, 1);
+}
+
 TEST_F(AppendVerb, GoodPicturesAreAddedAmongBadOnes) {
   MakeDocument(1);
   WritePicture("a.png", 1);

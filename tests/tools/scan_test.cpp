@@ -124,6 +124,20 @@ TEST_F(ScanTest, FeederIsEmptiedAndPagesAreAdded) {
   EXPECT_EQ(Pages(), 11);
 }
 
+TEST_F(ScanTest, BlankPagesAreLeftOutAndTheFeederIsEmptied) {
+  std::vector<std::string> const white = {"--source", "adf", "--skip-blank", "--option",
+                                          "test-picture=Solid white"};
+  for (int const pages : {0, 1}) {
+    ProgramResult const result = Scan(white);
+    EXPECT_EQ(result.exit_code, 0);
+    EXPECT_THAT(result.err, HasSubstr("sorrelin: page 1: is blank and left out: "));
+    EXPECT_THAT(result.err, HasSubstr("out.pdf: 10 pages scanned\n"));
+    EXPECT_EQ(fs::exists(Out()), pages == 1);
+    if (pages == 0) Scan({});
+  }
+  EXPECT_EQ(Pages(), 1);
+}
+
 TEST_F(ScanTest, ResolutionIsTheScannersAndThePages) {
   Scan({"--resolution", "100", "--option", "br-x=25.4", "--option", "br-y=50.8", "--mode", "grey"});
   ProgramResult const info = RunProgram({"pdfinfo", Out()});

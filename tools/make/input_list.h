@@ -13,7 +13,8 @@ enum class Sort { kNone, kName, kNatural };
 
 struct Input {
   std::string name;
-  std::string problem;  // why there is no file to open; otherwise empty
+  std::string problem;     // why there is no file to open; otherwise empty
+  std::string shown = {};  // in messages; empty: the name
 };
 
 // Replaces each directory by the pictures in it, and with `recursive` by those further down too:

@@ -20,7 +20,8 @@ std::unique_ptr<OutputFile> OpenOutput(MakeOptions const& options, std::string& 
   return OutputFile::Open(options.pages.output, options.force, problem);
 }
 
-// False with the reason in `problem`, unless that has been reported.
+// False with the reason in `problem`, unless that has been reported. True without a document if all
+// pages are blank and may be.
 bool WriteDocument(MakeOptions const& options, PageAdder& adder, std::string& problem) {
   auto const output = OpenOutput(options, problem);
   if (output == nullptr) return false;
@@ -30,6 +31,7 @@ bool WriteDocument(MakeOptions const& options, PageAdder& adder, std::string& pr
     if (!document.Create(output->path(), options.description, problem)) return false;
     if (!adder.AddImages(document)) return false;
     pages = document.PageCount();
+    if (pages == 0 && options.may_be_blank && adder.IsAllBlank()) return true;
     if (pages == 0) {
       return problem = "is not written: it would have no pages (name pictures)", false;
     }

@@ -11,7 +11,8 @@ namespace sorrelin::tool {
 struct MakeOptions {
   PageOptions pages;
   Description description;
-  bool force = false;  // replace the document if it exists
+  bool force = false;         // replace the document if it exists
+  bool may_be_blank = false;  // no document is needed if all pages are blank
 };
 
 // Writes the document, naming on standard error what cannot become a page of it, and returns the

@@ -104,11 +104,13 @@ class Update {
     if (!changed && !problem.empty()) adder_->ReportDocument(problem);
     if (changed) NoteWritten();
     adder_->Finish();
-    return changed && !adder_->failed() ? kExitSuccess : kExitFailure;
+    bool const done = changed || adder_->IsAllBlank();
+    return done && !adder_->failed() ? kExitSuccess : kExitFailure;
   }
 
  private:
-  // Each of these says in `problem` why it failed, unless that has been reported.
+  // Each of these says in `problem` why it failed, unless that has been reported, or all pages are
+  // blank.
 
   bool ChangeCopy(std::string& problem) {
     FileHold const hold(options_.pages.output);
@@ -187,6 +189,7 @@ class Update {
     form_is_unfit_ = false;
     if (!adder_->AddImages(document)) return false;
     added_ = document.PageCount() - old;
+    if (added_ == 0 && adder_->IsAllBlank()) return false;
     if (added_ == 0) {
       return problem = "is as it was: there is no page to add (name pictures)", false;
     }
@@ -250,7 +253,8 @@ int AppendPages(UpdateOptions const& options) {
     PrintProblem(name, "is a link to a file that does not exist (remove it, or name the file)");
     return kExitFailure;
   }
-  if (status.type() == fs::file_type::not_found) return MakeDocument({options.pages, {}, false});
+  if (status.type() == fs::file_type::not_found)
+    return MakeDocument({options.pages, {}, false, true});
   if (fs::exists(status) && status.type() != fs::file_type::regular) {
     PrintProblem(name, "is not a regular file (choose another name)");
     return kExitFailure;

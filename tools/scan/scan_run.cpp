@@ -180,7 +180,8 @@ class ScanRun {
   }
 
   bool AddPage(std::filesystem::path const& path) {
-    options_.document.pages.inputs = {{path.string(), {}}};
+    std::string const shown = "page " + std::to_string(pages_ + 1);
+    options_.document.pages.inputs = {{path.string(), {}, shown}};
     bool const added = AppendPages(options_.document) == kExitSuccess;
     std::error_code ignored;
     std::filesystem::remove(path, ignored);

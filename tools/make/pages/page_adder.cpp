@@ -9,9 +9,9 @@
 namespace sorrelin::tool {
 namespace {
 
-// The name of an input in messages.
-std::string ShownName(std::string const& input) {
-  return input == kStandardInput ? "standard input" : input;
+std::string ShownName(Input const& input) {
+  if (!input.shown.empty()) return input.shown;
+  return input.name == kStandardInput ? "standard input" : input.name;
 }
 
 }  // namespace
@@ -36,9 +36,11 @@ PageResult PageAdder::AddPage(Document& document, FeedItem const& item) {
     return PageResult::kWritten;
   }
   if (item.result.page->IsBlank()) {
+    found_blank_ = true;
     NoteBlank(item);
     return PageResult::kWritten;
   }
+  found_page_ = true;
   std::string problem;
   PageResult const result = document.Add(*item.result.page, problem);
   if (result == PageResult::kBroken) ReportDocument(problem);
@@ -52,7 +54,7 @@ void PageAdder::NoteBlank(FeedItem const& item) {
   std::snprintf(share, sizeof share, "is blank and left out: %.3f percent ink (limit %.2f)",
                 item.result.page->record().ink_percent, kBlankPercent);
   std::string const page = item.pages > 1 ? "page " + std::to_string(item.page) + ": " : "";
-  std::string const& name = options_.inputs[item.input].name;
+  std::string const name = ShownName(options_.inputs[item.input]);
   progress_.Clear();
   PrintNote(name + ": " + page + share);
   report_.AddIgnored(page.empty() ? name : name + ", page " + std::to_string(item.page));
@@ -60,7 +62,8 @@ void PageAdder::NoteBlank(FeedItem const& item) {
 
 void PageAdder::NotePage(Document& document, FeedItem const& item) {
   PageRecord record = item.result.page->record();
-  record.file = options_.inputs[item.input].name;
+  Input const& input = options_.inputs[item.input];
+  record.file = input.shown.empty() ? input.name : input.shown;
   record.page_of_file = item.page;
   record.page = document.PageCount();
   if (!record.damage.empty()) {
@@ -69,7 +72,7 @@ void PageAdder::NotePage(Document& document, FeedItem const& item) {
   }
   if (options_.verbose) {
     progress_.Clear();
-    PrintNote(ShownName(record.file) + ": " + LineOf(record));
+    PrintNote(ShownName(options_.inputs[item.input]) + ": " + LineOf(record));
   }
   report_.AddPage(std::move(record));
 }
@@ -90,7 +93,7 @@ void PageAdder::ReportPage(int page, std::string const& problem) {
 
 // Names the page where the file has several.
 void PageAdder::ReportItem(FeedItem const& item, std::string const& problem) {
-  Report(ShownName(options_.inputs[item.input].name), item.pages > 1 ? item.page : 0, problem);
+  Report(ShownName(options_.inputs[item.input]), item.pages > 1 ? item.page : 0, problem);
 }
 
 void PageAdder::ReportRest(size_t last) {

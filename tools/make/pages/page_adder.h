@@ -38,6 +38,8 @@ class PageAdder {
 
   // Whether anything was reported.
   bool failed() const { return failed_; }
+  // Whether pages were left out as blank, and neither a page nor a problem was found.
+  bool IsAllBlank() const { return found_blank_ && !found_page_ && !failed_; }
 
   RunReport const& report() const { return report_; }
 
@@ -52,6 +54,8 @@ class PageAdder {
   PageOptions const& options_;
   Progress progress_;
   bool failed_ = false;
+  bool found_blank_ = false;
+  bool found_page_ = false;
   RunReport report_;
 };
 
