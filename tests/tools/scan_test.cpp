@@ -144,6 +144,11 @@ TEST_F(ScanTest, ResolutionIsTheScannersAndThePages) {
   EXPECT_THAT(info.out, ::testing::ContainsRegex("Page size: +7[12](\\.[0-9]*)? x 14[34]"));
 }
 
+TEST_F(ScanTest, OtherResolutionThanWasAskedForIsSaid) {
+  EXPECT_THAT(Scan({"--resolution", "5000", "--option", "br-x=9", "--option", "br-y=9"}).err,
+              HasSubstr("test:0: scans at 1200 dots per inch in place of 5000\n"));
+}
+
 TEST_F(ScanTest, PageIsTheAreaToo) {
   Scan({"--page", "100x50mm", "--resolution", "127"});
   EXPECT_TRUE(DocumentHas("/Width 500\n") || DocumentHas("/Width 499\n"));
@@ -187,9 +192,13 @@ TEST_F(ScanTest, WhatTheScannerDoesNotHaveIsNamed) {
   EXPECT_THAT(Scan({"--option", "nonsense=1"}).err, HasSubstr("has no option nonsense ("));
   EXPECT_THAT(Scan({"--option", "resolution=many"}).err,
               HasSubstr("resolution takes 1..1200, not many ("));
+  EXPECT_THAT(Scan({"--option", "depth=8.5"}).err, HasSubstr("depth takes 1|8|16, not 8.5 ("));
   EXPECT_EQ(Scan({"--option", "nonsense"}).exit_code, 2);
   WriteText("etc/dll.conf", "");
   EXPECT_THAT(Scan({}).err, HasSubstr("scanner: there is none ("));
+  EXPECT_THAT(RunProgram({SORRELIN_TOOL, "scan", "--list"}, {}, Environment()).err,
+              HasSubstr("scanner: there is none ("));
+  EXPECT_THAT(RunProgram({SORRELIN_TOOL, "scan"}).err, HasSubstr("DOC: is missing: "));
 }
 
 TEST_F(ScanTest, DocumentThatTakesNoPagesEndsTheRun) {

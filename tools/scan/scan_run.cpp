@@ -20,6 +20,7 @@ namespace sorrelin::tool {
 namespace {
 
 constexpr double kMillimetresPerPoint = 25.4 / 72;
+constexpr char kNoScanner[] = "there is none (connect one, or name it)";
 
 std::string Lower(std::string text) {
   for (char& c : text) {
@@ -83,7 +84,7 @@ class ScanRun {
     if (options_.device.empty()) {
       std::vector<std::string> names, titles;
       if (!Scanner::List(names, titles, problem_)) return false;
-      if (names.empty()) return problem_ = "there is none (connect one, or name it)", false;
+      if (names.empty()) return problem_ = kNoScanner, false;
       options_.device = names.front();
     }
     scanner_ = Scanner::Open(options_.device, problem_);
@@ -104,8 +105,17 @@ class ScanRun {
     }
     PageStyle& style = options_.document.pages.style;
     int const dots = scanner_->Resolution();
+    SayResolution(dots);
     if (!style.dpi && dots > 0) style.dpi = {dots, dots};
     return true;
+  }
+
+  // Scanners take the nearest resolution that they have.
+  void SayResolution(int dots) const {
+    int const wanted = options_.resolution;
+    if (wanted == 0 || dots == 0 || dots == wanted || options_.document.pages.quiet) return;
+    PrintNote(Name() + ": scans at " + std::to_string(dots) + " dots per inch in place of " +
+              std::to_string(wanted));
   }
 
   std::optional<ScannerOption> Find(std::string const& name) {
@@ -207,6 +217,7 @@ int ListScanners() {
     PrintProblem("scanner", problem);
     return kExitFailure;
   }
+  if (names.empty()) PrintNote(std::string("scanner: ") + kNoScanner);
   for (size_t i = 0; i < names.size(); ++i) {
     std::printf("%s: %s\n", names[i].c_str(), titles[i].c_str());
     auto const scanner = Scanner::Open(names[i], problem);

@@ -56,7 +56,9 @@ std::optional<SANE_Word> WordOf(SANE_Option_Descriptor const& option, std::strin
   if (error != std::errc{} || end != text.data() + text.size()) return std::nullopt;
   double const most = option.type == SANE_TYPE_FIXED ? 32767 : INT32_MAX;
   if (!(std::abs(number) <= most)) return std::nullopt;
-  return option.type == SANE_TYPE_FIXED ? SANE_FIX(number) : static_cast<SANE_Word>(number);
+  if (option.type == SANE_TYPE_FIXED) return SANE_FIX(number);
+  if (number != std::trunc(number)) return std::nullopt;
+  return static_cast<SANE_Word>(number);
 }
 
 class SaneScanner : public Scanner {

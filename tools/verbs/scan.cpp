@@ -73,6 +73,7 @@ void AddScan(Program& program) {
   verb.Runs([options] {
     PageOptions& document = options->scan.document.pages;
     if (options->list) return ListScanners();
+    if (document.output.empty()) throw UsageError(kName, "is missing: name the document");
     if (document.output == kStandardOutput) throw UsageError(kName, "must be a file");
     ListFiles(document, kName);
     return ScanPages(options->scan);
