@@ -209,12 +209,32 @@ TEST_F(BatchTest, LineCannotNameStandardStreamsOrSecondNames) {
   WriteText("list", "{\"output\": \"-\"" + picture + "}\n" +
                         "{\"output\": \"/x.pdf\", \"pictures\": [\"-\"]}\n" +
                         Line("b.pdf", "a.pbm", ", \"options\": [\"c.pdf\"]") +
+                        Line("c.pdf", "a.pbm", ", \"options\": [" + Quoted("c.pdf") + "]") +
                         Line("d.pdf", "a.pbm", ", \"options\": [\"--json\"]") +
                         "{\"output\": \"a\\u0000b\"" + picture + "}\n" +
                         Line("e.pdf", "a.pbm", ", \"options\": [\"--help\"]"));
   Batch();
-  EXPECT_EQ(Results("broken"), 6u);
+  EXPECT_EQ(Results("broken"), 7u);
   EXPECT_THAT(Names(), ElementsAre("a.pbm", "list", "list.results"));
+}
+
+TEST_F(BatchTest, OptionWithoutItsValueIsNamed) {
+  WritePicture("a.pbm");
+  WriteText("list", Line("a.pdf", "a.pbm", ", \"options\": [\"--plain\", \"--title\"]") +
+                        Line("b.pdf", "a.pbm", ", \"options\": [\"--title\", \"T\"]") +
+                        Line("c.pdf", "a.pbm", ", \"options\": [\"--title=T\"]"));
+  EXPECT_THAT(Batch().err, HasSubstr("line 1: --title: takes a value ("));
+  EXPECT_EQ(Results("broken"), 1u);
+  EXPECT_EQ(Results("made"), 2u);
+}
+
+TEST_F(BatchTest, NameThatBeginsAsAnOptionDoes) {
+  WritePicture("a.pbm");
+  WriteText("list", "{\"output\": \"--title\", \"pictures\": [" + Quoted("a.pbm") + "]}\n");
+  ProgramResult const result = RunProgram({"sh", "-c", "cd \"$0\" && exec \"$1\" batch list",
+                                           directory_.path().string(), SORRELIN_TOOL});
+  EXPECT_EQ(result.exit_code, 0) << result.err;
+  EXPECT_TRUE(fs::exists(Path("--title")));
 }
 
 TEST_F(BatchTest, SecondLineForADocumentIsNamed) {

@@ -72,7 +72,9 @@ Parts PartsOf(std::string const& text) {
 
 // What `make` may be asked for, but not on a list.
 void CheckForList(Parts const& parts, PageOptions const& pages) {
-  if (pages.output != parts.output) throw UsageError(kOptions, "takes options, and no names");
+  if (pages.output != parts.output || pages.images != parts.pictures) {
+    throw UsageError(kOptions, "takes options, and no names");
+  }
   if (pages.output == kStandardOutput) throw UsageError(kOutput, "must be the name of a file");
   if (std::ranges::find(pages.images, kStandardInput) != pages.images.end()) {
     throw UsageError(kPictures, "- is one file for all lines: name files");
@@ -124,12 +126,10 @@ LineParser::LineParser() : program_("sorrelin", "", "") {
 
 ListDocument LineParser::Parse(std::string const& text) {
   Parts const parts = PartsOf(text);
-  std::vector<std::string> arguments = {"make"};
-  std::ranges::copy(parts.options, std::back_inserter(arguments));
-  arguments.insert(arguments.end(), {"--", parts.output});
-  std::ranges::copy(parts.pictures, std::back_inserter(arguments));
+  std::vector<std::string> names = {parts.output};
+  std::ranges::copy(parts.pictures, std::back_inserter(names));
   options_ = usual_;
-  program_.Parse(std::move(arguments));
+  program_.Parse("make", parts.options, names);
   CheckForList(parts, options_.pages);
   PrepareMake(options_);
   return {options_, SignatureOf(parts, options_.pages.inputs)};

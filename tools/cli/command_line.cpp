@@ -45,6 +45,14 @@ std::vector<std::string> Reversed(CLI::App const& parser, int argc, char** argv)
   return arguments;
 }
 
+// The parser would take what follows the options for the value that the last one lacks.
+void CheckLastOption(CLI::App const& verb, std::vector<std::string> const& options) {
+  if (options.empty()) return;
+  auto const* const last = verb.get_option_no_throw(options.back());
+  if (last == nullptr || last->get_items_expected_min() == 0) return;
+  throw UsageError(options.back(), "takes a value");
+}
+
 }  // namespace
 
 void Verb::Argument(std::string const& name, std::string& target, std::string const& help) {
@@ -142,8 +150,13 @@ int Program::Run(int argc, char** argv) {
   return kExitUsage;
 }
 
-void Program::Parse(std::vector<std::string> arguments) {
-  std::reverse(arguments.begin(), arguments.end());
+void Program::Parse(std::string const& verb, std::vector<std::string> const& options,
+                    std::vector<std::string> const& names) {
+  CheckLastOption(*parser_->get_subcommand(verb), options);
+  std::vector<std::string> arguments(names.rbegin(), names.rend());
+  arguments.emplace_back("--");
+  arguments.insert(arguments.end(), options.rbegin(), options.rend());
+  arguments.push_back(verb);
   try {
     parser_->parse(std::move(arguments));
   } catch (CLI::CallForHelp const&) {

@@ -82,9 +82,10 @@ class Program {
   // the command line. "help VERB" is the same as "VERB --help".
   int Run(int argc, char** argv);
 
-  // Takes a verb and its arguments, of which only what follows "--" may be no option, and runs what
-  // the verb runs, if that was set. Throws UsageError.
-  void Parse(std::vector<std::string> arguments);
+  // Takes a verb, its options, and names, which may begin as options do; runs what the verb runs,
+  // if that was set. Throws UsageError.
+  void Parse(std::string const& verb, std::vector<std::string> const& options,
+             std::vector<std::string> const& names);
 
  private:
   std::string Hint(int argc, char** argv) const;
