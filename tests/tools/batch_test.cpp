@@ -240,9 +240,12 @@ TEST_F(BatchTest, NameThatBeginsAsAnOptionDoes) {
 TEST_F(BatchTest, SecondLineForADocumentIsNamed) {
   WriteList(1);
   WritePicture("other.pbm", 9);
-  WriteText("list", Text("list") + Line("0.pdf", "other.pbm"));
-  EXPECT_THAT(Batch({"--jobs", "1"}).err,
-              HasSubstr("line 2: " + Path("0.pdf") + ": is the output of line 1"));
+  std::string const first = Text("list");
+  for (std::string const name : {"0.pdf", "./0.pdf", "nowhere/../0.pdf"}) {
+    WriteText("list", first + Line(name, "other.pbm"));
+    EXPECT_THAT(Batch({"--jobs", "1", "--force"}).err,
+                HasSubstr("line 2: " + Path(name) + ": is the output of line 1"));
+  }
 }
 
 TEST_F(BatchTest, MissingPictureLeavesAnIncompleteDocumentThatIsTriedAgain) {
@@ -407,6 +410,19 @@ TEST_F(BatchTest, ResultsThatCannotBeWrittenEndTheRunBeforeItBegins) {
     EXPECT_THAT(result.err, HasSubstr(name + ": ")) << name;
   }
   EXPECT_THAT(Names(), ElementsAre("0.pbm", "list"));
+}
+
+TEST_F(BatchTest, ResultsMustBeAFileOfAProperName) {
+  WriteList(1);
+  mkfifo(Path("pipe").c_str(), 0600);
+  EXPECT_THAT(Batch({"--results", Path("pipe")}).err, HasSubstr("pipe: is not a regular file ("));
+  EXPECT_EQ(Batch({"--results", "-"}).exit_code, 2);
+  EXPECT_EQ(RunProgram({SORRELIN_TOOL, "batch", "-"}).exit_code, 2);
+  fs::copy(Path("list"), Path("list\xFF"));
+  ProgramResult const result = RunProgram({SORRELIN_TOOL, "batch", Path("list\xFF")});
+  EXPECT_EQ(result.exit_code, 1);
+  EXPECT_THAT(result.err, HasSubstr(".results: the name is not valid UTF-8 ("));
+  EXPECT_FALSE(fs::exists(Path("0.pdf")));
 }
 
 TEST_F(BatchTest, FullDiskOfTheResultsEndsTheRun) {

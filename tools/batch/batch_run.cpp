@@ -20,6 +20,7 @@
 #include "tools/cli/interrupt.h"
 #include "tools/cli/messages.h"
 #include "tools/cli/progress.h"
+#include "tools/cli/text.h"
 #include "tools/documents/child.h"
 #include "tools/make/make_document.h"
 
@@ -78,6 +79,13 @@ std::optional<uint64_t> SizeOf(std::string const& name) {
   return error ? std::nullopt : std::optional<uint64_t>(size);
 }
 
+// One spelling for all names of a document.
+std::string PlainName(std::string const& output) {
+  std::error_code error;
+  fs::path const name = fs::weakly_canonical(output, error);
+  return error ? output : name.string();
+}
+
 class Batch {
  public:
   Batch(BatchOptions const& options, ListFile& list, ResultsFile& results)
@@ -130,7 +138,7 @@ class Batch {
   // Two lines of a list cannot make one document.
   void ClaimName(Result const& result) {
     std::lock_guard const lock(mutex_);
-    auto const [place, is_new] = claimed_.emplace(result.output, result.line);
+    auto const [place, is_new] = claimed_.emplace(PlainName(result.output), result.line);
     if (is_new) return;
     throw UsageError(result.output, "is the output of line " + std::to_string(place->second));
   }
@@ -209,9 +217,13 @@ class Batch {
 
 // Why the file of results cannot be used; empty if it can.
 std::string ProblemOfResults(BatchOptions const& options) {
+  if (!Utf16(options.results)) return "the name is not valid UTF-8 (name a file by --results)";
   std::error_code error;
-  if (!fs::equivalent(options.results, options.list, error)) return "";
-  return "is the list (name another file)";
+  if (fs::equivalent(options.results, options.list, error))
+    return "is the list (name another file)";
+  auto const status = fs::status(options.results, error);
+  bool const is_other = fs::exists(status) && !fs::is_regular_file(status);
+  return is_other ? "is not a regular file (name another one)" : "";
 }
 
 }  // namespace

@@ -6,6 +6,8 @@
 
 #include "tools/cli/jobs.h"
 #include "tools/cli/text.h"
+#include "tools/formats/byte_stream.h"
+#include "tools/make/page_options.h"
 #include "tools/verbs/verbs.h"
 
 namespace sorrelin::tool {
@@ -17,12 +19,15 @@ Shard ParseShard(std::string const& text) {
 }
 
 std::string ParseResults(std::string const& text) {
-  if (!text.empty() && Utf16(text)) return text;
+  if (!text.empty() && text != kStandardOutput && Utf16(text)) return text;
   throw UsageError("--results", "takes the name of a file");
 }
 
 // Shards of a list have results of their own.
 std::string UsualResults(BatchOptions const& options) {
+  if (options.list == kStandardInput) {
+    throw UsageError("--results", "is missing: a list on standard input has no name for them");
+  }
   Shard const shard = options.shard;
   std::string name = options.list;
   if (shard.count > 1) {
