@@ -179,6 +179,26 @@ TEST_F(CountAndInfo, PasswordOpensDocumentsOfEveryEncryption) {
   }
 }
 
+// The library counts encrypted documents whose page tree is not in object streams.
+TEST_F(CountAndInfo, CountTakesThePasswordOfEncryptedObjectStreams) {
+  MakeTwo();
+  RunProgram({"qpdf", "--warning-exit-0", "--object-streams=generate", "--encrypt", "secret",
+              "owner", "256", "--", Out(), Path("e.pdf")});
+  WriteAll(Path("right"), {'s', 'e', 'c', 'r', 'e', 't', '\n'});
+  WriteAll(Path("wrong"), {'w', 'r', 'o', 'n', 'g', '\n'});
+  for (std::vector<std::string> const& option :
+       {std::vector<std::string>{}, {"--password-file", Path("wrong")}}) {
+    std::vector<std::string> arguments = {"count", Path("e.pdf")};
+    arguments.insert(arguments.end(), option.begin(), option.end());
+    ProgramResult const closed = Run(arguments);
+    EXPECT_EQ(closed.exit_code, 1);
+    EXPECT_THAT(closed.err, HasSubstr("e.pdf: is encrypted, and the password is not the one"));
+  }
+  ProgramResult const open = Run({"count", "--password-file", Path("right"), Path("e.pdf"), Out()});
+  EXPECT_EQ(open.exit_code, 0) << open.err;
+  EXPECT_EQ(open.out, Path("e.pdf") + ": 2\n" + Out() + ": 2\n");
+}
+
 // The stated number may be far beyond the pages that there are.
 TEST_F(CountAndInfo, PagesThatAreNotListedAreToldAtOnce) {
   PdfBuilder pdf;

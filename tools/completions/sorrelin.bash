@@ -7,7 +7,7 @@ _sorrelin_options() {
     make) echo "--help $_sorrelin_pages --title --author --subject --keywords --force" ;;
     append) echo "--help $_sorrelin_pages --in-place --no-rewrite" ;;
     batch) echo '--help --jobs --results --shard --force --quiet' ;;
-    count) echo '--help' ;;
+    count) echo '--help --password-file' ;;
     scan)
       echo '--help --list --device --source --mode --resolution --option --prompt --dpi --default-dpi --page --fit --border --rotate --compression --quality --deskew --clean --skip-blank --plain --keep-damaged --ocr --orientation --timeout --quiet'
       ;;

@@ -58,7 +58,7 @@ complete -c sorrelin -n "$batch" -l force -d 'Make all documents'
 complete -c sorrelin -n "$batch" -l quiet -d 'Print problems only'
 
 complete -c sorrelin -n '__fish_seen_subcommand_from info' -l json -d 'Print it as JSON'
-complete -c sorrelin -n '__fish_seen_subcommand_from info extract' -l password-file -r -d 'Password of the document'
+complete -c sorrelin -n '__fish_seen_subcommand_from count info extract' -l password-file -r -d 'Password of the document'
 
 set -l extract '__fish_seen_subcommand_from extract'
 complete -c sorrelin -n "$extract" -l pages -x -d 'Only these, as in 1-3,7'

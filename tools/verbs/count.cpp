@@ -7,11 +7,17 @@
 #include "tools/cli/messages.h"
 #include "tools/documents/child.h"
 #include "tools/documents/open_document.h"
+#include "tools/documents/password_file.h"
 #include "tools/documents/qpdf_document.h"
 #include "tools/verbs/verbs.h"
 
 namespace sorrelin::tool {
 namespace {
+
+struct CountOptions {
+  std::vector<std::string> names;
+  std::string password;
+};
 
 // Both are called in a child that ends with its answer, and leave the closing of the document,
 // which takes time, to its end.
@@ -21,31 +27,31 @@ std::optional<std::string> CountPages(std::string const& name, std::string& prob
   return std::to_string(document->PageCount());
 }
 
-std::optional<std::string> CountRepaired(std::string const& name, std::string& problem) {
-  auto const* const document = QpdfDocument::Open(name, "", problem).release();
+std::optional<std::string> CountRepaired(std::string const& name, std::string const& password,
+                                         std::string& problem) {
+  auto const* const document = QpdfDocument::Open(name, password, problem).release();
   if (document == nullptr) return std::nullopt;
   return std::to_string(document->ListedPages());
 }
 
 // The library's answer, or libqpdf's where the library does not open the document, or is ended.
-std::optional<std::string> CountHere(std::string const& name, std::string& problem) {
-  using Counter = std::optional<std::string> (*)(std::string const&, std::string&);
-  for (Counter const counter : {CountPages, CountRepaired}) {
-    auto count = AskChild([&](std::string& reason) { return counter(name, reason); }, problem);
-    if (count) return count;
-  }
-  return std::nullopt;
+std::optional<std::string> CountHere(std::string const& name, std::string const& password,
+                                     std::string& problem) {
+  auto const count = [&](std::string& reason) { return CountPages(name, reason); };
+  if (auto pages = AskChild(count, problem)) return pages;
+  auto const repair = [&](std::string& reason) { return CountRepaired(name, password, reason); };
+  return AskChild(repair, problem);
 }
 
-int Count(std::vector<std::string> const& names) {
+int Count(CountOptions const& options) {
   int exit_code = kExitSuccess;
-  for (std::string const& name : names) {
+  for (std::string const& name : options.names) {
     std::string problem;
-    auto const count = CountHere(name, problem);
+    auto const count = CountHere(name, options.password, problem);
     if (!count) {
       PrintProblem(name, problem);
       exit_code = kExitFailure;
-    } else if (names.size() == 1) {
+    } else if (options.names.size() == 1) {
       std::printf("%s\n", count->c_str());
     } else {
       std::printf("%s: %s\n", name.c_str(), count->c_str());
@@ -57,6 +63,8 @@ int Count(std::vector<std::string> const& names) {
 
 constexpr char kFooter[] =
     R"(Of one file the number alone is printed, of several a line "FILE: NUMBER" each.
+Encrypted documents are read with the empty password, or with the one in the
+first line of --password-file.
 
 Exit status: 0 all is done; 1 a file could not be read and was named; 2 the
 command line is wrong.
@@ -69,10 +77,11 @@ Examples:
 
 void AddCount(Program& program) {
   Verb verb = program.AddVerb("count", "Print how many pages documents have");
-  auto const names = std::make_shared<std::vector<std::string>>();
-  verb.Argument("FILE", *names, "The documents");
+  auto const options = std::make_shared<CountOptions>();
+  verb.Argument("FILE", options->names, "The documents");
+  AddPasswordFile(verb, options->password);
   verb.Footer(kFooter);
-  verb.Runs([names] { return Count(*names); });
+  verb.Runs([options] { return Count(*options); });
 }
 
 }  // namespace sorrelin::tool
