@@ -138,28 +138,81 @@ TEST_F(ForeignPages, KeptJpegAndJpeg2000AreTheDocuments) {
   EXPECT_EQ(Difference(Extracted("t1.pnm"), Source("colour.png")), 0);
 }
 
+// Segments of JBIG2 (ITU-T T.88): the number, the type, the segment that is referred to, the page,
+// and the data with their length.
+std::string Segment(char number, char type, std::string const& refers, char page,
+                    std::string const& data) {
+  return std::string("\0\0\0", 3) + number + type + static_cast<char>(refers.size() << 5) + refers +
+         page + std::string("\0\0\0", 3) + static_cast<char>(data.size()) + data;
+}
+
+// A dictionary of two symbols of 5 by 4 pixels, an A and an L, in Huffman codes (6.5): their height
+// 4 as 1110 000, their widths as 1110 010 and 0, the end 111111, the bytes of the bitmap 0 0000,
+// which stands for one that is not coded, its rows, and the exported symbols as 0 0000 and 0 0010.
+std::string SymbolDictionary() {
+  return Segment(0, 0, "", 0,
+                 std::string("\0\1\0\0\0\2\0\0\0\2\xE1\xC9\xF8\0", 14) +
+                     std::string("\x8C\0\x54\0\x24\0\xFF\0\0\x80", 10));
+}
+
+// A page of 20 by 9 pixels, and a text region (6.4) that places A at 2, 0, L at 10, 0 and L at
+// 8, 3: codes of 1 bit for both symbols, and then 0 0 00 0000010 0, 100 0000 1 01, 10 1 00 0000110
+// 1 01.
+std::string TextPage() {
+  std::string const size("\0\0\0\x14\0\0\0\x09\0\0\0\0\0\0\0\0\0", 17);
+  return Segment(1, 0x30, "", 1, size + std::string(2, '\0')) +
+         Segment(2, 6, std::string(1, '\0'), 1,
+                 size + std::string("\0\x11\0\0\0\0\0\3\x01\x10", 10) + std::string(17, '\0') +
+                     "\x48\x16\x81\xA8");
+}
+
+constexpr char kText[] =
+    "..#...#...#........."
+    "...#.#....#........."
+    "....#.....#........."
+    "..#####.#.###......."
+    "........#..........."
+    "........#..........."
+    "........###........."
+    "...................."
+    "....................";
+
 // jbig2dec reads the file that the document's segments make.
-TEST_F(ForeignPages, KeptJbig2IsAWholeFile) {
-  // A page of 8 by 4 pixels and a generic region coded by the modified-modified-read code (T.6):
-  // four white rows.
-  std::string const segments(
-      "\0\0\0\0\x30\0\1\0\0\0\x13\0\0\0\x08\0\0\0\x04\0\0\0\0\0\0\0\0\0\0\0"
-      "\0\0\0\1\x26\0\1\0\0\0\x16\0\0\0\x08\0\0\0\x04\0\0\0\0\0\0\0\0\0\1"
-      "\xF0\x01\x00\x10",
-      30 + 11 + 22);
+TEST_F(ForeignPages, Jbig2WithSymbolsInItsGlobalsComesBack) {
   PdfBuilder pdf = OnePage{.image =
-                               "/Subtype/Image /Width 8 /Height 4 /BitsPerComponent 1 "
+                               "/Subtype/Image /Width 20 /Height 9 /BitsPerComponent 1 "
+                               "/ColorSpace /DeviceGray /Filter /JBIG2Decode "
+                               "/DecodeParms <</JBIG2Globals 7 0 R>>",
+                           .data = TextPage(),
+                           .content = "q 20 0 0 9 0 0 cm /Im0 Do Q"}
+                       .Build();
+  pdf.Stream(7, "", SymbolDictionary());
+  pdf.Classic({});
+  WriteAll(Path("out.pdf"), pdf.Document());
+  Pixels expected = {20, 9, {}};
+  for (char const pixel : std::string(kText)) {
+    expected.colours.push_back(pixel == '#' ? 0 : 0xFFFFFF);
+  }
+  ExtractPnm();
+  EXPECT_EQ(Difference(Extracted("t1.pnm"), expected), 0);
+  EXPECT_EQ(Difference(Witness().at(0), expected), 0);
+  EXPECT_EQ(
+      Tool({"extract", Path("out.pdf"), "--format", "keep", "--output", Path("t%d")}).exit_code, 0);
+  Shell("jbig2dec -t pbm -o shown.pbm t1.jb2");
+  EXPECT_EQ(Difference(Extracted("shown.pbm"), expected), 0);
+}
+
+TEST_F(ForeignPages, Jbig2WithoutItsSymbolsIsNamed) {
+  PdfBuilder pdf = OnePage{.image =
+                               "/Subtype/Image /Width 20 /Height 9 /BitsPerComponent 1 "
                                "/ColorSpace /DeviceGray /Filter /JBIG2Decode",
-                           .data = segments}
+                           .data = TextPage()}
                        .Build();
   pdf.Classic({});
   WriteAll(Path("out.pdf"), pdf.Document());
-  ProgramResult const result =
-      Tool({"extract", Path("out.pdf"), "--format", "keep", "--output", Path("t%d")});
-  EXPECT_EQ(result.exit_code, 0) << result.err;
-  Shell("jbig2dec -t pbm -o shown.pbm t1.jb2");
-  ExtractPnm();
-  EXPECT_EQ(Difference(Extracted("t1.pnm"), Extracted("shown.pbm")), 0);
+  ProgramResult const result = Tool({"extract", Path("out.pdf"), "--output", Path("t%d.pnm")});
+  EXPECT_EQ(result.exit_code, 1);
+  EXPECT_THAT(result.err, HasSubstr("its JBIG2 data are damaged"));
 }
 
 struct Shape {

@@ -102,6 +102,7 @@ bool DecodeCoded(PictureShape const& shape, SampleSink& sink, std::string& probl
 }  // namespace
 
 std::optional<std::vector<BYTE>> ReadPictureData(QPDFObjectHandle stream, std::string& problem) {
+  problem.clear();
   std::vector<BYTE> data;
   bool too_long = false;
   StreamEnd const end = ReadStream(stream, [&](std::span<BYTE const> bytes) {
