@@ -369,55 +369,6 @@ class ExtractKept : public Extract {
   }
 };
 
-class ExtractJpeg2000 : public Extract {
- protected:
-  // x.png or the like of a page of 40 x 24 pixels, whose data are the coder's of this file.
-  void ExtractCoded(std::vector<std::string> options, std::string const& name) const {
-    options.insert(options.begin(), {"opj_compress", "-n", "2", "-o", Path("in.jp2"), "-i"});
-    ASSERT_EQ(RunProgram(options).exit_code, 0);
-    OnePage const page{.image = "/Subtype/Image /Width 40 /Height 24 /Filter/JPXDecode",
-                       .data = ToText(ReadAll(Path("in.jp2")))};
-    WriteDocument("in.pdf", page.Build());
-    ProgramResult const result = Run({"extract", Path("in.pdf"), "--output", Path(name)});
-    EXPECT_EQ(result.exit_code, 0) << result.err;
-  }
-  static std::string RandomBytes(size_t count) {
-    std::minstd_rand random(7);
-    std::string bytes(count, '\0');
-    for (char& byte : bytes) byte = static_cast<char>(random() >> 9);
-    return bytes;
-  }
-};
-
-TEST_F(ExtractJpeg2000, SixteenBitsStaySixteen) {
-  for (std::string const head : {"P5\n40 24\n65535\n", "P6\n40 24\n65535\n"}) {
-    auto const picture = ToBytes(head + RandomBytes(40 * 24 * (head[1] == '5' ? 2 : 6)));
-    WriteAll(Path("in.ppm"), picture);
-    ExtractCoded({Path("in.ppm")}, "x.pnm");
-    EXPECT_EQ(ReadAll(Path("x.pnm")), picture) << head;
-    std::filesystem::remove(Path("x.pnm"));
-  }
-}
-
-// OpenJPEG's own program rounds the colours in another way.
-TEST_F(ExtractJpeg2000, ComponentsOfFewerPixelsAreSpread) {
-  WriteAll(Path("in.raw"), ToBytes(RandomBytes(40 * 24 + 2 * 20 * 12)));
-  ExtractCoded({Path("in.raw"), "-F", "40,24,3,8,u@1x1:2x2:2x2"}, "x.png");
-  RunProgram({"opj_decompress", "-upsample", "-i", Path("in.jp2"), "-o", Path("w.png")});
-  PixPtr const ours = ReadPix("x.png");
-  PixPtr const theirs = ReadPix("w.png");
-  ASSERT_TRUE(ours != nullptr && theirs != nullptr);
-  int largest = 0;
-  for (int i = 0; i < 40 * 24; ++i) {
-    l_int32 a[3];
-    l_int32 b[3];
-    pixGetRGBPixel(ours.get(), i % 40, i / 40, &a[0], &a[1], &a[2]);
-    pixGetRGBPixel(theirs.get(), i % 40, i / 40, &b[0], &b[1], &b[2]);
-    for (int c = 0; c < 3; ++c) largest = std::max(largest, std::abs(a[c] - b[c]));
-  }
-  EXPECT_LE(largest, 1);
-}
-
 TEST_F(ExtractKept, Group4BecomesTiffWithTheSameData) {
   WritePix("1.png", Noise(40, 10, 1));
   MakeFrom("1.png", {"--compression", "g4"});

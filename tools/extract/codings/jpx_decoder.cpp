@@ -8,6 +8,8 @@
 #include <memory>
 #include <vector>
 
+#include "tools/formats/jp2_file.h"
+
 namespace sorrelin::tool {
 namespace {
 
@@ -123,11 +125,11 @@ class JpxRows {
 
   void Send(SampleSink& sink) const {
     std::vector<BYTE> row(shape_.RowBytes()), opacity(shape_.width);
-    bool const has_opacity = shape_.alpha_in_data == 1 && image_.numcomps > shape_.Components();
+    size_t const channel = shape_.alpha_in_data == 0 ? image_.numcomps : OpacityChannel();
     for (DWORD y = 0; y < shape_.height; ++y) {
-      if (has_opacity) {
+      if (channel < image_.numcomps) {
         for (DWORD x = 0; x < shape_.width; ++x) {
-          opacity[x] = static_cast<BYTE>(Sample(shape_.Components(), x, y, 8));
+          opacity[x] = static_cast<BYTE>(Sample(channel, x, y, 8));
         }
         sink.Opacity(opacity);
       }
@@ -137,6 +139,14 @@ class JpxRows {
   }
 
  private:
+  // The one that the data mark, or else the first after the colours; numcomps if there is none.
+  size_t OpacityChannel() const {
+    for (size_t c = 0; c < image_.numcomps; ++c) {
+      if (image_.comps[c].alpha != 0) return c;
+    }
+    return std::min<size_t>(shape_.Components(), image_.numcomps);
+  }
+
   // Indices stay as they are; tones are spread over `bits`.
   unsigned Sample(size_t component, DWORD x, DWORD y, int bits) const {
     opj_image_comp_t const& plane = image_.comps[component];
@@ -191,9 +201,9 @@ std::optional<JpxFacts> ReadJpxFacts(std::string_view data, std::string& problem
   for (size_t c = 0; c < image.numcomps; ++c) {
     facts.bits = std::max(facts.bits, static_cast<int>(image.comps[c].prec));
   }
-  // Headers do not say which palettes and opacities there are; by their number the usual ones are.
-  facts.colours = image.numcomps <= 2 ? 1 : image.numcomps == 3 ? 3 : 3;
-  if (image.numcomps >= 4 && image.color_space == OPJ_CLRSPC_CMYK) facts.colours = 4;
+  // A codestream does not say which of its components are opacity; usually the last is.
+  auto const stated = Jp2Colours(bytes);
+  facts.colours = stated ? static_cast<size_t>(*stated) : image.numcomps <= 2 ? 1 : 3;
   return facts;
 }
 

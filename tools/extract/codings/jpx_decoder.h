@@ -13,7 +13,7 @@ namespace sorrelin::tool {
 
 struct JpxFacts {
   int bits = 8;        // of a sample
-  size_t colours = 3;  // components that are no opacity: 1, 3 or 4
+  size_t colours = 3;  // components that are no opacity: 1, 3 or 4; 0 for a space that is not read
 };
 
 // From the start of the data; nullopt with the reason in `problem` if they are no JPEG 2000 data,

@@ -10,6 +10,7 @@ namespace sorrelin::tool {
 namespace {
 
 constexpr long long kMaxSide = 0x7FFFFFFF;
+constexpr int kPremultiplied = 2;  // /SMaskInData of colours that are multiplied by their opacity
 constexpr size_t kHeaderBytes = size_t{1} << 20;  // of JPEG 2000 data; it comes within these
 
 class ShapeReader {
@@ -112,9 +113,11 @@ class ShapeReader {
     if (!head) return Refuse(true, problem);
     auto const facts = ReadJpxFacts(*head, problem);
     if (!facts) return Refuse(true, problem);
-    shape_.alpha_in_data = static_cast<int>(Number(dictionary_, "/SMaskInData", 0));
+    long long const alpha = Number(dictionary_, "/SMaskInData", 0);
+    shape_.alpha_in_data = alpha == 1 || alpha == kPremultiplied ? static_cast<int>(alpha) : 0;
     jpx_bits_ = facts->bits;
     if (!dictionary_.getKey("/ColorSpace").isNull()) return;
+    Refuse(facts->colours == 0, "its colours are in a space of JPEG 2000 that is not read");
     char const* const name = facts->colours == 1   ? "/DeviceGray"
                              : facts->colours == 3 ? "/DeviceRGB"
                                                    : "/DeviceCMYK";
@@ -184,6 +187,7 @@ class ShapeReader {
   void ReadMask() {
     QPDFObjectHandle soft = dictionary_.getKey("/SMask");
     QPDFObjectHandle mask = dictionary_.getKey("/Mask");
+    if (shape_.alpha_in_data == kPremultiplied) shape_.mask.matte.resize(shape_.Components());
     if (soft.isStream()) {
       shape_.mask.soft = soft;
       QPDFObjectHandle matte = soft.getDict().getKey("/Matte");

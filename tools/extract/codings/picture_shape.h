@@ -31,7 +31,7 @@ struct PictureMask {
   std::optional<QPDFObjectHandle> soft;            // a picture of grey whose tones are opacities
   std::optional<QPDFObjectHandle> stencil;         // a picture of one bit
   std::vector<std::pair<unsigned, unsigned>> key;  // ranges of samples that are transparent
-  std::vector<double> matte;  // the colour with which the soft mask's picture was blended
+  std::vector<double> matte;  // the colour with which the picture was blended beforehand
 
   bool IsNone() const { return !soft && !stencil && key.empty(); }
 };
@@ -49,7 +49,7 @@ struct PictureShape {
   bool png_predicted = false;  // Flate alone, with rows as PNG has them
   FaxParms fax;
   int colour_transform = -1;                // of the DCT filter; -1 where it says nothing
-  int alpha_in_data = 0;                    // /SMaskInData of JPEG 2000
+  int alpha_in_data = 0;                    // /SMaskInData of JPEG 2000: 0, 1 or 2
   std::optional<QPDFObjectHandle> globals;  // of JBIG2
   PictureMask mask;
   QPDFObjectHandle stream;

@@ -52,7 +52,7 @@ class PixelMaker : public SampleSink {
       SettleDepth();
     }
     base_depth_ = form_.depth;
-    has_opacity_ = plane || !shape.mask.key.empty() || shape.alpha_in_data == 1;
+    has_opacity_ = plane || !shape.mask.key.empty() || shape.alpha_in_data != 0;
     if (!has_opacity_) return;
     form_.depth = form_.depth == 16 || form_.depth == 48 ? 64 : 32;
     form_.palette.clear();

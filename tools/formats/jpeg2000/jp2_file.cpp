@@ -159,17 +159,20 @@ std::optional<Facts> ReadBoxes(std::span<BYTE const> file) {
   return facts;
 }
 
+// 0 if they are not known.
+int ComponentsOf(Facts const& facts) {
+  if (facts.method == kRestrictedProfile) return ProfileComponents(facts.profile);
+  if (facts.space == kGrey) return 1;
+  if (facts.space == kSrgb || facts.space == kSycc) return 3;
+  return facts.space == kCmyk ? 4 : 0;
+}
+
 // Channels of colour that the file's data give, all of which have to be known.
 bool HasKnownColours(Facts const& facts) {
   uint32_t const channels = facts.columns != 0 ? facts.columns : facts.components;
   if (facts.transparent || facts.colour_boxes == 0) return false;
-  if (facts.method == kRestrictedProfile) {
-    int const components = ProfileComponents(facts.profile);
-    return components != 0 && static_cast<uint32_t>(components) == channels;
-  }
-  if (facts.space == kGrey) return channels == 1;
-  if (facts.space == kSrgb || facts.space == kSycc) return channels == 3;
-  return facts.space == kCmyk && channels == 4;
+  int const components = ComponentsOf(facts);
+  return components != 0 && static_cast<uint32_t>(components) == channels;
 }
 
 bool HasSize(Facts const& facts) {
@@ -257,6 +260,18 @@ std::optional<StoredImage> StoredJp2(std::span<BYTE const> file) {
       facts && facts->has_data && facts->wavelet && HasSize(*facts) && HasKnownColours(*facts);
   if (!known) return std::nullopt;
   return ImageOf(file, *facts);
+}
+
+std::optional<int> Jp2Colours(std::span<BYTE const> start) {
+  if (!StartsWith(start, kSignatureBox)) return std::nullopt;
+  auto rest = start.subspan(sizeof kSignatureBox);
+  while (auto const box = TakeBox(rest)) {
+    if (box->type != "jp2h") continue;
+    Facts facts;
+    if (!ReadHeader(box->contents.From(0), facts) || facts.colour_boxes == 0) return std::nullopt;
+    return ComponentsOf(facts);
+  }
+  return std::nullopt;
 }
 
 }  // namespace sorrelin::tool

@@ -16,6 +16,11 @@ namespace sorrelin::tool {
 // JP2 file stay the caller's.
 std::optional<StoredImage> StoredJp2(std::span<BYTE const> file);
 
+// Components of the colours that the boxes at the start of a JP2 file state: 1, 3 or 4, whatever
+// palette or opacity the file has. 0 for spaces that are not read, and nullopt where no box states
+// them, as in a bare codestream.
+std::optional<int> Jp2Colours(std::span<BYTE const> start);
+
 }  // namespace sorrelin::tool
 
 #endif  // TOOLS_FORMATS_JPEG2000_JP2_FILE_H_
