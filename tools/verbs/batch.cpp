@@ -7,7 +7,7 @@
 #include "tools/cli/jobs.h"
 #include "tools/cli/text.h"
 #include "tools/formats/byte_stream.h"
-#include "tools/make/page_options.h"
+#include "tools/make/pages/page_options.h"
 #include "tools/verbs/verbs.h"
 
 namespace sorrelin::tool {
