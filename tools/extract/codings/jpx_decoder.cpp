@@ -8,7 +8,7 @@
 #include <memory>
 #include <vector>
 
-#include "tools/formats/jp2_file.h"
+#include "tools/formats/jpeg2000/jp2_file.h"
 
 namespace sorrelin::tool {
 namespace {
