@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # The manual page and the completions know exactly the verbs and options that the program's help
-# tells, and are sound in themselves. in_step.sh PROGRAM MANUAL COMPLETIONS
+# lists, and are sound in themselves. in_step.sh PROGRAM MANUAL COMPLETIONS
 set -euo pipefail
 program=$1
 manual=$2

@@ -1,4 +1,4 @@
-// Each thread takes the next line, decides what is to be done, and has a child do it.
+// Runs a batch: each thread takes the next line, decides what is to be done, and has a child do it.
 #include "tools/batch/batch_run.h"
 
 #include <algorithm>

@@ -1,4 +1,4 @@
-// The list is read forward and never held, however many lines it has.
+// Reads lists forward, a line at a time, however many lines they have.
 #include "tools/batch/list_file.h"
 
 #include <charconv>

@@ -1,4 +1,4 @@
-// Lines are JSON by libqpdf, and their options go the way of a command line.
+// Parses lines of a list: JSON by libqpdf, and options as those of a command line.
 #include "tools/batch/list_line.h"
 
 #include <algorithm>

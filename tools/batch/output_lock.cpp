@@ -1,4 +1,5 @@
-// The system's lock on a file counts, and it ends with the process; that the file exists does not.
+// Locks the names of documents. The lock is the system's and ends with the process; the file may
+// outlive it.
 #include "tools/batch/output_lock.h"
 
 #include <sorrelin/platform/error.h>

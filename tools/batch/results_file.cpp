@@ -1,5 +1,5 @@
-// A line is one write at the end of the file. A line that a kill has cut is removed by the next
-// run.
+// Reads and adds results. A line is one write at the end of the file; one that a kill has cut is
+// removed by the next run.
 #include "tools/batch/results_file.h"
 
 #include <sorrelin/platform/error.h>

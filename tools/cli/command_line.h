@@ -58,7 +58,7 @@ class Verb {
   // What the help says at its end.
   void Footer(std::string const& text);
 
-  // What the verb does; gives the exit code.
+  // What the verb does; returns the exit code.
   void Runs(std::function<int()> run);
 
  private:

@@ -153,7 +153,7 @@ PixColormap* MapOf(Numbers const& file, Header const& header) {
   return map;
 }
 
-// Gives back whether any pixel is more than transparent.
+// Returns whether any pixel is not fully transparent.
 bool StoreColours(std::span<BYTE const> row, Header const& header, Masks const& masks,
                   l_uint32* line) {
   Numbers const numbers(row);

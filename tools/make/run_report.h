@@ -36,7 +36,7 @@ class RunReport {
     int page = 0;
     std::string text;
   };
-  // Nothing if no document was written.
+  // nullopt if no document was written.
   std::optional<Written> const& written() const { return written_; }
   std::vector<Problem> const& problems() const { return problems_; }
 

@@ -1,4 +1,4 @@
-// The header is written twice, with a height of as many characters.
+// Writes PNM files line by line. The header is written twice, its height padded to one length.
 #include "tools/scan/page_file.h"
 
 #include <algorithm>

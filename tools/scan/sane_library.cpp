@@ -1,4 +1,4 @@
-// Loading libsane: who never scans needs none of it.
+// Loads libsane, which nothing but scanning needs.
 #include "tools/scan/sane_library.h"
 
 #include <sorrelin/platform/module.h>

@@ -1,4 +1,5 @@
-// A page goes into a file of its own first, which is removed when the document has it.
+// Runs a scan. Each page first goes into a file of its own, which is removed when the document has
+// the page.
 #include "tools/scan/scan_run.h"
 
 #include <algorithm>

@@ -210,7 +210,7 @@ std::vector<BYTE> PixelsOf(opj_image_t const& image, DeepPixels const& form, uin
   return pixels;
 }
 
-// Nothing if the picture is too large.
+// nullopt if the picture is too large.
 std::optional<Samples> ReadSamples(opj_image_t const& image, Changes& changes) {
   constexpr uint64_t kMostBytes = uint64_t{1} << 31;
   uint64_t const width = uint64_t{image.comps[0].w} * image.comps[0].dx;

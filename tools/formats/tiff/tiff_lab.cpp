@@ -1,6 +1,6 @@
-// Encodings (TIFF 6.0, 23, and the supplement of Photoshop for ICCLAB): L* is 0 to 100 over the
-// range of a sample, up to 0xFF00 in 16 bits of ICCLAB. a* and b* are whole numbers, with 8 binary
-// places in 16 bits; signed in CIELAB, and from an offset in ICCLAB.
+// Converts Lab pixels (TIFF 6.0, 23, and the supplement of Photoshop for ICCLAB): L* is 0 to 100
+// over the range of a sample, up to 0xFF00 in 16 bits of ICCLAB. a* and b* are whole numbers, with
+// 8 binary places in 16 bits; signed in CIELAB, and from an offset in ICCLAB.
 #include "tools/formats/tiff/tiff_lab.h"
 
 #include <lcms2.h>

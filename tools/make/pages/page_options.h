@@ -43,8 +43,8 @@ void AddRun(Verb& verb, PageOptions& options);
 // Adds --jobs, for verbs with work for several processors.
 void AddJobs(Verb& verb, int& jobs);
 
-// Finds the files that the images stand for. Leaves as UsageError if files are named that
-// do not go together. `name` is that of the document in the help.
+// Finds the files that the images stand for. Throws UsageError if the named files conflict. `name`
+// is that of the document in the help.
 void ListFiles(PageOptions& options, std::string const& name);
 
 // What the help says of pictures and of the options above.
