@@ -12,7 +12,6 @@
 #include <algorithm>
 #include <array>
 #include <chrono>
-#include <condition_variable>
 #include <cstdlib>
 #include <cstring>
 #include <exception>
@@ -21,10 +20,10 @@
 #include <new>
 #include <optional>
 #include <string_view>
-#include <thread>
 #include <utility>
 
 #include "tools/cli/messages.h"
+#include "tools/cli/watchdog.h"
 #include "tools/documents/child.h"
 #include "tools/formats/image_source.h"
 #include "tools/ocr/languages.h"
@@ -68,46 +67,6 @@ Value ValueOf(std::string_view bytes) {
 struct Spot {
   Matrix place;
   SheetSize shown;
-};
-
-// Ends the process when a page takes too long. For a process that has nothing to tidy up.
-class Watchdog {
- public:
-  explicit Watchdog(int seconds) : seconds_(seconds) {
-    if (seconds_ > 0) thread_ = std::thread([this] { Watch(); });
-  }
-  ~Watchdog() {
-    {
-      std::lock_guard const lock(mutex_);
-      closing_ = true;
-    }
-    changed_.notify_all();
-    if (thread_.joinable()) thread_.join();
-  }
-  Watchdog(Watchdog const&) = delete;
-  Watchdog& operator=(Watchdog const&) = delete;
-
-  void BeginPage() {
-    std::lock_guard const lock(mutex_);
-    end_ = Clock::now() + std::chrono::seconds(seconds_) + kGrace;
-    changed_.notify_all();
-  }
-
- private:
-  void Watch() {
-    std::unique_lock lock(mutex_);
-    while (!closing_) {
-      if (Clock::now() >= end_) std::_Exit(EXIT_FAILURE);
-      changed_.wait_until(lock, end_);
-    }
-  }
-
-  int seconds_;
-  std::mutex mutex_;
-  std::condition_variable changed_;
-  Clock::time_point end_ = Clock::time_point::max();
-  bool closing_ = false;
-  std::thread thread_;
 };
 
 // Gives the picture the resolution in which it is shown, and square pixels.
@@ -259,11 +218,16 @@ class Job {
     Send(link, 'X', problem);
   }
 
+  std::chrono::seconds TimeLimit() const {
+    std::chrono::seconds const timeout(run_.options.timeout);
+    return timeout.count() > 0 ? timeout + kGrace : timeout;
+  }
+
   void ReadAll(Recognizer& recognizer, CHILD_LINK* link) {
-    Watchdog watchdog(run_.options.timeout);
+    Watchdog watchdog(TimeLimit(), [] { std::_Exit(EXIT_FAILURE); });
     for (size_t i = next_; i < pages_.size(); ++i) {
       Send(link, 'B', {});
-      watchdog.BeginPage();
+      watchdog.Begin();
       recognizer.Read(pages_[i]->page);
     }
   }
