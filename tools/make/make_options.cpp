@@ -33,23 +33,6 @@ void AddText(Verb& verb, std::string const& option, std::u16string& target, size
   });
 }
 
-void AddDescription(Verb& verb, Description& description) {
-  AddText(verb, "--title", description.title, kMaxTextUnits, "Title of the document");
-  AddText(verb, "--author", description.author, kMaxTextUnits, "Its author");
-  AddText(verb, "--subject", description.subject, kMaxTextUnits, "Its subject");
-  AddText(verb, "--keywords", description.keywords, kMaxKeywordsUnits, "Its keywords");
-}
-
-// Builds that are to come out the same each time say so in the environment.
-std::optional<SYSTEMTIME> CreationTime() {
-  char const* const seconds = std::getenv("SOURCE_DATE_EPOCH");
-  if (seconds == nullptr || *seconds == '\0') return std::nullopt;
-  auto const time = TimeOfEpoch(seconds);
-  if (time) return time;
-  throw UsageError("SOURCE_DATE_EPOCH",
-                   "must be a number of seconds from 0 to " + std::to_string(kLastSecond));
-}
-
 // What standard output may be used for.
 void CheckStandardOutput(PageOptions const& options) {
   if (options.output != kStandardOutput) return;
@@ -63,6 +46,22 @@ void CheckStandardOutput(PageOptions const& options) {
 }
 
 }  // namespace
+
+void AddDescription(Verb& verb, Description& description) {
+  AddText(verb, "--title", description.title, kMaxTextUnits, "Title of the document");
+  AddText(verb, "--author", description.author, kMaxTextUnits, "Its author");
+  AddText(verb, "--subject", description.subject, kMaxTextUnits, "Its subject");
+  AddText(verb, "--keywords", description.keywords, kMaxKeywordsUnits, "Its keywords");
+}
+
+std::optional<SYSTEMTIME> CreationTime() {
+  char const* const seconds = std::getenv("SOURCE_DATE_EPOCH");
+  if (seconds == nullptr || *seconds == '\0') return std::nullopt;
+  auto const time = TimeOfEpoch(seconds);
+  if (time) return time;
+  throw UsageError("SOURCE_DATE_EPOCH",
+                   "must be a number of seconds from 0 to " + std::to_string(kLastSecond));
+}
 
 void AddMakeOptions(Verb& verb, MakeOptions& options) {
   AddFiles(verb, options.pages, kName, "The document to make");

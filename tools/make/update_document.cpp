@@ -253,8 +253,9 @@ int AppendPages(UpdateOptions const& options) {
     PrintProblem(name, "is a link to a file that does not exist (remove it, or name the file)");
     return kExitFailure;
   }
-  if (status.type() == fs::file_type::not_found)
-    return MakeDocument({options.pages, {}, false, true});
+  if (status.type() == fs::file_type::not_found) {
+    return MakeDocument({options.pages, options.description, false, true});
+  }
   if (fs::exists(status) && status.type() != fs::file_type::regular) {
     PrintProblem(name, "is not a regular file (choose another name)");
     return kExitFailure;

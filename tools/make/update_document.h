@@ -2,6 +2,7 @@
 #ifndef TOOLS_MAKE_UPDATE_DOCUMENT_H_
 #define TOOLS_MAKE_UPDATE_DOCUMENT_H_
 
+#include "tools/make/document.h"
 #include "tools/make/pages/page_options.h"
 
 namespace sorrelin::tool {
@@ -10,6 +11,7 @@ struct UpdateOptions {
   PageOptions pages;
   bool in_place = false;
   bool no_rewrite = false;
+  Description description = {};  // of a document that does not exist yet
 };
 
 // Adds a page for each picture, naming on standard error what cannot become one, and returns the

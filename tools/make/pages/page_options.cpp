@@ -124,6 +124,10 @@ void AddRun(Verb& verb, PageOptions& options) {
   verb.Option("--sort", "KIND", "natural, name or none: the order of the files",
               [&options](std::string const& text) { options.sort = ParseSort(text); });
   AddJobs(verb, options.jobs);
+  AddReports(verb, options);
+}
+
+void AddReports(Verb& verb, PageOptions& options) {
   verb.Flag("--json", options.json, "Report on standard output as JSON");
   verb.Flag("--verbose", options.verbose, "Print a line for each page");
   verb.Flag("--quiet", options.quiet, "Print problems only: no progress bar, no changes");

@@ -37,7 +37,10 @@ void AddFiles(Verb& verb, PageOptions& options, std::string const& name, std::st
 // Adds how pages are made: resolution, size, compression.
 void AddPageStyle(Verb& verb, PageOptions& options);
 
-// Adds how the run goes: --recursive, --sort, --jobs, --json, --verbose, --quiet.
+// Adds what the run prints: --json, --verbose, --quiet.
+void AddReports(Verb& verb, PageOptions& options);
+
+// Adds how the run goes: --recursive, --sort, --jobs, and what AddReports adds.
 void AddRun(Verb& verb, PageOptions& options);
 
 // Adds --jobs, for verbs with work for several processors.
