@@ -40,7 +40,7 @@ manual_options() {
       option = substr(line, RSTART, RLENGTH)
       if (section == verb) print option
       if (section == "pages" && (verb == "make" || verb == "append")) print option
-      if (section == "pages" && verb == "scan" && option !~ /^--(recursive|sort|jobs|json|verbose)$/) print option
+      if (section == "pages" && verb == "scan" && option !~ /^--(recursive|sort|jobs)$/) print option
       if (section == "general" && (verb == "" || option == "--help")) print option
     }' "$manual"
 }

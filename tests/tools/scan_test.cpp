@@ -130,8 +130,8 @@ TEST_F(ScanTest, BlankPagesAreLeftOutAndTheFeederIsEmptied) {
   for (int const pages : {0, 1}) {
     ProgramResult const result = Scan(white);
     EXPECT_EQ(result.exit_code, 0);
-    EXPECT_THAT(result.err, HasSubstr("sorrelin: page 1: is blank and left out: "));
-    EXPECT_THAT(result.err, HasSubstr("out.pdf: 10 pages scanned\n"));
+    EXPECT_THAT(result.err, HasSubstr("sorrelin: scan 1: is blank and left out\n"));
+    EXPECT_THAT(result.err, HasSubstr("sorrelin: scan 10: is blank and left out\n"));
     EXPECT_EQ(fs::exists(Out()), pages == 1);
     if (pages == 0) Scan({});
   }

@@ -9,7 +9,7 @@ _sorrelin_options() {
     batch) echo '--help --jobs --results --shard --force --quiet' ;;
     count) echo '--help --password-file' ;;
     scan)
-      echo '--help --list --device --source --mode --resolution --option --prompt --dpi --default-dpi --page --fit --border --rotate --compression --quality --deskew --clean --skip-blank --plain --keep-damaged --ocr --orientation --timeout --quiet'
+      echo '--help --list --device --source --mode --resolution --option --prompt --separate --wait --title --author --subject --keywords --dpi --default-dpi --page --fit --border --rotate --compression --quality --deskew --clean --skip-blank --plain --keep-damaged --ocr --orientation --timeout --json --verbose --quiet'
       ;;
     info) echo '--help --json --password-file' ;;
     extract)
@@ -36,6 +36,7 @@ _sorrelin_values() {
     --orientation) echo 'auto keep' ;;
     --source) echo 'flatbed adf duplex' ;;
     --mode) echo 'bilevel grey colour' ;;
+    --separate) echo 'blank' ;;
   esac
 }
 
@@ -44,8 +45,8 @@ _sorrelin() {
   COMPREPLY=()
   if [ "$COMP_CWORD" -gt 1 ]; then verb=${COMP_WORDS[1]}; fi
   case $before in
-    --title | --author | --subject | --keywords | --quality | --jobs | --pages | --timeout | --psm | --shard | --device | --resolution | --option) return ;;
-    --compression | --fit | --border | --rotate | --page | --sort | --format | --dpi | --default-dpi | --language | --ocr | --orientation | --source | --mode)
+    --title | --author | --subject | --keywords | --quality | --jobs | --pages | --timeout | --psm | --shard | --device | --resolution | --option | --wait) return ;;
+    --compression | --fit | --border | --rotate | --page | --sort | --format | --dpi | --default-dpi | --language | --ocr | --orientation | --source | --mode | --separate)
       COMPREPLY=($(compgen -W "$(_sorrelin_values "$before" "$verb")" -- "$word"))
       return
       ;;

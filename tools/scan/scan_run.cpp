@@ -2,83 +2,65 @@
 // the page.
 #include "tools/scan/scan_run.h"
 
-#include <algorithm>
+#include <chrono>
 #include <cstdio>
+#include <cstdlib>
 #include <filesystem>
-#include <initializer_list>
 #include <iostream>
 #include <memory>
-#include <optional>
-#include <string_view>
 #include <system_error>
 
 #include "tools/cli/command_line.h"
 #include "tools/cli/messages.h"
 #include "tools/cli/output_file.h"
+#include "tools/cli/watchdog.h"
+#include "tools/formats/image_file.h"
+#include "tools/formats/picture/plain_picture.h"
+#include "tools/make/pages/scan_cleaning.h"
+#include "tools/ocr/page_texts.h"
+#include "tools/scan/document_names.h"
 #include "tools/scan/scanner.h"
+#include "tools/scan/scanner_setup.h"
 
 namespace sorrelin::tool {
 namespace {
 
-constexpr double kMillimetresPerPoint = 25.4 / 72;
 constexpr char kNoScanner[] = "there is none (connect one, or name it)";
 
-std::string Lower(std::string text) {
-  for (char& c : text) {
-    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-  }
-  return text;
-}
-
-bool HasAny(std::string const& text, std::initializer_list<std::string_view> words) {
-  return std::ranges::any_of(
-      words, [&](std::string_view word) { return Lower(text).find(word) != std::string::npos; });
-}
-
-std::vector<std::string> Split(std::string const& text) {
-  std::vector<std::string> parts(1);
-  for (char const c : text) {
-    if (c == '|') {
-      parts.emplace_back();
-    } else {
-      parts.back() += c;
-    }
-  }
-  return parts;
-}
-
-bool IsFeeder(std::string const& source) { return HasAny(source, {"feeder", "adf", "duplex"}); }
-
-// What scanners call the names that are the same for all of them.
-bool IsSource(std::string const& wanted, std::string const& name) {
-  if (wanted == "flatbed") return HasAny(name, {"flatbed", "platen"});
-  if (wanted == "duplex") return HasAny(name, {"duplex", "both"});
-  if (wanted == "adf") return IsFeeder(name) && !HasAny(name, {"duplex", "both"});
-  return wanted == name;
-}
-
-bool IsMode(std::string const& wanted, std::string const& name) {
-  if (wanted == "bilevel") return HasAny(name, {"lineart", "bilevel", "binary", "black & white"});
-  if (wanted == "grey") return HasAny(name, {"gray", "grey"});
-  if (wanted == "colour") return HasAny(name, {"color", "colour", "rgb"});
-  return wanted == name;
+// A page that cannot be looked at is not blank.
+bool IsBlank(std::filesystem::path const& path, PageStyle const& style) {
+  std::string ignored;
+  auto const file = ImageFile::Open(path.string(), ignored);
+  auto const source = file != nullptr ? file->Next(ignored) : nullptr;
+  auto picture = source != nullptr ? source->Decode(0, ignored) : std::nullopt;
+  if (!picture || !GiveUpSamples(*picture)) return false;
+  picture->dpi = style.dpi.value_or(style.default_dpi);
+  return InkPercent(*picture) <= kBlankPercent;
 }
 
 class ScanRun {
  public:
-  explicit ScanRun(ScanOptions& options) : options_(options) {}
+  explicit ScanRun(ScanOptions& options)
+      : options_(options), names_(options.document.pages.output) {
+    looks_for_blanks_ = options.blank_separates || Style().scan.skip_blank;
+    Style().scan.skip_blank = false;
+  }
 
   int Run() {
     bool const done = Open() && Prepare() && ScanAll();
     if (!problem_.empty()) PrintProblem(Name(), problem_);
-    if (pages_ > 0 && !options_.document.pages.quiet) {
-      PrintNote(options_.document.pages.output + ": " + std::to_string(pages_) +
-                (pages_ == 1 ? " page scanned" : " pages scanned"));
-    }
+    EndDocument();
     return done ? kExitSuccess : kExitFailure;
   }
 
  private:
+  using Outcome = Scanner::Outcome;
+
+  PageOptions& Pages() { return options_.document.pages; }
+  PageStyle& Style() { return Pages().style; }
+  std::string Name() const { return options_.device.empty() ? "scanner" : options_.device; }
+  std::string ScanName() const { return "scan " + std::to_string(scanned_); }
+
   // Each of these says in problem_ what went wrong, unless that has been reported.
 
   bool Open() {
@@ -94,89 +76,35 @@ class ScanRun {
   }
 
   bool Prepare() {
-    if (!options_.source.empty() && !Choose("source", options_.source, IsSource)) return false;
-    if (!options_.mode.empty() && !ChooseMode()) return false;
-    if (options_.resolution > 0 &&
-        !scanner_->Set("resolution", std::to_string(options_.resolution), problem_)) {
-      return false;
-    }
-    if (!SetArea()) return false;
-    for (auto const& [name, value] : options_.settings) {
-      if (!scanner_->Set(name, value, problem_)) return false;
-    }
-    PageStyle& style = options_.document.pages.style;
+    if (!SetUp(*scanner_, options_, problem_)) return false;
     int const dots = scanner_->Resolution();
     SayResolution(dots);
-    if (!style.dpi && dots > 0) style.dpi = {dots, dots};
+    if (!Style().dpi && dots > 0) Style().dpi = {dots, dots};
     return true;
   }
 
   // Scanners take the nearest resolution that they have.
-  void SayResolution(int dots) const {
+  void SayResolution(int dots) {
     int const wanted = options_.resolution;
-    if (wanted == 0 || dots == 0 || dots == wanted || options_.document.pages.quiet) return;
+    if (wanted == 0 || dots == 0 || dots == wanted || Pages().quiet) return;
     PrintNote(Name() + ": scans at " + std::to_string(dots) + " dots per inch in place of " +
               std::to_string(wanted));
   }
 
-  std::optional<ScannerOption> Find(std::string const& name) {
-    for (ScannerOption const& option : scanner_->Options()) {
-      if (option.name == name) return option;
-    }
-    return std::nullopt;
-  }
-
-  // Sets an option to the first of its values that is meant.
-  template <typename Meant>
-  bool Choose(std::string const& name, std::string const& wanted, Meant is_meant) {
-    auto const option = Find(name);
-    if (!option) return problem_ = "has no choice of --" + name + " (leave it out)", false;
-    for (std::string const& value : Split(option->values)) {
-      if (is_meant(wanted, value)) return scanner_->Set(name, value, problem_);
-    }
-    problem_ = "has no " + name + " " + wanted + " (it has " + option->values + ")";
-    return false;
-  }
-
-  // Some scanners have bilevel pages as grey ones of one bit.
-  bool ChooseMode() {
-    auto const depth = Find("depth");
-    bool const has_bits = depth && std::ranges::count(Split(depth->values), "1") > 0;
-    bool const is_bilevel = options_.mode == "bilevel";
-    if (is_bilevel && Choose("mode", "bilevel", IsMode)) return true;
-    if (is_bilevel && !has_bits) return false;
-    problem_.clear();
-    if (!Choose("mode", is_bilevel ? "grey" : options_.mode, IsMode)) return false;
-    if (is_bilevel) return scanner_->Set("depth", "1", problem_);
-    auto const now = Find("depth");
-    return !now || now->value != "1" || scanner_->Set("depth", "8", problem_);
-  }
-
-  // The paper from the upper left corner on, where the scanner takes millimetres.
-  bool SetArea() {
-    auto const paper = options_.document.pages.style.paper;
-    auto const right = Find("br-x");
-    if (!paper || !right || !right->in_millimetres) return true;
-    return scanner_->Set("tl-x", "0", problem_) && scanner_->Set("tl-y", "0", problem_) &&
-           scanner_->Set("br-x", std::to_string(paper->width * kMillimetresPerPoint), problem_) &&
-           scanner_->Set("br-y", std::to_string(paper->height * kMillimetresPerPoint), problem_);
-  }
-
   bool ScanAll() {
-    auto const source = Find("source");
-    bool const is_feeder = source && IsFeeder(source->value);
+    bool const is_feeder = IsFeederChosen(*scanner_);
     for (;;) {
       if (options_.prompt && !AskForPage()) return true;
-      auto const path = folder_->path().parent_path() / ("page" + std::to_string(pages_ + 1));
-      auto const outcome = scanner_->ScanPage(path, problem_);
-      if (outcome == Scanner::Outcome::kFailed) return false;
-      if (outcome == Scanner::Outcome::kPage && !AddPage(path)) return false;
-      if (outcome == Scanner::Outcome::kNoMorePages) {
-        if (pages_ > 0 && !options_.prompt) return true;
+      Outcome const outcome = ScanPage();
+      if (outcome == Outcome::kFailed) return false;
+      if (outcome == Outcome::kNoMorePages) {
+        if (scanned_ > 0 && !options_.prompt) return true;
         problem_ = "has no pages in its feeder (put some in)";
         if (!options_.prompt) return false;
         PrintProblem(Name(), problem_);
         problem_.clear();
+      } else if (!TakePage(outcome)) {
+        return false;
       }
       if (!is_feeder) scanner_->Rest();
       if (!is_feeder && !options_.prompt) return true;
@@ -184,28 +112,74 @@ class ScanRun {
   }
 
   bool AskForPage() {
-    PrintNote("page " + std::to_string(pages_ + 1) +
+    PrintNote("page " + std::to_string(scanned_ + 1) +
               ": put it in and press Enter, or q and Enter to end");
     std::string answer;
     return std::getline(std::cin, answer) && answer != "q";
   }
 
-  bool AddPage(std::filesystem::path const& path) {
-    std::string const shown = "page " + std::to_string(pages_ + 1);
-    options_.document.pages.inputs = {{path.string(), {}, shown}};
-    bool const added = AppendPages(options_.document) == kExitSuccess;
+  Outcome ScanPage() {
+    Watchdog watchdog(std::chrono::seconds(options_.wait), [this] { GiveUp(); });
+    watchdog.Begin();
+    page_ = folder_->path().parent_path() / ("page" + std::to_string(scanned_ + 1));
+    return scanner_->ScanPage(
+        page_, Style(), [&] { watchdog.Begin(); }, problem_);
+  }
+
+  // The scanner's library may never come back. Every page before this one is safe.
+  [[noreturn]] void GiveUp() {
+    PrintProblem(Name(), "has sent nothing for " + std::to_string(options_.wait) +
+                             " seconds (see to the scanner and run this again)");
+    EndDocument();
+    RemoveOutputForGood();
+    std::_Exit(kExitFailure);
+  }
+
+  bool TakePage(Outcome outcome) {
+    ++scanned_;
+    if (outcome == Outcome::kShortPage) {
+      PrintNote(ScanName() + ": the scanner sent fewer lines than it had announced");
+    }
+    bool const is_blank = looks_for_blanks_ && IsBlank(page_, Style());
+    bool const done = is_blank || AddPage();
     std::error_code ignored;
-    std::filesystem::remove(path, ignored);
+    std::filesystem::remove(page_, ignored);
+    if (is_blank) PassOver();
+    if (options_.pages_each > 0 && pages_ == options_.pages_each) EndDocument();
+    return done;
+  }
+
+  void PassOver() {
+    if (!Pages().quiet) PrintNote(ScanName() + ": is blank and left out");
+    if (options_.blank_separates) EndDocument();
+  }
+
+  bool AddPage() {
+    Pages().output = names_.Current();
+    Pages().inputs = {{page_.string(), {}, ScanName()}};
+    bool const added = AppendPages(options_.document) == kExitSuccess;
+    FlushOutput();
     if (added) ++pages_;
     return added;
   }
 
-  std::string Name() const { return options_.device.empty() ? "scanner" : options_.device; }
+  void EndDocument() {
+    if (pages_ > 0 && !Pages().quiet) {
+      PrintNote(Pages().output + ": " + std::to_string(pages_) +
+                (pages_ == 1 ? " page scanned" : " pages scanned"));
+    }
+    if (pages_ > 0) names_.EndDocument();
+    pages_ = 0;
+  }
 
   ScanOptions& options_;
+  DocumentNames names_;
+  bool looks_for_blanks_ = false;
   std::unique_ptr<Scanner> scanner_;
   std::unique_ptr<OutputFile> folder_;  // of the pages under way
-  int pages_ = 0;
+  std::filesystem::path page_;          // the one that is scanned
+  int scanned_ = 0;
+  int pages_ = 0;  // of the document
   std::string problem_;
 };
 
@@ -234,6 +208,12 @@ int ListScanners() {
   return problem.empty() ? kExitSuccess : kExitFailure;
 }
 
-int ScanPages(ScanOptions options) { return ScanRun(options).Run(); }
+int ScanPages(ScanOptions options) {
+  std::string problem;
+  OcrOptions const& ocr = options.document.pages.ocr;
+  if (!ocr.IsWanted() || CheckOcr(ocr, problem)) return ScanRun(options).Run();
+  PrintProblem("--ocr", problem);
+  return kExitFailure;
+}
 
 }  // namespace sorrelin::tool

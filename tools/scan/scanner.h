@@ -1,4 +1,4 @@
-// A scanner: its options, and its pages as PNM files.
+// A scanner: its options, and its pages as picture files.
 #ifndef TOOLS_SCAN_SCANNER_H_
 #define TOOLS_SCAN_SCANNER_H_
 
@@ -8,6 +8,8 @@
 #include <optional>
 #include <string>
 #include <vector>
+
+#include "tools/make/pages/page_style.h"
 
 namespace sorrelin::tool {
 
@@ -39,9 +41,12 @@ class Scanner {
   // Dots per inch, 0 if the scanner does not say.
   virtual int Resolution() = 0;
 
-  enum class Outcome { kPage, kNoMorePages, kFailed };
-  // Scans a page into a file, line by line. A page that fails has the reason in `problem`.
-  virtual Outcome ScanPage(std::filesystem::path const& file, std::string& problem) = 0;
+  // A short page has fewer lines than the scanner had announced.
+  enum class Outcome { kPage, kShortPage, kNoMorePages, kFailed };
+  // Scans a page into a file, line by line, coded as pages of this style are. `alive` is called
+  // whenever the scanner has answered. A page that fails has the reason in `problem`.
+  virtual Outcome ScanPage(std::filesystem::path const& file, PageStyle const& style,
+                           std::function<void()> const& alive, std::string& problem) = 0;
   // Lets the scanner come to rest: the next page is another run of it, and not of its feeder.
   virtual void Rest() = 0;
 };

@@ -3,9 +3,11 @@
 
 #include <algorithm>
 #include <charconv>
+#include <chrono>
 #include <cmath>
 #include <cstring>
 #include <system_error>
+#include <thread>
 
 #include "tools/scan/page_file.h"
 #include "tools/scan/sane_library.h"
@@ -14,6 +16,7 @@ namespace sorrelin::tool {
 namespace {
 
 constexpr size_t kReadBytes = 32768;
+constexpr std::chrono::milliseconds kPause(20);  // before a scanner without data is asked again
 
 std::string NumberText(SANE_Option_Descriptor const& option, SANE_Word value) {
   if (option.type != SANE_TYPE_FIXED) return std::to_string(value);
@@ -111,33 +114,47 @@ class SaneScanner : public Scanner {
     return static_cast<int>(std::lround(dots));
   }
 
-  Outcome ScanPage(std::filesystem::path const& file, std::string& problem) override {
+  Outcome ScanPage(std::filesystem::path const& file, PageStyle const& style,
+                   std::function<void()> const& alive, std::string& problem) override {
     SANE_Status status = sane_.start(handle_);
     if (status == SANE_STATUS_NO_DOCS) return Outcome::kNoMorePages;
     SANE_Parameters shape{};
     if (status == SANE_STATUS_GOOD) status = sane_.get_parameters(handle_, &shape);
     if (status != SANE_STATUS_GOOD) return Fail(status, problem);
-    auto page = PageFile::Create(
-        file,
-        {shape.format == SANE_FRAME_RGB, shape.depth, shape.pixels_per_line, shape.bytes_per_line},
-        problem);
+    alive();
+    auto page = PageFile::Create(file, ShapeOf(shape), style, problem);
     bool const one_frame = shape.format == SANE_FRAME_GRAY || shape.format == SANE_FRAME_RGB;
     if (!one_frame) problem = "sends colours one after the other (choose another mode)";
-    if (page == nullptr || !one_frame) return Outcome::kFailed;
-    std::vector<unsigned char> buffer(kReadBytes);
-    for (;;) {
-      SANE_Int count = 0;
-      status = sane_.read(handle_, buffer.data(), static_cast<SANE_Int>(buffer.size()), &count);
-      if (status == SANE_STATUS_EOF) break;
-      if (status != SANE_STATUS_GOOD) return Fail(status, problem);
-      if (!page->Add({buffer.data(), static_cast<size_t>(count)}, problem)) return Outcome::kFailed;
+    if (page == nullptr || !one_frame || !ReadLines(*page, alive, problem)) {
+      return Outcome::kFailed;
     }
-    return page->Finish(problem) ? Outcome::kPage : Outcome::kFailed;
+    if (!page->Finish(problem)) return Outcome::kFailed;
+    return page->IsShort() ? Outcome::kShortPage : Outcome::kPage;
   }
 
   void Rest() override { sane_.cancel(handle_); }
 
  private:
+  static LineShape ShapeOf(SANE_Parameters const& shape) {
+    return {shape.format == SANE_FRAME_RGB, shape.depth, shape.pixels_per_line,
+            shape.bytes_per_line, shape.lines};
+  }
+
+  bool ReadLines(PageFile& page, std::function<void()> const& alive, std::string& problem) {
+    std::vector<unsigned char> buffer(kReadBytes);
+    for (;;) {
+      SANE_Int count = 0;
+      SANE_Status const status =
+          sane_.read(handle_, buffer.data(), static_cast<SANE_Int>(buffer.size()), &count);
+      if (status == SANE_STATUS_EOF) return true;
+      if (status != SANE_STATUS_GOOD) return Fail(status, problem), false;
+      // A scanner over the network that has gone answers so for ever.
+      if (count == 0) std::this_thread::sleep_for(kPause);
+      if (count > 0) alive();
+      if (!page.Add({buffer.data(), static_cast<size_t>(count)}, problem)) return false;
+    }
+  }
+
   static bool IsUsable(SANE_Option_Descriptor const& option) {
     return option.name != nullptr && *option.name != '\0' && option.type != SANE_TYPE_GROUP &&
            SANE_OPTION_IS_ACTIVE(option.cap) && SANE_OPTION_IS_SETTABLE(option.cap);
