@@ -229,6 +229,10 @@ void WritePng(std::filesystem::path const& path, PngForm const& form,
     png_set_iCCP(png, info, "profile", 0, form.profile.data(),
                  static_cast<png_uint_32>(form.profile.size()));
   }
+  if (!form.exif.empty()) {
+    std::vector<BYTE> exif = form.exif;
+    png_set_eXIf_1(png, info, static_cast<png_uint_32>(exif.size()), exif.data());
+  }
   if (form.x_per_metre != 0) {
     png_set_pHYs(png, info, static_cast<png_uint_32>(form.x_per_metre),
                  static_cast<png_uint_32>(form.y_per_metre), PNG_RESOLUTION_METER);

@@ -66,6 +66,7 @@ struct PngForm {
   std::vector<WORD> key = {};  // the transparent tone or colour
   std::vector<BYTE> profile = {};
   bool interlaced = false;
+  std::vector<BYTE> exif = {};  // a block as MakeExif gives it
 };
 
 // `sample(x, y, s)` gives the value of sample s.

@@ -67,7 +67,7 @@ TEST_F(MakeFailures, PictureLibraryIsSilentAboutWhatItDoesNotRead) {
   WriteAll(Path("a.jp2"), BytesOf(std::string("\0\0\0\x0CjP  \r\n\x87\n and no more", 24)));
   ProgramResult const result = Make({Out(), Path("a.jp2")});
   EXPECT_EQ(result.exit_code, 1);
-  EXPECT_THAT(result.err, StartsWith(Line(Path("a.jp2")) + "cannot be decoded"));
+  EXPECT_THAT(result.err, StartsWith(Line(Path("a.jp2")) + "is a damaged JPEG 2000 file"));
 }
 
 TEST_F(MakeFailures, DamagedPicturesOfEachFormatAreNamedInOneLine) {
@@ -88,6 +88,41 @@ TEST_F(MakeFailures, DamagedPicturesOfEachFormatAreNamedInOneLine) {
     EXPECT_EQ(std::count(result.err.begin(), result.err.end(), '\n'), 1) << result.err;
     EXPECT_EQ(PageCount(), 1);
   }
+}
+
+// Of the formats that have no other kinds, a header that cannot be read is a damaged one.
+TEST_F(MakeFailures, UnreadableHeaderIsNamedAsDamage) {
+  WriteGood("good.png");
+  std::vector<BYTE> png = ReadAll(Path("good.png"));
+  png[25] = 5;  // no colour type
+  std::vector<BYTE> webp = BytesOf(std::string("RIFF\x20\0\0\0WEBPVP8 \x10\0\0\0zzzz", 24));
+  std::pair<std::string, std::vector<BYTE>> const files[] = {
+      {"a.png", png},
+      {"b.png", std::vector<BYTE>(png.begin(), png.begin() + 20)},
+      {"a.gif", BytesOf("GIF89a and nothing that could be a palette")},
+      {"a.webp", webp},
+      {"a.jp2", BytesOf(std::string("\0\0\0\x0CjP  \r\n\x87\n and no more", 24))},
+      {"a.jpg", BytesOf("\xFF\xD8\xFF\xE0 and then nothing that is a JPEG")}};
+  for (auto const& [name, bytes] : files) {
+    WriteAll(Path(name), bytes);
+    ProgramResult const result = Make({Out(), Path(name)});
+    EXPECT_EQ(result.exit_code, 1);
+    EXPECT_THAT(result.err, AllOf(StartsWith(Line(Path(name)) + "is a damaged "),
+                                  HasSubstr("its header cannot be read (")));
+  }
+}
+
+TEST_F(MakeFailures, JpegOf12BitsIsNamedAsAnotherKind) {
+  JpegForm form;
+  std::vector<BYTE> jpeg = MakeJpeg(form, [](int x, int, int) { return static_cast<unsigned>(x); });
+  auto const frame = std::adjacent_find(jpeg.begin(), jpeg.end(),
+                                        [](BYTE a, BYTE b) { return a == 0xFF && b == 0xC0; });
+  ASSERT_NE(frame, jpeg.end());
+  frame[4] = 12;
+  WriteAll(Path("a.jpg"), jpeg);
+  ProgramResult const result = Make({Out(), Path("a.jpg")});
+  EXPECT_EQ(result.exit_code, 1);
+  EXPECT_THAT(result.err, StartsWith(Line(Path("a.jpg")) + "cannot be decoded: it is of a kind"));
 }
 
 TEST_F(MakeFailures, PageOfATiffFileThatIsDamagedIsNamedByItsNumber) {

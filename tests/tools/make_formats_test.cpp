@@ -249,30 +249,72 @@ TEST_F(MakeFormats, TiffAlphaIsLaidOnWhiteWhetherScaledOrNot) {
   ExpectPage(kWidth, kHeight, [](int x, int) { return Grey(static_cast<unsigned>(x) + 127); });
 }
 
-// A page that is stored in one of the eight ways, and shows the tones upright.
-void WriteTurned(std::string const& path, int orientation, int tile) {
-  bool const turned = orientation >= 5;
-  TiffPage page = Tiff(8, 1, PHOTOMETRIC_MINISBLACK);
+// The upright colour of a stored pixel, in one of the eight ways to store a picture.
+DWORD UprightMotley(int orientation, int x, int y) {
+  bool const right = orientation == 2 || orientation == 3 || orientation == 6 || orientation == 7;
+  bool const bottom = orientation == 3 || orientation == 4 || orientation == 7 || orientation == 8;
+  int const shown_x = orientation >= 5 ? y : x, shown_y = orientation >= 5 ? x : y;
+  return Motley(right ? kWidth - 1 - shown_x : shown_x, bottom ? kHeight - 1 - shown_y : shown_y);
+}
+
+// A page that is stored in one of the eight ways, in grey or colours of these bits.
+void WriteTurned(std::string const& path, int orientation, TiffPage page) {
   page.orientation = orientation;
-  page.tile = tile;
-  page.width = turned ? kHeight : kWidth;
-  page.height = turned ? kWidth : kHeight;
-  WriteTiff(path, {page}, [&](int, int x, int y, int) {
-    bool const right = orientation == 2 || orientation == 3 || orientation == 6 || orientation == 7;
-    bool const bottom =
-        orientation == 3 || orientation == 4 || orientation == 7 || orientation == 8;
-    int const shown_x = turned ? y : x, shown_y = turned ? x : y;
-    return ToneAt(right ? kWidth - 1 - shown_x : shown_x, bottom ? kHeight - 1 - shown_y : shown_y);
+  page.width = orientation >= 5 ? kHeight : kWidth;
+  page.height = orientation >= 5 ? kWidth : kHeight;
+  WriteTiff(path, {page}, [&](int, int x, int y, int s) {
+    unsigned const value = Channel(UprightMotley(orientation, x, y), s);
+    return page.bits == 16 ? value * 257 : value;
   });
 }
 
 TEST_F(MakeFormats, TiffOrientationIsApplied) {
   for (int orientation = 1; orientation <= 8; ++orientation) {
     for (int const tile : {0, 16}) {
-      WriteTurned(Path("a.tif"), orientation, tile);
-      MakeFrom("a.tif", {"--force"});
+      for (int const samples : {1, 3}) {
+        TiffPage page = Tiff(8, samples, samples == 1 ? PHOTOMETRIC_MINISBLACK : PHOTOMETRIC_RGB);
+        page.tile = tile;
+        WriteTurned(Path("a.tif"), orientation, page);
+        MakeFrom("a.tif", {"--force"});
+        EXPECT_TRUE(DocumentHas("/MediaBox [0 0 72 36]")) << orientation;
+        ExpectPage(kWidth, kHeight, [&](int x, int y) {
+          return samples == 3 ? Motley(x, y) : Grey(Channel(Motley(x, y), 0));
+        });
+      }
+    }
+  }
+}
+
+TEST_F(MakeFormats, TiffOrientationIsAppliedToDeepColoursAndPlainPages) {
+  for (int orientation = 1; orientation <= 8; ++orientation) {
+    for (int const bits : {8, 16}) {
+      WriteTurned(Path("a.tif"), orientation, Tiff(bits, 3, PHOTOMETRIC_RGB));
+      for (char const* const option : {"--verbose", "--plain"}) {
+        Make({Out(), Path("a.tif"), "--force", option});
+        ExpectPage(kWidth, kHeight, Motley);
+      }
+    }
+  }
+}
+
+// Stored data stay as they are, and others are turned in whatever form they are decoded to.
+TEST_F(MakeFormats, ExifOrientationOfPngIsApplied) {
+  for (int orientation = 1; orientation <= 8; ++orientation) {
+    for (auto const& [bits, interlaced] : {std::pair{8, false}, {8, true}, {16, true}}) {
+      PngForm form = {orientation >= 5 ? kHeight : kWidth,
+                      orientation >= 5 ? kWidth : kHeight,
+                      bits,
+                      PNG_COLOR_TYPE_RGB,
+                      2835,
+                      2835};
+      form.interlaced = interlaced;
+      form.exif = MakeExif(orientation);
+      WritePng(Path("a.png"), form, [&](int x, int y, int s) {
+        return Channel(UprightMotley(orientation, x, y), s) * (bits == 16 ? 257u : 1u);
+      });
+      Make({Out(), Path("a.png"), "--force"});
       EXPECT_TRUE(DocumentHas("/MediaBox [0 0 72 36]")) << orientation;
-      ExpectPage(kWidth, kHeight, [](int x, int y) { return Grey(ToneAt(x, y)); });
+      ExpectPage(kWidth, kHeight, Motley);
     }
   }
 }
@@ -366,6 +408,21 @@ TEST_F(MakeFormats, JpegInsideTiffStaysJpeg) {
   EXPECT_TRUE(DocumentHas("/Filter /DCTDecode"));
   ExpectPage(
       80, 48, [](int x, int y) { return Grey(static_cast<unsigned>(x + y)); }, 6);
+}
+
+TEST_F(MakeFormats, JpegPlanesOfTiffAreCodedAsJpegAgainAndThatIsSaid) {
+  TiffPage page = Tiff(8, 3, PHOTOMETRIC_RGB, COMPRESSION_JPEG);
+  page.width = 80;
+  page.height = 48;
+  page.planar = true;
+  WriteTiff(Path("a.tif"), {page},
+            [](int, int x, int y, int s) { return static_cast<unsigned>(x + y + 40 * s); });
+  ProgramResult const result = Make({Out(), Path("a.tif")});
+  EXPECT_EQ(result.exit_code, 0);
+  EXPECT_EQ(result.err, "sorrelin: JPEG data coded anew: page 1\n");
+  EXPECT_TRUE(DocumentHas("/Filter /DCTDecode"));
+  ExpectPage(
+      80, 48, [](int x, int y) { return Grey(static_cast<unsigned>(x + y)) + 0x2850; }, 12);
 }
 
 TEST_F(MakeFormats, LosslessFormatsOfLeptonicaKeepTheirPixels) {

@@ -23,6 +23,15 @@ namespace {
 constexpr char kUnknownFormat[] =
     "is not a picture of a known format (convert it to PNG, TIFF or JPEG)";
 
+// Samples stay as they are, since the page can turn them. False if memory is short.
+bool TurnUpright(Picture& picture, int orientation) {
+  if (picture.samples) return picture.orientation = orientation, true;
+  picture.pix = Upright(std::move(picture.pix), orientation);
+  if (LiesOnItsSide(orientation)) std::swap(picture.dpi.x, picture.dpi.y);
+  if (orientation != 1) picture.changes.Add(Change::kTurned);
+  return picture.pix != nullptr;
+}
+
 class JpegSource : public ImageSource {
  public:
   JpegSource(std::vector<BYTE> bytes, JpegFacts const& facts)
@@ -49,7 +58,7 @@ class JpegSource : public ImageSource {
 
   std::optional<Picture> Decode(int, std::string& problem) override {
     problem = kCannotDecode;
-    auto picture = facts_.components == 4 ? DecodeInks() : DecodeColours();
+    auto picture = DecodePixels();
     if (!picture) return std::nullopt;
     picture->from_jpeg = true;
     picture->damage = JpegDamage(*bytes_);
@@ -59,23 +68,16 @@ class JpegSource : public ImageSource {
   }
 
  private:
-  std::optional<Picture> DecodeInks() const {
+  std::optional<Picture> DecodePixels() const {
     Picture picture;
-    picture.samples = DecodeJpegInks(*bytes_);
-    picture.orientation = facts_.orientation;
+    if (facts_.components == 4) {
+      picture.samples = DecodeJpegInks(*bytes_);
+    } else {
+      picture.pix = DecodeJpeg(*bytes_);
+    }
     picture.dpi = facts_.dpi;
-    if (!picture.samples) return std::nullopt;
-    return picture;
-  }
-
-  std::optional<Picture> DecodeColours() const {
-    Picture picture;
-    picture.pix = DecodeJpeg(*bytes_);
-    if (picture.pix != nullptr) picture.pix = Upright(std::move(picture.pix), facts_.orientation);
-    if (picture.pix == nullptr) return std::nullopt;
-    picture.dpi = facts_.dpi;
-    if (LiesOnItsSide(facts_.orientation)) std::swap(picture.dpi.x, picture.dpi.y);
-    if (facts_.orientation != 1) picture.changes.Add(Change::kTurned);
+    bool const decoded = picture.samples || picture.pix != nullptr;
+    if (!decoded || !TurnUpright(picture, facts_.orientation)) return std::nullopt;
     return picture;
   }
 
@@ -99,9 +101,10 @@ class PngSource : public ImageSource {
   }
 
   std::optional<Picture> Decode(int, std::string& problem) override {
-    problem = kCannotDecode;
+    problem = chunks_ ? kCannotDecode : DamagedHeader("PNG");
     auto picture = DecodePng(bytes_);
     if (!picture || !chunks_) return picture;
+    if (!TurnUpright(*picture, chunks_->orientation)) return problem = kMemoryText, std::nullopt;
     picture->profile = chunks_->profile;
     if (chunks_->profile_unusable) picture->changes.Add(Change::kProfile);
     return picture;
@@ -122,24 +125,27 @@ std::optional<Picture> DecodeGeneral(std::span<BYTE const> file) {
   return picture;
 }
 
-using Decoder = std::optional<Picture> (*)(std::span<BYTE const> file);
+struct Decoder {
+  std::optional<Picture> (*decode)(std::span<BYTE const> file);
+  std::string problem;  // with files that it does not decode
+};
 
 // A file with one picture that always has to be decoded.
 class DecodedSource : public ImageSource {
  public:
-  DecodedSource(std::vector<BYTE> bytes, Decoder decode)
-      : bytes_(std::move(bytes)), decode_(decode) {}
+  DecodedSource(std::vector<BYTE> bytes, Decoder decoder)
+      : bytes_(std::move(bytes)), decoder_(std::move(decoder)) {}
 
   int PageCount() const override { return 1; }
   std::optional<StoredImage> Stored(int) override { return std::nullopt; }
   std::optional<Picture> Decode(int, std::string& problem) override {
-    problem = kCannotDecode;
-    return decode_(bytes_);
+    problem = decoder_.problem;
+    return decoder_.decode(bytes_);
   }
 
  private:
   std::vector<BYTE> bytes_;
-  Decoder decode_;
+  Decoder decoder_;
 };
 
 class Jpeg2000Source : public ImageSource {
@@ -157,8 +163,7 @@ class Jpeg2000Source : public ImageSource {
   }
 
   std::optional<Picture> Decode(int, std::string& problem) override {
-    problem = UndecodedJpeg2000();
-    return DecodeJpeg2000(*bytes_);
+    return DecodeJpeg2000(*bytes_, problem);
   }
 
  private:
@@ -168,13 +173,13 @@ class Jpeg2000Source : public ImageSource {
 Decoder DecoderOf(int format) {
   switch (format) {
     case IFF_BMP:
-      return DecodeBmp;
+      return {DecodeBmp, kCannotDecode};
     case IFF_GIF:
-      return DecodeGif;
+      return {DecodeGif, DamagedHeader("GIF")};
     case IFF_WEBP:
-      return DecodeWebp;
+      return {DecodeWebp, DamagedHeader("WebP")};
     default:
-      return DecodeGeneral;
+      return {DecodeGeneral, kCannotDecode};
   }
 }
 
@@ -192,9 +197,10 @@ std::unique_ptr<ImageSource> SourceOfBytes(std::vector<BYTE> bytes, std::string&
   int const format = FormatOf(bytes);
   if (format == IFF_JFIF_JPEG) {
     auto const facts = ReadJpegFacts(bytes);
-    if (!facts)
-      return problem = "is a damaged JPEG file, or one of a kind that is not read (save it anew)",
-             nullptr;
+    if (!facts) {
+      problem = IsJpegOfOtherKind(bytes) ? kCannotDecode : DamagedHeader("JPEG");
+      return nullptr;
+    }
     return std::make_unique<JpegSource>(std::move(bytes), *facts);
   }
   if (format == IFF_UNKNOWN) return problem = kUnknownFormat, nullptr;
@@ -210,6 +216,11 @@ bool IsPicture(std::span<BYTE const> start) {
 std::string DamageText(std::string const& damage) {
   return "cannot be decoded whole, it is damaged: " + damage +
          " (scan or save it again, or take what is left: --keep-damaged)";
+}
+
+std::string DamagedHeader(char const* format) {
+  return std::string("is a damaged ") + format +
+         " file: its header cannot be read (scan or save it again)";
 }
 
 }  // namespace sorrelin::tool

@@ -26,6 +26,9 @@ inline constexpr char kMemoryText[] = "is too large for the memory there is (clo
 // The message about a damaged picture.
 std::string DamageText(std::string const& damage);
 
+// The message about a file of this format of which nothing can be decoded.
+std::string DamagedHeader(char const* format);
+
 // Keeps the bytes of the file in memory; of a TIFF file on disk, none. Several threads may ask for
 // pages at once.
 class ImageSource {

@@ -46,6 +46,9 @@ class Decompressor {
     return errors_.Try(work);
   }
 
+  // libjpeg's code of why it gave up.
+  int failure() { return errors_.manager()->msg_code; }
+
   jpeg_decompress_struct& info() { return info_; }
 
  private:
@@ -194,6 +197,13 @@ std::optional<JpegFacts> ReadJpegFacts(std::span<BYTE const> file) {
   facts.common = IsCommon(info);
   ReadProfile(decompressor, facts);
   return facts;
+}
+
+bool IsJpegOfOtherKind(std::span<BYTE const> file) {
+  Decompressor decompressor(file);
+  if (decompressor.ReadHeader()) return false;
+  int const failure = decompressor.failure();
+  return failure == JERR_SOF_UNSUPPORTED || failure == JERR_BAD_PRECISION;
 }
 
 ImageForm FormOfJpeg(JpegFacts const& facts) {

@@ -40,6 +40,10 @@ struct JpegFacts {
 // Reads the header of a JPEG file; nullopt if it is not one, or one that cannot be decoded.
 std::optional<JpegFacts> ReadJpegFacts(std::span<BYTE const> file);
 
+// Whether a header that cannot be read is that of a coding that libjpeg lacks, as that of samples
+// of 12 bits or without loss.
+bool IsJpegOfOtherKind(std::span<BYTE const> file);
+
 // How a document describes the file's data.
 ImageForm FormOfJpeg(JpegFacts const& facts);
 

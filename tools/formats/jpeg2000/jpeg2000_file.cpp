@@ -263,9 +263,10 @@ std::string Jpeg2000Damage(std::span<BYTE const> file) {
   return image == nullptr && damage.empty() ? "its header cannot be read" : damage;
 }
 
-std::optional<Picture> DecodeJpeg2000(std::span<BYTE const> file) {
+std::optional<Picture> DecodeJpeg2000(std::span<BYTE const> file, std::string& problem) {
   Picture picture;
   Image const image = Decode(file, picture.damage);
+  problem = image == nullptr ? DamagedHeader("JPEG 2000") : kCannotDecode;
   if (image == nullptr || !IsKnown(*image)) return std::nullopt;
   picture.samples = ReadSamples(*image, picture.changes);
   if (!picture.samples) return std::nullopt;
@@ -273,7 +274,5 @@ std::optional<Picture> DecodeJpeg2000(std::span<BYTE const> file) {
   picture.dpi = ResolutionOf(file);
   return picture;
 }
-
-std::string UndecodedJpeg2000() { return kCannotDecode; }
 
 }  // namespace sorrelin::tool

@@ -16,12 +16,9 @@ namespace sorrelin::tool {
 std::string Jpeg2000Damage(std::span<BYTE const> file);
 
 // Decodes a JP2 file or a bare codestream to 8 bits of grey or 32 of colour, with what is
-// transparent laid on white. Of a damaged file what can be read, and the damage. nullopt if its
-// header cannot be read, it is of a rarer kind, or memory is short.
-std::optional<Picture> DecodeJpeg2000(std::span<BYTE const> file);
-
-// The message about a file that DecodeJpeg2000 does not decode.
-std::string UndecodedJpeg2000();
+// transparent laid on white. Of a damaged file what can be read, and the damage. nullopt, with the
+// message in `problem`, if its header cannot be read, it is of a rarer kind, or memory is short.
+std::optional<Picture> DecodeJpeg2000(std::span<BYTE const> file, std::string& problem);
 
 }  // namespace sorrelin::tool
 

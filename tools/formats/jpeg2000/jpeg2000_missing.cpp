@@ -5,10 +5,9 @@ namespace sorrelin::tool {
 
 std::string Jpeg2000Damage(std::span<BYTE const>) { return "JPEG 2000 cannot be checked"; }
 
-std::optional<Picture> DecodeJpeg2000(std::span<BYTE const>) { return std::nullopt; }
-
-std::string UndecodedJpeg2000() {
-  return "is JPEG 2000, and this program is built without OpenJPEG (save it as PNG or TIFF)";
+std::optional<Picture> DecodeJpeg2000(std::span<BYTE const>, std::string& problem) {
+  problem = "is JPEG 2000, and this program is built without OpenJPEG (save it as PNG or TIFF)";
+  return std::nullopt;
 }
 
 }  // namespace sorrelin::tool

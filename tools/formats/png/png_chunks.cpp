@@ -16,6 +16,8 @@
 #include <string_view>
 #include <utility>
 
+#include "tools/formats/picture/exif.h"
+
 namespace sorrelin::tool {
 namespace {
 
@@ -125,6 +127,7 @@ void ReadOptional(Chunk const& chunk, PngChunks& png) {
   if (chunk.type == "tRNS") png.transparent = true;
   if (chunk.type == "iCCP") ReadProfile(chunk.data, png);
   if (chunk.type == "pHYs") ReadDensity(chunk.data, png);
+  if (chunk.type == "eXIf") png.orientation = ReadExif(chunk.data).orientation;
   if (chunk.type == "IDAT") png.data.push_back(chunk.data);
 }
 
@@ -220,6 +223,7 @@ std::optional<StoredImage> StoredPng(PngChunks const& chunks) {
   image.height = chunks.height;
   image.form = FormOf(chunks);
   image.profile = chunks.profile;
+  image.orientation = chunks.orientation;
   image.dpi = chunks.dpi;
   return image;
 }

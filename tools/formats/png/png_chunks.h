@@ -28,6 +28,7 @@ struct PngChunks {
   ProfileBytes profile;                     // null: none that fits the colours
   bool profile_unusable = false;            // there is one that does not
   Resolution dpi;                           // 0 where the file has none
+  int orientation = 1;                      // as in EXIF
   std::vector<std::span<BYTE const>> data;  // parts of one zlib stream
 
   int Samples() const;        // of a pixel, alpha included

@@ -8,6 +8,8 @@
 #include <utility>
 #include <vector>
 
+#include "tools/formats/tiff/tiff_fields.h"
+
 namespace sorrelin::tool {
 namespace {
 
@@ -71,7 +73,12 @@ bool IsTiledOrPlanar(TIFF* tiff) {
   return planar || TIFFIsTiled(tiff) != 0;
 }
 
-PixPtr ReadTiledOrPlanar(TIFF* tiff, Changes& changes) {
+bool IsColourFromLeftBottom(TIFF* tiff) {
+  return FieldOf(tiff, TIFFTAG_ORIENTATION) == ORIENTATION_LEFTBOT &&
+         FieldOf(tiff, TIFFTAG_SAMPLESPERPIXEL) > 1;
+}
+
+PixPtr ReadByLibtiff(TIFF* tiff, Changes& changes) {
   uint32_t width = 0, height = 0;
   TIFFGetField(tiff, TIFFTAG_IMAGEWIDTH, &width);
   TIFFGetField(tiff, TIFFTAG_IMAGELENGTH, &height);
@@ -79,7 +86,7 @@ PixPtr ReadTiledOrPlanar(TIFF* tiff, Changes& changes) {
   if (width > kMost || height > kMost) return nullptr;
   PixPtr pix(pixCreate(static_cast<int>(width), static_cast<int>(height), 32));
   if (pix == nullptr) return nullptr;
-  uint16_t const orientation = FieldOf(tiff, TIFFTAG_ORIENTATION);
+  auto const orientation = static_cast<uint16_t>(OrientationOf(tiff));
   TileBuffer const buffer(tiff);
   // Asked for the page's own orientation, libtiff leaves the rows as they are stored.
   if (TIFFReadRGBAImageOriented(tiff, width, height, pixGetData(pix.get()), orientation, 0) != 1) {

@@ -1,4 +1,4 @@
-// TIFF pages in tiles or with a plane for each colour.
+// TIFF pages that libtiff decodes to colours, and not the picture library.
 #ifndef TOOLS_FORMATS_TIFF_TIFF_COLOURS_H_
 #define TOOLS_FORMATS_TIFF_TIFF_COLOURS_H_
 
@@ -8,13 +8,17 @@
 
 namespace sorrelin::tool {
 
-// Whether the page is laid out in one of these ways, which the picture library does not read.
+// Whether the page has tiles, or a plane for each colour, which the picture library does not read.
 bool IsTiledOrPlanar(TIFF* tiff);
 
-// Such a page upright, without transparency, in black and white, grey or a palette if it is stored
+// Whether the page has several samples and its first row is on the left, from the bottom up. The
+// picture library turns such pages upside down.
+bool IsColourFromLeftBottom(TIFF* tiff);
+
+// Any page upright, without transparency, in black and white, grey or a palette if it is stored
 // so. Of a damaged one what can be read. Whether anything was transparent is added to `changes`.
 // nullptr if it is of a rarer kind, or memory is short.
-PixPtr ReadTiledOrPlanar(TIFF* tiff, Changes& changes);
+PixPtr ReadByLibtiff(TIFF* tiff, Changes& changes);
 
 }  // namespace sorrelin::tool
 

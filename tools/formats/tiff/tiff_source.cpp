@@ -120,7 +120,7 @@ class TiffSource : public ImageSource {
     uint16_t photometric = 0;
     bool premultiplied = false;
     bool lossy = false;
-    bool tiled_or_planar = false;
+    bool by_libtiff = false;  // and not by the picture library
     bool bilevel_strips = false;
     bool deep = false;     // more than the picture library keeps
     Resolution dpi;        // upright
@@ -164,7 +164,7 @@ class TiffSource : public ImageSource {
     facts.photometric = FieldOf<uint16_t>(tiff_.get(), TIFFTAG_PHOTOMETRIC, 0);
     facts.premultiplied = IsPremultiplied(tiff_.get());
     facts.lossy = IsStoredWithLoss(tiff_.get());
-    facts.tiled_or_planar = IsTiledOrPlanar(tiff_.get());
+    facts.by_libtiff = IsTiledOrPlanar(tiff_.get()) || IsColourFromLeftBottom(tiff_.get());
     facts.bilevel_strips = HasBilevelStrips(tiff_.get());
     facts.deep = HasDeepSamples(tiff_.get());
     facts.dpi = ResolutionOf(tiff_.get());
@@ -199,9 +199,9 @@ class TiffSource : public ImageSource {
 
   std::optional<Picture> ReadPix(int page, PageFacts const& facts) {
     Changes changes;
-    PixPtr pix = facts.tiled_or_planar ? ReadHere(page, changes) : nullptr;
+    PixPtr pix = facts.by_libtiff ? ReadHere(page, changes) : nullptr;
     if (facts.bilevel_strips) pix = ReadBilevel(page);
-    bool const general = pix == nullptr && !facts.tiled_or_planar;
+    bool const general = pix == nullptr && !facts.by_libtiff;
     if (general) pix = Read(OffsetOf(page));
     if (pix != nullptr && general) pix = Repaired(std::move(pix), facts, changes);
     if (pix == nullptr) return std::nullopt;
@@ -234,7 +234,7 @@ class TiffSource : public ImageSource {
 
   PixPtr ReadHere(int page, Changes& changes) {
     std::lock_guard const lock(mutex_);
-    return GoTo(page) ? ReadTiledOrPlanar(tiff_.get(), changes) : nullptr;
+    return GoTo(page) ? ReadByLibtiff(tiff_.get(), changes) : nullptr;
   }
 
   // Leptonica turns the page upright by its orientation.
