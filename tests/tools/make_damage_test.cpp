@@ -134,6 +134,30 @@ TEST_F(MakeDamage, WebpAndJpeg2000AreJudgedByTheirLibraries) {
   MakeFrom("a.jp2", {"--force"});
 }
 
+#ifdef SORRELIN_HEIF_WARNING
+
+// Libheif repairs what it can and leaves a warning, which heif-convert prints.
+TEST_F(MakeDamage, WarningsOfLibheifCount) {
+  PngForm form;
+  form.type = 2;
+  WritePng(Path("a.png"), form, Sample);
+  ASSERT_EQ(RunProgram({"heif-enc", "-A", Path("a.png"), "-o", Path("a.avif")}).exit_code, 0);
+  MakeFrom("a.avif", {"--dpi", "72", "--force"});
+  std::vector<std::string> const preloaded = {"LD_PRELOAD=" SORRELIN_HEIF_WARNING,
+                                              "ASAN_OPTIONS=verify_asan_link_order=0"};
+  ProgramResult const result = Make({Out(), Path("a.avif"), "--force"}, {}, preloaded);
+  EXPECT_EQ(result.exit_code, 1);
+  EXPECT_THAT(result.err, HasSubstr("a.avif: cannot be decoded whole, it is damaged: a tile is "
+                                    "missing ("));
+  ProgramResult const kept =
+      Make({Out(), Path("a.avif"), "--force", "--keep-damaged"}, {}, preloaded);
+  EXPECT_EQ(kept.exit_code, 1);
+  EXPECT_THAT(kept.err, HasSubstr("a.avif: is damaged, and kept"));
+  EXPECT_EQ(PageCount(), 1);
+}
+
+#endif  // SORRELIN_HEIF_WARNING
+
 TEST_F(MakeDamage, FilesCutShortAreNamedInEveryFormat) {
   WriteTiffOf("a.tif", 8, 1);
   WriteJpegOf("a.jpg", true);

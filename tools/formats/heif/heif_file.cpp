@@ -140,6 +140,7 @@ class HeifSource : public ImageSource {
     std::unique_ptr<SorrelinHeifPicture, SorrelinHeifFreeFunction*> const owner(
         &decoded, LoadedModule().free);
     Picture picture = PictureOf(decoded);
+    picture.damage = reason;
     problem = kMemoryText;
     if (!picture.samples && picture.pix == nullptr) return std::nullopt;
     return picture;

@@ -102,9 +102,11 @@ extern "C" __attribute__((visibility("default"))) int32_t SorrelinHeifDecode(
     if (index < 0 || static_cast<size_t>(index) >= ids.size()) return 1;
     error = Decode(context.get(), ids[static_cast<size_t>(index)], *picture);
   }
-  if (!Failed(error)) return 0;
-  std::snprintf(problem, problem_bytes, "%s", error.message);
-  return 1;
+  bool const failed = Failed(error);
+  bool const warned = !failed && heif_image_get_decoding_warnings(
+                                     static_cast<heif_image*>(picture->owner), 0, &error, 1) > 0;
+  std::snprintf(problem, problem_bytes, "%s", failed || warned ? error.message : "");
+  return failed ? 1 : 0;
 }
 
 extern "C" __attribute__((visibility("default"))) void SorrelinHeifFree(

@@ -31,8 +31,9 @@ struct SorrelinHeifPicture {
  */
 typedef int32_t SorrelinHeifCountFunction(uint8_t const* file, size_t bytes);
 
-/* Decodes picture `index`, counted from 0, the main one first. 0 for success; otherwise not 0 with
- * the reason in `problem`, of `problem_bytes`, and no picture. */
+/* Decodes picture `index`, counted from 0, the main one first. 0 for success, with libheif's first
+ * warning about the data in `problem`, of `problem_bytes`, or an empty text; otherwise not 0 with
+ * the reason in `problem`, and no picture. */
 typedef int32_t SorrelinHeifDecodeFunction(uint8_t const* file, size_t bytes, int32_t index,
                                            struct SorrelinHeifPicture* picture, char* problem,
                                            size_t problem_bytes);
