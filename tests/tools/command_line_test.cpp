@@ -15,10 +15,18 @@ ProgramResult Call(std::vector<std::string> arguments) {
 TEST(CommandLine, HelpShowsTheOrderOfArgumentsExamplesAndHowToGoOn) {
   ProgramResult const result = Call({"--help"});
   EXPECT_EQ(result.exit_code, 0);
-  EXPECT_THAT(result.out, AllOf(HasSubstr("The verb comes first, then the document"),
+  EXPECT_THAT(result.out, AllOf(HasSubstr("Usage: sorrelin VERB DOCUMENT [PICTURE]... [OPTIONS]"),
+                                HasSubstr("The verb comes first, then the document"),
                                 HasSubstr("sorrelin make "), HasSubstr("sorrelin extract "),
                                 HasSubstr("sorrelin help VERB")));
   EXPECT_EQ(Call({"help"}).out, result.out);
+}
+
+TEST(CommandLine, HelpOfAVerbShowsItsArgumentsInTheOrderOfTheExamples) {
+  EXPECT_THAT(Call({"make", "--help"}).out,
+              HasSubstr("Usage: sorrelin make OUT IMAGE... [OPTIONS]\n"));
+  EXPECT_THAT(Call({"count", "--help"}).out,
+              HasSubstr("Usage: sorrelin count FILE... [OPTIONS]\n"));
 }
 
 TEST(CommandLine, HelpOfAVerbIsThatOfItsOption) {

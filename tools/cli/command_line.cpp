@@ -11,6 +11,19 @@
 namespace sorrelin::tool {
 namespace {
 
+// Shows arguments in the order in which they are usually written: options come last.
+class HelpFormatter : public CLI::Formatter {
+ public:
+  std::string make_usage(CLI::App const* app, std::string name) const override {
+    std::string usage = "Usage: " + name;
+    if (app->get_parent() == nullptr) usage += " VERB DOCUMENT [PICTURE]...";
+    for (CLI::Option const* const option : app->get_options()) {
+      if (option->get_positional()) usage += " " + make_option_usage(option);
+    }
+    return usage + " [OPTIONS]\n";
+  }
+};
+
 std::string VerbsOf(CLI::App const& parser) {
   std::string names;
   for (CLI::App const* const verb : parser.get_subcommands([](CLI::App const*) { return true; })) {
@@ -106,6 +119,7 @@ void Verb::Runs(std::function<int()> run) {
 
 Program::Program(std::string const& name, std::string const& version, std::string const& help)
     : name_(name), parser_(std::make_unique<CLI::App>(help, name)) {
+  parser_->formatter(std::make_shared<HelpFormatter>());
   parser_->set_version_flag("--version", name + " " + version);
 }
 
