@@ -107,10 +107,11 @@ TEST_F(ListInputsTest, HiddenFilesDirectoriesAndPipesAreLeftOut) {
 
 TEST_F(ListInputsTest, PicturesOfFormatsThatAreNotReadAreNotPassedOver) {
   fs::create_directory(directory_ / "d");
-  for (char const* const name : {"d/a.jxl", "d/b.CR2", "d/c.heic", "d/Thumbs.db", "d/x.txt"}) {
+  for (char const* const name :
+       {"d/a.jxl", "d/b.CR2", "d/c.heic", "d/d.Svg", "d/e.NRW", "d/Thumbs.db", "d/x.txt"}) {
     test::WriteAll(directory_ / name, BytesOf("whatever there is in it"));
   }
-  EXPECT_THAT(List({"d"}), ElementsAre("d/a.jxl", "d/b.CR2", "d/c.heic"));
+  EXPECT_THAT(List({"d"}), ElementsAre("d/a.jxl", "d/b.CR2", "d/c.heic", "d/d.Svg", "d/e.NRW"));
   std::vector<std::string> ignored;
   ListInputs({Path("d")}, Sort::kNone, false, &ignored);
   EXPECT_THAT(ignored, ElementsAre(Path("d/Thumbs.db"), Path("d/x.txt")));

@@ -18,11 +18,17 @@ namespace fs = std::filesystem;
 // Endings of picture formats, those included that are not read here: their files are named as
 // problems and not passed over.
 constexpr std::string_view kPictureEndings[] = {
-    ".arw",  ".avif", ".avifs", ".bmp",  ".cr2", ".cr3", ".dib", ".djv", ".djvu", ".dng", ".exr",
-    ".gif",  ".heic", ".heics", ".heif", ".hif", ".ico", ".j2c", ".j2k", ".jfif", ".jp2", ".jpc",
-    ".jpe",  ".jpeg", ".jpf",   ".jpg",  ".jpx", ".jxl", ".jxr", ".nef", ".orf",  ".pam", ".pbm",
-    ".pcx",  ".pgm",  ".png",   ".pnm",  ".ppm", ".psd", ".raf", ".rw2", ".spix", ".tga", ".tif",
-    ".tiff", ".wdp",  ".webp",  ".pwg",  ".ras", ".urf", ".xbm", ".xcf", ".xpm"};
+    ".3fr",  ".apng", ".arw",  ".avif", ".avifs", ".bmp",  ".bpg",  ".cr2",   ".cr3",  ".crw",
+    ".dcm",  ".dcr",  ".dds",  ".dib",  ".djv",   ".djvu", ".dng",  ".dpx",   ".emf",  ".eps",
+    ".erf",  ".exr",  ".fits", ".flif", ".gif",   ".hdr",  ".heic", ".heics", ".heif", ".hif",
+    ".icns", ".ico",  ".iiq",  ".j2c",  ".j2k",   ".jb2",  ".jbig", ".jbig2", ".jfif", ".jls",
+    ".jng",  ".jp2",  ".jpc",  ".jpe",  ".jpeg",  ".jpf",  ".jpg",  ".jpx",   ".jxl",  ".jxr",
+    ".kdc",  ".mef",  ".mng",  ".mos",  ".mpo",   ".mrw",  ".nef",  ".nrw",   ".orf",  ".pam",
+    ".pbm",  ".pcd",  ".pct",  ".pcx",  ".pef",   ".pfm",  ".pgm",  ".pgx",   ".pict", ".png",
+    ".pnm",  ".ppm",  ".psb",  ".psd",  ".pwg",   ".qoi",  ".raf",  ".ras",   ".raw",  ".rw2",
+    ".rwl",  ".sgi",  ".spix", ".sr2",  ".srf",   ".srw",  ".svg",  ".svgz",  ".tga",  ".tif",
+    ".tiff", ".urf",  ".wbmp", ".wdp",  ".webp",  ".wmf",  ".x3f",  ".xbm",   ".xcf",  ".xpm",
+    ".xwd"};
 
 bool IsDigit(char c) { return c >= '0' && c <= '9'; }
 
