@@ -116,6 +116,33 @@ TEST_F(MakeOpacity, OpaqueAlphaOfPamAndJpeg2000IsNoChange) {
   ExpectNoChange("a.jp2");
 }
 
+// cwebp leaves an opaque alpha out; the bit after the two sizes of 14 bits says that there is one.
+TEST_F(MakeOpacity, OpaqueAlphaOfWebpIsNoChange) {
+  WritePng(Path("a.png"), Png(8, PNG_COLOR_TYPE_RGB), Opaque);
+  Run("cwebp -quiet -lossless a.png -o a.webp");
+  std::vector<BYTE> webp = ReadAll(Path("a.webp"));
+  ASSERT_EQ(webp[20], 0x2F);
+  webp[24] |= 0x10;
+  WriteAll(Path("a.webp"), webp);
+  ASSERT_THAT(RunProgram({"webpinfo", Path("a.webp")}).out, HasSubstr("Alpha: 1"));
+  ExpectNoChange("a.webp");
+}
+
+TEST_F(MakeOpacity, AlphaOfHeicAndAvifIsReportedUnlessItIsOpaque) {
+  if (!SORRELIN_TEST_HEIF) GTEST_SKIP() << "built without libheif";
+  auto const half = [](int x, int y, int s) { return s == 3 ? 128u : Opaque(x, y, s); };
+  for (std::string const name : {"a.heic", "a.avif"}) {
+    std::string const encode = "heif-enc a.png -o " + name + (name == "a.avif" ? " -A" : "");
+    WritePng(Path("a.png"), Png(8, PNG_COLOR_TYPE_RGB_ALPHA), Opaque);
+    Run(encode);
+    ASSERT_THAT(RunProgram({"heif-info", Path(name)}).out, HasSubstr("alpha channel: yes"));
+    EXPECT_EQ(MessagesFrom(name), "");
+    WritePng(Path("a.png"), Png(8, PNG_COLOR_TYPE_RGB_ALPHA), half);
+    Run(encode);
+    EXPECT_THAT(MessagesFrom(name), HasSubstr(kLaidOnWhite));
+  }
+}
+
 TEST_F(MakeOpacity, AlphaThatIsNotOpaqueIsReportedInEachFormat) {
   auto const half = [](int x, int y, int s) { return s == 3 ? 128u : Opaque(x, y, s); };
   WritePng(Path("a.png"), Png(8, PNG_COLOR_TYPE_RGB_ALPHA), half);

@@ -82,6 +82,29 @@ TEST_F(MakeStored, PdfimagesGivesJpeg2000FilesBack) {
   ExpectSound();
 }
 
+// Four planes without colours, to which the box of the colours then gives a meaning.
+TEST_F(MakeStored, Jpeg2000OfInksGoesInAsItIs) {
+  std::vector<BYTE> inks;
+  for (int s = 0; s < 4; ++s) inks.insert(inks.end(), 64 * 40, static_cast<BYTE>(s == 1 ? 255 : 0));
+  WriteAll(Path("inks.raw"), inks);
+  ASSERT_EQ(
+      RunProgram({"opj_compress", "-i", Path("inks.raw"), "-F", "64,40,4,8,u", "-o", Path("a.jp2")})
+          .exit_code,
+      0);
+  std::vector<BYTE> file = ReadAll(Path("a.jp2"));
+  constexpr BYTE kCmyk = 12;
+  std::string const name = "colr";
+  auto const colours = std::search(file.begin(), file.end(), name.begin(), name.end());
+  ASSERT_NE(colours, file.end());
+  colours[10] = kCmyk;
+  WriteAll(Path("a.jp2"), file);
+  MakeFrom("a.jp2", {"--dpi", "72"});
+  EXPECT_EQ(ImageFile("jp2"), file);
+  ExpectSound();
+  ExpectPage(
+      64, 40, [](int, int) { return 0xF600C5u; }, 60);
+}
+
 TEST_F(MakeStored, QpdfGivesTheDataOfPngFilesBack) {
   struct {
     int bits;
