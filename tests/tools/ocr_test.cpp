@@ -13,6 +13,7 @@ namespace test {
 namespace {
 
 using ::testing::HasSubstr;
+using ::testing::Not;
 using ::testing::StartsWith;
 
 class Ocr : public OcrTest {
@@ -162,6 +163,7 @@ TEST_F(Ocr, WordsReadFromTheRightAreWholeAndComeInTheirOrder) {
     })) << word.text;
   }
   EXPECT_THAT(TextOf("out.pdf"), HasSubstr(text));
+  EXPECT_THAT(OutputOf({"mutool", "draw", "-q", "-F", "text", Out()}), HasSubstr(text));
 }
 
 // Words of Japanese have no blanks between them, so that whole sentences can be found.
@@ -387,6 +389,51 @@ TEST_F(Ocr, WordsAreTheSameFromOneJobAndFromTwo) {
   for (char const* page : {"1", "2", "3"}) {
     EXPECT_THAT(one.out, HasSubstr(std::string("\"page\": ") + page + ", \"text\": \"harbour\""));
   }
+}
+
+TEST_F(Ocr, WordsOfPictureFilesComeInTheirOrderFromAnyNumberOfJobs) {
+  WritePix("first.png", Lines());
+  for (char const* mode : {"w", "a", "a"}) {
+    pixWriteTiff(Path("pages.tif").c_str(), Lines().get(), IFF_TIFF_LZW, mode);
+  }
+  WriteAll(Path("bad.png"), ToBytes("this is no picture at all, but it is long enough"));
+  std::vector<std::string> run = {
+      "words", Path("first.png"), Path("bad.png"), Path("pages.tif"), "--format", "tsv", "--jobs",
+      "1"};
+  ProgramResult const one = Run(run);
+  run.back() = "3";
+  ProgramResult const three = Run(run);
+  EXPECT_EQ(one.exit_code, 1);
+  EXPECT_THAT(one.err, HasSubstr(Path("bad.png") + ": is not a picture"));
+  EXPECT_EQ(one.out, three.out);
+  EXPECT_EQ(one.err, three.err);
+  std::vector<size_t> places;
+  for (char const* page : {"1\t1\t", "1\t2\t", "1\t3\t", "1\t4\t"}) {
+    places.push_back(one.out.find(std::string("\n") + page));
+  }
+  EXPECT_NE(places.back(), std::string::npos);
+  EXPECT_TRUE(std::is_sorted(places.begin(), places.end()));
+}
+
+TEST_F(Ocr, WordsOfSeveralPicturesInAPipeAreRead) {
+  PixPtr const page = Lines();
+  pixWrite(Path("page.pnm").c_str(), page.get(), IFF_PNM);
+  ProgramResult const result = RunProgram(
+      {"sh", "-c", "cat \"$1\" \"$1\" | \"$0\" words --jobs 2 -", SORRELIN_TOOL, Path("page.pnm")});
+  EXPECT_EQ(result.exit_code, 0) << result.err;
+  EXPECT_THAT(result.out, StartsWith("{\"file\": \"-\", \"page\": 1, \"text\": \"The\""));
+  EXPECT_THAT(result.out, HasSubstr("\"page\": 2, \"text\": \"harbour\""));
+}
+
+TEST_F(Ocr, PictureThatTakesTooLongIsNamedAndTheNextOneRead) {
+  WritePix("noise.png", Noise(2400, 3200, 1));
+  WritePix("page.png", Lines());
+  ProgramResult const result =
+      Run({"words", Path("noise.png"), Path("page.png"), "--timeout", "6", "--format", "text"});
+  EXPECT_EQ(result.exit_code, 1);
+  EXPECT_THAT(result.err, HasSubstr(Path("noise.png") + ": is not recognised within the time"));
+  EXPECT_THAT(result.err, Not(HasSubstr("page.png")));
+  EXPECT_THAT(result.out, StartsWith("The old harbour"));
 }
 
 TEST_F(Ocr, MarkupOfWordsIsWellFormed) {

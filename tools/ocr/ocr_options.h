@@ -14,6 +14,7 @@ inline constexpr int kUsualTimeout = 300;
 struct OcrOptions {
   std::string languages;  // as in "eng+deu"; empty: no text is recognised
   bool turn = false;      // pages are turned so that their text is upright
+  bool must_turn = true;  // nothing is recognised where the data for that are missing
   int segmentation = kUsualSegmentation;
   int form = AVERNA_PDF;        // of the engine's result
   bool straighten = true;       // tilted pictures are recognised in a straight copy

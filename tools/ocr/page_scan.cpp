@@ -1,4 +1,4 @@
-// Decodes the pictures of a page and finds where they are drawn.
+// Decodes the pictures of pages and finds where documents draw them.
 #include "tools/ocr/page_scan.h"
 
 #include <optional>
@@ -8,7 +8,8 @@
 #include "tools/documents/qpdf_document.h"
 #include "tools/extract/output/picture_builder.h"
 #include "tools/extract/page/page_judge.h"
-#include "tools/formats/image_source.h"
+#include "tools/formats/image_file.h"
+#include "tools/formats/picture/plain_picture.h"
 #include "tools/ocr/changeable_document.h"
 #include "tools/ocr/ocr_engine.h"
 
@@ -54,14 +55,88 @@ class DocumentScanner : public PageScanner {
   std::unique_ptr<ChangeableDocument> places_;
 };
 
-}  // namespace
-
-std::unique_ptr<PageScanner> PageScanner::Open(std::string const& name, std::string& problem) {
+std::unique_ptr<PageScanner> OpenDocument(std::string const& name, std::string& problem) {
   auto places = ChangeableDocument::Open(name, problem);
   if (places == nullptr) return nullptr;
   auto pictures = QpdfDocument::Open(name, "", problem);
   if (pictures == nullptr) return nullptr;
   return std::make_unique<DocumentScanner>(std::move(pictures), std::move(places));
+}
+
+std::vector<ScannedPicture> ScanSource(ImageSource& source, int page, std::string& problem) {
+  auto picture = source.Decode(page, problem);
+  if (picture && !picture->damage.empty()) problem = DamageText(picture->damage);
+  if (!picture || !picture->damage.empty()) return {};
+  if (!GiveUpSamples(*picture)) return problem = kMemoryText, std::vector<ScannedPicture>();
+  Pix* const pix = picture->pix.get();
+  SheetSize const size = SizeOf(pix);
+  bool const fits = FitsEngine(static_cast<uint64_t>(pixGetWidth(pix)),
+                               static_cast<uint64_t>(pixGetHeight(pix)), problem);
+  if (!fits) return {};
+  std::vector<ScannedPicture> scanned;
+  scanned.push_back({std::move(*picture), PixelPlace(size), size});
+  return scanned;
+}
+
+class SourceScanner : public PageScanner {
+ public:
+  explicit SourceScanner(ImageSource& source) : source_(source) {}
+
+  std::vector<ScannedPicture> Scan(unsigned page, std::string& problem) override {
+    return ScanSource(source_, static_cast<int>(page), problem);
+  }
+
+ private:
+  ImageSource& source_;
+};
+
+// Keeps the source of the last page open, and reads on from there.
+class FileScanner : public PageScanner {
+ public:
+  explicit FileScanner(std::vector<FilePage> const& pages) : pages_(pages) {}
+
+  std::vector<ScannedPicture> Scan(unsigned page, std::string& problem) override {
+    FilePage const& wanted = pages_.at(page);
+    if (!Find(wanted, problem)) return {};
+    return ScanSource(*source_, wanted.page, problem);
+  }
+
+ private:
+  bool Find(FilePage const& wanted, std::string& problem) {
+    if (name_ != wanted.file || number_ > wanted.source) {
+      file_ = ImageFile::Open(wanted.file, problem);
+      name_ = wanted.file;
+      number_ = -1;
+    }
+    while (file_ != nullptr && number_ < wanted.source) {
+      source_ = file_->Next(problem);
+      if (source_ == nullptr) file_.reset();
+      ++number_;
+    }
+    if (file_ != nullptr && wanted.page < source_->PageCount()) return true;
+    if (problem.empty()) problem = kCannotDecode;
+    return name_.clear(), false;
+  }
+
+  std::vector<FilePage> const& pages_;
+  std::string name_;
+  std::unique_ptr<ImageFile> file_;
+  std::unique_ptr<ImageSource> source_;
+  int number_ = -1;  // of the source
+};
+
+}  // namespace
+
+ScannerMaker ScannerOfDocument(std::string const& name) {
+  return [name](std::string& problem) { return OpenDocument(name, problem); };
+}
+
+ScannerMaker ScannerOfFiles(std::vector<FilePage> const& pages) {
+  return [&pages](std::string&) { return std::make_unique<FileScanner>(pages); };
+}
+
+ScannerMaker ScannerOfSource(ImageSource& source) {
+  return [&source](std::string&) { return std::make_unique<SourceScanner>(source); };
 }
 
 SheetSize SizeOf(Pix* pix) {

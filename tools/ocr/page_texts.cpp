@@ -27,7 +27,6 @@
 #include "tools/documents/child.h"
 #include "tools/formats/image_source.h"
 #include "tools/ocr/languages.h"
-#include "tools/ocr/page_scan.h"
 #include "tools/ocr/straightening.h"
 
 namespace sorrelin::tool {
@@ -41,6 +40,9 @@ constexpr size_t kHeadBytes = 5;
 constexpr std::chrono::seconds kGrace(2);
 constexpr double kPointsPerInch = 72;
 constexpr double kMaxStretch = 1.2;  // of pixels that are taken for square
+constexpr char kEndedRecognition[] =
+    "cannot be recognised: it ends the process that reads it (see that Tesseract works on this "
+    "picture)";
 constexpr char kBlank[] = " \t\r\n\f";
 
 bool Send(CHILD_LINK* link, char type, std::string_view payload) {
@@ -91,13 +93,13 @@ class Recognizer {
  public:
   Recognizer(OcrOptions const& options, CHILD_LINK* link) : options_(options), link_(link) {}
 
-  bool Open(std::string const& name, std::string& problem) {
-    scanner_ = PageScanner::Open(name, problem);
+  bool Open(ScannerMaker const& open, std::string& problem) {
+    scanner_ = open(problem);
     if (scanner_ == nullptr) return false;
-    if (!options_.languages.empty()) text_engine_ = OcrEngine::Open(options_.languages, problem);
     if (options_.turn) turn_engine_ = OcrEngine::Open(kOrientationData, problem);
-    return (options_.languages.empty() || text_engine_ != nullptr) &&
-           (!options_.turn || turn_engine_ != nullptr);
+    if (options_.must_turn && options_.turn && turn_engine_ == nullptr) return false;
+    if (!options_.languages.empty()) text_engine_ = OcrEngine::Open(options_.languages, problem);
+    return options_.languages.empty() || text_engine_ != nullptr;
   }
 
   void Read(unsigned page) {
@@ -121,7 +123,7 @@ class Recognizer {
     if (!IsLayer()) {
       for (ScannedPicture& scanned : pictures) scanned.place = PixelPlace(scanned.shown);
     }
-    if (options_.turn && !Turn(pictures)) return false;
+    if (turn_engine_ != nullptr && !Turn(pictures)) return false;
     if (text_engine_ == nullptr) return true;
     bool has_words = false;
     for (ScannedPicture& scanned : pictures) {
@@ -172,7 +174,7 @@ class Recognizer {
 
 // What the jobs have in common.
 struct Run {
-  std::string const& name;
+  ScannerMaker const& open;
   OcrOptions const& options;
   PageTextSink const& done;
   std::mutex mutex;  // of `done`
@@ -194,6 +196,7 @@ class Job {
       if (next_ == pages_.size()) return;
       if (!reading_) return FailRest(problem);
       pages_[next_]->pictures.clear();
+      if (problem == kEndedReader) problem = kEndedRecognition;
       Finish(HasTimedOut() ? kTimeoutText : problem);
     }
   }
@@ -212,7 +215,7 @@ class Job {
     std::string problem = kMemoryProblem;
     try {
       Recognizer recognizer(run_.options, link);
-      if (recognizer.Open(run_.name, problem)) return ReadAll(recognizer, link);
+      if (recognizer.Open(run_.open, problem)) return ReadAll(recognizer, link);
     } catch (std::bad_alloc const&) {
     }
     Send(link, 'X', problem);
@@ -304,7 +307,7 @@ class Job {
 
 }  // namespace
 
-std::vector<PageText> RecognizePages(std::string const& name, std::vector<unsigned> const& pages,
+std::vector<PageText> RecognizePages(ScannerMaker const& open, std::vector<unsigned> const& pages,
                                      OcrOptions const& options, int jobs,
                                      PageTextSink const& done) {
   std::vector<PageText> texts(pages.size());
@@ -314,7 +317,7 @@ std::vector<PageText> RecognizePages(std::string const& name, std::vector<unsign
     texts[i].page = pages[i];
     shares[i % count].push_back(&texts[i]);
   }
-  Run run = {name, options, done, {}};
+  Run run = {open, options, done, {}};
   RunSideBySide(count, [&](size_t i) { Job(run, std::move(shares[i]))(); });
   return texts;
 }

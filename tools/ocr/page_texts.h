@@ -1,4 +1,4 @@
-// Text of a document's pages, recognised by several processes at a time.
+// Text of pages, recognised by several processes at a time.
 #ifndef TOOLS_OCR_PAGE_TEXTS_H_
 #define TOOLS_OCR_PAGE_TEXTS_H_
 
@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "tools/ocr/ocr_options.h"
+#include "tools/ocr/page_scan.h"
 #include "tools/ocr/picture_place.h"
 
 namespace sorrelin::tool {
@@ -30,10 +31,10 @@ struct PageText {
 // Called for each page as it is done, in any order but one at a time.
 using PageTextSink = std::function<void(PageText const& text)>;
 
-// Recognises pages of the document `name`, which nobody changes meanwhile. `jobs` processes share
-// the pages; one that is ended by a page, or by the time that the page takes, is replaced. Every
-// page has an element of the result, in the order of `pages`.
-std::vector<PageText> RecognizePages(std::string const& name, std::vector<unsigned> const& pages,
+// Recognises pages of a scanner, whose files nobody changes meanwhile. `jobs` processes share the
+// pages; one that is ended by a page, or by the time that the page takes, is replaced. Every page
+// has an element of the result, in the order of `pages`.
+std::vector<PageText> RecognizePages(ScannerMaker const& open, std::vector<unsigned> const& pages,
                                      OcrOptions const& options, int jobs, PageTextSink const& done);
 
 // Whether the engine and its language data are there. False with the reason in `problem`.

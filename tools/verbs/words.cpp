@@ -1,24 +1,23 @@
 // sorrelin words: what is written in pictures and on pages.
 #include <array>
 #include <cstdio>
+#include <filesystem>
 #include <fstream>
 #include <memory>
 #include <numeric>
-#include <optional>
 #include <string>
 #include <string_view>
+#include <system_error>
 #include <vector>
 
 #include "tools/cli/messages.h"
 #include "tools/cli/output_file.h"
 #include "tools/formats/image_file.h"
-#include "tools/formats/picture/plain_picture.h"
+#include "tools/formats/image_source.h"
 #include "tools/make/pages/page_options.h"
-#include "tools/ocr/ocr_engine.h"
 #include "tools/ocr/page_scan.h"
 #include "tools/ocr/page_texts.h"
 #include "tools/ocr/recognized_words.h"
-#include "tools/ocr/straightening.h"
 #include "tools/ocr/text_layers.h"
 #include "tools/verbs/verbs.h"
 
@@ -46,47 +45,23 @@ bool IsDocument(std::string const& name) {
          std::string_view(start.data(), start.size()) == kDocumentStart;
 }
 
-// Recognises pictures one after the other, in this process.
-class PictureReader {
- public:
-  // False with the reason in `problem` if nothing can be recognised.
-  bool Open(OcrOptions const& options, std::string& problem) {
-    text_engine_ = OcrEngine::Open(options.languages, problem);
-    std::string ignored;
-    if (options.turn) turn_engine_ = OcrEngine::Open(kOrientationData, ignored);
-    return text_engine_ != nullptr;
-  }
+// Pages of picture files that are recognised together, before the first of them is printed.
+constexpr size_t kPagesAJob = 8;
 
-  // The text of a picture that is the page of this number, from 0, among all. nullopt with the
-  // reason in `problem`.
-  std::optional<PictureText> Read(Picture picture, OcrOptions const& options, int number,
-                                  std::string& problem) {
-    Pix* const pix = picture.pix.get();
-    if (!FitsEngine(static_cast<uint64_t>(pixGetWidth(pix)),
-                    static_cast<uint64_t>(pixGetHeight(pix)), problem)) {
-      return std::nullopt;
-    }
-    SheetSize const size = SizeOf(pix);
-    ScannedPicture scanned = {std::move(picture), PixelPlace(size), size};
-    if (!MakeUpright(scanned, options)) return problem = kMemoryText, std::nullopt;
-    if (!text_engine_->Recognize(std::move(scanned.picture), options.segmentation, options.timeout,
-                                 problem)) {
-      return std::nullopt;
-    }
-    auto result = text_engine_->Result(options.form, number, problem);
-    if (!result) return std::nullopt;
-    return PictureText{std::move(*result), scanned.place, size};
-  }
+// Whether several processes can open a file, each for itself.
+bool CanBeShared(std::string const& name) {
+  std::error_code ignored;
+  return name != kStandardInput && std::filesystem::is_regular_file(name, ignored);
+}
 
- private:
-  // False when memory is short.
-  bool MakeUpright(ScannedPicture& scanned, OcrOptions const& options) {
-    int const turns = turn_engine_ != nullptr ? turn_engine_->QuarterTurns(scanned.picture) : 0;
-    return TurnQuarters(scanned, turns) && (!options.straighten || Straighten(scanned));
-  }
+std::string PlaceOf(int page) { return "page " + std::to_string(page) + ": "; }
 
-  std::unique_ptr<OcrEngine> text_engine_;
-  std::unique_ptr<OcrEngine> turn_engine_;
+// A page of a picture file, or the problem of the file at this place.
+struct Entry {
+  std::string file;
+  int page = 1;         // of the file
+  std::string place{};  // of the page in the file, for problems; empty if it is the only one
+  std::string problem{};
 };
 
 class Words {
@@ -102,11 +77,13 @@ class Words {
     std::fputs(HeadOf(options_.form), stdout);
     for (std::string const& name : options_.files) {
       if (IsDocument(name)) {
+        Flush();
         ReadDocument(name);
       } else {
         ReadImage(name);
       }
     }
+    Flush();
     std::fputs(TailOf(options_.form), stdout);
     return failed_ ? kExitFailure : kExitSuccess;
   }
@@ -121,13 +98,7 @@ class Words {
     std::string problem;
     auto const survey = SurveyText(name, problem);
     if (!survey) return Report(name, problem);
-    std::vector<unsigned> pages(survey->pages);
-    std::iota(pages.begin(), pages.end(), 0U);
-    OcrOptions options = options_.ocr;
-    options.first_number = number_;
-    number_ += static_cast<int>(pages.size());
-    for (PageText const& text :
-         RecognizePages(name, pages, options, options_.jobs, [](PageText const&) {})) {
+    for (PageText const& text : Recognize(ScannerOfDocument(name), survey->pages, options_.jobs)) {
       int const page = static_cast<int>(text.page) + 1;
       if (!text.problem.empty()) Report(name, PlaceOf(page) + text.problem);
       for (PictureText const& picture : text.pictures) {
@@ -136,47 +107,73 @@ class Words {
     }
   }
 
+  std::vector<PageText> Recognize(ScannerMaker const& scanner, size_t count, int jobs) {
+    std::vector<unsigned> pages(count);
+    std::iota(pages.begin(), pages.end(), 0U);
+    OcrOptions options = options_.ocr;
+    options.first_number = number_;
+    number_ += static_cast<int>(count);
+    return RecognizePages(scanner, pages, options, jobs, [](PageText const&) {});
+  }
+
   void ReadImage(std::string const& name) {
     std::string problem;
     auto const file = ImageFile::Open(name, problem);
-    if (file == nullptr || !OpenReader(problem)) return Report(name, problem);
+    if (file == nullptr) return AddProblem(name, problem);
+    bool const is_shared = CanBeShared(name);
     int first = 1;
-    while (auto const source = file->Next(problem)) {
-      ReadSource(name, *source, first, first > 1 || !file->AtEnd());
+    for (int number = 0; auto const source = file->Next(problem); ++number) {
+      if (!is_shared) Flush();
+      AddPages(name, *source, first, first > 1 || !file->AtEnd());
+      for (int page = 0; is_shared && page < source->PageCount(); ++page) {
+        pages_.push_back({name, number, page});
+      }
+      if (!is_shared) FlushSource(*source);
+      if (pages_.size() >= kPagesAJob * static_cast<size_t>(options_.jobs)) Flush();
       first += source->PageCount();
     }
-    if (!problem.empty()) Report(name, problem);
+    if (!problem.empty()) AddProblem(name, problem);
   }
 
-  bool OpenReader(std::string& problem) {
-    if (!reader_is_open_) reader_is_open_ = reader_.Open(options_.ocr, problem);
-    return reader_is_open_;
+  void AddProblem(std::string const& name, std::string const& problem) {
+    entries_.push_back({.file = name, .problem = problem});
   }
 
   // `first` is the number of the source's first page in the file; `several` sources make up the
   // file.
-  void ReadSource(std::string const& name, ImageSource& source, int first, bool several) {
+  void AddPages(std::string const& name, ImageSource& source, int first, bool several) {
     int const pages = source.PageCount();
-    for (int page = 0; page < pages; ++page) {
-      std::string problem;
-      if (auto const text = ReadPage(source, page, problem)) {
-        Print(name, first + page, *text);
-      } else {
-        Report(name, (several || pages > 1 ? PlaceOf(first + page) : "") + problem);
-      }
+    for (int page = first; page < first + pages; ++page) {
+      entries_.push_back({name, page, several || pages > 1 ? PlaceOf(page) : ""});
     }
-    if (std::string const damage = source.Damage(); !damage.empty()) Report(name, damage);
+    if (std::string const damage = source.Damage(); !damage.empty()) AddProblem(name, damage);
   }
 
-  std::optional<PictureText> ReadPage(ImageSource& source, int page, std::string& problem) {
-    auto picture = source.Decode(page, problem);
-    if (picture && !picture->damage.empty()) problem = DamageText(picture->damage);
-    if (!picture || !picture->damage.empty()) return std::nullopt;
-    if (!GiveUpSamples(*picture)) return problem = kMemoryText, std::nullopt;
-    return reader_.Read(std::move(*picture), options_.ocr, number_++, problem);
+  // Recognises and prints the pages of files that have been collected.
+  void Flush() {
+    if (entries_.empty()) return;
+    PrintEntries(Recognize(ScannerOfFiles(pages_), pages_.size(), options_.jobs));
+    pages_.clear();
   }
 
-  static std::string PlaceOf(int page) { return "page " + std::to_string(page) + ": "; }
+  // The same for pages of a source that only this process can read.
+  void FlushSource(ImageSource& source) {
+    PrintEntries(Recognize(ScannerOfSource(source), static_cast<size_t>(source.PageCount()), 1));
+  }
+
+  void PrintEntries(std::vector<PageText> const& texts) {
+    auto text = texts.begin();
+    for (Entry const& entry : entries_) {
+      if (!entry.problem.empty()) {
+        Report(entry.file, entry.problem);
+        continue;
+      }
+      if (!text->problem.empty()) Report(entry.file, entry.place + text->problem);
+      for (PictureText const& picture : text->pictures) Print(entry.file, entry.page, picture);
+      ++text;
+    }
+    entries_.clear();
+  }
 
   void Print(std::string const& name, int page, PictureText const& text) {
     if (IsOwnForm(options_.form)) {
@@ -202,9 +199,9 @@ class Words {
   }
 
   WordsOptions const& options_;
-  PictureReader reader_;
-  bool reader_is_open_ = false;
-  int number_ = 0;  // pages so far
+  std::vector<Entry> entries_;   // what is to be printed next
+  std::vector<FilePage> pages_;  // of files, those of the entries without a problem
+  int number_ = 0;               // pages so far
   bool printed_ = false;
   bool failed_ = false;
 };
@@ -259,6 +256,7 @@ void AddWords(Program& program) {
     if (options->text) options->form = WordForm::kText;
     options->ocr.form = EngineFormOf(options->form);
     options->ocr.straighten = IsOwnForm(options->form);
+    options->ocr.must_turn = false;
     return Words(*options).Run();
   });
 }
