@@ -78,16 +78,22 @@ TEST(TextLayer, LettersReadFromTheRightAreSeenInTurnAndNumbersAsTheyAre) {
   EXPECT_EQ(SeenFromLeft(u""), u"");
 }
 
-TEST(TextLayer, LineReadFromTheRightIsLaidAsItIsSeen) {
-  std::vector<LayerWord> const words = {{u"\u05D0\u05D1", {20, 0, 0, 10, 60, 100}, true},
-                                        {u"\u05D2", {20, 0, 0, 10, 30, 101}, true},
-                                        {u"\u05D3", {20, 0, 0, 10, 60, 80}, true}};
-  auto const lines = LinesOf(words);
-  ASSERT_EQ(lines.size(), 2u);
-  EXPECT_EQ(lines[0][0].text, u"\u05D2");
-  EXPECT_EQ(lines[0][1].text, u"\u05D0\u05D1");
-  EXPECT_EQ(ContentOf(words).find("05d005d1"), std::string::npos);
-  EXPECT_NE(ContentOf(words).find("<05d105d0>"), std::string::npos);
+// Two letters that share 2.5 points of 20 are 11.25 points wide each, 225 percent of 5, and the
+// second one goes back by 111.1 parts of an em of 22.5 points. The blank of the gap of 10 points is
+// half of 10.1 points wide, stretched to 198 percent.
+TEST(TextLayer, WordsReadFromTheRightAreDrawnInTheirOrderWithTheirTextAsItIsSeen) {
+  EXPECT_EQ(ContentOf({{u"\u05D0\u05D1", {20, 0, 0, 10, 60, 100}, true},
+                       {u"\u05D2", {20, 0, 0, 10, 30, 101}, true},
+                       {u"\u05D3", {20, 0, 0, 10, 60, 80}, true}}),
+            "BT\n3 Tr\n"
+            "/Span <</ActualText <feff05d105d0>>> BDC\n"
+            "-1 0 0 1 80 100.5 Tm\n/F 10 Tf\n225 Tz [<05d0>111.1<05d1>] TJ\nEMC\n"
+            "/F 10.1 Tf\n198 Tz <0020> Tj\n"
+            "/Span <</ActualText <feff05d2>>> BDC\n"
+            "-1 0 0 1 50 100.5 Tm\n/F 10 Tf\n400 Tz [<05d2>] TJ\nEMC\n"
+            "/Span <</ActualText <feff05d3>>> BDC\n"
+            "-1 0 0 1 80 80 Tm\n400 Tz [<05d3>] TJ\nEMC\n"
+            "ET\n");
 }
 
 // 20 points for 2 letters of 5, and a gap of 10 points for a blank of 5.

@@ -1,13 +1,23 @@
 // Writes the content of a text layer. Each word has a place of its own and is stretched to its box;
 // a blank fills the gap to the next word of its line, so that viewers see words and lines however
 // wide their gaps are.
+//
+// Viewers disagree on text that is read from the right. MuPDF takes letters in the order in which
+// they are drawn; poppler and PDFium want them as they are seen from the left, and take them from
+// /ActualText where there is one; Firefox turns letters around that are drawn next to each other in
+// one size, but not those that overlap. So such words are drawn from right to left, with
+// overlapping letters, blanks of another size, and an /ActualText as seen from the left (ISO
+// 32000-1, 14.9.4).
 #include "tools/ocr/layer_content.h"
 
 #include <algorithm>
 #include <cmath>
 #include <numbers>
+#include <qpdf/QPDFObjectHandle.hh>
 #include <qpdf/QUtil.hh>
 #include <utility>
+
+#include "tools/cli/text.h"
 
 namespace sorrelin::tool {
 namespace {
@@ -18,6 +28,8 @@ constexpr double kSizeSteps = 10;   // a point
 constexpr double kLeastGap = 0.05;  // of the font's size, for a blank
 constexpr double kMaxRise = 0.3;    // of the font's size, within a level part of a line
 constexpr double kMaxLoose = 3;     // of the font's size, between letters that belong together
+constexpr double kOverlap = 0.25;   // of the font's size, between letters drawn from the right
+constexpr double kThousand = 1000;  // parts of an em, the unit of TJ
 constexpr char kBlankCode[] = "0020";
 constexpr size_t kCodeDigits = 4;
 
@@ -34,10 +46,19 @@ Matrix FrameOf(Matrix const& box) {
   return {box.a / width, box.b / width, box.c / height, box.d / height, box.e, box.f};
 }
 
-// How far a word begins after the end of another, along the other's line, in points.
-double GapBetween(Matrix const& box, Matrix const& next) {
+// The same with its first direction turned about, from the box's other end.
+Matrix MirroredFrameOf(Matrix const& box) {
+  Matrix const frame = FrameOf(box);
+  return {0 - frame.a, 0 - frame.b, frame.c, frame.d, box.e + box.a, box.f + box.b};
+}
+
+// How far a word begins after the end of another, in the direction in which the other is read, in
+// points.
+double GapBetween(LayerWord const& word, LayerWord const& next) {
+  Matrix const& box = word.box;
   double const width = box.Width();
-  return ((next.e - box.e) * box.a + (next.f - box.f) * box.b) / width - width;
+  double const step = ((next.box.e - box.e) * box.a + (next.box.f - box.f) * box.b) / width;
+  return word.from_right ? -step - next.box.Width() : step - width;
 }
 
 // Scripts that have no blanks between words: those of China and Japan.
@@ -99,15 +120,42 @@ class Writer {
  private:
   void Add(LayerWord const& word, LayerWord const* next) {
     double const size = word.box.Height();
-    double const gap = next != nullptr ? GapBetween(word.box, next->box) : 0;
+    double const gap = next != nullptr ? GapBetween(word, *next) : 0;
+    if (word.from_right) return AddFromRight(word, next != nullptr ? gap : 0);
     bool const is_joined =
         next != nullptr && std::abs(gap) < kMaxLoose * size && AreJoined(word.text, next->text);
     text_ += MatrixText(FrameOf(word.box)) + " Tm\n";
     SetSize(size);
     double const to_next = word.box.Width() + gap;
-    Show(style_.codes(word.from_right ? SeenFromLeft(word.text) : word.text),
-         is_joined && to_next > 0 ? to_next : word.box.Width());
+    Show(style_.codes(word.text), is_joined && to_next > 0 ? to_next : word.box.Width());
     if (next != nullptr && !is_joined) Show(kBlankCode, std::max(gap, kLeastGap * size));
+  }
+
+  // With a blank where there is a gap to the next word.
+  void AddFromRight(LayerWord const& word, double gap) {
+    std::string const seen = Utf8(SeenFromLeft(word.text));
+    text_ += "/Span <</ActualText " + QPDFObjectHandle::newUnicodeString(seen).unparse() +
+             ">> BDC\n" + MatrixText(MirroredFrameOf(word.box)) + " Tm\n";
+    SetSize(word.box.Height());
+    double const width = word.box.Width();
+    ShowOverlapping(style_.codes(word.text), width);
+    text_ += "EMC\n";
+    if (gap <= 0) return;
+    SetSize(word.box.Height() + 1 / kSizeSteps);
+    Show(kBlankCode, gap);
+  }
+
+  void ShowOverlapping(std::string const& codes, double width) {
+    auto const letters = static_cast<double>(codes.size() / kCodeDigits);
+    double const overlap = letters > 1 ? std::min(kOverlap * size_, width / 2) : 0;
+    double const letter = (width - overlap) / letters + overlap;
+    double const stretch = letter / (kLetterWidth * size_);
+    std::string const back = Text(overlap * kThousand / (size_ * stretch), 1);
+    text_ += Text(kPercent * stretch, 1) + " Tz [";
+    for (size_t i = 0; i < codes.size(); i += kCodeDigits) {
+      text_ += (i > 0 ? back : "") + "<" + codes.substr(i, kCodeDigits) + ">";
+    }
+    text_ += "] TJ\n";
   }
 
   void SetSize(double size) {

@@ -66,13 +66,7 @@ class WordReader : public QPDFObjectHandle::ParserCallbacks {
   double stretch_ = 1;
 };
 
-// How far a word begins after the start of another along its line, in widths of its box.
-double Along(Matrix const& box, Matrix const& other) {
-  double const x = other.e - box.e, y = other.f - box.f;
-  return (x * box.a + y * box.b) / (box.a * box.a + box.b * box.b);
-}
-
-// The same across its line, in heights of its box.
+// How far a word's foot is above that of another, across its line, in heights of its box.
 double Across(Matrix const& box, Matrix const& other) {
   double const x = other.e - box.e, y = other.f - box.f;
   return (x * box.c + y * box.d) / (box.c * box.c + box.d * box.d);
@@ -114,15 +108,6 @@ std::vector<std::vector<LayerWord>> LinesOf(std::vector<LayerWord> words) {
   for (LayerWord& word : words) {
     if (lines.empty() || !IsSameLine(lines.back().back().box, word.box)) lines.emplace_back();
     lines.back().push_back(std::move(word));
-  }
-  for (auto& line : lines) {
-    bool const is_mirrored = std::any_of(line.begin(), line.end(),
-                                         [](LayerWord const& word) { return word.from_right; });
-    if (!is_mirrored) continue;
-    Matrix const start = line.front().box;
-    std::stable_sort(line.begin(), line.end(), [&](LayerWord const& a, LayerWord const& b) {
-      return Along(start, a.box) < Along(start, b.box);
-    });
   }
   return lines;
 }

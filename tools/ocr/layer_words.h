@@ -21,7 +21,7 @@ struct LayerWord {
 // The words on a page of the engine's renderer, in its order. Exceptions of libqpdf pass through.
 std::vector<LayerWord> WordsOfLayer(QPDFObjectHandle page);
 
-// The words parted into lines, with those of each line in the order in which they are seen.
+// The words parted into lines; their order stays.
 std::vector<std::vector<LayerWord>> LinesOf(std::vector<LayerWord> words);
 
 // The letters in the order in which they are seen from left to right, where the word is read from
