@@ -107,8 +107,10 @@ void FillBilevel(Bitmap const& bitmap, PIX* pix) {
   int const flip = Brightness(bitmap.table[0]) < Brightness(bitmap.table[1]) ? 0xFF : 0;
   for (l_int32 y = 0; y < bitmap.height; ++y) {
     BYTE const* const row = bitmap.Row(y);
-    for (l_int32 i = 0; i < bytes; ++i)
-      SET_DATA_BYTE(Line(pix, y), i, static_cast<l_uint8>(row[i] ^ flip));
+    l_uint32* const line = Line(pix, y);
+    for (l_int32 i = 0; i < bytes; ++i) {
+      SET_DATA_BYTE(line, i, static_cast<l_uint8>(row[i] ^ flip));
+    }
   }
   pixSetPadBits(pix, 0);
 }
@@ -116,8 +118,9 @@ void FillBilevel(Bitmap const& bitmap, PIX* pix) {
 void FillGrey(Bitmap const& bitmap, PIX* pix) {
   for (l_int32 y = 0; y < bitmap.height; ++y) {
     BYTE const* const row = bitmap.Row(y);
+    l_uint32* const line = Line(pix, y);
     for (l_int32 x = 0; x < bitmap.width; ++x) {
-      SET_DATA_BYTE(Line(pix, y), x, bitmap.table[row[x]].rgbRed);
+      SET_DATA_BYTE(line, x, bitmap.table[row[x]].rgbRed);
     }
   }
 }

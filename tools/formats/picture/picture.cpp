@@ -82,6 +82,7 @@ void PackBilevelRow(l_uint32 const* line, int width, int black_bit, BYTE* row) {
 }
 
 void PackIndexRow(l_uint32 const* line, int width, int depth, BYTE* row) {
+  if (depth == 8) return PackWords(line, 0, {row, static_cast<size_t>(width)});
   for (int x = 0; x < width; ++x) {
     switch (depth) {
       case 1:
@@ -92,9 +93,6 @@ void PackIndexRow(l_uint32 const* line, int width, int depth, BYTE* row) {
         break;
       case 4:
         row[x] = static_cast<BYTE>(GET_DATA_QBIT(line, x));
-        break;
-      case 8:
-        row[x] = static_cast<BYTE>(GET_DATA_BYTE(line, x));
         break;
       default:
         row[x] = static_cast<BYTE>(GET_DATA_TWO_BYTES(line, x) >> 8);
