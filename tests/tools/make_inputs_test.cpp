@@ -40,6 +40,43 @@ class MakeInputs : public MakeTest {
   }
 };
 
+// Zeros only fill a file up. The pictures before other bytes are pages.
+TEST_F(MakeInputs, BytesAfterTheEndOfAFileAreAProblemInEveryFormat) {
+  WritePicture("a.png", 72);
+  std::string const commands =
+      "cd \"$0\" && pngtopnm a.png >a.pgm && ppmtobmp a.pgm >a.bmp 2>/dev/null && "
+      "cwebp -quiet -lossless a.png -o a.webp && opj_compress -i a.pgm -o a.j2k && "
+      "pamtotiff a.pgm >a.tif && tiffcp -8 a.tif a.tif big.tif && "
+      "tiffcp -c lzw -t -w 16 -l 16 a.tif a.tif a.tif tiles.tif";
+  std::vector<std::string> names = {"a.bmp", "a.webp", "a.j2k", "a.tif", "big.tif", "tiles.tif"};
+  ProgramResult const run = RunProgram({"sh", "-c", commands, directory_.path().string()});
+  ASSERT_EQ(run.exit_code, 0) << run.err;
+  if (SORRELIN_TEST_HEIF != 0) {
+    for (std::string const name : {"a.heic", "a.avif"}) {
+      RunProgram({"heif-enc", name == "a.avif" ? "-A" : "-q80", Path("a.png"), "-o", Path(name)});
+      if (std::filesystem::exists(Path(name))) names.push_back(name);
+    }
+  }
+  for (std::string const& name : names) {
+    MakeFrom(name, {"--force", "--dpi", "72"});
+    long const pages = PageCount();
+    std::vector<BYTE> const whole = ReadAll(Path(name));
+    std::vector<BYTE> bytes = whole;
+    bytes.resize(bytes.size() + 100);
+    WriteAll(Path(name), bytes);
+    MakeFrom(name, {"--force", "--dpi", "72"});
+    for (std::vector<BYTE> const& rest : {std::vector<BYTE>{'j', 'u', 'n', 'k'}, whole}) {
+      bytes = whole;
+      bytes.insert(bytes.end(), rest.begin(), rest.end());
+      WriteAll(Path(name), bytes);
+      ProgramResult const result = Make({Out(), Path(name), "--force", "--dpi", "72"});
+      EXPECT_EQ(result.exit_code, 1) << name;
+      EXPECT_THAT(result.err, HasSubstr(Path(name) + ": goes on after its end")) << name;
+      EXPECT_EQ(PageCount(), pages) << name;
+    }
+  }
+}
+
 TEST_F(MakeInputs, DirectoryGivesItsPicturesByName) {
   std::filesystem::create_directory(Path("scans"));
   WritePicture("scans/s10.png", 110);

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "tools/formats/bmp_file.h"
+#include "tools/formats/ends/file_end.h"
 #include "tools/formats/gif_file.h"
 #include "tools/formats/heif/heif_file.h"
 #include "tools/formats/jpeg/jpeg_check.h"
@@ -127,7 +128,8 @@ std::optional<Picture> DecodeGeneral(std::span<BYTE const> file) {
 
 struct Decoder {
   std::optional<Picture> (*decode)(std::span<BYTE const> file);
-  std::string problem;  // with files that it does not decode
+  std::string problem;                                  // with files that it does not decode
+  size_t (*end)(std::span<BYTE const> file) = nullptr;  // null: decoding finds it
 };
 
 // A file with one picture that always has to be decoded.
@@ -137,6 +139,10 @@ class DecodedSource : public ImageSource {
       : bytes_(std::move(bytes)), decoder_(std::move(decoder)) {}
 
   int PageCount() const override { return 1; }
+  std::string Damage() const override {
+    bool const goes_on = decoder_.end != nullptr && HasBytesAfter(bytes_, decoder_.end(bytes_));
+    return goes_on ? kGoesOn : std::string();
+  }
   std::optional<StoredImage> Stored(int) override { return std::nullopt; }
   std::optional<Picture> Decode(int, std::string& problem) override {
     problem = decoder_.problem;
@@ -154,6 +160,13 @@ class Jpeg2000Source : public ImageSource {
       : bytes_(std::make_shared<std::vector<BYTE> const>(std::move(bytes))) {}
 
   int PageCount() const override { return 1; }
+
+  // What follows the last box of a file is found by its decoder.
+  std::string Damage() const override {
+    constexpr BYTE kStartOfCodestream = 0xFF;
+    bool const bare = bytes_->front() == kStartOfCodestream;
+    return bare && HasBytesAfter(*bytes_, CodestreamEnd(*bytes_)) ? kGoesOn : std::string();
+  }
 
   std::optional<StoredImage> Stored(int) override {
     if (!Jpeg2000Damage(*bytes_).empty()) return std::nullopt;
@@ -173,11 +186,11 @@ class Jpeg2000Source : public ImageSource {
 Decoder DecoderOf(int format) {
   switch (format) {
     case IFF_BMP:
-      return {DecodeBmp, kCannotDecode};
+      return {DecodeBmp, kCannotDecode, BmpEnd};
     case IFF_GIF:
       return {DecodeGif, DamagedHeader("GIF")};
     case IFF_WEBP:
-      return {DecodeWebp, DamagedHeader("WebP")};
+      return {DecodeWebp, DamagedHeader("WebP"), WebpEnd};
     default:
       return {DecodeGeneral, kCannotDecode};
   }

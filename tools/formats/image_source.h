@@ -23,6 +23,9 @@ inline constexpr char kLeftOver[] =
     "off)";
 inline constexpr char kMemoryText[] = "is too large for the memory there is (close other programs)";
 
+inline constexpr char kGoesOn[] =
+    "goes on after its end with other data (save it again, or cut them off)";
+
 // The message about a damaged picture.
 std::string DamageText(std::string const& damage);
 

@@ -10,6 +10,7 @@
 #include <string_view>
 #include <utility>
 
+#include "tools/formats/ends/file_end.h"
 #include "tools/formats/heif/heif_module.h"
 #include "tools/formats/picture/blend.h"
 
@@ -127,6 +128,9 @@ class HeifSource : public ImageSource {
   }
 
   int PageCount() const override { return pages_; }
+  std::string Damage() const override {
+    return HasBytesAfter(bytes_, BoxesEnd(bytes_)) ? kGoesOn : std::string();
+  }
   std::optional<StoredImage> Stored(int) override { return std::nullopt; }
 
   std::optional<Picture> Decode(int page, std::string& problem) override {

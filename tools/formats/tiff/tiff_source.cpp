@@ -11,6 +11,7 @@
 #include <optional>
 #include <utility>
 
+#include "tools/formats/ends/tiff_end.h"
 #include "tools/formats/jpeg/jpeg_check.h"
 #include "tools/formats/tiff/group4_check.h"
 #include "tools/formats/tiff/tiff_bilevel.h"
@@ -84,7 +85,10 @@ class TiffSource : public ImageSource {
   int PageCount() const override { return static_cast<int>(offsets_.size()); }
 
   std::string Damage() const override {
-    if (!broken_) return {};
+    if (!broken_) {
+      auto const end = TiffEnd(name_);
+      return end && HasBytesAfter(name_, *end) ? kGoesOn : std::string();
+    }
     return "is damaged: only the first " + std::to_string(offsets_.size()) +
            " of its pages can be found (scan or save it again)";
   }
