@@ -95,6 +95,17 @@ def circles(includes: dict[str, list[str]]) -> list[str]:
     return found
 
 
+def unknown_folders(root: pathlib.Path) -> list[str]:
+    """Folders of the program without a rule, or without a line in the description."""
+    described = (root / "docs/architecture.md").read_text(encoding="utf-8")
+    folders = {path.parent.relative_to(root).as_posix() for path in (root / "tools").rglob("*.cpp")}
+    folders.discard("tools")
+    problems = [f"{folder}/: no line in docs/architecture.md" for folder in sorted(folders)
+                if f"`{folder}/`" not in described]
+    return problems + [f"{folder}: no rule for what it includes" for folder in sorted(folders)
+                       if "/".join(folder.split("/")[:2]) not in MAY_INCLUDE]
+
+
 def main() -> int:
     root = pathlib.Path(sys.argv[1])
     includes: dict[str, list[str]] = {}
@@ -106,6 +117,7 @@ def main() -> int:
                 problems += problems_of(path, folder, headers)
                 name = str(path.relative_to(root).with_suffix(".h"))
                 includes.setdefault(name, []).extend(headers)
+    problems += unknown_folders(root)
     library = {name: headers for name, headers in includes.items() if name.startswith("sorrelin/")}
     problems += [f"circle: {circle}" for circle in circles(library)]
     print("\n".join(problems) if problems else f"{len(includes)} files include what they may")
