@@ -148,11 +148,12 @@ bool Prepare(int descriptor, OpenRequest const& request) {
   return true;
 }
 
-// Whether the name has gone to another file since the descriptor was opened by it.
+// Whether the name has gone, or gone to another file, since the descriptor was opened by it.
 bool IsReplaced(int descriptor, std::string const& path) {
   struct stat held {};
   struct stat named {};
-  return fstat(descriptor, &held) == 0 && stat(path.c_str(), &named) == 0 &&
+  if (stat(path.c_str(), &named) == -1) return errno == ENOENT;
+  return fstat(descriptor, &held) == 0 &&
          (held.st_dev != named.st_dev || held.st_ino != named.st_ino);
 }
 

@@ -7,6 +7,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <array>
 #include <atomic>
 #include <chrono>
 #include <csignal>
@@ -43,6 +44,24 @@ class FileSharing : public testing::Test {
   TempDir const dir_;
   fs::path const path_ = dir_ / "file";
 };
+
+// Four threads take a lock file and remove it before they let go: who holds it holds its name.
+TEST_F(FileSharing, NameThatGoesWhileItIsOpenedIsBusy) {
+  fs::path const lock = dir_ / "lock";
+  std::atomic<bool> nameless = false;
+  auto const work = [&] {
+    for (int turn = 0; turn != 4000; ++turn) {
+      File const held(lock, GENERIC_WRITE, OPEN_ALWAYS);
+      if (!held.IsOpen()) continue;
+      if (!fs::exists(lock)) nameless = true;
+      fs::remove(lock);
+    }
+  };
+  std::array<std::jthread, 4> threads;
+  for (auto& thread : threads) thread = std::jthread(work);
+  for (auto& thread : threads) thread.join();
+  EXPECT_FALSE(nameless);
+}
 
 TEST_F(FileSharing, ReadersShare) {
   File const reader(path_, GENERIC_READ, OPEN_EXISTING);
