@@ -50,9 +50,12 @@ OutputLock::Taken OutputLock::Take(std::string& problem) {
 
 void OutputLock::Remove() {
   if (file_ == INVALID_HANDLE_VALUE) return;
-  DeleteFileW(path_.u16string().c_str());
+  // Removed while it is held, so that nobody takes a lock that is about to lose its name; not every
+  // system removes a file that is open.
+  bool const removed = DeleteFileW(path_.u16string().c_str()) != FALSE;
   CloseHandle(file_);
   file_ = INVALID_HANDLE_VALUE;
+  if (!removed) DeleteFileW(path_.u16string().c_str());
 }
 
 }  // namespace sorrelin::tool
