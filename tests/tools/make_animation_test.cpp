@@ -103,12 +103,16 @@ TEST_F(MakeAnimation, HeicWithAFilmGivesItsPicture) {
   if (SORRELIN_TEST_HEIF == 0) GTEST_SKIP() << "built without libheif";
   WritePng(Path("red.png"), {kSide, kSide, 8, 2},
            [](int, int, int s) { return s == 0 ? 255u : 0u; });
-  Run("heif-enc red.png -q 95 -o a.heic");
-  ExpectNoMention("a.heic");
-  std::vector<BYTE> heic = ReadAll(Path("a.heic"));
-  for (char const byte : std::string("\0\0\0\x08moov", 8)) heic.push_back(static_cast<BYTE>(byte));
-  WriteAll(Path("a.heic"), heic);
-  ExpectFirstPicture("a.heic");
+  Run("heif-enc red.png -q 95 -o red.heic");
+  ExpectNoMention("red.heic");
+  std::string const film("\0\0\0\x08moov", 8);
+  std::string const long_box("\0\0\0\1free\0\0\0\0\0\0\0\x11x", 17);
+  for (std::string const& boxes : {film, long_box + film}) {
+    std::vector<BYTE> heic = ReadAll(Path("red.heic"));
+    for (char const byte : boxes) heic.push_back(static_cast<BYTE>(byte));
+    WriteAll(Path("a.heic"), heic);
+    ExpectFirstPicture("a.heic");
+  }
 }
 
 }  // namespace

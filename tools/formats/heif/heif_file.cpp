@@ -21,6 +21,7 @@ constexpr char kMissing[] =
     "is HEIC or AVIF, and libsorrelin-heif.so is not there to read it (install sorrelin-heif, or "
     "convert the file to JPEG)";
 constexpr char kDamaged[] = "is a damaged HEIC or AVIF file (save it again)";
+constexpr size_t kBoxHeaderBytes = 8;
 
 // The module, loaded once and kept.
 struct Module {
@@ -108,14 +109,28 @@ Picture PictureOf(SorrelinHeifPicture const& decoded) {
   return picture;
 }
 
+uint64_t BigEndian(std::span<BYTE const> bytes) {
+  uint64_t value = 0;
+  for (BYTE const byte : bytes) value = value << 8 | byte;
+  return value;
+}
+
+// The length of the box that `file` starts with (ISO/IEC 14496-12, 4.2): of 4 bytes, or 1 and the
+// length of 8 bytes follows the name. 0, which is all that is left, or a length that cannot be: 0.
+size_t BoxBytes(std::span<BYTE const> file) {
+  bool const is_long = BigEndian(file.first(4)) == 1;
+  size_t const header = is_long ? 2 * kBoxHeaderBytes : kBoxHeaderBytes;
+  if (file.size() < header) return 0;
+  uint64_t const bytes = BigEndian(is_long ? file.subspan(8, 8) : file.first(4));
+  return bytes < header || bytes > file.size() ? 0 : static_cast<size_t>(bytes);
+}
+
 // Whether a box of the file describes a film (ISO/IEC 14496-12, 8.2.1). Its pictures are not read.
 bool HasFilm(std::span<BYTE const> file) {
-  constexpr size_t kBoxHeaderBytes = 8;
   while (file.size() >= kBoxHeaderBytes) {
     if (std::memcmp(file.data() + 4, "moov", 4) == 0) return true;
-    size_t const bytes =
-        size_t{file[0]} << 24 | size_t{file[1]} << 16 | size_t{file[2]} << 8 | file[3];
-    if (bytes < kBoxHeaderBytes || bytes > file.size()) return false;
+    size_t const bytes = BoxBytes(file);
+    if (bytes == 0) return false;
     file = file.subspan(bytes);
   }
   return false;
