@@ -41,6 +41,7 @@ MAY_INCLUDE = {
     "tools/make": {"tools/ocr", "tools/extract", "tools/documents", "tools/formats", "tools/cli",
                    "sorrelin"},
     "tools/batch": {"tools/make", "tools/documents", "tools/formats", "tools/cli", "sorrelin"},
+    "tools/printer": {"tools/make", "tools/formats", "tools/cli", "sorrelin", "siblings/cadwick"},
     "tools/scan": {"tools/make", "tools/ocr", "tools/documents", "tools/formats", "tools/cli", "sorrelin"},
     "tools/verbs": {"tools/batch", "tools/scan", "tools/make", "tools/ocr", "tools/extract", "tools/documents",
                     "tools/formats", "tools/cli", "sorrelin"},

@@ -55,7 +55,8 @@ inline constexpr char kPicturesHelp[] =
     R"(Every file that holds a picture will do: BMP, GIF, JPEG, JPEG 2000, PNG, PNM,
 TIFF with any number of pages, WebP, and the print rasters of CUPS, PWG and
 Apple. A directory stands for the pictures in it, by name, and with --recursive
-for those further down too. - is standard input. Pages keep the resolution of their picture; without one it is 96 dots per inch.
+for those further down too. - is standard input. Pages keep the resolution of
+their picture; without one it is 96 dots per inch.
 
 The order is that of the command line unless --sort says otherwise: "name" goes
 by bytes, and in "natural" page2 comes before page10. Any number of --jobs makes
