@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Installs what a fresh Debian machine needs and does not have.
-# usage: scripts/packages.sh minimal|build|cluster|demo|fuzz|lint|package|test|windows
+# usage: scripts/packages.sh minimal|build|cluster|demo|fuzz|lint|package|printer|test|windows
 # minimal is a build without any optional part. Needs root, or sudo, when something is missing.
 set -euo pipefail
 
@@ -13,6 +13,7 @@ optional=(libtesseract-dev libopenjp2-7-dev libjbig2dec0-dev libheif-dev libsane
 viewers=(ghostscript graphicsmagick mupdf-tools poppler-utils)
 packaging=(build-essential debhelper dh-python doxygen lintian mmdebstrap python3)
 cluster=(slurm-wlm munge python3-distributed parallel procps util-linux)
+printer=(cups cups-client cups-filters graphicsmagick poppler-utils python3)
 fuzzing=(ninja-build clang libclang-rt-14-dev)
 witnesses=(ninja-build ccache libgtest-dev libgmock-dev libbenchmark-dev qpdf
   img2pdf imagemagick jbig2dec giflib-tools libheif-examples libjpeg-turbo-progs libopenjp2-tools
@@ -28,11 +29,12 @@ case "${1:-}" in
   cluster) packages+=("${cluster[@]}" graphicsmagick) ;;
   demo) packages+=("${viewers[@]}") ;;
   package) packages+=("${packaging[@]}") ;;
+  printer) packages+=("${printer[@]}") ;;
   lint) packages+=("${viewers[@]}" "${witnesses[@]}" clang-tidy) ;;
   fuzz) packages+=("${fuzzing[@]}") ;;
   test) packages+=("${viewers[@]}" "${witnesses[@]}") ;;
   windows) packages+=("${windows[@]}") ;;
-  *) echo "usage: packages.sh minimal|build|cluster|demo|fuzz|lint|package|test|windows" >&2; exit 2 ;;
+  *) echo "usage: packages.sh minimal|build|cluster|demo|fuzz|lint|package|printer|test|windows" >&2; exit 2 ;;
 esac
 
 installed() { dpkg-query -W -f='${Status}' "$1" 2>/dev/null | grep -q 'ok installed'; }

@@ -55,6 +55,12 @@ sorrelin make /made.pdf /page-1.png /page-2.png
 sorrelin count /c.pdf /c2.pdf /made.pdf
 [ -e /usr/share/man/man1/sorrelin.1.gz ] || [ -e /etc/dpkg/dpkg.cfg.d/excludes ] || fail "no manual"
 
+echo "-- printer"
+[ "$(/usr/lib/cups/backend/sorrelin | cut -d' ' -f1)" = file ] || fail "the backend does not list itself"
+[ "$(stat -c %a /usr/lib/cups/backend/sorrelin)" = 700 ] || fail "the backend would not be run as root"
+[ -d /var/spool/sorrelin ] || fail "no folder for printed documents"
+[ -e /usr/share/ppd/sorrelin/sorrelin.ppd ] || fail "no driver file"
+
 echo "-- Python"
 python3 -c 'import sorrelin; print(sorrelin.page_count("/made.pdf"), "pages")' | grep -q '2 pages'
 

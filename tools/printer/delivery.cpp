@@ -106,9 +106,7 @@ class Delivering {
       filled_ += static_cast<size_t>(got);
     }
     if (cancelled) return BackendResult::kCancel;
-    if (filled_ == 0) {
-      return Refuse(BackendResult::kDone, "The job has brought no document");
-    }
+    if (filled_ == 0) return BackendResult::kDone;
     bool const is_document = std::string_view(piece_.data(), filled_).starts_with(kDocumentMark);
     if (is_document) return BackendResult::kDone;
     return Refuse(BackendResult::kCancel, "The job is no PDF document, and is given up");
