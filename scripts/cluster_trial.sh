@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Makes a list of documents on one machine, then by a Slurm job array, by Dask and by GNU parallel, and
-# compares the documents byte by byte. In each trial a worker is killed in the middle.
+# Makes a list of documents on one machine, then by a Slurm job array, by Dask and by GNU parallel over ssh,
+# and compares the documents byte by byte. In each trial a worker is killed in the middle.
 # usage: scripts/cluster_trial.sh [BUILD]
 #
 # Needs root. Every daemon is started here, on ports and with keys of its own, and ended in the end.
@@ -79,7 +79,7 @@ wait_for() {
 # kill_shard PART: kills the program that makes that shard, in the middle.
 kill_shard() {
   wait_for "$1"
-  for pid in $(pgrep -f -- "batch $list --shard $1/$shards" || true); do
+  for pid in $(pgrep -f -- "^[^ ]*sorrelin batch $list --shard $1/$shards" || true); do
     kill -9 "$pid" && echo "killed $pid"
   done
 }
@@ -158,14 +158,49 @@ wait "$run" || fail "Dask: $(cat "$folder/dask.out")"
 cat "$folder/dask.out"
 compare dask
 
-echo "== GNU parallel"
+echo "== GNU parallel over ssh"
+mkdir "$folder/ssh"
+cd "$folder/ssh"
+for name in host user; do ssh-keygen -q -t ed25519 -N '' -f "$name"; done
+cat >sshd_config <<CONF
+ListenAddress 127.0.0.1
+Port 16821
+HostKey $PWD/host
+AuthorizedKeysFile $PWD/user.pub
+PidFile $PWD/sshd.pid
+PermitRootLogin prohibit-password
+StrictModes no
+UsePAM no
+SetEnv PATH=$PATH
+CONF
+cat >config <<CONF
+Host machine-*
+  HostName 127.0.0.1
+  HostKeyAlias machine
+  Port 16821
+  User root
+  IdentityFile $PWD/user
+  IdentitiesOnly yes
+  UserKnownHostsFile $PWD/known
+CONF
+echo "machine $(cat host.pub)" >known
+printf '1/machine-%s\n' a b >machines
+mkdir -p /run/sshd
+/usr/sbin/sshd -f sshd_config -E sshd.log
+for ((i = 0; i < 100; ++i)); do [ -s sshd.pid ] && break || sleep 0.1; done
+started+=("$(cat sshd.pid)")
 begin parallel
-parallel --will-cite -j 2 --retries 3 "sorrelin batch $list --shard {}/$shards --quiet" \
+parallel --will-cite --ssh "ssh -F $folder/ssh/config" --sshloginfile "$folder/ssh/machines" \
+  --workdir . --env SOURCE_DATE_EPOCH --retries 3 --joblog "$folder/parallel.log" \
+  sorrelin batch "$list" --shard "{}/$shards" --jobs 1 --quiet \
   ::: $(seq "$shards") >"$folder/parallel.out" 2>&1 &
 run=$!
 kill_shard 1
 wait "$run" || fail "parallel: $(cat "$folder/parallel.out")"
 "$examples/summary.py" "$list".*.results
+for name in a b; do
+  grep -q "machine-$name" "$folder/parallel.log" || fail "parallel: machine-$name had no shard"
+done
 compare parallel
 
 cd /
