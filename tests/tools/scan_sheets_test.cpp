@@ -120,6 +120,21 @@ TEST_F(SheetsTest, ScannerThatSendsNothingIsGivenUp) {
   }
 }
 
+TEST_F(SheetsTest, ScannerThatIsNotClosedIsLeft) {
+  ProgramResult const result = Scan("text held", "p.pdf");
+  EXPECT_EQ(result.exit_code, 0) << result.err;
+  EXPECT_EQ(Pages("p.pdf"), 2);
+  ExpectNothingIsLeft();
+}
+
+// Before a sheet is pulled in for nothing.
+TEST_F(SheetsTest, LanguageThatIsNotThereEndsTheRunBeforeTheFirstSheet) {
+  ProgramResult const result = Scan("stuck", "p.pdf", {"--ocr", "xyz"});
+  EXPECT_EQ(result.exit_code, 1);
+  EXPECT_THAT(result.err, HasSubstr("--ocr: "));
+  EXPECT_FALSE(fs::exists(Path("p.pdf")));
+}
+
 TEST_F(SheetsTest, ShortPageIsKeptAndNoted) {
   for (std::string const coding : {"auto", "jpeg"}) {
     fs::remove(Out());

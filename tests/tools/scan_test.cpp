@@ -111,6 +111,24 @@ TEST_F(ScanTest, HandScannerOfUnknownLengthGivesThePageThatCame) {
   EXPECT_EQ(Scanned(), Expected({"--hand-scanner=yes", "--test-picture", "Grid"}));
 }
 
+// JPEG data begin with the height, so they are made when it is known.
+TEST_F(ScanTest, UnknownLengthIsNoObstacleToACoding) {
+  std::vector<std::string> const hand = {"--option", "hand-scanner=yes", "--option",
+                                         "test-picture=Grid"};
+  auto with = [&](std::vector<std::string> more) {
+    more.insert(more.end(), hand.begin(), hand.end());
+    return Scan(more).exit_code;
+  };
+  EXPECT_EQ(with({"--mode", "bilevel"}), 0);
+  EXPECT_EQ(Scanned(), Expected({"--hand-scanner=yes", "--depth", "1", "--test-picture", "Grid"}));
+  fs::remove(Out());
+  EXPECT_EQ(with({"--compression", "jpeg"}), 0);
+  auto const ours = Scanned();
+  auto const theirs = Expected({"--hand-scanner=yes", "--test-picture", "Grid"});
+  EXPECT_EQ(ours.size(), theirs.size());
+  EXPECT_TRUE(DocumentHas("/DCTDecode"));
+}
+
 TEST_F(ScanTest, SlowAndFuzzyScannersGiveTheSamePage) {
   Scan({"--option", "read-limit=yes", "--option", "read-limit-size=7", "--option",
         "fuzzy-parameters=yes", "--option", "test-picture=Color pattern"});

@@ -4,6 +4,7 @@
 //   blank   a sheet without         jam     stops in the middle
 //   silent  sends half a sheet, and then answers without data for ever
 //   stuck   sends half a sheet, and then never answers
+//   held    a sheet after which the scanner is never closed
 //
 // SHEETS_DEPTH is 1 for bilevel sheets and 8 for grey ones, which are SHEETS_LINES long.
 #include <sane/sane.h>
@@ -79,7 +80,9 @@ SANE_Status sane_open(SANE_String_Const, SANE_Handle* handle) {
   *handle = &sheet;
   return SANE_STATUS_GOOD;
 }
-void sane_close(SANE_Handle) {}
+void sane_close(SANE_Handle) {
+  while (sheet > 0 && Kind() == "held") pause();
+}
 SANE_Option_Descriptor const* sane_get_option_descriptor(SANE_Handle, SANE_Int index) {
   source.constraint.string_list = sources;
   return index == 1 ? &source : nullptr;

@@ -25,6 +25,7 @@
 namespace sorrelin::tool {
 namespace {
 
+constexpr std::chrono::seconds kLongestClosing(5);
 constexpr char kNoScanner[] = "there is none (connect one, or name it)";
 
 // A page that cannot be looked at is not blank.
@@ -50,7 +51,9 @@ class ScanRun {
     bool const done = Open() && Prepare() && ScanAll();
     if (!problem_.empty()) PrintProblem(Name(), problem_);
     EndDocument();
-    return done ? kExitSuccess : kExitFailure;
+    int const exit_code = done ? kExitSuccess : kExitFailure;
+    Close(exit_code);
+    return exit_code;
   }
 
  private:
@@ -106,8 +109,8 @@ class ScanRun {
       } else if (!TakePage(outcome)) {
         return false;
       }
-      if (!is_feeder) scanner_->Rest();
       if (!is_feeder && !options_.prompt) return true;
+      if (!is_feeder) Rest();
     }
   }
 
@@ -124,6 +127,22 @@ class ScanRun {
     page_ = folder_->path().parent_path() / ("page" + std::to_string(scanned_ + 1));
     return scanner_->ScanPage(
         page_, Style(), [&] { watchdog.Begin(); }, problem_);
+  }
+
+  void Rest() {
+    Watchdog watchdog(std::chrono::seconds(options_.wait), [this] { GiveUp(); });
+    watchdog.Begin();
+    scanner_->Rest();
+  }
+
+  // All is done, so a library that does not let the scanner go is left.
+  void Close(int exit_code) {
+    Watchdog watchdog(kLongestClosing, [exit_code] {
+      RemoveOutputForGood();
+      std::_Exit(exit_code);
+    });
+    watchdog.Begin();
+    scanner_.reset();
   }
 
   // The scanner's library may never come back. Every page before this one is safe.
