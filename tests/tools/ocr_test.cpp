@@ -138,6 +138,16 @@ TEST_F(Ocr, TurnedPagesAreShownUprightAndHaveTheirWords) {
   ExtractAll({"--output", Path("back.png")});
 }
 
+TEST_F(Ocr, VerbShowsPagesUprightThatAreUpsideDown) {
+  WritePix("page.png", Lines(2));
+  RunQuietly({"make", Out(), Path("page.png")});
+  auto const pictures = PicturesOf("out.pdf");
+  RunQuietly({"ocr", Out(), "--orientation", "auto"});
+  ExpectWords("out.pdf");
+  EXPECT_TRUE(DocumentHas("/Rotate 180"));
+  EXPECT_EQ(PicturesOf("out.pdf"), pictures);
+}
+
 TEST_F(Ocr, WordsOfTiltedPagesAreWhereTheyAreSeen) {
   for (double const degrees : {-2.0, 2.0, 5.0}) {
     PixPtr const page = TiltedLines(degrees);
@@ -335,7 +345,7 @@ TEST_F(Ocr, ReadOnlyDocumentIsLeftAlone) {
   EXPECT_EQ(Document(), before);
 }
 
-TEST_F(Ocr, DocumentIsAsItWasWhereLanguageDataAreDamaged) {
+TEST_F(Ocr, DocumentIsAsItWasWhereLanguageDataAreDamagedOrMissing) {
   WritePix("page.png", Lines());
   RunQuietly({"make", Out(), Path("page.png")});
   Bytes const before = Document();
@@ -343,8 +353,16 @@ TEST_F(Ocr, DocumentIsAsItWasWhereLanguageDataAreDamaged) {
   ProgramResult const result = RunProgram({SORRELIN_TOOL, "ocr", Out()}, {},
                                           {"TESSDATA_PREFIX=" + directory_.path().string()});
   EXPECT_EQ(result.exit_code, 1);
-  EXPECT_THAT(result.err, HasSubstr("cannot be loaded: they are damaged"));
+  EXPECT_THAT(result.err, HasSubstr(Out() + ": Tesseract's data for \"eng\" cannot be loaded"));
   EXPECT_EQ(Document(), before);
+  auto const names = Names();
+  ProgramResult const missing = Run({"ocr", Out(), "--language", "chi_xxx", "--jobs", "2"});
+  EXPECT_EQ(missing.exit_code, 1);
+  EXPECT_EQ(missing.err, "sorrelin: " + Out() +
+                             ": Tesseract's data for \"chi_xxx\" are not installed (apt install "
+                             "tesseract-ocr-chi-xxx)\n");
+  EXPECT_EQ(Document(), before);
+  EXPECT_EQ(Names(), names);
 }
 
 TEST_F(Ocr, WordsOfDocumentsAndTurnedPicturesComeInEveryForm) {

@@ -31,6 +31,9 @@ std::vector<PageText> Recognize(std::filesystem::path const& document,
 OcrResult AddText(std::filesystem::path const& document, std::vector<unsigned> const& pages,
                   OcrRun const& run, std::string& problem) {
   auto const texts = Recognize(document, pages, run);
+  bool const has_begun =
+      std::any_of(texts.begin(), texts.end(), [](PageText const& text) { return text.has_begun; });
+  if (!has_begun && !texts.empty()) return problem = texts.front().problem, OcrResult::kFailed;
   for (PageText const& text : texts) {
     if (!text.problem.empty()) run.report(static_cast<int>(text.page) + 1, text.problem);
   }

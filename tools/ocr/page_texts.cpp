@@ -172,6 +172,11 @@ class Recognizer {
   std::unique_ptr<OcrEngine> turn_engine_;
 };
 
+// Why a process came to no page, by how it ended: damaged data end it as they are loaded.
+std::string EngineProblem(std::string const& problem, OcrOptions const& options) {
+  return problem == kEndedReader ? DamagedLanguage(options.languages) : problem;
+}
+
 // What the jobs have in common.
 struct Run {
   ScannerMaker const& open;
@@ -194,7 +199,7 @@ class Job {
       RunProcess(problem);
       if (stop_problem_) return FailRest(*stop_problem_);
       if (next_ == pages_.size()) return;
-      if (!reading_) return FailRest(problem);
+      if (!reading_) return FailRest(EngineProblem(problem, run_.options));
       pages_[next_]->pictures.clear();
       if (problem == kEndedReader) problem = kEndedRecognition;
       Finish(HasTimedOut() ? kTimeoutText : problem);
@@ -288,7 +293,10 @@ class Job {
   }
 
   void FailRest(std::string const& problem) {
-    while (next_ < pages_.size()) Finish(problem);
+    while (next_ < pages_.size()) {
+      pages_[next_]->has_begun = false;
+      Finish(problem);
+    }
   }
 
   bool HasTimedOut() const {
@@ -331,7 +339,7 @@ bool CheckOcr(OcrOptions const& options, std::string& problem) {
     return "";
   };
   if (AskChild(open, problem)) return true;
-  if (problem == kEndedReader) problem = DamagedLanguage(options.languages);
+  problem = EngineProblem(problem, options);
   return false;
 }
 

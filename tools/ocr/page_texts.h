@@ -26,6 +26,7 @@ struct PageText {
   std::vector<PictureText> pictures;  // as a document: those with words
   int quarter_turns = 0;              // clockwise, that bring the text upright
   std::string problem;                // why there is no text; empty where there is
+  bool has_begun = true;              // false if no process could recognise anything
 };
 
 // Called for each page as it is done, in any order but one at a time.

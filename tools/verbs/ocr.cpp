@@ -14,7 +14,6 @@
 #include "tools/documents/file_hold.h"
 #include "tools/make/pages/page_options.h"
 #include "tools/ocr/ocr_run.h"
-#include "tools/ocr/page_texts.h"
 #include "tools/ocr/text_layers.h"
 #include "tools/verbs/verbs.h"
 
@@ -55,11 +54,7 @@ class Ocr {
 
   int Run() {
     std::string problem;
-    if (!CheckOcr(options_.ocr, problem)) {
-      Report("--language", problem);
-    } else if (!Change(problem)) {
-      Report(options_.document, problem);
-    }
+    if (!Change(problem)) Report(options_.document, problem);
     return failed_ ? kExitFailure : kExitSuccess;
   }
 
