@@ -20,7 +20,9 @@ if [ ! -x "$sorrelin" ]; then
   exit 2
 fi
 sorrelin=$(realpath "$sorrelin")
-for program in gm ocrmypdf pdfimages pdftotext python3 tesseract text2image; do
+programs=(gm pdfimages pdftotext python3 text2image)
+if [ "$runs" -gt 0 ]; then programs+=(ocrmypdf tesseract); fi
+for program in "${programs[@]}"; do
   command -v "$program" >/dev/null || { echo "needs $program" >&2; exit 2; }
 done
 

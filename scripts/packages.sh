@@ -18,7 +18,8 @@ fuzzing=(ninja-build clang libclang-rt-14-dev)
 witnesses=(ninja-build ccache libgtest-dev libgmock-dev libbenchmark-dev qpdf
   img2pdf imagemagick jbig2dec giflib-tools libheif-examples libjpeg-turbo-progs libopenjp2-tools
   libpng-tools libtiff-tools netpbm ocrmypdf sane-utils webp fonts-dejavu-core fonts-vlgothic
-  tesseract-ocr tesseract-ocr-eng tesseract-ocr-heb tesseract-ocr-jpn-vert tesseract-ocr-osd
+  tesseract-ocr tesseract-ocr-deu tesseract-ocr-eng tesseract-ocr-fra tesseract-ocr-heb
+  tesseract-ocr-jpn-vert tesseract-ocr-osd tesseract-ocr-rus
   doxygen python3 python3-numpy python3-pil mypy man-db mandoc zsh fish tmux clang-format abigail-tools)
 windows=(ninja-build ccache g++-mingw-w64-x86-64 g++-mingw-w64-i686 libz-mingw-w64-dev googletest
   wine64 wine nasm autoconf automake libtool dpkg-dev clang lld llvm zip unzip poppler-utils bc)
