@@ -37,6 +37,9 @@ class SheetsTest : public MakeTest {
     ProgramResult const result = RunProgram({"qpdf", "--show-npages", Path(name)});
     return result.exit_code == 0 ? std::stol(result.out) : -1;
   }
+  static std::string Named(std::string const& stem, bool is_bilevel) {
+    return stem + (is_bilevel ? "-bilevel.pdf" : "-grey.pdf");
+  }
   void ExpectNothingIsLeft() const { EXPECT_TRUE(fs::is_empty(Path("tmp"))); }
 };
 
@@ -165,14 +168,34 @@ long PeakKib() {
   return usage.ru_maxrss;
 }
 
-// 640 x 30,000 grey pixels are 19 MB.
-TEST_F(SheetsTest, JpegPagesNeedNoMemoryForAllTheirPixels) {
-  Scan("text", "a.pdf", {"--compression", "jpeg"});
-  long const before = PeakKib();
+// 640 x 30,000 grey pixels are 19 MB, and 640 x 240,000 bilevel ones as many.
+TEST_F(SheetsTest, CodedPagesNeedNoMemoryForAllTheirPixels) {
+  for (bool const is_bilevel : {false, true}) {
+    std::vector<std::string> const options = {"--compression", is_bilevel ? "g4" : "jpeg", "--page",
+                                              "a4"};
+    std::string const depth = is_bilevel ? "SHEETS_DEPTH=1" : "SHEETS_DEPTH=8";
+    EXPECT_EQ(Scan("text", Named("a", is_bilevel), options, {depth}).exit_code, 0);
+    long const before = PeakKib();
+    ProgramResult const result =
+        Scan("text", Named("b", is_bilevel), options,
+             {depth, is_bilevel ? "SHEETS_LINES=240000" : "SHEETS_LINES=30000"});
+    EXPECT_EQ(result.exit_code, 0) << result.err;
+    EXPECT_LT(PeakKib() - before, 8 * 1024) << depth;
+  }
+}
+
+TEST_F(SheetsTest, PagesThatAreStraightenedAreCodedAfterIt) {
   ProgramResult const result =
-      Scan("text", "out.pdf", {"--compression", "jpeg", "--page", "a4"}, {"SHEETS_LINES=30000"});
-  EXPECT_EQ(result.exit_code, 0) << result.err;
-  EXPECT_LT(PeakKib() - before, 8 * 1024);
+      Scan("text", "p.pdf", {"--json", "--compression", "jpeg", "--deskew"});
+  EXPECT_THAT(result.out, HasSubstr("\"coding\": \"jpeg\",\n      \"data\": \"coded\""));
+}
+
+TEST_F(SheetsTest, MissingLibraryIsNamedWithItsPackage) {
+  WriteAll(Path("libsane.so.1"), {'n', 'o', 'n', 'e'});
+  ProgramResult const result = RunProgram({SORRELIN_TOOL, "scan", Path("p.pdf")}, {},
+                                          {"LD_LIBRARY_PATH=" + directory_.path().string()});
+  EXPECT_EQ(result.exit_code, 1);
+  EXPECT_THAT(result.err, HasSubstr("libsane is missing (install the package libsane1)"));
 }
 
 TEST_F(SheetsTest, JpegPagesAreThoseOfMake) {
