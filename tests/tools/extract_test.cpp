@@ -397,6 +397,53 @@ TEST_F(ExtractKept, TiffOfGroup4HasTheSameDataTooAndOneOfATurnedPageItsPixels) {
   EXPECT_THAT(tags, Not(HasSubstr("Orientation: row 0 rhs")));
 }
 
+// Readers of TIFF look for the mark before each row: 1011 white 4, 011 black 4 (ITU-T T.4).
+TEST_F(ExtractKept, Group3BecomesTiffIfItsRowsHaveMarksAndPngElsewhere) {
+  std::string const image =
+      "/Subtype/Image /Width 8 /Height 2 /ColorSpace /DeviceGray /BitsPerComponent 1 "
+      "/Filter /CCITTFaxDecode /DecodeParms <</Columns 8";
+  WriteDocument("in.pdf", OnePage{.image = image + " /EndOfLine true>>",
+                                  .data = std::string("\x00\x1B\x60\x01\xB6", 5)}
+                              .Build());
+  Keep("in.pdf");
+  WriteDocument("in.pdf", OnePage{.image = image + ">>", .data = "\xB7\x6C"}.Build());
+  Keep("in.pdf");
+  PixPtr const marked = ReadPix("k1.tif");
+  EXPECT_EQ(pixGetInputFormat(marked.get()), IFF_TIFF_G3);
+  PixPtr const plain = ReadPix("k1.png");
+  for (int x = 0; x < 16; ++x) {
+    for (Pix* const pix : {marked.get(), plain.get()}) {
+      l_uint32 black = 0;
+      pixGetPixel(pix, x % 8, x / 8, &black);
+      EXPECT_EQ(black, x % 8 < 4 ? 0u : 1u) << x;
+    }
+  }
+}
+
+// The filter's own word on the colours, of a file without one.
+TEST_F(ExtractKept, ColourTransformOfTheFilterCounts) {
+  JpegForm const form = {.width = 16, .height = 8, .rgb = true, .jfif = false};
+  auto const jpeg = MakeJpeg(form, [](int, int, int s) { return 40u + 80u * unsigned(s); });
+  std::string const image =
+      "/Subtype/Image /Width 16 /Height 8 /ColorSpace /DeviceRGB /BitsPerComponent 8 "
+      "/Filter /DCTDecode /DecodeParms <</ColorTransform ";
+  // Y 40, Cb 120 and Cr 200 are 141, 0 and 26 (ITU-T T.871).
+  struct {
+    char const* transform;
+    int red, green, blue;
+  } constexpr kShown[] = {{"0", 40, 120, 200}, {"1", 141, 0, 26}};
+  for (auto const& shown : kShown) {
+    WriteDocument("in.pdf",
+                  OnePage{.image = image + shown.transform + ">>", .data = ToText(jpeg)}.Build());
+    EXPECT_EQ(Run({"extract", Path("in.pdf"), "--force", "--output", Path("x.png")}).exit_code, 0);
+    l_int32 red = 0, green = 0, blue = 0;
+    pixGetRGBPixel(ReadPix("x.png").get(), 8, 4, &red, &green, &blue);
+    EXPECT_NEAR(red, shown.red, 6);
+    EXPECT_NEAR(green, shown.green, 6);
+    EXPECT_NEAR(blue, shown.blue, 6);
+  }
+}
+
 TEST_F(ExtractKept, JpegIsTheFileThatItIs) {
   WriteAll(Path("1.jpg"), MakeJpeg({}, [](int x, int y, int s) { return unsigned(x + y * s); }));
   MakeFrom("1.jpg");

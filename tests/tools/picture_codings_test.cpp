@@ -325,6 +325,36 @@ TEST(PageJudge, TintsGoThroughTheirFunctions) {
   EXPECT_EQ(ReadPage(pdf).pixels.hex, "ff3333 ");
 }
 
+// Samples of every corner, the first tint's first.
+TEST(PageJudge, TintsGoThroughTables) {
+  auto pdf = test::OnePage{.image =
+                               "/Subtype/Image /Width 2 /Height 1 /BitsPerComponent 8 "
+                               "/ColorSpace [/DeviceN [/A /B] /DeviceRGB 7 0 R]",
+                           .data = "\x33\xCC\xFF\xFF"}
+                 .Build();
+  pdf.Stream(7,
+             "/FunctionType 0 /Domain [0 1 0 1] /Range [0 1 0 1 0 1] /Size [2 2] /BitsPerSample 8",
+             std::string("\0\0\0\xFF\0\0\0\xFF\0\xFF\xFF\x80", 12));
+  // 0x33 is a fifth, 0xCC four fifths: blue is 0.2 * 0.8 * 0x80.
+  EXPECT_EQ(ReadPage(pdf).pixels.hex, "33cc14ffff80 ");
+}
+
+// Black to red below a half, and from there on white back to red.
+TEST(PageJudge, TintsGoThroughPieces) {
+  Outcome const spot = ReadPage(test::OnePage{
+      .image = "/Subtype/Image /Width 1 /Height 1 /BitsPerComponent 8 /ColorSpace [/Separation "
+               "/Spot /DeviceRGB <</FunctionType 3 /Domain [0 1] /Bounds [0.5] /Encode [0 1 1 "
+               "0] /Functions [<</FunctionType 2 /Domain [0 1] /N 1 /C0 [0 0 0] /C1 [1 0 0]>> "
+               "<</FunctionType 2 /Domain [0 1] /N 1 /C0 [1 0 0] /C1 [1 1 1]>>]>>]",
+      .data = "x"}
+                                    .Build());
+  ASSERT_EQ(spot.pixels.form.palette.size(), 256u) << spot.problem;
+  EXPECT_EQ(spot.pixels.form.palette[51].rgbRed, 102);
+  EXPECT_EQ(spot.pixels.form.palette[51].rgbGreen, 0);
+  EXPECT_EQ(spot.pixels.form.palette[204].rgbRed, 255);
+  EXPECT_EQ(spot.pixels.form.palette[204].rgbGreen, 102);
+}
+
 TEST(PageJudge, CalibratedColoursAreThoseOfTheDevice) {
   EXPECT_EQ(PixelOf("[/CalRGB <</WhitePoint [0.95 1 1.09] /Gamma [2.2 2.2 2.2]>>]", "abc"),
             "616263 ");
