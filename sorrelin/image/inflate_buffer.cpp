@@ -9,7 +9,7 @@ namespace sorrelin {
 
 namespace {
 
-constexpr uint64_t kFirstOutput = 4096;
+constexpr uint64_t kFirstOutput = 16384;  // most object streams fit in that
 constexpr uint64_t kMostInput = std::numeric_limits<uInt>::max();
 constexpr BYTE kZeros[4096] = {};
 
@@ -31,9 +31,11 @@ class Inflater {
     for (;;) {
       if (stream_.avail_in == 0) FeedInput();
       if (stream_.avail_out == 0 && !GrowOutput()) return kInflateNoMemory;
-      int const result = inflate(&stream_, Z_NO_FLUSH);
+      // As if all were there: zlib makes no window for data that end in this output.
+      int const result = inflate(&stream_, Z_FINISH);
       if (result == Z_STREAM_END) return kInflated;
-      if (result == Z_BUF_ERROR && stream_.avail_in == 0 && !HasInput()) return kInflateDamaged;
+      bool const lacks_input = stream_.avail_in == 0 && stream_.avail_out != 0;
+      if (result == Z_BUF_ERROR && lacks_input && !HasInput()) return kInflateDamaged;
       if (result != Z_OK && result != Z_BUF_ERROR) return kInflateDamaged;
     }
   }
