@@ -15,10 +15,10 @@
 
 #include <cstdlib>
 #include <exception>
+#include <memory>
 #include <mutex>
 #include <new>
 #include <utility>
-#include <vector>
 
 struct tagCHILD_LINK {
   int descriptor;
@@ -89,13 +89,14 @@ void LeaveNoCore() {
 enum class Received { kAll, kRefused, kFailed };
 
 Received ReceiveAll(int descriptor, PCHILD_RECEIVER receiver, void* context) {
-  std::vector<BYTE> piece(kPieceBytes);
+  // Not zeroed: most messages are short, and pages that are not touched cost nothing.
+  auto const piece = std::make_unique_for_overwrite<BYTE[]>(kPieceBytes);
   for (;;) {
-    ssize_t const count = read(descriptor, piece.data(), piece.size());
+    ssize_t const count = read(descriptor, piece.get(), kPieceBytes);
     if (count == 0) return Received::kAll;
     if (count == -1 && errno == EINTR) continue;
     if (count == -1) return Received::kFailed;
-    if (receiver(piece.data(), static_cast<DWORD>(count), context) == FALSE) {
+    if (receiver(piece.get(), static_cast<DWORD>(count), context) == FALSE) {
       return Received::kRefused;
     }
   }
