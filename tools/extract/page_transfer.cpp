@@ -44,7 +44,7 @@ std::string_view Behind(std::string_view payload, size_t bytes) {
   return payload.substr(std::min(bytes, payload.size()));
 }
 
-// In the child.
+// In the child. Messages wait for one another, so that a page takes few calls of the system.
 class Sender : public PictureSender, private ByteOutput {
  public:
   explicit Sender(CHILD_LINK* link) : link_(link) {}
@@ -81,27 +81,43 @@ class Sender : public PictureSender, private ByteOutput {
     return piece_.size() < kPieceBytes || Flush();
   }
 
-  void SendNumber(char type, size_t number) { Send(type, TextOf(static_cast<DWORD>(number))); }
+  // What the parent has to know before the child goes on.
+  void SendNow(char type, std::string_view payload) {
+    Send(type, payload);
+    Pass();
+  }
+  void SendNumber(char type, size_t number) { SendNow(type, TextOf(static_cast<DWORD>(number))); }
 
   bool Send(char type, std::string_view payload) {
-    DWORD const size = static_cast<DWORD>(payload.size());
-    char head[kHeadBytes] = {type};
-    std::memcpy(head + 1, &size, sizeof size);
-    is_heard_ = is_heard_ && SendToParent(link_, head, sizeof head) != FALSE &&
-                SendToParent(link_, payload.data(), size) != FALSE;
-    return is_heard_;
+    Add(type, payload.size());
+    waiting_ += payload;
+    return waiting_.size() < kPieceBytes ? is_heard_ : Pass();
   }
 
  private:
+  void Add(char type, size_t payload_bytes) {
+    waiting_ += type;
+    waiting_ += TextOf(static_cast<DWORD>(payload_bytes));
+  }
+
+  bool Pass() {
+    is_heard_ = is_heard_ &&
+                SendToParent(link_, waiting_.data(), static_cast<DWORD>(waiting_.size())) != FALSE;
+    waiting_.clear();
+    return is_heard_;
+  }
+
   bool Flush() {
     if (piece_.empty()) return is_heard_;
-    std::string payload(reinterpret_cast<char const*>(&piece_place_), sizeof piece_place_);
-    payload.append(reinterpret_cast<char const*>(piece_.data()), piece_.size());
+    Add('D', sizeof piece_place_ + piece_.size());
+    waiting_.append(reinterpret_cast<char const*>(&piece_place_), sizeof piece_place_);
+    waiting_.append(reinterpret_cast<char const*>(piece_.data()), piece_.size());
     piece_.clear();
-    return Send('D', payload);
+    return waiting_.size() < kPieceBytes ? is_heard_ : Pass();
   }
 
   CHILD_LINK* link_;
+  std::string waiting_;
   std::vector<BYTE> piece_;
   uint64_t piece_place_ = 0;
   bool is_heard_ = true;
@@ -143,12 +159,12 @@ class Transfer {
       if (source != nullptr) {
         sender.SendNumber('O', source->PageCount());
         SendPages(*source, sender);
-        sender.Send('Z', {});
+        sender.SendNow('Z', {});
         return;
       }
     } catch (std::bad_alloc const&) {
     }
-    sender.Send('X', problem);
+    sender.SendNow('X', problem);
   }
 
   void SendPages(PageSource& source, Sender& sender) {
