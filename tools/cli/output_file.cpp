@@ -54,6 +54,8 @@ void RemoveActive(ActiveOutput& active, fs::path const& directory) {
   for (int i = 0; i < kRemovalTries; ++i) {
     try {
       std::error_code error;
+      // Mostly its file has been moved away.
+      if (fs::remove(directory, error)) return;
       fs::remove_all(directory, error);
       if (!error) return;
     } catch (std::bad_alloc const&) {
