@@ -106,6 +106,24 @@ TEST_F(HostileDocuments, LargeGroup4PageIsReadInStrips) {
   EXPECT_LT(PeakKilobytes(), 200 * 1024);
 }
 
+// Readers hold two rows of each predictor.
+TEST_F(HostileDocuments, RowsOfPredictorsTakeNoMemory) {
+  for (std::string const filter : {"LZWDecode", "FlateDecode"}) {
+    for (std::string const predictor : {"2", "15"}) {
+      std::string const parms =
+          "<</Predictor " + predictor + " /Columns 1000000000 /Colors 4 /BitsPerComponent 16>>";
+      Outcome const outcome =
+          ReadBuilt(OnePage{.image = kGrey + " /Filter [/" + filter + " /" + filter +
+                                     "] /DecodeParms [" + parms + parms + "]",
+                            .data = "\x80\x0B\x60\x50\x22\x0C\x0C\x85\x01"}
+                        .Build());
+      EXPECT_FALSE(outcome.extracted);
+      EXPECT_THAT(outcome.text, HasSubstr("page 1: "));
+      EXPECT_LT(PeakKilobytes(), kMostKilobytes) << filter << predictor;
+    }
+  }
+}
+
 TEST_F(HostileDocuments, PictureThatInflatesBeyondItsSizeIsNamed) {
   Outcome const outcome =
       ReadBuilt(OnePage{.image = kGrey + " /Filter /FlateDecode", .data = Bomb('x')}.Build());

@@ -33,19 +33,39 @@ enum class FlateUse {
   kBounded   // passes on the data, and throws when they inflate to more than may be
 };
 
+// Of all predictors of a stream together. Libqpdf holds two rows of each from the start on, and no
+// true picture's are near that.
+constexpr uint64_t kMostRowBytes = uint64_t{32} << 20;
+constexpr int kFirstOfTiff = 2;
+constexpr int kFirstOfPng = 10;
+
+uint64_t NumberOf(QPDFObjectHandle parms, char const* key, uint64_t usual) {
+  constexpr uint64_t kMaxNumber = 0xFFFF'FFFF;
+  QPDFObjectHandle value = parms.getKeyIfDict(key);
+  if (!value.isInteger() || value.getIntValue() < 0) return usual;
+  return std::min(static_cast<uint64_t>(value.getIntValue()), kMaxNumber);
+}
+
+// Bytes of a row of samples.
+uint64_t RowBytes(QPDFObjectHandle parms) {
+  constexpr uint64_t kMaxBits = 0xFFFF'FFFF;
+  uint64_t const pixel_bits =
+      std::min(NumberOf(parms, "/Colors", 1) * NumberOf(parms, "/BitsPerComponent", 8), kMaxBits);
+  return (NumberOf(parms, "/Columns", 1) * pixel_bits + 7) / 8;
+}
+
 // Bytes of a row and its tag, as PNG's prediction has them; 0 without it.
 uint64_t TaggedRowBytes(QPDFObjectHandle parms) {
-  constexpr int kFirstOfPng = 10;
-  constexpr uint64_t kMaxNumber = 0xFFFF'FFFF;
-  auto const number = [&](char const* key, uint64_t usual) {
-    QPDFObjectHandle value = parms.getKeyIfDict(key);
-    if (!value.isInteger() || value.getIntValue() < 0) return usual;
-    return std::min(static_cast<uint64_t>(value.getIntValue()), kMaxNumber);
-  };
-  if (number("/Predictor", 1) < kFirstOfPng) return 0;
-  uint64_t const pixel_bits =
-      std::min(number("/Colors", 1) * number("/BitsPerComponent", 8), kMaxNumber);
-  return 1 + (number("/Columns", 1) * pixel_bits + 7) / 8;
+  return NumberOf(parms, "/Predictor", 1) < kFirstOfPng ? 0 : 1 + RowBytes(parms);
+}
+
+bool AreRowsBounded(std::vector<StreamFilter> const& filters) {
+  uint64_t bytes = 0;
+  for (StreamFilter const& filter : filters) {
+    bool const predicted = NumberOf(filter.parms, "/Predictor", 1) >= kFirstOfTiff;
+    if (predicted) bytes += std::min(RowBytes(filter.parms), kMostRowBytes + 1);
+  }
+  return bytes <= kMostRowBytes;
 }
 
 class FlatePipeline : public Pipeline {
@@ -257,7 +277,7 @@ bool IsPictureCoding(std::string const& name) {
 StreamEnd ReadStream(QPDFObjectHandle stream, ByteTaker const& take) {
   if (!stream.isStream()) return StreamEnd::kUnreadable;
   auto const filters = FiltersOf(stream.getDict());
-  if (!filters) return StreamEnd::kUnreadable;
+  if (!filters || !AreRowsBounded(*filters)) return StreamEnd::kUnreadable;
   ExchangedFilters const exchanged(stream.getDict(), Checked(*filters, nullptr));
   bool known = false;
   stream.pipeStreamData(nullptr, &known, 0, qpdf_dl_all, true, true);
@@ -285,6 +305,7 @@ void BoundObjectStream(QPDFObjectHandle stream) {
   QPDFObjectHandle dictionary = stream.getDict();
   auto const filters = FiltersOf(dictionary);
   if (!filters) return;
+  if (!AreRowsBounded(*filters)) throw std::runtime_error("objects are in rows without end");
   auto const bounded = Checked(*filters, kBoundedFilter);
   dictionary.replaceKey("/Filter", QPDFObjectHandle::newArray(ExchangedFilters::NamesOf(bounded)));
   dictionary.replaceKey("/DecodeParms",

@@ -28,7 +28,7 @@ enum class StreamEnd {
   kWhole,
   kStopped,  // the taker wanted no more
   kDamaged,  // the data are cut or garbled, or fail their checksum; the taker got what came before
-  kUnreadable  // a filter is unknown; the taker got nothing
+  kUnreadable  // a filter is unknown, or its rows take too much memory; the taker got nothing
 };
 
 // False stops the reading.
