@@ -40,12 +40,12 @@ std::span<char const> DocumentSource::Ahead() {
   return std::span<char const>(window_).subspan(static_cast<size_t>(offset_ - start));
 }
 
-size_t DocumentSource::read(char* buffer, size_t length) {
+size_t DocumentSource::read(char* out, size_t length) {
   last_offset = std::min(offset_, size_);
   size_t done = 0;
   for (auto ahead = Ahead(); done < length && !ahead.empty(); ahead = Ahead()) {
     size_t const count = std::min(length - done, ahead.size());
-    std::copy_n(ahead.data(), count, buffer + done);
+    std::copy_n(ahead.data(), count, out + done);
     done += count;
     offset_ += static_cast<qpdf_offset_t>(count);
   }

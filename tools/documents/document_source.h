@@ -21,7 +21,7 @@ class DocumentSource : public InputSource {
   qpdf_offset_t tell() override { return offset_; }
   void seek(qpdf_offset_t offset, int whence) override;
   void rewind() override { offset_ = 0; }
-  size_t read(char* buffer, size_t length) override;
+  size_t read(char* out, size_t length) override;
   void unreadCh(char) override { --offset_; }
 
  private:

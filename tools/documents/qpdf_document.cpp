@@ -13,6 +13,7 @@
 
 #include "tools/cli/messages.h"
 #include "tools/cli/text.h"
+#include "tools/documents/document_source.h"
 #include "tools/documents/stream_reader.h"
 
 namespace sorrelin::tool {
@@ -150,7 +151,9 @@ std::unique_ptr<QpdfDocument> QpdfDocument::Open(std::string const& name,
   if (!problem.empty()) return nullptr;
   std::error_code error;
   uint64_t const bytes = std::filesystem::file_size(name, error);
-  auto const process = [&](QPDF& qpdf) { qpdf.processFile(name.c_str(), password.c_str()); };
+  auto const process = [&](QPDF& qpdf) {
+    qpdf.processInputSource(std::make_shared<DocumentSource>(name), password.c_str());
+  };
   return Read(error ? 0 : bytes, process, problem);
 }
 
