@@ -8,6 +8,7 @@
 #include <array>
 #include <utility>
 
+#include "tools/cli/entry_point.h"
 #include "tools/formats/image_source.h"
 #include "tools/ocr/languages.h"
 
@@ -32,25 +33,18 @@ constexpr uint64_t kMaxPixels = uint64_t{1} << 28;  // the engine spreads them t
 // Below it, a picture of few or odd letters is as likely to be turned the wrong way.
 constexpr float kSureOfOrientation = 2.0F;
 
-// False if the engine has no such entry point.
-template <typename Function>
-bool Find(HMODULE module, char const* name, Function& function) {
-  function = reinterpret_cast<Function>(GetProcAddress(module, name));
-  return function != nullptr;
-}
-
 OcrEntries LoadEntries() {
   OcrEntries entries;
   OcrEngineBinding binding;
   DWORD error = 0;
   if (EnsureOcrEngine(binding, kEngine, error) == 0) return entries;
   HMODULE const module = binding.module;
-  entries.are_complete = Find(module, "AvernaOpen", entries.open) &&
-                         Find(module, "AvernaClose", entries.close) &&
-                         Find(module, "AvernaRecognize", entries.recognize) &&
-                         Find(module, "AvernaGetResult", entries.get_result) &&
-                         Find(module, "AvernaFreeData", entries.free_data) &&
-                         Find(module, "AvernaFindOrientation", entries.find_orientation);
+  entries.are_complete = FindEntry(module, "AvernaOpen", entries.open) &&
+                         FindEntry(module, "AvernaClose", entries.close) &&
+                         FindEntry(module, "AvernaRecognize", entries.recognize) &&
+                         FindEntry(module, "AvernaGetResult", entries.get_result) &&
+                         FindEntry(module, "AvernaFreeData", entries.free_data) &&
+                         FindEntry(module, "AvernaFindOrientation", entries.find_orientation);
   return entries;
 }
 

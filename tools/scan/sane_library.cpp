@@ -3,25 +3,23 @@
 
 #include <sorrelin/platform/module.h>
 
+#include "tools/cli/entry_point.h"
+
 namespace sorrelin::tool {
 namespace {
 
-template <typename Function>
-bool Find(HMODULE library, char const* name, Function& function) {
-  function = reinterpret_cast<Function>(GetProcAddress(library, name));
-  return function != nullptr;
-}
-
 bool FindAll(HMODULE library, SaneLibrary& sane) {
-  return Find(library, "sane_init", sane.init) &&
-         Find(library, "sane_get_devices", sane.get_devices) &&
-         Find(library, "sane_open", sane.open) && Find(library, "sane_close", sane.close) &&
-         Find(library, "sane_get_option_descriptor", sane.get_option_descriptor) &&
-         Find(library, "sane_control_option", sane.control_option) &&
-         Find(library, "sane_get_parameters", sane.get_parameters) &&
-         Find(library, "sane_start", sane.start) && Find(library, "sane_read", sane.read) &&
-         Find(library, "sane_cancel", sane.cancel) &&
-         Find(library, "sane_strstatus", sane.strstatus);
+  return FindEntry(library, "sane_init", sane.init) &&
+         FindEntry(library, "sane_get_devices", sane.get_devices) &&
+         FindEntry(library, "sane_open", sane.open) &&
+         FindEntry(library, "sane_close", sane.close) &&
+         FindEntry(library, "sane_get_option_descriptor", sane.get_option_descriptor) &&
+         FindEntry(library, "sane_control_option", sane.control_option) &&
+         FindEntry(library, "sane_get_parameters", sane.get_parameters) &&
+         FindEntry(library, "sane_start", sane.start) &&
+         FindEntry(library, "sane_read", sane.read) &&
+         FindEntry(library, "sane_cancel", sane.cancel) &&
+         FindEntry(library, "sane_strstatus", sane.strstatus);
 }
 
 }  // namespace

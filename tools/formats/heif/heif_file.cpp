@@ -2,6 +2,7 @@
 // 4 bytes, "ftyp", and the brand (ISO/IEC 14496-12, 4.3).
 #include "tools/formats/heif/heif_file.h"
 
+#include <sorrelin/image/codecs/sibling_library.h>
 #include <sorrelin/platform/module.h>
 
 #include <algorithm>
@@ -32,18 +33,13 @@ struct Module {
   bool IsWhole() const { return count != nullptr && decode != nullptr && free != nullptr; }
 };
 
-template <typename Function>
-Function* Find(HMODULE library, char const* name) {
-  return reinterpret_cast<Function*>(GetProcAddress(library, name));
-}
-
 Module const& LoadedModule() {
   static Module const module = [] {
     HMODULE const library = LoadLibraryW(u"libsorrelin-heif.so");
     if (library == nullptr) return Module{};
-    return Module{Find<SorrelinHeifCountFunction>(library, "SorrelinHeifCount"),
-                  Find<SorrelinHeifDecodeFunction>(library, "SorrelinHeifDecode"),
-                  Find<SorrelinHeifFreeFunction>(library, "SorrelinHeifFree")};
+    return Module{EntryPoint<SorrelinHeifCountFunction*>(library, "SorrelinHeifCount"),
+                  EntryPoint<SorrelinHeifDecodeFunction*>(library, "SorrelinHeifDecode"),
+                  EntryPoint<SorrelinHeifFreeFunction*>(library, "SorrelinHeifFree")};
   }();
   return module;
 }
