@@ -224,7 +224,7 @@ struct Shape {
 
 void PrintTo(Shape const& shape, std::ostream* out) { *out << shape.command; }
 
-#define PAGE_BY_POPPLER "pdftoppm -r 72 -singlefile out.pdf shown"
+#define GS "gs -q -dBATCH -dNOPAUSE -sDEVICE="
 #define PAGE_BY_PDFIMAGES "pdfimages out.pdf w && mv w-000.p?m shown.ppm"
 
 // What other programs make without a picture file of their own, and shapes of documents.
@@ -261,6 +261,23 @@ constexpr Shape kShapes[] = {
      PAGE_BY_PDFIMAGES},
     {"JoinedByPdfunite", "img2pdf colour.png -o a.pdf && pdfunite a.pdf a.pdf out.pdf",
      PAGE_BY_PDFIMAGES},
+    {"GreyBandsOfGhostscript",
+     "img2pdf --imgsize 72dpi grey.png -o a.pdf && " GS "pclm8 -r72 -o out.pdf a.pdf",
+     "pdfimages out.pdf w && convert w-*.p?m -append -depth 8 shown.ppm"},
+    {"LzwOfGhostscript",
+     "img2pdf --imgsize 72dpi colour.png -o a.pdf && " GS
+     "pdfimage24 -sCompression=LZW -r72 -o out.pdf a.pdf",
+     PAGE_BY_PDFIMAGES},
+    {"Ascii85OfGhostscript",
+     "img2pdf colour.png -o a.pdf && " GS
+     "pdfwrite -dASCII85EncodePages=true -dMaxInlineImageSize=0 -dAutoFilterColorImages=false "
+     "-dColorImageFilter=/FlateEncode -o out.pdf a.pdf",
+     PAGE_BY_PDFIMAGES},
+    {"PostScriptAndBack",
+     "img2pdf colour.jpg -o a.pdf && " GS "ps2write -o a.ps a.pdf && ps2pdf a.ps out.pdf",
+     PAGE_BY_PDFIMAGES, 2},
+    {"HexadecimalOfMupdf",
+     "img2pdf colour.png -o a.pdf && mutool convert -O ascii -o out.pdf a.pdf", PAGE_BY_PDFIMAGES},
     {"InksOfTiff", "convert colour.png -colorspace CMYK k.tif && tiff2pdf -z -o out.pdf k.tif",
      PAGE_BY_PDFIMAGES, 2},
 };
