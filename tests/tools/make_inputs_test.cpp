@@ -1,6 +1,7 @@
 // Where pictures come from and where the document goes: directories, orders, standard input and
 // output, and any number of jobs.
 #include <fcntl.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -140,6 +141,29 @@ TEST_F(MakeInputs, EveryPictureOfAStreamIsAPage) {
   EXPECT_EQ(result.exit_code, 0);
   EXPECT_EQ(result.err, "");
   EXPECT_THAT(Widths(), ElementsAre(100, 101, 102));
+}
+
+// Pages of more than a megabyte each; a checked build keeps freed memory unless it is told not to.
+TEST_F(MakeInputs, MemoryDoesNotGrowWithTheLengthOfAStream) {
+  std::string const header = "P4 2480 3508\n";
+  std::vector<BYTE> page(header.size() + 310 * 3508, 0x55);
+  std::copy(header.begin(), header.end(), page.begin());
+  WriteAll(Path("page.pbm"), page);
+  std::string const command =
+      "i=0; while [ $i -lt $1 ]; do cat \"$2\"; i=$((i + 1)); done | "
+      "\"$0\" make \"$3\" - --dpi 300 --force --jobs 2";
+  auto const peak_of = [&](int pages) {
+    ProgramResult const result = RunProgram(
+        {"sh", "-c", command, SORRELIN_TOOL, std::to_string(pages), Path("page.pbm"), Out()}, {},
+        {"ASAN_OPTIONS=quarantine_size_mb=1"});
+    EXPECT_EQ(result.exit_code, 0) << result.err;
+    EXPECT_EQ(PageCount(), pages);
+    rusage usage{};
+    getrusage(RUSAGE_CHILDREN, &usage);
+    return usage.ru_maxrss / 1024;
+  };
+  long const few = peak_of(8);
+  EXPECT_LT(peak_of(60) - few, 16);
 }
 
 TEST_F(MakeInputs, TiffOnStandardInputIsATemporaryFileWhileItIsRead) {
