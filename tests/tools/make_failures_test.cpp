@@ -140,6 +140,19 @@ TEST_F(MakeFailures, PageOfATiffFileThatIsDamagedIsNamedByItsNumber) {
   EXPECT_EQ(PageCount(), 2);
 }
 
+// Adobe's raw format is TIFF, with a small copy of the photograph as its page.
+TEST_F(MakeFailures, RawPhotographIsNamedAndItsSmallCopyIsNoPage) {
+  TiffPage page;
+  page.compression = COMPRESSION_NONE;
+  WriteTiff(Path("a.dng"), {page},
+            [](int, int x, int, int) { return static_cast<unsigned>(x & 1); });
+  ASSERT_EQ(RunProgram({"tiffset", "-s", "50706", "1", "4", "0", "0", Path("a.dng")}).exit_code, 0);
+  ProgramResult const result = Make({Out(), Path("a.dng")});
+  EXPECT_EQ(result.exit_code, 1);
+  EXPECT_THAT(result.err, HasSubstr(Line(Path("a.dng")) + "is a raw photograph"));
+  EXPECT_FALSE(std::filesystem::exists(Out()));
+}
+
 // The next-directory offset after the first page's directory is pointed past the file's end.
 TEST_F(MakeFailures, TiffFileWhosePagesAreLostIsNamed) {
   TiffPage page;

@@ -33,6 +33,9 @@ using TiffPtr = std::unique_ptr<TIFF, TiffCloser>;
 // Without mapping: a file that another process cuts short must not end this one.
 constexpr char kReadUnmapped[] = "rm";
 
+constexpr char kCameraRaw[] =
+    "is a raw photograph, which is not read (develop it, and save it as TIFF or JPEG)";
+
 // Whether the colours of a page with alpha come out of the decoder scaled by it. The image library
 // has colours of three samples read by libtiff's own converter, which scales them.
 bool IsPremultiplied(TIFF* tiff) {
@@ -73,6 +76,8 @@ class TiffSource : public ImageSource {
     tiff_.reset(TIFFOpen(name_.c_str(), kReadUnmapped));
     if (tiff_ == nullptr) return false;
     AddPage();
+    void* version = nullptr;
+    is_camera_raw_ = TIFFGetField(tiff_.get(), TIFFTAG_DNGVERSION, &version) == 1;
     while (TIFFLastDirectory(tiff_.get()) == 0) {
       broken_ = TIFFReadDirectory(tiff_.get()) == 0;
       if (broken_) break;
@@ -81,6 +86,9 @@ class TiffSource : public ImageSource {
     if (offsets_.empty()) offsets_.swap(reduced_);
     return true;
   }
+
+  // Its pages are small copies of the photograph.
+  bool IsCameraRaw() const { return is_camera_raw_; }
 
   int PageCount() const override { return static_cast<int>(offsets_.size()); }
 
@@ -264,6 +272,7 @@ class TiffSource : public ImageSource {
   std::vector<toff_t> offsets_;
   std::vector<toff_t> reduced_;  // directories that are no pages
   bool broken_ = false;
+  bool is_camera_raw_ = false;
 };
 
 }  // namespace
@@ -279,9 +288,9 @@ bool IsTiff(std::span<BYTE const> start) {
 std::unique_ptr<ImageSource> OpenTiff(std::string const& name, std::shared_ptr<void const> owner,
                                       std::string& problem) {
   auto source = std::make_unique<TiffSource>(name, std::move(owner));
-  if (source->Open()) return source;
-  problem = "is a damaged TIFF file (scan or save it again)";
-  return nullptr;
+  if (!source->Open()) return problem = "is a damaged TIFF file (scan or save it again)", nullptr;
+  if (source->IsCameraRaw()) return problem = kCameraRaw, nullptr;
+  return source;
 }
 
 }  // namespace sorrelin::tool
