@@ -138,6 +138,15 @@ TEST_F(SheetsTest, LanguageThatIsNotThereEndsTheRunBeforeTheFirstSheet) {
   EXPECT_FALSE(fs::exists(Path("p.pdf")));
 }
 
+TEST_F(SheetsTest, CodingThatDoesNotSuitEndsTheRunBeforeTheFirstSheet) {
+  ProgramResult const jpeg = Scan("stuck", "p.pdf", {"--compression", "jpeg"}, {"SHEETS_DEPTH=1"});
+  EXPECT_EQ(jpeg.exit_code, 1);
+  EXPECT_THAT(jpeg.err, HasSubstr("sheets: scans black and white, and JPEG codes"));
+  ProgramResult const g4 = Scan("stuck", "p.pdf", {"--compression", "g4"});
+  EXPECT_EQ(g4.exit_code, 1);
+  EXPECT_THAT(g4.err, HasSubstr("and Group 4 codes no more (--mode bilevel)"));
+}
+
 TEST_F(SheetsTest, ShortPageIsKeptAndNoted) {
   for (std::string const coding : {"auto", "jpeg"}) {
     fs::remove(Out());

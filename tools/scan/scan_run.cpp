@@ -83,7 +83,19 @@ class ScanRun {
     int const dots = scanner_->Resolution();
     SayResolution(dots);
     if (!Style().dpi && dots > 0) Style().dpi = {dots, dots};
-    return true;
+    return SuitsCoding(scanner_->Depth());
+  }
+
+  // A sheet whose page could not be coded would go through the feeder for nothing.
+  bool SuitsCoding(int depth) {
+    Compression const compression = Style().compression;
+    if (depth == 1 && compression == Compression::kJpeg) {
+      problem_ = "scans black and white, and JPEG codes grey and colour only (--mode grey)";
+    }
+    if (depth > 1 && compression == Compression::kGroup4) {
+      problem_ = "scans more than black and white, and Group 4 codes no more (--mode bilevel)";
+    }
+    return problem_.empty();
   }
 
   // Scanners take the nearest resolution that they have.

@@ -40,6 +40,8 @@ class Scanner {
   virtual bool Set(std::string const& option, std::string const& value, std::string& problem) = 0;
   // Dots per inch, 0 if the scanner does not say.
   virtual int Resolution() = 0;
+  // Bits of a sample of the next page, 0 if the scanner does not say.
+  virtual int Depth() = 0;
 
   // A short page has fewer lines than the scanner had announced.
   enum class Outcome { kPage, kShortPage, kNoMorePages, kFailed };

@@ -114,6 +114,11 @@ class SaneScanner : public Scanner {
     return static_cast<int>(std::lround(dots));
   }
 
+  int Depth() override {
+    SANE_Parameters shape{};
+    return sane_.get_parameters(handle_, &shape) == SANE_STATUS_GOOD ? shape.depth : 0;
+  }
+
   Outcome ScanPage(std::filesystem::path const& file, PageStyle const& style,
                    std::function<void()> const& alive, std::string& problem) override {
     SANE_Status status = sane_.start(handle_);
