@@ -2,6 +2,7 @@
 #include <sorrelin/image/codecs/sibling_names.h>
 #include <tests/siblings/rennick_support.h>
 #include <tests/support/pdf_builder.h>
+#include <tests/support/raster_builder.h>
 #include <tests/support/temp_dir.h>
 
 #include <filesystem>
@@ -325,6 +326,20 @@ void HocrSeeds() {
   Seed("hocr_fuzz", wide);
 }
 
+// ---- Print rasters ----
+
+void RasterSeeds() {
+  std::string const target = "tool_raster_fuzz";
+  test::RasterHeaderForm form;
+  std::string const rows(16, 'a');
+  Seed(target, "RaSt" + test::RasterHeaderBytes(form, false, 420) + rows);
+  Seed(target, "3SaR" + test::RasterHeaderBytes(form, true) + rows);
+  Seed(target, "RaS2" + test::PackedGreyPage(9, 'a') + test::PackedGreyPage(5, 'b'));
+  std::string apple("UNIRAST", 8);
+  apple += test::Number(1) + test::AppleHeaderBytes(24, 1, 2, 1, 72);
+  Seed(target, apple + std::string("\0\1abc", 5));
+}
+
 }  // namespace
 
 int main(int count, char** arguments) {
@@ -341,5 +356,6 @@ int main(int count, char** arguments) {
   ImageSeeds();
   JpegSeeds();
   HocrSeeds();
+  RasterSeeds();
   return EXIT_SUCCESS;
 }
