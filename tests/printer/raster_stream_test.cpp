@@ -147,6 +147,18 @@ TEST_F(RasterStreamTest, PaddingOfLinesIsPassedOver) {
   EXPECT_THAT(Read("RaS3" + RasterHeaderBytes(form) + "A...B..."), ElementsAre("41", "42"));
 }
 
+TEST_F(RasterStreamTest, DriverSaysHowToCodeExceptInPwgRaster) {
+  RasterHeaderForm form = Form(1, 1);
+  form.compression = 2;
+  form.row_count = 60;
+  Read("RaS3" + RasterHeaderBytes(form) + "a");
+  EXPECT_EQ(page_.coding, RasterCoding::kJpeg);
+  EXPECT_EQ(page_.quality, 60);
+  form.media_class = "PwgRaster";
+  Read("RaS2" + RasterHeaderBytes(form) + std::string("\0\0a", 3));
+  EXPECT_EQ(page_.coding, RasterCoding::kAuto);
+}
+
 TEST_F(RasterStreamTest, MarginsMakeAFrame) {
   RasterHeaderForm form = Form(36, 1);
   form.page[0] = form.page[1] = 100;

@@ -19,6 +19,7 @@ struct RasterHeaderForm {
   uint32_t colour_space = 18;  // sGray
   uint32_t dpi = 72;
   uint32_t compression = 0;
+  uint32_t row_count = 0;
   uint32_t copies = 1;
   uint32_t page[2] = {0, 0};    // points
   uint32_t corner[2] = {0, 0};  // points, of the picture on the page
@@ -56,6 +57,7 @@ inline std::string RasterHeaderBytes(RasterHeaderForm const& form, bool low_firs
   put(396, form.colour_order);
   put(400, form.colour_space);
   put(404, form.compression);
+  put(408, form.row_count);
   return bytes;
 }
 

@@ -31,9 +31,9 @@ enum Offset : size_t {
   kColourOrder = 396,
   kColourSpace = 400,
   kCompression = 404,
+  kRowCount = 408,
   kPageSizeReal = 428,
   kBoundingBoxReal = 436,
-  kInteger = 452,
 };
 
 // Offsets in Apple's header.
@@ -210,8 +210,7 @@ void ReadWishes(std::span<BYTE const> bytes, bool low_first, RasterPage& page) {
   unsigned const coding = NumberAt(bytes, kCompression, low_first);
   if (coding == 1) page.coding = RasterCoding::kFlate;
   if (coding == 2) page.coding = RasterCoding::kJpeg;
-  if (bytes.size() <= kHeaderBytes1) return;
-  unsigned const quality = NumberAt(bytes, kInteger, low_first);
+  unsigned const quality = NumberAt(bytes, kRowCount, low_first);
   if (quality <= kMostQuality) page.quality = static_cast<int>(quality);
 }
 

@@ -36,7 +36,8 @@ struct RasterKind {
 // nullopt if no raster starts so.
 std::optional<RasterKind> RasterKindOf(std::span<BYTE const> start);
 
-// How a page asks to be coded, by the number in cupsCompression.
+// How a page asks to be coded, by the number in cupsCompression; the quality is in cupsRowCount.
+// Both are what a driver makes of them.
 enum class RasterCoding { kAuto, kFlate, kJpeg };
 
 // A page as its rows are read: rows from the top, 0 being black or no ink, as in Samples.
