@@ -144,6 +144,19 @@ pdfinfo "$root/folders/nobody/document.pdf" | grep -q '595 x 842 pts' || fail "t
 pdfinfo "$root/folders/nobody/document.pdf" | grep -q '^Title: *document' || fail "no title"
 echo "documents, pictures, text, copies, ranges, sides, codings and titles: as they should be"
 
+# What the printing system itself makes of a document is read without a queue, too.
+PPD=$driver /usr/lib/cups/filter/gstoraster 1 u t 1 "" "$root/three.pdf" >"$root/job.ras" 2>/dev/null
+for type in pwg-raster urf; do
+  PPD=$driver FINAL_CONTENT_TYPE=image/$type /usr/lib/cups/filter/rastertopwg 1 u t 1 "" \
+    "$root/job.ras" >"$root/job.$type" 2>/dev/null
+done
+for job in ras pwg-raster urf; do
+  "$program" make --quiet --force "$root/job.pdf" "$root/job.$job"
+  [ "$("$program" count "$root/job.pdf")" = 3 ] || fail "job.$job has not 3 pages"
+  pdfinfo "$root/job.pdf" | grep -q '595 x 842 pts' || fail "job.$job is not A4"
+done
+echo "rasters of three kinds: read by the program"
+
 queue second "$root/folders"
 ended "$(print pdf twice "$root/three.pdf" -o Resolution=100dpi)" \
   "$(print second twice "$root/three.pdf" -o Resolution=100dpi)"
