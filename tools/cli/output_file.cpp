@@ -64,8 +64,9 @@ void RemoveActive(ActiveOutput& active, fs::path const& directory) {
   }
 }
 
+// With the mutex held. The device asks the processor what it can do each time it is made.
 fs::path TemporaryName(fs::path const& target) {
-  std::random_device random;
+  static std::random_device random;
   char name[40];
   std::snprintf(name, sizeof name, ".sorrelin-%08x%08x.tmp", random(), random());
   return target.parent_path() / name;
