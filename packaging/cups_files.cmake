@@ -12,3 +12,6 @@ install(PROGRAMS $<TARGET_FILE:sorrelin-backend>
 install(FILES ${CMAKE_CURRENT_LIST_DIR}/cups/sorrelin.ppd
   DESTINATION ${CMAKE_INSTALL_DATADIR}/ppd/sorrelin
   COMPONENT cups)
+install(FILES ${CMAKE_CURRENT_LIST_DIR}/cups/rastertosorrelin.8
+  DESTINATION ${CMAKE_INSTALL_MANDIR}/man8
+  COMPONENT cups)
