@@ -11,6 +11,7 @@
 #include "tools/cli/interrupt.h"
 #include "tools/cli/messages.h"
 #include "tools/cli/output_file.h"
+#include "tools/system/program.h"
 #include "tools/verbs/verbs.h"
 
 namespace sorrelin::tool {
@@ -37,8 +38,16 @@ void EndForMemory() {
   std::abort();
 }
 
+void TidyUpAfterCrash() {
+  std::fprintf(stderr, "sorrelin: a document: is damaged in a way that ends its reader%s\n",
+               kMendRemedy);
+  RemoveOutputForGood();
+}
+
 void Prepare() {
+  PrepareStreams();
   std::set_terminate(EndForMemory);
+  TidyUpOnCrash(TidyUpAfterCrash, kExitFailure);
   TidyUpOnInterrupt();
   FailPastFileSizeLimit();
   FailOnClosedPipe();

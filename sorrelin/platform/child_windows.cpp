@@ -2,6 +2,8 @@
 #include <sorrelin/platform/child.h>
 #include <windows.h>
 
+#include <new>
+
 struct tagCHILD_LINK {
   PCHILD_RECEIVER receiver;
   void* context;
@@ -19,7 +21,12 @@ BOOL RunInChildProcess(PCHILD_ROUTINE routine, PCHILD_RECEIVER receiver, void* c
     return FALSE;
   }
   CHILD_LINK link = {receiver, context, false};
-  routine(&link, context);
+  try {
+    routine(&link, context);
+  } catch (std::bad_alloc const&) {
+    SetLastError(ERROR_NOT_ENOUGH_MEMORY);
+    return FALSE;
+  }
   if (link.refused) SetLastError(ERROR_CANCELLED);
   return link.refused ? FALSE : TRUE;
 }

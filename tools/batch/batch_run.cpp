@@ -75,14 +75,14 @@ void MakeInChild(MakeOptions const& options, Result& result) {
 
 std::optional<uint64_t> SizeOf(std::string const& name) {
   std::error_code error;
-  auto const size = fs::file_size(name, error);
+  auto const size = fs::file_size(PathOf(name), error);
   return error ? std::nullopt : std::optional<uint64_t>(size);
 }
 
 // One spelling for all names of a document.
 std::string PlainName(std::string const& output) {
   std::error_code error;
-  fs::path const name = fs::weakly_canonical(output, error);
+  fs::path const name = fs::weakly_canonical(PathOf(output), error);
   return error ? output : name.string();
 }
 
@@ -219,9 +219,9 @@ class Batch {
 std::string ProblemOfResults(BatchOptions const& options) {
   if (!Utf16(options.results)) return "the name is not valid UTF-8 (name a file by --results)";
   std::error_code error;
-  if (fs::equivalent(options.results, options.list, error))
+  if (fs::equivalent(PathOf(options.results), PathOf(options.list), error))
     return "is the list (name another file)";
-  auto const status = fs::status(options.results, error);
+  auto const status = fs::status(PathOf(options.results), error);
   bool const is_other = fs::exists(status) && !fs::is_regular_file(status);
   return is_other ? "is not a regular file (name another one)" : "";
 }

@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "tools/cli/command_line.h"
+#include "tools/cli/text.h"
 #include "tools/formats/byte_stream.h"
 #include "tools/make/make_options.h"
 
@@ -107,9 +108,9 @@ std::string SignatureOf(Parts const& parts, std::vector<Input> const& inputs) {
   for (Input const& input : inputs) {
     std::error_code error;
     digest.Add(input.name);
-    auto const size = std::filesystem::file_size(input.name, error);
+    auto const size = std::filesystem::file_size(PathOf(input.name), error);
     digest.Add(error ? "" : std::to_string(size));
-    auto const time = std::filesystem::last_write_time(input.name, error);
+    auto const time = std::filesystem::last_write_time(PathOf(input.name), error);
     digest.Add(error ? "" : std::to_string(time.time_since_epoch().count()));
   }
   return digest.Hex();

@@ -29,14 +29,14 @@ bool Exists(fs::path const& path) {
 }  // namespace
 
 OutputLock::OutputLock(std::string const& output)
-    : path_(LockName(output)), was_there_(Exists(path_)) {}
+    : path_(LockName(PathOf(output))), was_there_(Exists(path_)) {}
 
 OutputLock::~OutputLock() {
   if (file_ != INVALID_HANDLE_VALUE) CloseHandle(file_);
 }
 
 OutputLock::Taken OutputLock::Take(std::string& problem) {
-  file_ = CreateFileW(path_.u16string().c_str(), GENERIC_WRITE, 0, nullptr, OPEN_ALWAYS,
+  file_ = CreateFileW(WideName(path_).c_str(), GENERIC_WRITE, 0, nullptr, OPEN_ALWAYS,
                       FILE_ATTRIBUTE_NORMAL, nullptr);
   if (file_ != INVALID_HANDLE_VALUE) return Taken::kYes;
   if (GetLastError() == ERROR_SHARING_VIOLATION) {
@@ -52,10 +52,10 @@ void OutputLock::Remove() {
   if (file_ == INVALID_HANDLE_VALUE) return;
   // Removed while it is held, so that nobody takes a lock that is about to lose its name; not every
   // system removes a file that is open.
-  bool const removed = DeleteFileW(path_.u16string().c_str()) != FALSE;
+  bool const removed = DeleteFileW(WideName(path_).c_str()) != FALSE;
   CloseHandle(file_);
   file_ = INVALID_HANDLE_VALUE;
-  if (!removed) DeleteFileW(path_.u16string().c_str());
+  if (!removed) DeleteFileW(WideName(path_).c_str());
 }
 
 }  // namespace sorrelin::tool

@@ -33,7 +33,7 @@ constexpr std::string_view kLineStart = "{\"line\": ";
 
 HANDLE OpenForOne(std::string const& name) {
   auto const end = std::chrono::steady_clock::now() + kLongestWait;
-  auto const path = fs::path(name).u16string();
+  auto const path = WideName(PathOf(name));
   for (;;) {
     HANDLE const file = CreateFileW(path.c_str(), GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ,
                                     nullptr, OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
@@ -114,8 +114,9 @@ bool ResultsFile::Read(std::string const& name, std::string& problem) {
     if (whole) whole_bytes += line.size() + 1;
   }
   file.close();
+  fs::path const path = PathOf(name);
   std::error_code error;
-  if (fs::file_size(name, error) != whole_bytes) fs::resize_file(name, whole_bytes, error);
+  if (fs::file_size(path, error) != whole_bytes) fs::resize_file(path, whole_bytes, error);
   if (!error) return true;
   return problem = "cannot be written: " + error.message() + kRoomRemedy, false;
 }

@@ -8,6 +8,8 @@
 #include <system_error>
 #include <utility>
 
+#include "tools/cli/text.h"
+
 namespace sorrelin::tool {
 namespace {
 
@@ -121,6 +123,8 @@ Program::Program(std::string const& name, std::string const& version, std::strin
     : name_(name), parser_(std::make_unique<CLI::App>(help, name)) {
   parser_->formatter(std::make_shared<HelpFormatter>());
   parser_->set_version_flag("--version", name + " " + version);
+  // What starts with a slash is a file everywhere.
+  parser_->allow_windows_style_options(false);
 }
 
 Program::~Program() = default;
@@ -136,7 +140,8 @@ std::string Program::Hint(int argc, char** argv) const {
   for (int i = 1; i < argc; ++i) {
     std::string const argument = argv[i];
     std::error_code error;
-    if (argument.size() > 1 && argument[0] == '-' && std::filesystem::exists(argument, error)) {
+    if (argument.size() > 1 && argument[0] == '-' &&
+        std::filesystem::exists(PathOf(argument), error)) {
       return "write ./" + argument + " for the file of that name";
     }
   }

@@ -16,6 +16,7 @@
 
 #include "tools/cli/messages.h"
 #include "tools/cli/text.h"
+#include "tools/system/program.h"
 
 namespace sorrelin::tool {
 namespace {
@@ -25,6 +26,8 @@ namespace fs = std::filesystem;
 constexpr char kDocumentName[] = "document.pdf";
 constexpr int kNameTries = 16;
 constexpr char kPlaceRemedy[] = " (choose a directory that exists and may be written to)";
+constexpr char kDevice[] = "is the name of a device (choose another name)";
+constexpr char kHeld[] = "is held by another program (close it there, and run this again)";
 constexpr size_t kCopyBytes = 1 << 16;
 constexpr size_t kMarkWithin = 1024;  // bytes of a document
 
@@ -53,11 +56,7 @@ void RemoveActive(ActiveOutput& active, fs::path const& directory) {
   if (active.directories.erase(directory) == 0) return;
   for (int i = 0; i < kRemovalTries; ++i) {
     try {
-      std::error_code error;
-      // Mostly its file has been moved away.
-      if (fs::remove(directory, error)) return;
-      fs::remove_all(directory, error);
-      if (!error) return;
+      if (RemoveFolder(directory)) return;
     } catch (std::bad_alloc const&) {
       continue;
     }
@@ -109,6 +108,23 @@ fs::path Resolved(fs::path const& target) {
   return error ? target : resolved;
 }
 
+// Some systems replace files by their full names only.
+WideText FullName(fs::path const& path) {
+  std::error_code error;
+  fs::path const full = fs::absolute(path, error);
+  return WideName(error ? path : full);
+}
+
+// Why a file did not get its name, by the system's error.
+std::string MoveProblem() {
+  DWORD const error = GetLastError();
+  if (error == ERROR_ALREADY_EXISTS) {
+    return "exists already: it has come into being in the meantime (run this again)";
+  }
+  if (error == ERROR_SHARING_VIOLATION) return kHeld;
+  return "cannot be written: " + LastSystemError() + kRoomRemedy;
+}
+
 // A replaced file keeps who may read it.
 void KeepPermissions(fs::path const& target, fs::path const& path) {
   std::error_code error;
@@ -120,7 +136,8 @@ void KeepPermissions(fs::path const& target, fs::path const& path) {
 
 std::unique_ptr<OutputFile> OutputFile::Open(std::string const& target, bool replace,
                                              std::string& problem) {
-  fs::path const resolved = Resolved(target);
+  fs::path const resolved = Resolved(PathOf(target));
+  if (IsDeviceName(resolved)) return problem = kDevice, nullptr;
   std::error_code error;
   fs::file_status status = fs::symlink_status(resolved, error);
   if (status.type() == fs::file_type::none) {
@@ -172,7 +189,7 @@ bool OutputFile::Commit(std::string& problem, Durability durability) {
 }
 
 bool OutputFile::Copy(std::string& problem) const {
-  std::unique_ptr<std::FILE, FileCloser> const file(std::fopen(path_.c_str(), "rb"));
+  std::unique_ptr<std::FILE, FileCloser> const file(std::fopen(path_.string().c_str(), "rb"));
   bool copied = file != nullptr;
   std::vector<char> buffer(kCopyBytes);
   while (copied && std::feof(file.get()) == 0) {
@@ -190,7 +207,7 @@ bool OutputFile::Copy(std::string& problem) const {
 
 bool IsOtherFile(std::string const& name) {
   std::error_code error;
-  if (!fs::is_regular_file(name, error)) return false;
+  if (!fs::is_regular_file(PathOf(name), error)) return false;
   std::unique_ptr<std::FILE, FileCloser> const file(std::fopen(name.c_str(), "rb"));
   if (file == nullptr) return false;
   // Readers of documents accept some bytes before the mark.
@@ -207,19 +224,15 @@ bool OutputFile::Rename(std::string& problem, Durability durability) {
   }
   std::lock_guard const lock(active.mutex);
   bool const moved = Move(on_disk);
-  bool const exists = !moved && GetLastError() == ERROR_ALREADY_EXISTS;
-  if (exists) {
-    problem = "exists already: it has come into being in the meantime (run this again)";
-  } else if (!moved) {
-    problem = "cannot be written: " + LastSystemError() + kRoomRemedy;
-  }
+  if (!moved) problem = MoveProblem();
   RemoveActive(active, directory_);
   return moved;
 }
 
 bool OutputFile::Move(bool on_disk) const {
-  std::u16string const from = path_.u16string();
-  std::u16string const to = target_.u16string();
+  WideText const from = FullName(path_);
+  WideText const to = FullName(target_);
+  if (IsHeld(target_)) return SetLastError(ERROR_SHARING_VIOLATION), false;
   if (keep_owner_) {
     return ReplaceFileW(to.c_str(), from.c_str(), nullptr, 0, nullptr, nullptr) != FALSE;
   }
@@ -230,8 +243,8 @@ bool OutputFile::Move(bool on_disk) const {
 }
 
 bool FlushFile(fs::path const& path) {
-  HANDLE const file = CreateFileW(path.u16string().c_str(), GENERIC_WRITE, 0, nullptr,
-                                  OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+  HANDLE const file = CreateFileW(WideName(path).c_str(), GENERIC_WRITE, 0, nullptr, OPEN_EXISTING,
+                                  FILE_ATTRIBUTE_NORMAL, nullptr);
   if (file == INVALID_HANDLE_VALUE) return false;
   bool const flushed = FlushFileBuffers(file) != FALSE;
   DWORD const error = GetLastError();
@@ -243,7 +256,11 @@ bool FlushFile(fs::path const& path) {
 void RemoveOutputForGood() {
   ActiveOutput& active = Active();
   active.mutex.lock();
-  while (!active.directories.empty()) RemoveActive(active, fs::path(*active.directories.begin()));
+  while (!active.directories.empty()) {
+    fs::path const directory = *active.directories.begin();
+    CloseFilesIn(directory);
+    RemoveActive(active, directory);
+  }
 }
 
 }  // namespace sorrelin::tool

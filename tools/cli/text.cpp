@@ -6,17 +6,17 @@
 
 namespace sorrelin::tool {
 
-std::optional<std::u16string> Utf16(std::string const& text) {
-  if (text.empty()) return std::u16string{};
+std::optional<WideText> Utf16(std::string const& text) {
+  if (text.empty()) return WideText{};
   int const length = static_cast<int>(text.size());
   int const units = MultiByteToWideChar(CP_UTF8, 0, text.data(), length, nullptr, 0);
-  std::u16string wide(static_cast<size_t>(units), u'\0');
+  WideText wide(static_cast<size_t>(units), WCHAR{});
   MultiByteToWideChar(CP_UTF8, 0, text.data(), length, wide.data(), units);
   if (Utf8(wide) != text) return std::nullopt;
   return wide;
 }
 
-std::string Utf8(std::u16string const& text) {
+std::string Utf8(WideText const& text) {
   if (text.empty()) return {};
   int const length = static_cast<int>(text.size());
   int const bytes =
@@ -25,6 +25,12 @@ std::string Utf8(std::u16string const& text) {
   WideCharToMultiByte(CP_UTF8, 0, text.data(), length, narrow.data(), bytes, nullptr, nullptr);
   return narrow;
 }
+
+std::filesystem::path PathOf(std::string const& name) {
+  return std::u8string(name.begin(), name.end());
+}
+
+WideText WideName(std::filesystem::path const& path) { return path.string<WCHAR>(); }
 
 std::string LastSystemError() {
   char* text = nullptr;
@@ -36,6 +42,8 @@ std::string LastSystemError() {
   }
   std::string message = text;
   LocalFree(text);
+  // Some systems end their texts as sentences, with a line end.
+  message.erase(message.find_last_not_of(" .\r\n") + 1);
   return message;
 }
 

@@ -20,6 +20,7 @@
 
 #include "tools/cli/messages.h"
 #include "tools/cli/text.h"
+#include "tools/system/program.h"
 
 namespace sorrelin::tool {
 namespace {
@@ -88,12 +89,16 @@ class Run {
 
  private:
   static void Work(CHILD_LINK* link, void* context) {
-    // The threads that are counted by the gate are not in the child.
+    if (HasChildProcesses()) BeginChild();
+    SendToParent(link, &kGreeting, sizeof kGreeting);
+    static_cast<Run*>(context)->work_(link);
+  }
+
+  // The threads that are counted by the gate are not in the child.
+  static void BeginChild() {
     is_beside_others = false;
     std::construct_at(&gate);
-    SendToParent(link, &kGreeting, sizeof kGreeting);
     MuteStandardError();
-    static_cast<Run*>(context)->work_(link);
   }
 
   static BOOL Receive(void const* data, DWORD size, void* context) {
@@ -139,7 +144,7 @@ void RunSideBySide(size_t count, std::function<void(size_t index)> const& work) 
   // before all are done.
   std::barrier together(static_cast<ptrdiff_t>(count) + 1);
   auto const run = [&](size_t index) {
-    is_beside_others = true;
+    is_beside_others = HasChildProcesses();
     {
       AtWork const at_work;
       together.arrive_and_wait();

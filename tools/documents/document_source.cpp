@@ -21,7 +21,7 @@ bool IsLineEnd(char c) { return c == '\r' || c == '\n'; }
 
 DocumentSource::DocumentSource(std::string const& name) : name_(name) {
   file_.rdbuf()->pubsetbuf(nullptr, 0);
-  file_.open(std::filesystem::path(Utf16(name).value_or(u"")), std::ios::binary);
+  file_.open(PathOf(name), std::ios::binary);
   file_.seekg(0, std::ios::end);
   if (!file_) throw QPDFExc(qpdf_e_system, name_, "", 0, "open");
   size_ = file_.tellg();

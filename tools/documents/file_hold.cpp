@@ -9,8 +9,9 @@
 namespace sorrelin::tool {
 
 FileHold::FileHold(std::filesystem::path const& path)
-    : file_(CreateFileW(path.u16string().c_str(), GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ,
-                        nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr)) {}
+    : file_(CreateFileW(WideName(path).c_str(), GENERIC_READ | GENERIC_WRITE,
+                        FILE_SHARE_READ | FILE_SHARE_DELETE, nullptr, OPEN_EXISTING,
+                        FILE_ATTRIBUTE_NORMAL, nullptr)) {}
 
 void FileHold::Release() {
   if (IsHeld()) CloseHandle(file_);

@@ -11,7 +11,7 @@ namespace sorrelin::tool {
 
 class FileHold {
  public:
-  // Holds a file that exists and may be written to.
+  // Holds a file that exists and may be written to. It can be replaced meanwhile.
   explicit FileHold(std::filesystem::path const& path);
   ~FileHold() { Release(); }
   FileHold(FileHold const&) = delete;

@@ -16,7 +16,7 @@ namespace {
 constexpr DWORD kMaxListedPages = 30'000;
 
 // The library throws on some damaged documents.
-bool OpenFile(CCreatePDF& session, std::u16string const& name) {
+bool OpenFile(CCreatePDF& session, WideText const& name) {
   try {
     return session.OpenPDFFileW(name.c_str()) != 0;
   } catch (SorrelinStringError const&) {

@@ -85,7 +85,7 @@ std::string NameProblem(std::string const& name) {
   if (!Utf16(name)) return "the name is not valid UTF-8 (rename it)";
   std::string const cannot = "cannot be opened: ";
   std::error_code ignored;
-  auto const status = std::filesystem::status(name, ignored);
+  auto const status = std::filesystem::status(PathOf(name), ignored);
   if (is_directory(status)) return cannot + "it is a directory (name a document)";
   if (!exists(status) && name == "-") {
     return cannot + "documents are not read from standard input (save it as a file)";
@@ -150,7 +150,7 @@ std::unique_ptr<QpdfDocument> QpdfDocument::Open(std::string const& name,
   problem = NameProblem(name);
   if (!problem.empty()) return nullptr;
   std::error_code error;
-  uint64_t const bytes = std::filesystem::file_size(name, error);
+  uint64_t const bytes = std::filesystem::file_size(PathOf(name), error);
   auto const process = [&](QPDF& qpdf) {
     qpdf.processInputSource(std::make_shared<DocumentSource>(name), password.c_str());
   };

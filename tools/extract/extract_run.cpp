@@ -15,6 +15,7 @@
 #include "tools/cli/messages.h"
 #include "tools/cli/output_file.h"
 #include "tools/cli/progress.h"
+#include "tools/cli/text.h"
 #include "tools/documents/child.h"
 #include "tools/extract/extract_report.h"
 #include "tools/formats/tiff/tiff_file.h"
@@ -104,7 +105,8 @@ class ExtractRun {
   std::unique_ptr<OutputFile> TryOpen(std::string const& name, std::string& problem) const {
     problem = "is the document itself (choose another name)";
     std::error_code error;
-    bool const itself = fs::equivalent(name, options_.files.document, error) && !error;
+    bool const itself =
+        fs::equivalent(PathOf(name), PathOf(options_.files.document), error) && !error;
     return itself ? nullptr : OutputFile::Open(name, options_.force, problem);
   }
 
@@ -139,6 +141,8 @@ class ExtractRun {
   }
 
   void FinishShared() {
+    // Some systems give open files no other name.
+    shared_file_.reset();
     std::string problem =
         "is not written: it would have no pages (choose pages that hold one picture)";
     bool const written = shared_pages_ != 0 && shared_->Commit(problem, Durability::kUsual);

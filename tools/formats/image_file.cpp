@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "tools/cli/output_file.h"
+#include "tools/cli/text.h"
 #include "tools/formats/jpeg/jpeg_file.h"
 #include "tools/formats/pnm_file.h"
 #include "tools/formats/raster/raster_source.h"
@@ -154,7 +155,8 @@ std::unique_ptr<ImageSource> ImageFile::TakeSource(std::string& problem) {
 // A file on disk stays there, and any other goes there: its pages may be far apart.
 std::unique_ptr<ImageSource> ImageFile::TakeTiff(std::string& problem) {
   std::error_code ignored;
-  bool const on_disk = name_ != kStandardInput && std::filesystem::is_regular_file(name_, ignored);
+  bool const on_disk =
+      name_ != kStandardInput && std::filesystem::is_regular_file(PathOf(name_), ignored);
   if (on_disk) return OpenTiff(name_, nullptr, problem);
   auto spool = Spooled(*stream_, problem);
   if (spool == nullptr) return nullptr;

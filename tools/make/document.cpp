@@ -29,14 +29,14 @@ bool Document::Create(std::filesystem::path const& path, Description const& desc
   session_->SetSubjectW(description.subject.c_str());
   session_->SetKeywordsW(description.keywords.c_str());
   if (description.created) SetCreationTime(*session_, *description.created);
-  if (session_->CreatePDFW(path.u16string().c_str()) != 0) return true;
+  if (session_->CreatePDFW(WideName(path).c_str()) != 0) return true;
   problem = "cannot be created: " + SessionText() + kRoomRemedy;
   return false;
 }
 
 bool Document::Update(std::filesystem::path const& path, std::string& problem) {
   path_ = path;
-  if (session_->CreatePDFW(path.u16string().c_str()) != 0) return true;
+  if (session_->CreatePDFW(WideName(path).c_str()) != 0) return true;
   if (session_->PDF_GetLastError() == PDF_ERROR_VERSION) {
     problem = std::string("keeps objects in object streams, and takes no pages") + kRewriteHint;
   } else {

@@ -11,6 +11,7 @@
 #include <optional>
 #include <string>
 
+#include "tools/cli/text.h"
 #include "tools/make/coding/flate_coder.h"
 #include "tools/make/pages/page_coder.h"
 
@@ -18,10 +19,10 @@ namespace sorrelin::tool {
 
 // Texts of the document's description; an empty one is left out.
 struct Description {
-  std::u16string title;
-  std::u16string author;
-  std::u16string subject;
-  std::u16string keywords;
+  WideText title;
+  WideText author;
+  WideText subject;
+  WideText keywords;
   std::optional<SYSTEMTIME> created;  // in place of the time of its making
 };
 

@@ -8,6 +8,7 @@
 #include <system_error>
 #include <utility>
 
+#include "tools/cli/text.h"
 #include "tools/formats/image_file.h"
 
 namespace sorrelin::tool {
@@ -92,7 +93,7 @@ class FolderReader {
  private:
   void Read(std::string const& directory) {
     std::error_code error;
-    fs::directory_iterator at(directory, error);
+    fs::directory_iterator at(PathOf(directory), error);
     for (fs::directory_iterator const end; !error && at != end; at.increment(error)) {
       if (!at->path().filename().string().starts_with('.')) Take(*at);
     }
@@ -150,7 +151,7 @@ std::vector<Input> ListInputs(std::vector<std::string> const& names, Sort sort, 
   FolderReader folders(recursive, ignored);
   for (std::string const& name : names) {
     std::error_code error;
-    if (name != kStandardInput && fs::is_directory(name, error)) {
+    if (name != kStandardInput && fs::is_directory(PathOf(name), error)) {
       folders.Append(name, inputs);
     } else {
       inputs.push_back({name, {}});

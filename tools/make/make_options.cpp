@@ -15,7 +15,7 @@ namespace {
 
 constexpr char kName[] = "OUT";
 
-std::u16string ParseText(std::string const& option, std::string const& text, size_t most) {
+WideText ParseText(std::string const& option, std::string const& text, size_t most) {
   auto const units = Utf16(text);
   if (!units) throw UsageError(option, "is not valid UTF-8");
   if (units->size() > most) {
@@ -26,7 +26,7 @@ std::u16string ParseText(std::string const& option, std::string const& text, siz
   return *units;
 }
 
-void AddText(Verb& verb, std::string const& option, std::u16string& target, size_t most,
+void AddText(Verb& verb, std::string const& option, WideText& target, size_t most,
              std::string const& help) {
   verb.Option(option, "TEXT", help, [&target, option, most](std::string const& text) {
     target = ParseText(option, text, most);

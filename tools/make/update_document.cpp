@@ -113,7 +113,7 @@ class Update {
   // blank.
 
   bool ChangeCopy(std::string& problem) {
-    FileHold const hold(options_.pages.output);
+    FileHold const hold(PathOf(options_.pages.output));
     if (!hold.IsHeld()) return problem = FileHold::Problem(), false;
     auto output = OutputFile::OpenCopy(options_.pages.output, problem);
     if (output != nullptr && !AddPages(output->path(), problem)) {
@@ -135,7 +135,7 @@ class Update {
   }
 
   bool ChangeInPlace(std::string& problem) {
-    fs::path const path = options_.pages.output;
+    fs::path const path = PathOf(options_.pages.output);
     FileHold hold(path);
     if (!hold.IsHeld()) return problem = FileHold::Problem(), false;
     std::error_code error;
@@ -228,7 +228,7 @@ class Update {
 
   void NoteWritten() {
     std::error_code ignored;
-    adder_->NoteWritten(pages_, fs::file_size(options_.pages.output, ignored));
+    adder_->NoteWritten(pages_, fs::file_size(PathOf(options_.pages.output), ignored));
   }
 
   static constexpr char kSecondCopy[] = "rewritten.pdf";
@@ -247,9 +247,10 @@ int UpdateDocument(UpdateOptions const& options) { return Update(options).Run();
 
 int AppendPages(UpdateOptions const& options) {
   std::string const& name = options.pages.output;
+  fs::path const path = PathOf(name);
   std::error_code error;
-  fs::file_status const status = fs::status(name, error);
-  if (fs::is_symlink(fs::symlink_status(name, error)) && !fs::exists(status)) {
+  fs::file_status const status = fs::status(path, error);
+  if (fs::is_symlink(fs::symlink_status(path, error)) && !fs::exists(status)) {
     PrintProblem(name, "is a link to a file that does not exist (remove it, or name the file)");
     return kExitFailure;
   }

@@ -9,6 +9,7 @@
 #include <system_error>
 
 #include "tools/cli/messages.h"
+#include "tools/cli/text.h"
 
 namespace sorrelin::tool {
 namespace {
@@ -20,7 +21,7 @@ constexpr char kSigned[] =
 
 std::string ReadProblem(std::string const& name, std::exception const& error) {
   std::error_code code;
-  auto const status = std::filesystem::status(name, code);
+  auto const status = std::filesystem::status(PathOf(name), code);
   if (!std::filesystem::exists(status)) return "No such file or directory (check the name)";
   auto const* const damage = dynamic_cast<QPDFExc const*>(&error);
   if (damage != nullptr && damage->getErrorCode() == qpdf_e_password) return kEncrypted;

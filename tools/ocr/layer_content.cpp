@@ -133,7 +133,8 @@ class Writer {
 
   // With a blank where there is a gap to the next word.
   void AddFromRight(LayerWord const& word, double gap) {
-    std::string const seen = Utf8(SeenFromLeft(word.text));
+    std::u16string const letters = SeenFromLeft(word.text);
+    std::string const seen = Utf8(WideText(letters.begin(), letters.end()));
     text_ += "/Span <</ActualText " + QPDFObjectHandle::newUnicodeString(seen).unparse() +
              ">> BDC\n" + MatrixText(MirroredFrameOf(word.box)) + " Tm\n";
     SetSize(word.box.Height());

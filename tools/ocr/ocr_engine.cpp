@@ -26,7 +26,7 @@ struct OcrEntries {
 
 namespace {
 
-constexpr WCHAR const* kEngine = u"Averna.dll";
+constexpr WCHAR const* kEngine = SORRELIN_TEXT("Averna.dll");
 constexpr int kMillisecondsPerSecond = 1000;
 constexpr int kQuarter = 90;
 constexpr uint64_t kMaxPixels = uint64_t{1} << 28;  // the engine spreads them to bytes

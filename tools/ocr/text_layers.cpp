@@ -174,7 +174,7 @@ class Layering {
 
 void Write(QPDF& document, std::filesystem::path const& to) {
   bool const linearized = document.isLinearized();
-  QPDFWriter writer(document, to.c_str());
+  QPDFWriter writer(document, to.string().c_str());
   writer.setStreamDataMode(qpdf_s_preserve);
   writer.setLinearization(linearized);
   writer.setDeterministicID(true);

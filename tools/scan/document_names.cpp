@@ -5,12 +5,14 @@
 #include <system_error>
 #include <utility>
 
+#include "tools/cli/text.h"
+
 namespace sorrelin::tool {
 namespace {
 
 bool IsTaken(std::string const& name) {
   std::error_code error;
-  return std::filesystem::symlink_status(name, error).type() !=
+  return std::filesystem::symlink_status(PathOf(name), error).type() !=
          std::filesystem::file_type::not_found;
 }
 

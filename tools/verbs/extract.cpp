@@ -29,15 +29,15 @@ struct Options {
 FileFormat FormatOf(Options const& options) {
   if (options.format) return *options.format;
   if (options.output.empty()) return FileFormat::kKeep;
-  if (auto const format = FormatOfFile(options.output)) return *format;
-  std::string const extension = fs::path(options.output).extension().string();
+  if (auto const format = FormatOfFile(PathOf(options.output))) return *format;
+  std::string const extension = PathOf(options.output).extension().string();
   if (extension.empty() || extension.find('%') != extension.npos) return FileFormat::kPng;
   throw UsageError("--output", extension + " is no format that is written: --format chooses one");
 }
 
 // Files that are kept as they are get the extensions of what they turn out to be.
 std::string WithoutExtension(std::string const& pattern) {
-  if (!FormatOfFile(pattern)) return pattern;
+  if (!FormatOfFile(PathOf(pattern))) return pattern;
   return pattern.substr(0, pattern.rfind('.'));
 }
 
@@ -47,7 +47,7 @@ std::string PatternFor(Options const& options, FileFormat format) {
   if (!options.output.empty()) {
     return keeps ? WithoutExtension(options.output) : options.output;
   }
-  std::string const stem = PatternOf(fs::path(options.run.files.document).stem().string());
+  std::string const stem = PatternOf(PathOf(options.run.files.document).stem().string());
   std::string const number = options.run.files.all         ? "-%d-%i"
                              : format == FileFormat::kTiff ? ""
                                                            : "-%d";

@@ -41,12 +41,12 @@ std::string DotsOf(PagePicture const& picture) {
 std::string PageLine(DWORD page, PageFacts const& facts) {
   PagePicture const& picture = PictureOf(facts);
   char line[256];
-  std::snprintf(line, sizeof line, "%6u  %13s  %13s  %5s  %-11s  %s", page + 1,
-                Pair(JsonNumber(facts.width), JsonNumber(facts.height)).c_str(),
-                PixelsOf(picture).c_str(),
-                picture.Depth() == 0 ? "-" : std::to_string(picture.Depth()).c_str(),
-                picture.compression.empty() ? "-" : picture.compression.substr(0, 100).c_str(),
-                DotsOf(picture).c_str());
+  std::snprintf(
+      line, sizeof line, "%6s  %13s  %13s  %5s  %-11s  %s", std::to_string(page + 1).c_str(),
+      Pair(JsonNumber(facts.width), JsonNumber(facts.height)).c_str(), PixelsOf(picture).c_str(),
+      picture.Depth() == 0 ? "-" : std::to_string(picture.Depth()).c_str(),
+      picture.compression.empty() ? "-" : picture.compression.substr(0, 100).c_str(),
+      DotsOf(picture).c_str());
   std::string text = std::string(line) + "\n";
   if (facts.rotation != 0) {
     text += "        shown turned by " + std::to_string(facts.rotation) + " degrees\n";

@@ -62,12 +62,12 @@ class Ocr {
   bool IsInPlace() const {
     std::error_code error;
     return options_.output.empty() ||
-           (fs::equivalent(options_.document, options_.output, error) && !error);
+           (fs::equivalent(PathOf(options_.document), PathOf(options_.output), error) && !error);
   }
 
   bool Change(std::string& problem) {
     if (!IsInPlace()) return Write(problem);
-    FileHold const hold(options_.document);
+    FileHold const hold(PathOf(options_.document));
     return hold.IsHeld() ? Write(problem) : (problem = FileHold::Problem(), false);
   }
 
@@ -95,7 +95,7 @@ class Ocr {
     auto output = OutputFile::Open(options_.output, options_.force, problem);
     std::error_code error;
     bool const copied =
-        output != nullptr && fs::copy_file(options_.document, output->path(), error);
+        output != nullptr && fs::copy_file(PathOf(options_.document), output->path(), error);
     if (copied) return output;
     if (error) problem = "cannot be written: " + error.message() + kRoomRemedy;
     Report(options_.output, problem);

@@ -73,7 +73,7 @@ void CheckDocument(ScanOptions const& options) {
   bool const is_described = !description.title.empty() || !description.author.empty() ||
                             !description.subject.empty() || !description.keywords.empty();
   std::error_code ignored;
-  if (is_described && std::filesystem::exists(output, ignored)) {
+  if (is_described && std::filesystem::exists(PathOf(output), ignored)) {
     throw UsageError(kName, "exists, and keeps its title, author, subject and keywords");
   }
 }

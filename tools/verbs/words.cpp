@@ -12,6 +12,7 @@
 
 #include "tools/cli/messages.h"
 #include "tools/cli/output_file.h"
+#include "tools/cli/text.h"
 #include "tools/formats/image_file.h"
 #include "tools/formats/image_source.h"
 #include "tools/make/pages/page_options.h"
@@ -51,7 +52,7 @@ constexpr size_t kPagesAJob = 8;
 // Whether several processes can open a file, each for itself.
 bool CanBeShared(std::string const& name) {
   std::error_code ignored;
-  return name != kStandardInput && std::filesystem::is_regular_file(name, ignored);
+  return name != kStandardInput && std::filesystem::is_regular_file(PathOf(name), ignored);
 }
 
 std::string PlaceOf(int page) { return "page " + std::to_string(page) + ": "; }

@@ -35,7 +35,7 @@ struct Module {
 
 Module const& LoadedModule() {
   static Module const module = [] {
-    HMODULE const library = LoadLibraryW(u"libsorrelin-heif.so");
+    HMODULE const library = LoadLibraryW(SORRELIN_TEXT("libsorrelin-heif.so"));
     if (library == nullptr) return Module{};
     return Module{EntryPoint<SorrelinHeifCountFunction*>(library, "SorrelinHeifCount"),
                   EntryPoint<SorrelinHeifDecodeFunction*>(library, "SorrelinHeifDecode"),

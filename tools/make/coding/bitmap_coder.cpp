@@ -10,8 +10,8 @@
 namespace sorrelin::tool {
 namespace {
 
-constexpr WCHAR const* kGroup4Library = u"Cadwick.dll";
-constexpr WCHAR const* kJpegLibrary = u"Rennick.dll";
+constexpr WCHAR const* kGroup4Library = SORRELIN_TEXT("Cadwick.dll");
+constexpr WCHAR const* kJpegLibrary = SORRELIN_TEXT("Rennick.dll");
 constexpr int kUsualFlateLevel = -1;
 
 }  // namespace

@@ -157,9 +157,9 @@ void ListFiles(PageOptions& options, std::string const& name) {
   if (!Utf16(options.output)) throw UsageError(name, "the name is not valid UTF-8");
   options.inputs = ListInputs(images, options.sort, options.recursive, &options.ignored);
   std::error_code error;
-  if (!std::filesystem::exists(options.output, error)) return;
+  if (!std::filesystem::exists(PathOf(options.output), error)) return;
   for (Input const& input : options.inputs) {
-    if (std::filesystem::equivalent(options.output, input.name, error) && !error) {
+    if (std::filesystem::equivalent(PathOf(options.output), PathOf(input.name), error) && !error) {
       throw UsageError(name, input.name + " is one of the images");
     }
   }
