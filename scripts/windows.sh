@@ -4,7 +4,7 @@
 # a zip that is then used as a stranger would. The last lines count what ran.
 # usage: scripts/windows.sh [x86_64|i686]
 #        scripts/windows.sh quick   a part in a few minutes, with what is installed and built already:
-#                                   the library, the codecs, a few tests and a short comparison
+#                                   library, codecs, program, a few tests and a short comparison
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -22,15 +22,21 @@ fi
 documents=500
 targets=()
 tests=.
+# Tests that start the program; those of the program for Windows are the same.
+program_tests='^tool_(make|read|append|batch)_test\.'
 if [ "$quick" = yes ]; then
   documents=50
-  targets=(--target sorrelin cadwick rennick compare_systems system_test sibling_loading_test)
-  tests='^(system_test|sibling_loading_test|windows_library_test)'
+  targets=(--target sorrelin cadwick rennick sorrelin-tool compare_systems system_test
+    sibling_loading_test tool_files_test)
+  tests='^(system_test|sibling_loading_test|tool_files_test|windows_library_test)'
+  program_tests='^tool_read_test\.CountAndInfo\.'
 fi
 
 build_for_windows() {
+  local tool=ON
+  if [ "$processor" = i686 ]; then tool=OFF; fi
   cmake --preset windows -B "$build" -DSORRELIN_WINDOWS_PROCESSOR="$processor" \
-    -DSORRELIN_WINDOWS_PARTS="$parts"
+    -DSORRELIN_WINDOWS_PARTS="$parts" -DSORRELIN_BUILD_TOOL=$tool
   cmake --build "$build" "${targets[@]}"
 }
 
@@ -42,20 +48,37 @@ start_wine() {
   wineserver -w
 }
 
-# The program of this system: that of the tests where they have just been built.
+# Tests and programs of this system, in the folder of scripts/test.sh where that has built them.
 build_here() {
-  here=build/bench
-  if [ "$quick" = yes ] && [ -x "$here/bin/compare_systems" ]; then return; fi
-  here=build/windows-here
-  cmake -S . -B "$here" -G Ninja -DCMAKE_BUILD_TYPE=Release -DSORRELIN_BUILD_TOOL=OFF \
-    -DSORRELIN_AVERNA=OFF -DSORRELIN_BUILD_EXAMPLES=OFF -DSORRELIN_BUILD_TESTS=OFF \
-    -DSORRELIN_BUILD_COMPARISON=ON -DSORRELIN_INSTALL=OFF >/dev/null
-  cmake --build "$here" --target compare_systems cadwick rennick
+  here=build/asan
+  if [ "$quick" = yes ] && [ -x "$here/bin/compare_systems" ] && [ -x "$here/bin/tool_read_test" ]; then
+    return
+  fi
+  if [ ! -f "$here/CMakeCache.txt" ]; then
+    here=build/windows-here
+    cmake -S . -B "$here" -G Ninja -DCMAKE_BUILD_TYPE=Release -DSORRELIN_BUILD_TESTS=ON \
+      -DSORRELIN_BUILD_EXAMPLES=OFF -DSORRELIN_INSTALL=OFF >/dev/null
+  fi
+  cmake --build "$here" --target compare_systems cadwick rennick tool_make_test tool_read_test \
+    tool_append_test tool_batch_test
+}
+
+# The tests that start the program, with the program for Windows in its place.
+test_program() {
+  local program=$PWD/$build/run-program left_out
+  cat >"$program" <<END
+#!/bin/sh
+export WINEPATH='$PWD/$build/lib'
+exec wine '$PWD/$build/bin/sorrelin.exe' "\$@"
+END
+  chmod +x "$program"
+  left_out=$(sed -nE 's/^([A-Za-z/]+\.[A-Z][A-Za-z0-9/]*): .*/\1/p' tests/windows_left_out.txt | paste -sd'|')
+  SORRELIN_TEST_PROGRAM=$program ctest --test-dir "$here" --output-on-failure -j "$(nproc)" \
+    --timeout 600 --no-tests=error -R "$program_tests" -E "\.($left_out)\$"
 }
 
 # Both print the same, or the first lines that differ are shown.
 compare_systems() {
-  build_here
   "$here/bin/compare_systems" "$documents" 1 | sed 's/Sorrelin DLLMain end//g' >"$build/here.txt"
   WINEPATH=$build/lib wine "$build/bin/compare_systems.exe" "$documents" 1 | tr -d '\r' |
     sed 's/Sorrelin DLLMain end//g' >"$build/there.txt"
@@ -74,18 +97,36 @@ pack_zip() {
   zip=$build/$name.zip
 }
 
+# Every source of tests is built for Windows, or starts the program, or has its line in the list.
+check_left_out() {
+  local source unnamed=0
+  {
+    grep -oE 'tests/[^ ]*/CMakeFiles/[^ ]*\.cpp\.obj' "$build/build.ninja"
+    grep -oE 'tests/tools/CMakeFiles/tool_(make|read|append|batch)_test.dir/[^ ]*\.cpp\.o' "$here/build.ninja"
+  } | sed -E 's#CMakeFiles/[^/]*\.dir/##; s#\.o(bj)?$##' | sort -u >"$build/tests_that_run.txt"
+  while read -r source; do
+    grep -qxF "$source" "$build/tests_that_run.txt" && continue
+    sed 's#^#tests/#' tests/windows_left_out.txt | grep -qF -e "$source: " -e "${source%/*}/: " && continue
+    echo "$source does not run under Wine, and tests/windows_left_out.txt does not say why" >&2
+    unnamed=1
+  done < <(find tests -name '*_test.cpp' | sort)
+  return $unnamed
+}
+
 # Numbers of tests in the tree and under Wine, and what is left out.
 count_tests() {
-  local all run
+  local all run program
   all=$(grep -rhcE '^TEST(_F|_P)?\(' tests --include='*.cpp' | paste -sd+ | bc)
   run=$(sed -nE 's/^\[  PASSED  \] ([0-9]+) .*/\1/p' "$build/Testing/Temporary/LastTest.log" | tr -d '\r' |
     paste -sd+ | bc)
-  echo "$all tests are in the tree, $run of them ran under Wine; left out:"
+  program=$(grep -c '^Test Passed\.' "$here/Testing/Temporary/LastTest.log")
+  echo "$all tests are in the tree, $run of them ran under Wine, and $program with sorrelin.exe; left out:"
   grep -v '^#' tests/windows_left_out.txt
 }
 
 if [ "$quick" = no ]; then
   scripts/packages.sh windows
+  scripts/packages.sh test
   scripts/windows_parts.sh "$processor"
 elif [ ! -f "$parts/built/tiff" ] || [ ! -f "$parts/built/leptonlib" ]; then
   echo "the parts for Windows are not built; scripts/windows.sh builds them" >&2
@@ -94,9 +135,12 @@ fi
 build_for_windows
 start_wine || { echo "built; without Wine nothing ran" >&2; exit 1; }
 ctest --test-dir "$build" --output-on-failure -R "$tests" --no-tests=error
+build_here
+if [ "$processor" = x86_64 ]; then test_program; fi
 compare_systems
 if [ "$quick" = no ]; then
   tests/build/msvc_syntax.sh "$build"
+  check_left_out
   pack_zip
   tests/package/windows/use_zip.sh "$zip" examples
   count_tests

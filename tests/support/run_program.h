@@ -9,6 +9,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -26,6 +27,17 @@ struct ProgramResult {
   std::string err;
 };
 
+// The program under test is another build of it where the environment names one, such as that for
+// another system.
+inline void ReplaceProgram(std::vector<std::string>& arguments) {
+  char const* const other = std::getenv("SORRELIN_TEST_PROGRAM");
+  for (std::string& argument : arguments) {
+    std::filesystem::path const path = argument;
+    bool const is_program = path.is_absolute() && path.filename() == "sorrelin";
+    if (other != nullptr && is_program) argument = other;
+  }
+}
+
 // A program that has been started; its output goes to files, so it never waits for a reader.
 class RunningProgram {
  public:
@@ -42,6 +54,7 @@ class RunningProgram {
     } else {
       posix_spawn_file_actions_adddup2(&actions, terminal, STDERR_FILENO);
     }
+    ReplaceProgram(arguments);
     std::vector<char*> argv, envp;
     for (std::string& argument : arguments) argv.push_back(argument.data());
     argv.push_back(nullptr);

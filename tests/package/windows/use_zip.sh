@@ -51,6 +51,11 @@ mkdir -p "$deep"
 wine linked.exe "\\\\?\\Z:${PWD//\//\\}\\${deep//\//\\}\\long.pdf"
 [ "$(head -c 5 "$deep/long.pdf")" = "%PDF-" ]
 
+if [ -f sorrelin.exe ]; then
+  echo "-- the program"
+  "$here/use_program.sh" "$PWD/sorrelin.exe" "$root"
+fi
+
 if command -v clang >/dev/null && command -v lld-link >/dev/null; then
   echo "-- the import library for other linkers"
   clang --target="$processor-pc-windows-msvc" -c -O1 -ffreestanding -fno-stack-protector \
