@@ -139,12 +139,16 @@ bool RunChild(ChildWork const& work, ChildReceiver const& receiver, std::string&
 }
 
 void RunSideBySide(size_t count, std::function<void(size_t index)> const& work) {
-  if (count == 1) return work(0);
+  // Without processes of their own, readers would share what they do not lock.
+  if (count == 1 || !HasChildProcesses()) {
+    for (size_t i = 0; i < count; ++i) work(i);
+    return;
+  }
   // Threads take locks as they begin and end, too: none works before all have begun, and none ends
   // before all are done.
   std::barrier together(static_cast<ptrdiff_t>(count) + 1);
   auto const run = [&](size_t index) {
-    is_beside_others = HasChildProcesses();
+    is_beside_others = true;
     {
       AtWork const at_work;
       together.arrive_and_wait();
