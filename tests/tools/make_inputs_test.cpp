@@ -151,11 +151,11 @@ TEST_F(MakeInputs, MemoryDoesNotGrowWithTheLengthOfAStream) {
   WriteAll(Path("page.pbm"), page);
   std::string const command =
       "i=0; while [ $i -lt $1 ]; do cat \"$2\"; i=$((i + 1)); done | "
-      "\"$0\" make \"$3\" - --dpi 300 --force --jobs 2";
+      "ASAN_OPTIONS=$ASAN_OPTIONS:quarantine_size_mb=1 \"$0\" make \"$3\" - --dpi 300 --force "
+      "--jobs 2";
   auto const peak_of = [&](int pages) {
     ProgramResult const result = RunProgram(
-        {"sh", "-c", command, SORRELIN_TOOL, std::to_string(pages), Path("page.pbm"), Out()}, {},
-        {"ASAN_OPTIONS=quarantine_size_mb=1"});
+        {"sh", "-c", command, SORRELIN_TOOL, std::to_string(pages), Path("page.pbm"), Out()});
     EXPECT_EQ(result.exit_code, 0) << result.err;
     EXPECT_EQ(PageCount(), pages);
     rusage usage{};
