@@ -153,7 +153,8 @@ class Transfer {
   // In the child. What the target chooses there, it will choose here.
   void Work(CHILD_LINK* link) {
     Sender sender(link);
-    std::string problem = kMemoryProblem;
+    std::string problem;
+    std::string_view reason = kMemoryProblem;
     try {
       auto const source = open_(context_, problem);
       if (source != nullptr) {
@@ -162,9 +163,10 @@ class Transfer {
         sender.SendNow('Z', {});
         return;
       }
+      reason = problem;
     } catch (std::bad_alloc const&) {
     }
-    sender.SendNow('X', problem);
+    sender.SendNow('X', reason);
   }
 
   void SendPages(PageSource& source, Sender& sender) {

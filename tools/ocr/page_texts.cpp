@@ -217,13 +217,15 @@ class Job {
 
   // In the child.
   void Work(CHILD_LINK* link) {
-    std::string problem = kMemoryProblem;
+    std::string problem;
+    std::string_view reason = kMemoryProblem;
     try {
       Recognizer recognizer(run_.options, link);
       if (recognizer.Open(run_.open, problem)) return ReadAll(recognizer, link);
+      reason = problem;
     } catch (std::bad_alloc const&) {
     }
-    Send(link, 'X', problem);
+    Send(link, 'X', reason);
   }
 
   std::chrono::seconds TimeLimit() const {
