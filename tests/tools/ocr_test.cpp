@@ -444,7 +444,7 @@ TEST_F(Ocr, WordsOfSeveralPicturesInAPipeAreRead) {
 }
 
 TEST_F(Ocr, PictureThatTakesTooLongIsNamedAndTheNextOneRead) {
-  WritePix("noise.png", Noise(2400, 3200, 1));
+  WritePix("noise.png", Noise(7200, 9600, 1));  // minutes of work
   WritePix("page.png", Lines());
   ProgramResult const result =
       Run({"words", Path("noise.png"), Path("page.png"), "--timeout", "6", "--format", "text"});
