@@ -63,7 +63,8 @@ build_here() {
     tool_append_test tool_batch_test
 }
 
-# The tests that start the program, with the program for Windows in its place.
+# The tests that start the program, with the program for Windows in its place. Leptonica has paths
+# under /tmp mean the user's folder for temporary files there.
 test_program() {
   local program=$PWD/$build/run-program left_out
   cat >"$program" <<END
@@ -72,8 +73,9 @@ export WINEPATH='$PWD/$build/lib'
 exec wine '$PWD/$build/bin/sorrelin.exe' "\$@"
 END
   chmod +x "$program"
+  mkdir -p "$build/tmp"
   left_out=$(sed -nE 's/^([A-Za-z/]+\.[A-Z][A-Za-z0-9/]*): .*/\1/p' tests/windows_left_out.txt | paste -sd'|')
-  SORRELIN_TEST_PROGRAM=$program ctest --test-dir "$here" --output-on-failure -j "$(nproc)" \
+  TMPDIR=$PWD/$build/tmp SORRELIN_TEST_PROGRAM=$program ctest --test-dir "$here" --output-on-failure -j "$(nproc)" \
     --timeout 600 --no-tests=error -R "$program_tests" -E "\.($left_out)\$"
 }
 
