@@ -2,8 +2,7 @@
 //
 //   BMP         "BM", bytes of the file (4), 4 bytes, place of the rows (4), header; lowest first
 //   WebP        "RIFF", bytes after this field (4), "WEBP", chunks; lowest first
-//   codestream  SOC (2); marker (2), length (2) and contents; SOT (2), length (2), tile (2), bytes
-//   of
+//   codestream  SOC (2); marker (2), length (2), contents; SOT (2), length (2), tile (2), bytes of
 //               the tile part with SOT (4), and more; EOC (2) (ISO/IEC 15444-1, annex A)
 //   box         bytes of the box (4; 1: they follow the type in 8 bytes, 0: to the end), type (4)
 #include "tools/formats/ends/file_end.h"
@@ -54,6 +53,7 @@ size_t BmpEnd(std::span<BYTE const> file) {
   bool const runs = !core && (LowestFirst(file, 30, 4) == 1 || LowestFirst(file, 30, 4) == 2);
   if (runs && stated == 0) return file.size();
   uint64_t const row_bytes = (width * bits + 31) / 32 * 4;
+  if (!runs && row_bytes > 0 && rows > file.size() / row_bytes) return file.size();
   uint64_t end = std::max(stated, runs ? 0 : rows_at + row_bytes * rows);
   if (!core && header_bytes >= kProfileHeaderBytes) {
     end = std::max(

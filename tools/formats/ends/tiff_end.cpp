@@ -21,6 +21,7 @@ namespace sorrelin::tool {
 namespace {
 
 constexpr size_t kMostValues = size_t{1} << 22;  // entries, and values that are looked at
+constexpr uint64_t kValuesOfADirectory = 64;     // what an empty one counts for
 constexpr uint64_t kMostBytes = uint64_t{1} << 40;
 constexpr uint16_t kBigVersion = 43;
 
@@ -100,7 +101,7 @@ class Walker {
     size_t const count_bytes = is_big_ ? 8 : 2, entry_bytes = is_big_ ? 20 : 12;
     if (!Read(at, count_bytes)) return false;
     uint64_t const count = Number(0, count_bytes);
-    if (!Spend(count)) return false;
+    if (!Spend(kValuesOfADirectory) || !Spend(count)) return false;
     uint64_t const bytes = count_bytes + count * entry_bytes + OffsetBytes();
     if (!Read(at, bytes)) return false;
     Extend(at, bytes);
