@@ -9,11 +9,11 @@
 
 #include "tools/formats/jpeg/jpeg_errors.h"
 #include "tools/formats/jpeg/jpeg_file.h"
+#include "tools/formats/jpeg/jpeg_start.h"
 
 namespace sorrelin::tool {
 namespace {
 
-constexpr int kUsualQuality = 75, kFullChromaQuality = 90;
 constexpr BYTE kUpFilter = 2;  // of PNG: the difference from the row above
 
 class VectorSink final : public cadwick::ByteSink {
@@ -154,15 +154,7 @@ class JpegRows : public RowCoder {
     info_.dest = &target_.manager;
     info_.image_width = static_cast<JDIMENSION>(page.width);
     info_.image_height = static_cast<JDIMENSION>(page.height);
-    info_.input_components = ComponentsOf(page.colours);
-    info_.in_color_space = info_.input_components == 1 ? JCS_GRAYSCALE : JCS_RGB;
-    int const quality = page.quality > 0 ? page.quality : kUsualQuality;
-    jpeg_set_defaults(&info_);
-    jpeg_set_quality(&info_, quality, TRUE);
-    if (quality >= kFullChromaQuality) {
-      info_.comp_info[0].h_samp_factor = info_.comp_info[0].v_samp_factor = 1;
-    }
-    jpeg_start_compress(&info_, TRUE);
+    StartJpeg(info_, page.colours == ImageColours::kRgb, page.quality);
   }
 
   void BeginBlock() {

@@ -14,15 +14,13 @@
 #include <vector>
 
 #include "tools/formats/jpeg/jpeg_errors.h"
+#include "tools/formats/jpeg/jpeg_start.h"
 #include "tools/formats/tiff/tiff_messages.h"
 
 namespace sorrelin::tool {
 namespace {
 
 constexpr unsigned char kWhite = 255;
-// As the library codes JPEG pages.
-constexpr int kUsualQuality = 75;
-constexpr int kFullChromaFrom = 90;  // quality
 
 struct FileCloser {
   void operator()(std::FILE* file) const { std::fclose(file); }
@@ -105,15 +103,7 @@ class JpegRows : public RowWriter {
       jpeg_stdio_dest(&info_, file_.get());
       info_.image_width = static_cast<JDIMENSION>(shape.width);
       info_.image_height = static_cast<JDIMENSION>(shape.lines);
-      info_.input_components = shape.colour ? 3 : 1;
-      info_.in_color_space = shape.colour ? JCS_RGB : JCS_GRAYSCALE;
-      jpeg_set_defaults(&info_);
-      jpeg_set_quality(&info_, quality, TRUE);
-      if (shape.colour && quality >= kFullChromaFrom) {
-        info_.comp_info[0].h_samp_factor = 1;
-        info_.comp_info[0].v_samp_factor = 1;
-      }
-      jpeg_start_compress(&info_, TRUE);
+      StartJpeg(info_, shape.colour, quality);
     });
   }
 
@@ -169,7 +159,7 @@ std::unique_ptr<RowWriter> MakeJpegRows(std::filesystem::path const& path, LineS
   File file = Create(path);
   if (file == nullptr) return nullptr;
   auto rows = std::make_unique<JpegRows>(std::move(file));
-  return rows->Begin(shape, quality > 0 ? quality : kUsualQuality) ? std::move(rows) : nullptr;
+  return rows->Begin(shape, quality) ? std::move(rows) : nullptr;
 }
 
 }  // namespace sorrelin::tool
