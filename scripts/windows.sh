@@ -40,13 +40,19 @@ build_for_windows() {
   cmake --build "$build" "${targets[@]}"
 }
 
-# A desktop without a screen.
+# A desktop without a screen, whose server stays until the script ends: one that goes with its last
+# client may go while the next one connects. Nothing of it holds the script's streams.
 start_wine() {
   command -v wine >/dev/null || return 1
   export WINEPREFIX=$PWD/$build/wine WINEDEBUG=-all
-  wine reg add 'HKCU\Software\Wine\Drivers' /v Graphics /d null /f >/dev/null 2>&1 || return 1
-  wineserver -w
+  mkdir -p "$WINEPREFIX"
+  stop_wine
+  trap stop_wine EXIT
+  setsid wineserver -p </dev/null >/dev/null 2>&1 || return 1
+  setsid -w wine reg add 'HKCU\Software\Wine\Drivers' /v Graphics /d null /f </dev/null >/dev/null 2>&1
 }
+
+stop_wine() { wineserver -k 2>/dev/null || true; }
 
 # Tests and programs of this system, in the folder of scripts/test.sh where that has built them.
 build_here() {
