@@ -17,7 +17,7 @@ using testing::StartsWith;
 constexpr AVERNA_PAGE kUsual = {3, 0, nullptr, nullptr};
 
 EnglishPage const& Page() {
-  static EnglishPage const page = test::RenderEnglishPage(GHOSTSCRIPT);
+  static EnglishPage const page = test::ReadEnglishPage();
   return page;
 }
 

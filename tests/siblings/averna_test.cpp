@@ -22,7 +22,7 @@ using test::EnglishPage;
 using test::PlacedWord;
 
 EnglishPage const& Page() {
-  static EnglishPage const page = test::RenderEnglishPage(GHOSTSCRIPT);
+  static EnglishPage const page = test::ReadEnglishPage();
   return page;
 }
 

@@ -1,5 +1,5 @@
-// A page of English text for OCR tests, rendered by Ghostscript, with the place of each word as the
-// renderer reports it.
+// A page of English text for OCR tests, which Ghostscript has rendered during the build, with the
+// place of each word as the renderer reports it.
 #ifndef TESTS_SUPPORT_ENGLISH_PAGE_H_
 #define TESTS_SUPPORT_ENGLISH_PAGE_H_
 
@@ -8,10 +8,8 @@
 #include <tests/support/temp_dir.h>
 
 #include <cmath>
-#include <cstdlib>
 #include <fstream>
 #include <iterator>
-#include <sstream>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -40,37 +38,6 @@ struct EnglishPage {
   BYTE At(LONG x, LONG y) const { return grey[static_cast<size_t>(y * kPageWidth + x)]; }
 };
 
-inline char const* EnglishText() {
-  return "The old harbour lies behind a long stone wall that keeps the winter\n"
-         "storms away from the fishing boats. Every morning before sunrise the\n"
-         "crews carry their nets down the wooden steps and check the weather\n"
-         "with great care. When the wind turns north they stay at home, mend\n"
-         "what is torn, and tell stories about earlier years. Children listen from\n"
-         "the doorway, half afraid and half amused. In spring the market opens\n"
-         "again, and people from distant villages arrive by train to buy fresh\n"
-         "bread, smoked fish and bright flowers. Nobody hurries, because the day\n"
-         "is long and everyone knows each other well.\n";
-}
-
-// PostScript that shows the text and prints, for each word, its start and end on the baseline in
-// points and the word.
-inline std::string EnglishPostScript() {
-  std::ostringstream page;
-  page << "/Helvetica findfont " << kPageFontSize << " scalefont setfont\n"
-       << "/p { currentpoint exch 20 string cvs print ( ) print 20 string cvs print ( ) print } "
-          "def\n"
-       << "/w { p dup show p print (\\n) print flush ( ) show } def\n";
-  std::istringstream lines(EnglishText());
-  int baseline = 240;  // points from the foot of the page
-  for (std::string line; std::getline(lines, line); baseline -= 24) {
-    page << "72 " << baseline << " moveto\n";
-    std::istringstream words(line);
-    for (std::string word; words >> word;) page << "(" << word << ") w\n";
-  }
-  page << "showpage\n";
-  return page.str();
-}
-
 inline LONG Pixels(double points) { return static_cast<LONG>(std::lround(points * kPageDpi / 72)); }
 
 inline std::vector<PlacedWord> ReadPlaces(std::filesystem::path const& path) {
@@ -89,21 +56,18 @@ inline std::vector<PlacedWord> ReadPlaces(std::filesystem::path const& path) {
 inline Bytes ReadPgm(std::filesystem::path const& path) {
   Bytes const file = ReadAll(path);
   size_t const size = static_cast<size_t>(kPageWidth) * kPageHeight;
-  if (file.size() <= size) throw std::runtime_error("no picture from Ghostscript");
+  if (file.size() <= size) throw std::runtime_error("no picture of the page");
   return Bytes(file.end() - static_cast<ptrdiff_t>(size), file.end());
 }
 
-// `ghostscript` is the path of the program.
-inline EnglishPage RenderEnglishPage(std::string const& ghostscript) {
-  TempDir const dir;
-  std::ofstream(dir / "page.ps") << EnglishPostScript();
-  std::string const command =
-      ghostscript + " -q -dNOPAUSE -dBATCH -dSAFER -sDEVICE=pgmraw -dTextAlphaBits=4 -r" +
-      std::to_string(kPageDpi) + " -g" + std::to_string(kPageWidth) + "x" +
-      std::to_string(kPageHeight) + " -sOutputFile=" + (dir / "page.pgm").string() + " " +
-      (dir / "page.ps").string() + " > " + (dir / "places.txt").string();
-  if (std::system(command.c_str()) != 0) throw std::runtime_error("Ghostscript failed");
-  return {ReadPlaces(dir / "places.txt"), ReadPgm(dir / "page.pgm")};
+inline EnglishPage ReadEnglishPage() {
+  std::filesystem::path const folder = SORRELIN_ENGLISH_PAGE;
+  return {ReadPlaces(folder / "places.txt"), ReadPgm(folder / "page.pgm")};
+}
+
+inline std::string ReadEnglishText() {
+  std::ifstream file(SORRELIN_ENGLISH_TEXT);
+  return {std::istreambuf_iterator<char>(file), {}};
 }
 
 // The page as a bitmap of 1, 8 or 24 bits.

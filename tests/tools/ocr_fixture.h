@@ -20,7 +20,7 @@ class OcrTest : public AppendTest {
   static constexpr int kTop = 336;                            // rows of the page's first two lines
 
   static EnglishPage const& Page() {
-    static EnglishPage const page = RenderEnglishPage(GHOSTSCRIPT);
+    static EnglishPage const page = ReadEnglishPage();
     return page;
   }
 

@@ -9,7 +9,7 @@ using ::testing::HasSubstr;
 using ::testing::StartsWith;
 
 EnglishPage const& Page() {
-  static EnglishPage const page = RenderEnglishPage(GHOSTSCRIPT);
+  static EnglishPage const page = ReadEnglishPage();
   return page;
 }
 
@@ -102,7 +102,7 @@ TEST_F(WordsVerb, TextHasTheLinesOfThePage) {
   WriteEnglish("page.png");
   ProgramResult const result = Words({"--text", Path("page.png")});
   EXPECT_EQ(result.exit_code, 0) << result.err;
-  std::vector<std::string> const expected = LinesOf(EnglishText());
+  std::vector<std::string> const expected = LinesOf(ReadEnglishText());
   std::vector<std::string> const lines = LinesOf(result.out);
   ASSERT_EQ(lines.size(), expected.size());
   size_t same = 0;
