@@ -1,11 +1,12 @@
-// ISO 639-1 codes of locales, and the names of Tesseract's data and of Debian's packages for them.
+// ISO 639-1 codes of locales, and the names of Tesseract's data for them.
 #include "tools/ocr/languages.h"
 
 #include <algorithm>
-#include <cctype>
 #include <cstdlib>
 #include <string_view>
 #include <utility>
+
+#include "tools/system/remedies.h"
 
 namespace sorrelin::tool {
 namespace {
@@ -143,14 +144,6 @@ std::string_view LanguageOf(std::string_view locale) {
   return {};
 }
 
-std::string Package(std::string const& language) {
-  std::string name = "tesseract-ocr-" + language;
-  for (char& c : name) {
-    c = c == '_' || c == '/' ? '-' : static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-  }
-  return name;
-}
-
 }  // namespace
 
 std::string LanguagesFor(std::string const& locales) {
@@ -172,23 +165,27 @@ std::string LanguagesOfLocale() {
     std::string const list = LanguagesFor(value);
     return list.empty() ? kFallback : list;
   }
-  return kFallback;
+  std::string const list = LanguagesFor(UserLocale());
+  return list.empty() ? kFallback : list;
 }
 
 std::string ResolvedLanguages(std::string const& list) {
   return list == kLocaleLanguages ? LanguagesOfLocale() : list;
 }
 
+std::string MissingEngine() {
+  return "the OCR engine " + LibraryFile("Averna.dll") +
+         " is missing or unusable: " + InstallRemedy("sorrelin-ocr");
+}
+
 std::string MissingLanguage(std::string const& language) {
-  return "Tesseract's data for \"" + language + "\" are not installed (apt install " +
-         Package(language) + ")";
+  return "Tesseract's data for \"" + language + "\" are not installed (" +
+         LanguageRemedy(language, false) + ")";
 }
 
 std::string DamagedLanguage(std::string const& language) {
-  return "Tesseract's data for \"" + language +
-         "\" cannot be loaded: they are damaged (apt install "
-         "--reinstall " +
-         Package(language) + ")";
+  return "Tesseract's data for \"" + language + "\" cannot be loaded: they are damaged (" +
+         LanguageRemedy(language, true) + ")";
 }
 
 }  // namespace sorrelin::tool

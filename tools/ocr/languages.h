@@ -9,9 +9,6 @@ namespace sorrelin::tool {
 // The list that stands for the languages of the locale.
 inline constexpr char kLocaleLanguages[] = "auto";
 
-inline constexpr char kNoEngineText[] =
-    "the OCR engine libaverna.so is missing or unusable: install the package sorrelin-ocr (or put "
-    "it beside libsorrelin-platform.so)";
 inline constexpr char kTimeoutText[] =
     "is not recognised within the time (--timeout gives it more)";
 
@@ -26,7 +23,10 @@ std::string LanguagesFor(std::string const& locales);
 // The list of an option: itself, or that of the locale for "auto".
 std::string ResolvedLanguages(std::string const& list);
 
-// Problems of a language, with the package to install.
+// What to say without a usable engine.
+std::string MissingEngine();
+
+// Problems of a language, with what to install.
 std::string MissingLanguage(std::string const& language);
 std::string DamagedLanguage(std::string const& language);
 

@@ -87,7 +87,7 @@ bool FitsEngine(uint64_t width, uint64_t height, std::string& problem) {
 
 std::unique_ptr<OcrEngine> OcrEngine::Open(std::string const& languages, std::string& problem) {
   OcrEntries const& entries = Entries();
-  if (!entries.are_complete) return problem = kNoEngineText, nullptr;
+  if (!entries.are_complete) return problem = MissingEngine(), nullptr;
   AVERNA_ENGINE* engine = nullptr;
   std::array<char, 64> missing{};
   int const code = entries.open(languages.c_str(), &engine, missing.data(), missing.size());

@@ -1,4 +1,4 @@
-// The OCR engine libaverna.so, as far as the program uses its optional entry points.
+// The OCR engine Averna, as far as the program uses its optional entry points.
 #ifndef TOOLS_OCR_OCR_ENGINE_H_
 #define TOOLS_OCR_OCR_ENGINE_H_
 

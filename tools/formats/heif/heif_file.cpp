@@ -14,13 +14,12 @@
 #include "tools/formats/ends/file_end.h"
 #include "tools/formats/heif/heif_module.h"
 #include "tools/formats/picture/blend.h"
+#include "tools/system/remedies.h"
 
 namespace sorrelin::tool {
 namespace {
 
-constexpr char kMissing[] =
-    "is HEIC or AVIF, and libsorrelin-heif.so is not there to read it (install sorrelin-heif, or "
-    "convert the file to JPEG)";
+constexpr WCHAR const* kModule = SORRELIN_TEXT("sorrelin-heif.dll");
 constexpr char kDamaged[] = "is a damaged HEIC or AVIF file (save it again)";
 constexpr size_t kBoxHeaderBytes = 8;
 
@@ -35,13 +34,18 @@ struct Module {
 
 Module const& LoadedModule() {
   static Module const module = [] {
-    HMODULE const library = LoadLibraryW(SORRELIN_TEXT("libsorrelin-heif.so"));
+    HMODULE const library = LoadLibraryW(kModule);
     if (library == nullptr) return Module{};
     return Module{EntryPoint<SorrelinHeifCountFunction*>(library, "SorrelinHeifCount"),
                   EntryPoint<SorrelinHeifDecodeFunction*>(library, "SorrelinHeifDecode"),
                   EntryPoint<SorrelinHeifFreeFunction*>(library, "SorrelinHeifFree")};
   }();
   return module;
+}
+
+std::string MissingModule() {
+  return "is HEIC or AVIF, and " + LibraryFile("sorrelin-heif.dll") + " is not there to read it (" +
+         InstallRemedy("sorrelin-heif") + ", or convert the file to JPEG)";
 }
 
 PixPtr PixOf(SorrelinHeifPicture const& picture) {
@@ -177,7 +181,7 @@ bool IsHeif(std::span<BYTE const> start) {
 }
 
 std::unique_ptr<ImageSource> OpenHeif(std::vector<BYTE> bytes, std::string& problem) {
-  if (!LoadedModule().IsWhole()) return problem = kMissing, nullptr;
+  if (!LoadedModule().IsWhole()) return problem = MissingModule(), nullptr;
   int const pages = LoadedModule().count(bytes.data(), bytes.size());
   if (pages < 1) return problem = kDamaged, nullptr;
   return std::make_unique<HeifSource>(std::move(bytes), pages);

@@ -2,6 +2,7 @@
 #include "tools/formats/heif/heif_module.h"
 
 #include <libheif/heif.h>
+#include <sorrelin/platform/export.h>
 
 #include <algorithm>
 #include <bit>
@@ -83,16 +84,15 @@ heif_error Decode(heif_context* context, heif_item_id id, SorrelinHeifPicture& p
 
 }  // namespace
 
-extern "C" __attribute__((visibility("default"))) int32_t SorrelinHeifCount(uint8_t const* file,
-                                                                            size_t bytes) {
+extern "C" SORRELIN_EXPORT int32_t SorrelinHeifCount(uint8_t const* file, size_t bytes) {
   Context const context(heif_context_alloc());
   if (context == nullptr || Failed(Read(context.get(), file, bytes))) return 0;
   return static_cast<int32_t>(PicturesOf(context.get()).size());
 }
 
-extern "C" __attribute__((visibility("default"))) int32_t SorrelinHeifDecode(
-    uint8_t const* file, size_t bytes, int32_t index, SorrelinHeifPicture* picture, char* problem,
-    size_t problem_bytes) {
+extern "C" SORRELIN_EXPORT int32_t SorrelinHeifDecode(uint8_t const* file, size_t bytes,
+                                                      int32_t index, SorrelinHeifPicture* picture,
+                                                      char* problem, size_t problem_bytes) {
   Context const context(heif_context_alloc());
   if (context == nullptr) return 1;
   *picture = {};
@@ -109,8 +109,7 @@ extern "C" __attribute__((visibility("default"))) int32_t SorrelinHeifDecode(
   return failed ? 1 : 0;
 }
 
-extern "C" __attribute__((visibility("default"))) void SorrelinHeifFree(
-    SorrelinHeifPicture* picture) {
+extern "C" SORRELIN_EXPORT void SorrelinHeifFree(SorrelinHeifPicture* picture) {
   heif_image_release(static_cast<heif_image*>(picture->owner));
   std::free(picture->profile);
 }

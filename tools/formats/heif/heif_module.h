@@ -1,6 +1,6 @@
-/* The module libsorrelin-heif.so, which reads HEIC and AVIF for the program through libheif. It is
- * a library of its own, loaded when such a file is met, so that the program runs without libheif.
- */
+/* The module libsorrelin-heif.so (sorrelin-heif.dll on Windows), which reads HEIC and AVIF for the
+ * program through libheif. It is a library of its own, loaded when such a file is met, so that the
+ * program runs without libheif. */
 #ifndef TOOLS_FORMATS_HEIF_HEIF_MODULE_H_
 #define TOOLS_FORMATS_HEIF_HEIF_MODULE_H_
 

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "tools/formats/image_source.h"
+#include "tools/system/remedies.h"
 
 namespace sorrelin::tool {
 namespace {
@@ -13,6 +14,12 @@ namespace {
 constexpr WCHAR const* kGroup4Library = SORRELIN_TEXT("Cadwick.dll");
 constexpr WCHAR const* kJpegLibrary = SORRELIN_TEXT("Rennick.dll");
 constexpr int kUsualFlateLevel = -1;
+
+std::string MissingCoder(std::string const& coding, std::string const& library) {
+  return "the " + coding + " coder " + LibraryFile(library) +
+         " is missing or unusable: " + InstallRemedy("sorrelin-codecs") +
+         " (or use --compression flate)";
+}
 
 }  // namespace
 
@@ -80,11 +87,9 @@ std::string BitmapCoder::Reason() {
     case PDF_ERROR_MEMORY:
       return kMemoryText;
     case PDF_ERROR_CCITT_LIBRARY:
-      return "the Group 4 coder libcadwick.so is missing or unusable: install the package "
-             "sorrelin-codecs (or use --compression flate)";
+      return MissingCoder("Group 4", "Cadwick.dll");
     case PDF_ERROR_JPEG_LIBRARY:
-      return "the JPEG coder librennick.so is missing or unusable: install the package "
-             "sorrelin-codecs (or use --compression flate)";
+      return MissingCoder("JPEG", "Rennick.dll");
     default:
       return "cannot be coded (--compression flate)";
   }
