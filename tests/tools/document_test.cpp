@@ -3,9 +3,11 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sorrelin/platform/error.h>
 
 #include "tests/support/pictures.h"
 #include "tests/support/temp_dir.h"
+#include "tools/cli/text.h"
 
 namespace sorrelin::tool {
 namespace {
@@ -77,7 +79,8 @@ TEST_F(DocumentLimits, ResolutionsThatAreAbsentComeFromTheOtherAxisOrAre96) {
 TEST_F(DocumentLimits, PathThatCannotBeWrittenIsReported) {
   Document other;
   EXPECT_FALSE(other.Create(directory_ / "no/such.pdf", {}, problem_));
-  EXPECT_THAT(problem_, HasSubstr("cannot be created: No such"));
+  SetLastError(ERROR_PATH_NOT_FOUND);
+  EXPECT_THAT(problem_, HasSubstr("cannot be created: " + LastSystemError() + " (see "));
 }
 
 TEST(Accepts, AutoTakesAllAndOtherCompressionsTheirOwn) {

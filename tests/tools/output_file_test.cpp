@@ -3,10 +3,12 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sorrelin/platform/error.h>
 
 #include <fstream>
 
 #include "tests/support/temp_dir.h"
+#include "tools/cli/text.h"
 
 namespace sorrelin::tool {
 namespace {
@@ -116,7 +118,8 @@ TEST(OutputFile, CopyWhoseTargetIsGoneIsNotCommitted) {
   ASSERT_NE(output, nullptr) << problem;
   fs::remove(directory / "a.pdf");
   EXPECT_FALSE(output->Commit(problem));
-  EXPECT_THAT(problem, testing::StartsWith("cannot be written: No such file or directory ("));
+  SetLastError(ERROR_FILE_NOT_FOUND);
+  EXPECT_THAT(problem, testing::StartsWith("cannot be written: " + LastSystemError() + " ("));
   EXPECT_EQ(EntriesOf(directory.path()), 0u);
 }
 

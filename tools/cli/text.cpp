@@ -4,6 +4,8 @@
 #include <sorrelin/platform/error.h>
 #include <sorrelin/platform/text.h>
 
+#include <utility>
+
 namespace sorrelin::tool {
 
 std::optional<WideText> Utf16(std::string const& text) {
@@ -32,6 +34,11 @@ std::filesystem::path PathOf(std::string const& name) {
 
 WideText WideName(std::filesystem::path const& path) { return path.string<WCHAR>(); }
 
+std::string WithoutLineEnd(std::string message) {
+  message.erase(message.find_last_not_of(" .\r\n") + 1);
+  return message;
+}
+
 std::string LastSystemError() {
   char* text = nullptr;
   DWORD const flags =
@@ -42,9 +49,7 @@ std::string LastSystemError() {
   }
   std::string message = text;
   LocalFree(text);
-  // Some systems end their texts as sentences, with a line end.
-  message.erase(message.find_last_not_of(" .\r\n") + 1);
-  return message;
+  return WithoutLineEnd(std::move(message));
 }
 
 }  // namespace sorrelin::tool

@@ -26,6 +26,9 @@ std::filesystem::path PathOf(std::string const& name);
 // A path in the units of the library.
 WideText WideName(std::filesystem::path const& path);
 
+// A message of the system without the period and the line break that some systems end it with.
+std::string WithoutLineEnd(std::string message);
+
 // What the system says of this thread's last error.
 std::string LastSystemError();
 

@@ -7,6 +7,7 @@
 #include <system_error>
 
 #include "tools/cli/messages.h"
+#include "tools/cli/text.h"
 
 namespace sorrelin::tool {
 namespace {
@@ -95,7 +96,7 @@ PageResult Document::Failure(std::string& problem) {
 std::string Document::SessionText() {
   char text[1024] = "";
   session_->GetLastPDFErrorText(text);
-  return text;
+  return WithoutLineEnd(text);
 }
 
 }  // namespace sorrelin::tool
