@@ -10,6 +10,7 @@
 
 #include "tools/cli/text.h"
 #include "tools/formats/image_file.h"
+#include "tools/system/entries.h"
 
 namespace sorrelin::tool {
 namespace {
@@ -35,6 +36,15 @@ bool IsDigit(char c) { return c >= '0' && c <= '9'; }
 
 char Lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
 
+// A byte of a name, which sorts the same with the separators of every system.
+unsigned char ByteOf(char c) {
+  return static_cast<unsigned char>(c == fs::path::preferred_separator ? '/' : c);
+}
+
+bool NameLess(std::string_view a, std::string_view b) {
+  return std::ranges::lexicographical_compare(a, b, {}, ByteOf, ByteOf);
+}
+
 // Takes a run of digits off the front, without its leading zeros.
 std::string_view TakeNumber(std::string_view& text) {
   size_t end = 0;
@@ -57,8 +67,7 @@ std::strong_ordering CompareNatural(std::string_view a, std::string_view b) {
       if (order != 0) return order;
       continue;
     }
-    auto const order = static_cast<unsigned char>(Lower(a.front())) <=>
-                       static_cast<unsigned char>(Lower(b.front()));
+    auto const order = ByteOf(Lower(a.front())) <=> ByteOf(Lower(b.front()));
     if (order != 0) return order;
     a.remove_prefix(1);
     b.remove_prefix(1);
@@ -80,7 +89,7 @@ class FolderReader {
   // Appends the files of a directory by name, or what is wrong with it.
   void Append(std::string const& directory, std::vector<Input>& inputs) {
     Read(directory);
-    auto const by_name = [](Input const& a, Input const& b) { return a.name < b.name; };
+    auto const by_name = [](Input const& a, Input const& b) { return NameLess(a.name, b.name); };
     std::sort(found_.begin(), found_.end(), by_name);
     if (found_.empty()) {
       found_.push_back(
@@ -95,7 +104,7 @@ class FolderReader {
     std::error_code error;
     fs::directory_iterator at(PathOf(directory), error);
     for (fs::directory_iterator const end; !error && at != end; at.increment(error)) {
-      if (!at->path().filename().string().starts_with('.')) Take(*at);
+      if (!IsHidden(at->path())) Take(*at);
     }
     if (error) found_.push_back({directory, error.message() + " (make it readable)"});
   }
@@ -104,7 +113,7 @@ class FolderReader {
     std::error_code error;
     std::string const name = entry.path().string();
     fs::file_status const status = entry.status(error);
-    bool const link = entry.is_symlink(error);
+    bool const link = IsLink(entry);
     if (status.type() == fs::file_type::directory) {
       // A link may lead back to where it is.
       if (recursive_ && !link) Read(name);
@@ -142,7 +151,7 @@ class FolderReader {
 
 bool NaturalLess(std::string_view a, std::string_view b) {
   auto const order = CompareNatural(a, b);
-  return order != 0 ? order < 0 : a < b;
+  return order != 0 ? order < 0 : NameLess(a, b);
 }
 
 std::vector<Input> ListInputs(std::vector<std::string> const& names, Sort sort, bool recursive,
@@ -157,7 +166,7 @@ std::vector<Input> ListInputs(std::vector<std::string> const& names, Sort sort, 
       inputs.push_back({name, {}});
     }
   }
-  auto const by_name = [](Input const& a, Input const& b) { return a.name < b.name; };
+  auto const by_name = [](Input const& a, Input const& b) { return NameLess(a.name, b.name); };
   auto const natural = [](Input const& a, Input const& b) { return NaturalLess(a.name, b.name); };
   if (sort == Sort::kName) std::stable_sort(inputs.begin(), inputs.end(), by_name);
   if (ignored != nullptr) std::sort(ignored->begin(), ignored->end());

@@ -1,0 +1,17 @@
+// Entries of directories on POSIX: hidden by their names, and symbolic links.
+#include <system_error>
+
+#include "tools/system/entries.h"
+
+namespace sorrelin::tool {
+
+bool IsHidden(std::filesystem::path const& path) {
+  return path.filename().native().starts_with('.');
+}
+
+bool IsLink(std::filesystem::directory_entry const& entry) {
+  std::error_code error;
+  return entry.is_symlink(error);
+}
+
+}  // namespace sorrelin::tool
