@@ -4,6 +4,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <initializer_list>
 #include <string>
 
 namespace sorrelin::tool {
@@ -34,7 +35,9 @@ std::vector<BYTE> Bmp(BmpForm const& form, std::vector<BYTE> const& rows) {
   for (DWORD number : {form.header, form.width, form.height}) Put(file, number, 4);
   Put(file, 1, 2);
   Put(file, form.bits, 2);
-  for (DWORD number : {form.coding, 0u, 11811u, 5906u, form.colours, 0u}) Put(file, number, 4);
+  for (DWORD number : std::initializer_list<DWORD>{form.coding, 0, 11811, 5906, form.colours, 0}) {
+    Put(file, number, 4);
+  }
   for (DWORD number : form.tail) Put(file, number, 4);
   file.insert(file.end(), rows.begin(), rows.end());
   return file;

@@ -5,7 +5,6 @@
 #include <gtest/gtest.h>
 
 #include "tests/support/pictures.h"
-#include "tests/support/run_program.h"
 #include "tests/support/temp_dir.h"
 
 namespace sorrelin::tool {

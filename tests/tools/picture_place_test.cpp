@@ -30,14 +30,14 @@ TEST(PicturePlace, OrientationIsThatOfExif) {
 TEST(PicturePlace, UprightPictureFillsThePageFromItsLowerLeftCorner) {
   for (int i = 0; i < 8; ++i) {
     Matrix const place = UprightPlace(kDrawn[i], i + 1);
-    Point const origin = Apply(place, {0, 0}), far = Apply(place, {1, 1});
+    Point const origin = Apply(place, {0, 0}), corner = Apply(place, {1, 1});
     Point const right = Apply(place, {1, 0});
     EXPECT_NEAR(origin.x, 0, 1e-9) << i;
     EXPECT_NEAR(origin.y, 0, 1e-9) << i;
     EXPECT_NEAR(right.x, 200, 1e-9) << i;
     EXPECT_NEAR(right.y, 0, 1e-9) << i;
-    EXPECT_NEAR(far.x, 200, 1e-9) << i;
-    EXPECT_NEAR(far.y, 100, 1e-9) << i;
+    EXPECT_NEAR(corner.x, 200, 1e-9) << i;
+    EXPECT_NEAR(corner.y, 100, 1e-9) << i;
   }
 }
 

@@ -3,8 +3,8 @@
 
 #include <gtest/gtest.h>
 #include <png.h>
-#include <zlib.h>
 
+#include "tests/support/pdf_builder.h"
 #include "tests/support/pictures.h"
 #include "tests/support/temp_dir.h"
 
@@ -115,14 +115,12 @@ TEST(PngChunks, CutFilesAreSeen) {
 
 // The stream of `rows` is stored as the only data of a picture of 72 by 36 greys.
 std::optional<StoredImage> StoredWith(std::vector<BYTE> const& rows) {
-  std::vector<BYTE> stream(compressBound(rows.size()));
-  uLongf size = stream.size();
-  compress(stream.data(), &size, rows.data(), rows.size());
+  std::vector<BYTE> const stream = test::ToBytes(test::Deflate(test::ToText(rows)));
   PngChunks chunks;
   chunks.width = 72;
   chunks.height = 36;
   chunks.bits = 8;
-  chunks.data = {std::span<BYTE const>(stream).first(size)};
+  chunks.data = {std::span<BYTE const>(stream)};
   return StoredPng(chunks);
 }
 

@@ -8,6 +8,8 @@
 #include <cstring>
 #include <random>
 
+#include "tests/support/pdf_builder.h"
+
 namespace sorrelin::tool {
 namespace {
 
@@ -33,11 +35,7 @@ std::vector<BYTE> Unpredicted(std::vector<BYTE> const& rows, int width, int heig
   PutLong(header, static_cast<uint32_t>(height));
   for (int const byte : {bits, type, 0, 0, 0}) header.push_back(static_cast<BYTE>(byte));
   PutChunk(file, "IHDR", header);
-  std::vector<BYTE> data(compressBound(rows.size()));
-  uLongf size = data.size();
-  compress(data.data(), &size, rows.data(), rows.size());
-  data.resize(size);
-  PutChunk(file, "IDAT", data);
+  PutChunk(file, "IDAT", test::ToBytes(test::Deflate(test::ToText(rows))));
   PutChunk(file, "IEND", {});
   png_image image{};
   image.version = PNG_IMAGE_VERSION;

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <numbers>
 
 #include "tools/make/pages/scan_cleaning.h"
 
@@ -39,8 +40,8 @@ double SkewOf(Pix* pix) {
 }
 
 PixPtr Tilted() {
-  return PixPtr(pixRotate(Lines().get(), static_cast<l_float32>(2 * M_PI / 180), L_ROTATE_AREA_MAP,
-                          L_BRING_IN_WHITE, 0, 0));
+  return PixPtr(pixRotate(Lines().get(), static_cast<l_float32>(2 * std::numbers::pi / 180),
+                          L_ROTATE_AREA_MAP, L_BRING_IN_WHITE, 0, 0));
 }
 
 TEST(ScanCleaning, TiltedLinesAreStraightened) {

@@ -21,14 +21,12 @@ unsigned Ink(int, int x, int y, int) { return (x * x + 3 * y) % 7 < 2 ? 1 : 0; }
 
 class TiffStored : public ::testing::Test {
  protected:
-  ~TiffStored() override {
-    if (tiff_ != nullptr) TIFFClose(tiff_);
-  }
+  ~TiffStored() override { Close(); }
 
   std::optional<StoredImage> Stored(TiffPage const& page, test::SampleAt const& sample = Pattern) {
     std::string const name = (directory_ / "a.tif").string();
+    Close();
     test::WriteTiff(name, {page}, sample);
-    if (tiff_ != nullptr) TIFFClose(tiff_);
     tiff_ = TIFFOpen(name.c_str(), "r");
     return StoredTiffPage(tiff_);
   }
@@ -38,6 +36,11 @@ class TiffStored : public ::testing::Test {
   TIFF* tiff() const { return tiff_; }
 
  private:
+  void Close() {
+    if (tiff_ != nullptr) TIFFClose(tiff_);
+    tiff_ = nullptr;
+  }
+
   test::TempDir directory_;
   TIFF* tiff_ = nullptr;
 };
