@@ -12,6 +12,7 @@
 #include "tests/support/temp_dir.h"
 #include "tools/cli/output_file.h"
 #include "tools/cli/text.h"
+#include "tools/system/names.h"
 #include "tools/system/program.h"
 
 namespace sorrelin::tool {

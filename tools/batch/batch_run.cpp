@@ -23,6 +23,7 @@
 #include "tools/cli/text.h"
 #include "tools/documents/child.h"
 #include "tools/make/make_document.h"
+#include "tools/system/names.h"
 
 namespace sorrelin::tool {
 namespace {
@@ -79,13 +80,6 @@ std::optional<uint64_t> SizeOf(std::string const& name) {
   return error ? std::nullopt : std::optional<uint64_t>(size);
 }
 
-// One spelling for all names of a document.
-std::string PlainName(std::string const& output) {
-  std::error_code error;
-  fs::path const name = fs::weakly_canonical(PathOf(output), error);
-  return error ? output : name.string();
-}
-
 class Batch {
  public:
   Batch(BatchOptions const& options, ListFile& list, ResultsFile& results)
@@ -138,7 +132,8 @@ class Batch {
   // Two lines of a list cannot make one document.
   void ClaimName(Result const& result) {
     std::lock_guard const lock(mutex_);
-    auto const [place, is_new] = claimed_.emplace(PlainName(result.output), result.line);
+    auto const [place, is_new] =
+        claimed_.emplace(NameToCompare(PathOf(result.output)), result.line);
     if (is_new) return;
     throw UsageError(result.output, "is the output of line " + std::to_string(place->second));
   }

@@ -5,10 +5,12 @@
 #include <algorithm>
 #include <cstdio>
 #include <filesystem>
+#include <iterator>
 #include <system_error>
 #include <utility>
 
 #include "tools/cli/text.h"
+#include "tools/system/names.h"
 
 namespace sorrelin::tool {
 namespace {
@@ -76,7 +78,14 @@ void Verb::Argument(std::string const& name, std::string& target, std::string co
 
 void Verb::Argument(std::string const& name, std::vector<std::string>& target,
                     std::string const& help) {
-  parser_.add_option(name, target, help)->required()->type_name("");
+  auto const take = [&target](std::vector<std::string> const& texts) {
+    target.clear();
+    for (std::string const& text : texts)
+      std::ranges::move(NamesOf(text), std::back_inserter(target));
+  };
+  parser_.add_option_function<std::vector<std::string>>(name, take, help)
+      ->required()
+      ->type_name("");
 }
 
 void Verb::OptionalArgument(std::string const& name, std::string& target, std::string const& help) {

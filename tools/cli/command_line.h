@@ -34,7 +34,8 @@ class Verb {
 
   Verb(CLI::App& parser, int& exit_code) : parser_(parser), exit_code_(exit_code) {}
 
-  // An argument without a dash, which must be there; a list takes one or more.
+  // An argument without a dash, which must be there; a list takes one or more, and patterns of
+  // names where shells do not expand them.
   void Argument(std::string const& name, std::string& target, std::string const& help);
   void Argument(std::string const& name, std::vector<std::string>& target, std::string const& help);
 

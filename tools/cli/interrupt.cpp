@@ -5,6 +5,7 @@
 
 #include "tools/cli/output_file.h"
 #include "tools/cli/progress.h"
+#include "tools/system/program.h"
 
 namespace sorrelin::tool {
 namespace {
@@ -13,6 +14,7 @@ namespace {
 BOOL OnInterrupt(DWORD) {
   RemoveOutputForGood();
   RemoveBarForGood();
+  EndInterrupted();
   return FALSE;
 }
 

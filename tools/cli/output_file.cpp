@@ -5,17 +5,20 @@
 #include <sorrelin/platform/file.h>
 
 #include <cerrno>
+#include <chrono>
 #include <cstdio>
 #include <mutex>
 #include <new>
 #include <random>
 #include <set>
 #include <system_error>
+#include <thread>
 #include <utility>
 #include <vector>
 
 #include "tools/cli/messages.h"
 #include "tools/cli/text.h"
+#include "tools/system/names.h"
 #include "tools/system/program.h"
 
 namespace sorrelin::tool {
@@ -27,7 +30,9 @@ constexpr char kDocumentName[] = "document.pdf";
 constexpr int kNameTries = 16;
 constexpr char kPlaceRemedy[] = " (choose a directory that exists and may be written to)";
 constexpr char kDevice[] = "is the name of a device (choose another name)";
+constexpr char kProtected[] = "is read-only (make it writable, or choose another name)";
 constexpr char kHeld[] = "is held by another program (close it there, and run this again)";
+constexpr DWORD kShareReaders = FILE_SHARE_READ | FILE_SHARE_DELETE;
 constexpr size_t kCopyBytes = 1 << 16;
 constexpr size_t kMarkWithin = 1024;  // bytes of a document
 
@@ -48,18 +53,25 @@ ActiveOutput& Active() {
   return active;
 }
 
-// Removing takes memory, of which a single shortage has passed at the second try.
-constexpr int kRemovalTries = 2;
+// Memory may be short for a moment; and where open files cannot be removed, another thread may have
+// opened one just now, or a program that looks into new files.
+constexpr int kRemovalTries = 20;
+constexpr std::chrono::milliseconds kBetweenTries{10};
+
+bool Remove(fs::path const& directory, bool close_files) {
+  try {
+    if (close_files) CloseFilesIn(directory);
+    return RemoveFolder(directory);
+  } catch (std::bad_alloc const&) {
+    return false;
+  }
+}
 
 // With the mutex held.
-void RemoveActive(ActiveOutput& active, fs::path const& directory) {
+void RemoveActive(ActiveOutput& active, fs::path const& directory, bool close_files = false) {
   if (active.directories.erase(directory) == 0) return;
-  for (int i = 0; i < kRemovalTries; ++i) {
-    try {
-      if (RemoveFolder(directory)) return;
-    } catch (std::bad_alloc const&) {
-      continue;
-    }
+  for (int i = 0; i < kRemovalTries && !Remove(directory, close_files); ++i) {
+    std::this_thread::sleep_for(kBetweenTries);
   }
 }
 
@@ -92,12 +104,13 @@ fs::path MakeDirectory(fs::path const& target, std::string& problem) {
          fs::path{};
 }
 
-bool MayWrite(fs::file_status const& status, bool replace, std::string& problem) {
+bool MayWrite(fs::path const& target, fs::file_status const& status, bool replace,
+              std::string& problem) {
   if (status.type() == fs::file_type::not_found) return true;
   if (!replace) return problem = "exists already (--force replaces it)", false;
   if (status.type() != fs::file_type::regular)
     return problem = "is not a regular file (choose another name)", false;
-  return true;
+  return !IsWriteProtected(target) || (problem = kProtected, false);
 }
 
 // A replaced link stays a link: what it names is replaced.
@@ -106,13 +119,6 @@ fs::path Resolved(fs::path const& target) {
   if (!fs::is_symlink(target, error)) return target;
   fs::path const resolved = fs::canonical(target, error);
   return error ? target : resolved;
-}
-
-// Some systems replace files by their full names only.
-WideText FullName(fs::path const& path) {
-  std::error_code error;
-  fs::path const full = fs::absolute(path, error);
-  return WideName(error ? path : full);
 }
 
 // Why a file did not get its name, by the system's error.
@@ -144,7 +150,7 @@ std::unique_ptr<OutputFile> OutputFile::Open(std::string const& target, bool rep
     problem = "cannot be created: " + error.message() + kPlaceRemedy;
     return nullptr;
   }
-  if (!MayWrite(status, replace, problem)) return nullptr;
+  if (!MayWrite(resolved, status, replace, problem)) return nullptr;
   return Made(resolved, replace, resolved, problem);
 }
 
@@ -171,7 +177,8 @@ std::unique_ptr<OutputFile> OutputFile::Temporary(std::string& problem) {
   std::error_code error;
   fs::path const temporary = fs::temp_directory_path(error);
   if (!error) return Made({}, false, temporary / kDocumentName, problem);
-  problem = error.message() + " (TMPDIR names the directory for temporary files)";
+  problem =
+      error.message() + " (" + TemporaryVariable() + " names the directory for temporary files)";
   return nullptr;
 }
 
@@ -230,21 +237,26 @@ bool OutputFile::Rename(std::string& problem, Durability durability) {
 }
 
 bool OutputFile::Move(bool on_disk) const {
-  WideText const from = FullName(path_);
-  WideText const to = FullName(target_);
-  if (IsHeld(target_)) return SetLastError(ERROR_SHARING_VIOLATION), false;
-  if (keep_owner_) {
-    return ReplaceFileW(to.c_str(), from.c_str(), nullptr, 0, nullptr, nullptr) != FALSE;
-  }
+  bool const moved = keep_owner_ ? ReplaceKeepingAccess(target_, path_) : MoveToTarget(on_disk);
+  if (moved) return true;
+  DWORD const error = GetLastError();
+  SetLastError(replace_ && IsHeld(target_) ? ERROR_SHARING_VIOLATION : error);
+  return false;
+}
+
+bool OutputFile::MoveToTarget(bool on_disk) const {
   if (replace_) KeepPermissions(target_, path_);
+  // Some systems move files by their full names only.
+  WideText const from = WideName(FullName(path_));
+  WideText const to = WideName(FullName(target_));
   DWORD const flags =
       (on_disk ? MOVEFILE_WRITE_THROUGH : 0) | (replace_ ? MOVEFILE_REPLACE_EXISTING : 0);
   return MoveFileExW(from.c_str(), to.c_str(), flags) != FALSE;
 }
 
 bool FlushFile(fs::path const& path) {
-  HANDLE const file = CreateFileW(WideName(path).c_str(), GENERIC_WRITE, 0, nullptr, OPEN_EXISTING,
-                                  FILE_ATTRIBUTE_NORMAL, nullptr);
+  HANDLE const file = CreateFileW(WideName(path).c_str(), GENERIC_WRITE, kShareReaders, nullptr,
+                                  OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
   if (file == INVALID_HANDLE_VALUE) return false;
   bool const flushed = FlushFileBuffers(file) != FALSE;
   DWORD const error = GetLastError();
@@ -258,8 +270,7 @@ void RemoveOutputForGood() {
   active.mutex.lock();
   while (!active.directories.empty()) {
     fs::path const directory = *active.directories.begin();
-    CloseFilesIn(directory);
-    RemoveActive(active, directory);
+    RemoveActive(active, directory, true);
   }
 }
 

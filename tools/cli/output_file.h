@@ -54,6 +54,7 @@ class OutputFile {
   bool Rename(std::string& problem, Durability durability);
   // With the mutex held.
   bool Move(bool on_disk) const;
+  bool MoveToTarget(bool on_disk) const;
   bool Copy(std::string& problem) const;
 
   std::filesystem::path target_;  // empty: standard output

@@ -5,17 +5,28 @@
 
 #include "tools/cli/messages.h"
 #include "tools/cli/text.h"
+#include "tools/system/program.h"
 
 namespace sorrelin::tool {
 
-FileHold::FileHold(std::filesystem::path const& path)
-    : file_(CreateFileW(WideName(path).c_str(), GENERIC_READ | GENERIC_WRITE,
-                        FILE_SHARE_READ | FILE_SHARE_DELETE, nullptr, OPEN_EXISTING,
-                        FILE_ATTRIBUTE_NORMAL, nullptr)) {}
+FileHold::FileHold(std::filesystem::path const& path) : file_(INVALID_HANDLE_VALUE) {
+  // Some administrators may open even these.
+  if (IsWriteProtected(path)) {
+    SetLastError(ERROR_ACCESS_DENIED);
+    return;
+  }
+  DWORD const share = FILE_SHARE_READ | (CanReplaceHeldFiles() ? FILE_SHARE_DELETE : 0);
+  file_ = CreateFileW(WideName(path).c_str(), GENERIC_READ | GENERIC_WRITE, share, nullptr,
+                      OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+}
 
 void FileHold::Release() {
   if (IsHeld()) CloseHandle(file_);
   file_ = INVALID_HANDLE_VALUE;
+}
+
+void FileHold::ReleaseForReplacing() {
+  if (!CanReplaceHeldFiles()) Release();
 }
 
 std::string FileHold::Problem() {

@@ -11,7 +11,7 @@ namespace sorrelin::tool {
 
 class FileHold {
  public:
-  // Holds a file that exists and may be written to. It can be replaced meanwhile.
+  // Holds a file that exists and may be written to.
   explicit FileHold(std::filesystem::path const& path);
   ~FileHold() { Release(); }
   FileHold(FileHold const&) = delete;
@@ -19,6 +19,8 @@ class FileHold {
 
   bool IsHeld() const { return file_ != INVALID_HANDLE_VALUE; }
   void Release();
+  // Has the file be one that can be replaced: still held, where the system allows it.
+  void ReleaseForReplacing();
 
   // Why the last file on this thread could not be held, with a remedy.
   static std::string Problem();

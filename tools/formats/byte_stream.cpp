@@ -13,10 +13,10 @@ constexpr size_t kReadBytes = 1 << 16;
 
 // The system's reason why a file cannot be read, and what to do about it.
 std::string SystemText(int error) {
-  char const* const remedy = error == ENOENT   ? " (check the name)"
-                             : error == EACCES ? " (make it readable)"
-                             : error == EISDIR ? " (name the files in it)"
-                                               : " (see that it can be read)";
+  char const* const remedy = error == ENOENT || error == EINVAL ? " (check the name)"
+                             : error == EACCES                  ? " (make it readable)"
+                             : error == EISDIR                  ? " (name the files in it)"
+                                                                : " (see that it can be read)";
   return std::generic_category().message(error) + remedy;
 }
 

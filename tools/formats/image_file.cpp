@@ -16,6 +16,7 @@
 #include "tools/formats/pnm_file.h"
 #include "tools/formats/raster/raster_source.h"
 #include "tools/formats/tiff/tiff_source.h"
+#include "tools/system/names.h"
 
 namespace sorrelin::tool {
 namespace {
@@ -104,8 +105,9 @@ std::unique_ptr<OutputFile> Spooled(ByteStream& stream, std::string& problem) {
   }
   out.close();
   if (out) return spool;
-  return problem = "cannot be kept while it is read (make room in the directory that TMPDIR names)",
-         nullptr;
+  problem = "cannot be kept while it is read (make room in the directory that " +
+            TemporaryVariable() + " names)";
+  return nullptr;
 }
 
 }  // namespace

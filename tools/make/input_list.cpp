@@ -11,6 +11,7 @@
 #include "tools/cli/text.h"
 #include "tools/formats/image_file.h"
 #include "tools/system/entries.h"
+#include "tools/system/names.h"
 
 namespace sorrelin::tool {
 namespace {
@@ -76,7 +77,7 @@ std::strong_ordering CompareNatural(std::string_view a, std::string_view b) {
 }
 
 bool HasPictureEnding(fs::path const& path) {
-  std::string ending = path.extension().string();
+  std::string ending = NameOf(path.extension());
   std::transform(ending.begin(), ending.end(), ending.begin(), Lower);
   return std::ranges::find(kPictureEndings, ending) != std::end(kPictureEndings);
 }
@@ -111,7 +112,7 @@ class FolderReader {
 
   void Take(fs::directory_entry const& entry) {
     std::error_code error;
-    std::string const name = entry.path().string();
+    std::string const name = NameOf(entry.path());
     fs::file_status const status = entry.status(error);
     bool const link = IsLink(entry);
     if (status.type() == fs::file_type::directory) {

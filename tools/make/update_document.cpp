@@ -113,7 +113,7 @@ class Update {
   // blank.
 
   bool ChangeCopy(std::string& problem) {
-    FileHold const hold(PathOf(options_.pages.output));
+    FileHold hold(PathOf(options_.pages.output));
     if (!hold.IsHeld()) return problem = FileHold::Problem(), false;
     auto output = OutputFile::OpenCopy(options_.pages.output, problem);
     if (output != nullptr && !AddPages(output->path(), problem)) {
@@ -129,6 +129,7 @@ class Update {
         !AddTexts(output->path(), pages_ - added_, pages_, options_.pages, *adder_, problem)) {
       return false;
     }
+    hold.ReleaseForReplacing();
     if (output != nullptr && output->Commit(problem)) return true;
     problem = "is as it was, because its copy " + problem + " (--in-place needs no copy)";
     return false;

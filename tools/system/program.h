@@ -14,14 +14,26 @@ void PrepareStreams();
 // give the readers of files no process of their own. The process then ends with `exit_code`.
 void TidyUpOnCrash(void (*tidy_up)(), int exit_code);
 
+// Ends the process with the status of an interrupted one, where the system would not do so after
+// the handler of the interrupt.
+void EndInterrupted();
+
 // Whether work that RunInChildProcess runs has its own process and memory.
 bool HasChildProcesses();
 
-// Whether a file cannot have this name since a device has it, as CON and NUL.pdf on Windows.
-bool IsDeviceName(std::filesystem::path const& path);
+// Gives the file `from` the name of the file `to`, with who owns that and who may do what with it.
+// At every moment the name is that of one of them, whole. False with the system error.
+bool ReplaceKeepingAccess(std::filesystem::path const& to, std::filesystem::path const& from);
 
-// Whether another program has a file open in a way that keeps it from being replaced.
+// Whether a file that this process holds, and lets others remove, can be replaced.
+bool CanReplaceHeldFiles();
+
+// Whether a file that could not be replaced is open, on systems where that is a reason.
 bool IsHeld(std::filesystem::path const& path);
+
+// Whether a file is marked so that nobody may change or replace it, on systems where such a mark is
+// the file's own and not a permission.
+bool IsWriteProtected(std::filesystem::path const& path);
 
 // Removes a directory with the files in it. False if something is left.
 bool RemoveFolder(std::filesystem::path const& directory);

@@ -1,7 +1,11 @@
 // The program on POSIX, where streams are bytes and a crash ends a child alone.
 #include "tools/system/program.h"
 
+#include <sorrelin/platform/file.h>
+
 #include <system_error>
+
+#include "tools/cli/text.h"
 
 namespace sorrelin::tool {
 
@@ -9,11 +13,20 @@ void PrepareStreams() {}
 
 void TidyUpOnCrash(void (*)(), int) {}
 
+void EndInterrupted() {}
+
 bool HasChildProcesses() { return true; }
 
-bool IsDeviceName(std::filesystem::path const&) { return false; }
+bool ReplaceKeepingAccess(std::filesystem::path const& to, std::filesystem::path const& from) {
+  return ReplaceFileW(WideName(to).c_str(), WideName(from).c_str(), nullptr, 0, nullptr, nullptr) !=
+         FALSE;
+}
+
+bool CanReplaceHeldFiles() { return true; }
 
 bool IsHeld(std::filesystem::path const&) { return false; }
+
+bool IsWriteProtected(std::filesystem::path const&) { return false; }
 
 bool RemoveFolder(std::filesystem::path const& directory) {
   std::error_code error;

@@ -1,4 +1,5 @@
-// The program on Windows: streams, crashes and the names of devices.
+// The program on Windows: streams, crashes, and files that others hold or protect.
+#include <aclapi.h>
 #include <fcntl.h>
 #include <io.h>
 #include <windows.h>
@@ -9,6 +10,7 @@
 #include <cstdlib>
 #include <string>
 
+#include "tools/system/names.h"
 #include "tools/system/program.h"
 
 namespace sorrelin::tool {
@@ -20,6 +22,8 @@ constexpr uintptr_t kEndOfHandles = uintptr_t{1} << 12;
 
 // What a handler may use after the stack has overflowed.
 constexpr ULONG kStackForHandler = 1 << 16;
+
+constexpr UINT kControlCExit = 0xC000013A;  // STATUS_CONTROL_C_EXIT
 
 void (*crash_handler)() = nullptr;
 int crash_exit_code = 0;
@@ -41,6 +45,32 @@ std::wstring NameOfFile(HANDLE file) {
   DWORD const size = static_cast<DWORD>(name.size());
   name.resize(GetFinalPathNameByHandleW(file, name.data(), size, FILE_NAME_NORMALIZED));
   return name;
+}
+
+// Rights that come from the folder stay those of the folder.
+bool CopyAccess(std::wstring const& from, std::wstring to) {
+  PACL list = nullptr;
+  PSECURITY_DESCRIPTOR descriptor = nullptr;
+  DWORD error = GetNamedSecurityInfoW(from.c_str(), SE_FILE_OBJECT, DACL_SECURITY_INFORMATION,
+                                      nullptr, nullptr, &list, nullptr, &descriptor);
+  if (error != ERROR_SUCCESS) return SetLastError(error), false;
+  SECURITY_DESCRIPTOR_CONTROL control = 0;
+  DWORD revision = 0;
+  GetSecurityDescriptorControl(descriptor, &control, &revision);
+  SECURITY_INFORMATION const kind = (control & SE_DACL_PROTECTED) != 0
+                                        ? PROTECTED_DACL_SECURITY_INFORMATION
+                                        : UNPROTECTED_DACL_SECURITY_INFORMATION;
+  error = SetNamedSecurityInfoW(to.data(), SE_FILE_OBJECT, DACL_SECURITY_INFORMATION | kind,
+                                nullptr, nullptr, list, nullptr);
+  LocalFree(descriptor);
+  SetLastError(error);
+  return error == ERROR_SUCCESS;
+}
+
+// A copy of a protected file is protected too.
+void RemoveFile(std::filesystem::path const& path) {
+  SetFileAttributesW(path.c_str(), FILE_ATTRIBUTE_NORMAL);
+  DeleteFileW(path.c_str());
 }
 
 void ShowEscapeSequences(DWORD stream) {
@@ -71,15 +101,33 @@ void TidyUpOnCrash(void (*tidy_up)(), int exit_code) {
   std::signal(SIGABRT, OnAbort);
 }
 
+// Other threads must not go on to say that their files are closed.
+void EndInterrupted() { TerminateProcess(GetCurrentProcess(), kControlCExit); }
+
 bool HasChildProcesses() { return false; }
 
+// The system's ReplaceFileW has moments without a file of that name.
+bool ReplaceKeepingAccess(std::filesystem::path const& to, std::filesystem::path const& from) {
+  std::wstring const target = FullName(to).native(), file = FullName(from).native();
+  return CopyAccess(target, file) &&
+         MoveFileExW(file.c_str(), target.c_str(),
+                     MOVEFILE_WRITE_THROUGH | MOVEFILE_REPLACE_EXISTING) != FALSE;
+}
+
+bool CanReplaceHeldFiles() { return false; }
+
 bool IsHeld(std::filesystem::path const& path) {
-  DWORD const share = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
-  HANDLE const file = CreateFileW(path.c_str(), DELETE, share, nullptr, OPEN_EXISTING,
-                                  FILE_ATTRIBUTE_NORMAL, nullptr);
+  HANDLE const file =
+      CreateFileW(path.c_str(), DELETE, 0, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
   if (file == INVALID_HANDLE_VALUE) return GetLastError() == ERROR_SHARING_VIOLATION;
   CloseHandle(file);
   return false;
+}
+
+bool IsWriteProtected(std::filesystem::path const& path) {
+  DWORD const attributes = GetFileAttributesW(path.c_str());
+  return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_READONLY) != 0 &&
+         (attributes & FILE_ATTRIBUTE_DIRECTORY) == 0;
 }
 
 // The standard library's walk does not reach paths of more than 260 characters.
@@ -89,7 +137,7 @@ bool RemoveFolder(std::filesystem::path const& directory) {
   if (search != INVALID_HANDLE_VALUE) {
     do {
       bool const is_file = (entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) == 0;
-      if (is_file) DeleteFileW((directory / entry.cFileName).c_str());
+      if (is_file) RemoveFile(directory / entry.cFileName);
     } while (FindNextFileW(search, &entry) != FALSE);
     FindClose(search);
   }
@@ -103,14 +151,6 @@ void CloseFilesIn(std::filesystem::path const& directory) {
     HANDLE const file = reinterpret_cast<HANDLE>(value);
     if (NameOfFile(file).find(part) != std::wstring::npos) CloseHandle(file);
   }
-}
-
-// The system itself knows which names it gives to devices.
-bool IsDeviceName(std::filesystem::path const& path) {
-  DWORD const size = GetFullPathNameW(path.c_str(), 0, nullptr, nullptr);
-  std::wstring full(size, L'\0');
-  GetFullPathNameW(path.c_str(), size, full.data(), nullptr);
-  return full.starts_with(L"\\\\.\\");
 }
 
 }  // namespace sorrelin::tool

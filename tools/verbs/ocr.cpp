@@ -67,8 +67,8 @@ class Ocr {
 
   bool Change(std::string& problem) {
     if (!IsInPlace()) return Write(problem);
-    FileHold const hold(PathOf(options_.document));
-    return hold.IsHeld() ? Write(problem) : (problem = FileHold::Problem(), false);
+    hold_.emplace(PathOf(options_.document));
+    return hold_->IsHeld() ? Write(problem) : (problem = FileHold::Problem(), false);
   }
 
   bool Write(std::string& problem) {
@@ -104,6 +104,7 @@ class Ocr {
   }
 
   bool Commit(OutputFile& output, std::string& problem) {
+    if (hold_) hold_->ReleaseForReplacing();
     if (output.Commit(problem)) return true;
     if (IsInPlace()) return problem = "is as it was, because its copy " + problem, false;
     Report(options_.output, problem);
@@ -116,6 +117,7 @@ class Ocr {
   }
 
   OcrVerbOptions const& options_;
+  std::optional<FileHold> hold_;  // of a document that is changed in its place
   bool failed_ = false;
   bool output_failed_ = false;
 };
