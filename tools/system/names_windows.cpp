@@ -4,7 +4,6 @@
 #include <algorithm>
 #include <string_view>
 
-#include "tools/cli/text.h"
 #include "tools/system/entries.h"
 #include "tools/system/names.h"
 
@@ -16,6 +15,18 @@ namespace fs = std::filesystem;
 constexpr wchar_t kAnyText[] = L"*";
 constexpr wchar_t kEveryName[] = L"*.*";  // with or without a dot
 constexpr char kEndsOfFolders[] = "/\\:";
+
+// What is no Unicode becomes the sign for that.
+std::string Utf8(std::wstring_view text) {
+  int const units = static_cast<int>(text.size());
+  std::string bytes(3 * text.size(), '\0');
+  int const size = WideCharToMultiByte(CP_UTF8, 0, text.data(), units, bytes.data(),
+                                       static_cast<int>(bytes.size()), nullptr, nullptr);
+  bytes.resize(static_cast<size_t>(size));
+  return bytes;
+}
+
+fs::path PathOf(std::string const& name) { return std::u8string(name.begin(), name.end()); }
 
 bool IsSameLetter(wchar_t a, wchar_t b) {
   return CompareStringOrdinal(&a, 1, &b, 1, TRUE) == CSTR_EQUAL;

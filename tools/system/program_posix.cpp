@@ -5,8 +5,6 @@
 
 #include <system_error>
 
-#include "tools/cli/text.h"
-
 namespace sorrelin::tool {
 
 void PrepareStreams() {}
@@ -18,8 +16,8 @@ void EndInterrupted() {}
 bool HasChildProcesses() { return true; }
 
 bool ReplaceKeepingAccess(std::filesystem::path const& to, std::filesystem::path const& from) {
-  return ReplaceFileW(WideName(to).c_str(), WideName(from).c_str(), nullptr, 0, nullptr, nullptr) !=
-         FALSE;
+  return ReplaceFileW(to.string<WCHAR>().c_str(), from.string<WCHAR>().c_str(), nullptr, 0, nullptr,
+                      nullptr) != FALSE;
 }
 
 bool CanReplaceHeldFiles() { return true; }
