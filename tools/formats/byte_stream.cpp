@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <filesystem>
 #include <system_error>
 #include <utility>
 
@@ -25,7 +26,10 @@ std::string SystemText(int error) {
 std::unique_ptr<ByteStream> ByteStream::Open(std::string const& name, std::string& problem) {
   std::FILE* const file = name == kStandardInput ? stdin : std::fopen(name.c_str(), "rb");
   if (file != nullptr) return std::unique_ptr<ByteStream>(new ByteStream(file));
-  problem = SystemText(errno);
+  int const error = errno;
+  std::error_code unknown;
+  // Systems that do not open directories speak of permissions.
+  problem = SystemText(std::filesystem::is_directory(name, unknown) ? EISDIR : error);
   return nullptr;
 }
 
