@@ -46,6 +46,7 @@ void TidyUpAfterCrash() {
 
 void Prepare() {
   PrepareStreams();
+  TrustOwnLibraries();
   std::set_terminate(EndForMemory);
   TidyUpOnCrash(TidyUpAfterCrash, kExitFailure);
   TidyUpOnInterrupt();

@@ -10,6 +10,9 @@ namespace sorrelin::tool {
 // Call it before anything is read or written.
 void PrepareStreams();
 
+// Has libraries not be loaded from the current directory, where pictures of others may be.
+void TrustOwnLibraries();
+
 // Has `tidy_up` called when the process crashes, where a damaged file can do that: on systems that
 // give the readers of files no process of their own. The process then ends with `exit_code`.
 void TidyUpOnCrash(void (*tidy_up)(), int exit_code);

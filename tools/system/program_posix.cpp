@@ -9,6 +9,8 @@ namespace sorrelin::tool {
 
 void PrepareStreams() {}
 
+void TrustOwnLibraries() {}
+
 void TidyUpOnCrash(void (*)(), int) {}
 
 void EndInterrupted() {}

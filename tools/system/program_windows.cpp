@@ -20,6 +20,8 @@ namespace {
 constexpr uintptr_t kHandleStep = 4;
 constexpr uintptr_t kEndOfHandles = uintptr_t{1} << 12;
 
+constexpr DWORD kPathUnits = 1 << 15;  // the longest path
+
 // What a handler may use after the stack has overflowed.
 constexpr ULONG kStackForHandler = 1 << 16;
 
@@ -88,6 +90,13 @@ void PrepareStreams() {
   SetConsoleOutputCP(CP_UTF8);
   ShowEscapeSequences(STD_OUTPUT_HANDLE);
   ShowEscapeSequences(STD_ERROR_HANDLE);
+}
+
+// A folder that is set takes the place of the current directory.
+void TrustOwnLibraries() {
+  std::wstring path(kPathUnits, L'\0');
+  path.resize(GetModuleFileNameW(nullptr, path.data(), kPathUnits));
+  SetDllDirectoryW(std::filesystem::path(path).parent_path().c_str());
 }
 
 void TidyUpOnCrash(void (*tidy_up)(), int exit_code) {
