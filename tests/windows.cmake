@@ -35,6 +35,10 @@ function(sorrelin_leave_out variable)
   set(${variable} ${kept} PARENT_SCOPE)
 endfunction()
 
+# Tesseract's data are those of this system's packages.
+find_path(SORRELIN_TESSDATA eng.traineddata
+  PATHS /usr/share/tesseract-ocr/5/tessdata NO_DEFAULT_PATH NO_CMAKE_FIND_ROOT_PATH)
+
 # sorrelin_run_under_wine(<target>): one test, since a start takes longer than most tests. Libraries
 # that are named without a folder are found as on other systems, in the folder of libraries.
 function(sorrelin_run_under_wine target)
@@ -45,5 +49,6 @@ function(sorrelin_run_under_wine target)
     COMMAND ${target} --gtest_filter=-${SORRELIN_LEFT_OUT_TESTS})
   set_tests_properties(${target} PROPERTIES
     TIMEOUT 600
-    ENVIRONMENT "WINEPATH=${CMAKE_LIBRARY_OUTPUT_DIRECTORY}")
+    ENVIRONMENT
+      "WINEPATH=${CMAKE_LIBRARY_OUTPUT_DIRECTORY};TESSDATA_PREFIX=Z:${SORRELIN_TESSDATA}")
 endfunction()

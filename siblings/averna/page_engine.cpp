@@ -1,4 +1,5 @@
 // Calls of Tesseract, which is kept from writing to standard error.
+#include <siblings/averna/engine_system.h>
 #include <siblings/averna/page_engine.h>
 #include <siblings/averna/text_layer.h>
 #include <tesseract/ocrclass.h>
@@ -11,34 +12,20 @@
 #include <utility>
 #include <vector>
 
-// OpenMP's, from the runtime that Tesseract itself links, whichever this compiler has; null where
-// it links none.
-extern "C" {
-[[gnu::weak]] int omp_get_max_active_levels();
-[[gnu::weak]] void omp_set_max_active_levels(int levels);
-}
-
 namespace sorrelin::averna {
 namespace {
 
 constexpr int kFullTurn = 360;
 
-bool HasThreads() {
-  return omp_get_max_active_levels != nullptr && omp_set_max_active_levels != nullptr;
-}
-
 // One call at a time; Leptonica's messages are off meanwhile. The engine keeps to one thread: its
 // own gain little, and cost the processes that recognise other pages far more.
 class Turn {
  public:
-  Turn()
-      : lock_(Mutex()),
-        severity_(setMsgSeverity(L_SEVERITY_NONE)),
-        levels_(HasThreads() ? omp_get_max_active_levels() : 0) {
-    if (HasThreads()) omp_set_max_active_levels(0);
+  Turn() : lock_(Mutex()), severity_(setMsgSeverity(L_SEVERITY_NONE)), levels_(ParallelLevels()) {
+    SetParallelLevels(0);
   }
   ~Turn() {
-    if (HasThreads()) omp_set_max_active_levels(levels_);
+    SetParallelLevels(levels_);
     setMsgSeverity(severity_);
   }
   Turn(Turn const&) = delete;
@@ -52,7 +39,7 @@ class Turn {
 
   std::lock_guard<std::mutex> lock_;
   l_int32 severity_;
-  int levels_;  // of parallel regions
+  int levels_;
 };
 
 // The languages of a list; those with a tilde are not wanted.
@@ -117,7 +104,8 @@ int PageEngine::Open(std::string const& languages, std::string& missing) {
   Turn const turn;
   // Before Init, which writes already.
   api_.SetVariable("debug_file", "/dev/null");
-  bool const loaded = api_.Init(nullptr, languages.c_str()) == 0;
+  std::string const folder = DataFolder();
+  bool const loaded = api_.Init(folder.empty() ? nullptr : folder.c_str(), languages.c_str()) == 0;
   std::string const lacking = loaded ? FirstMissing(api_, languages) : std::string();
   if (loaded && lacking.empty()) {
     api_.SetVariable("hocr_font_info", "1");

@@ -112,9 +112,11 @@ TEST(AvernaEngine, DocumentIsOnePageOfInvisibleTextAsLargeAsThePicture) {
 
 TEST(AvernaEngine, DocumentLeavesNoFile) {
   test::TempDir const folder;
-  setenv("TMPDIR", folder.path().c_str(), 1);
+  for (char const* const name : {"TMPDIR", "TMP"}) {
+    setenv(name, folder.path().string().c_str(), 1);
+  }
   Result(AVERNA_PDF);
-  unsetenv("TMPDIR");
+  for (char const* const name : {"TMPDIR", "TMP"}) unsetenv(name);
   EXPECT_TRUE(std::filesystem::is_empty(folder.path()));
 }
 

@@ -138,10 +138,10 @@ TEST(Averna, ReadsAGreyPageWithItsBoxesAndFontSizes) {
   EXPECT_GE(RightWords(document), WordsNeeded());
   EXPECT_EQ(document.width, test::kPageWidth);
   EXPECT_EQ(document.height, test::kPageHeight);
-  int const near = static_cast<int>(std::count_if(
+  int const right_sizes = static_cast<int>(std::count_if(
       document.words.begin(), document.words.end(),
       [](HocrWord const& word) { return std::abs(word.font_size - test::kPageFontSize) <= 2; }));
-  EXPECT_GE(near, WordsNeeded());
+  EXPECT_GE(right_sizes, WordsNeeded());
 }
 
 TEST(Averna, ReadsABilevelPage) {
