@@ -14,9 +14,12 @@ prefix=$cache/$triplet
 apt=$cache/apt
 toolchain=$PWD/cmake/mingw-w64.cmake
 mkdir -p "$prefix/built" "$prefix/lib/pkgconfig" "$cache/build"
+# One run at a time, since all share the cache.
+exec 9>"$cache/lock"
+flock 9
 # Each uses those before it.
 parts=(headers libjpeg-turbo libpng1.6 libdeflate giflib libwebp tiff openjpeg2 leptonlib lcms2
-  jbig2dec qpdf)
+  jbig2dec qpdf tesseract libde265 dav1d libheif)
 if [ $# -gt 1 ]; then parts=("${@:2}"); fi
 
 # make_source_list: the distribution's entries of the system's list, for source packages. The
@@ -150,6 +153,55 @@ build_qpdf() {
   cmake --build "$source/windows" --target libqpdf
   cmake --install "$source/windows" --component lib
   cmake --install "$source/windows" --component dev
+}
+
+# Without OpenMP, whose run-time library is a DLL, and for any processor instead of the builder's:
+# what newer ones have is chosen at run time. The compiler takes the stack for aligned to 32 bytes,
+# which it is not there, so vectors are moved as if they were nowhere aligned.
+build_tesseract() {
+  local flags=-Wa,-muse-unaligned-vector-move
+  if [ "$processor" = i686 ]; then flags+=" -mstackrealign"; fi
+  sed -i -e '/^install(TARGETS tesseract /d' -e 's/^add_executable(tesseract /&EXCLUDE_FROM_ALL /' \
+    "$source/CMakeLists.txt"
+  by_cmake -DSW_BUILD=OFF -DOPENMP_BUILD=OFF -DCOMPILER_SUPPORTS_MARCH_NATIVE=OFF \
+    -DBUILD_TRAINING_TOOLS=OFF -DDISABLE_ARCHIVE=ON -DDISABLE_CURL=ON -DGRAPHICS_DISABLED=ON \
+    -DCMAKE_CXX_FLAGS="$flags"
+  cp "$source/tessdata/pdf.ttf" "$prefix/share/tessdata"
+}
+
+# Callers align the stack to 4 bytes alone where processors have 32 bits.
+build_libde265() {
+  local flags=
+  if [ "$processor" = i686 ]; then flags=-mstackrealign; fi
+  by_cmake -DENABLE_SDL=OFF -DENABLE_DECODER=OFF -DCMAKE_C_FLAGS="$flags" -DCMAKE_CXX_FLAGS="$flags"
+}
+
+build_dav1d() {
+  cat >"$source/windows.cross" <<EOF
+[binaries]
+c = '$triplet-gcc-posix'
+ar = '$triplet-ar'
+strip = '$triplet-strip'
+windres = '$triplet-windres'
+[properties]
+needs_exe_wrapper = true
+[host_machine]
+system = 'windows'
+cpu_family = '${processor/i686/x86}'
+cpu = '$processor'
+endian = 'little'
+EOF
+  PKG_CONFIG_LIBDIR=$prefix/lib/pkgconfig meson setup --cross-file "$source/windows.cross" \
+    --prefix "$prefix" --libdir lib --buildtype release --default-library static \
+    -Denable_tools=false -Denable_tests=false "$source/windows" "$source"
+  ninja -C "$source/windows" install
+}
+
+build_libheif() {
+  local coders=() name
+  for name in X265 AOM_ENCODER AOM_DECODER SvtEnc RAV1E; do coders+=("-DWITH_$name=OFF"); done
+  sed -i '/add_definitions(-Werror)/d' "$source/CMakeLists.txt"
+  by_cmake "${coders[@]}" -DENABLE_PLUGIN_LOADING=OFF -DWITH_EXAMPLES=OFF
 }
 
 # write_pkgconfig NAME VERSION LIBRARY: what the library's own build leaves out.

@@ -191,12 +191,11 @@ TEST_F(Ocr, VerticalTextIsWholeAndComesInItsOrder) {
   EXPECT_THAT(OutputOf({"mutool", "draw", "-q", "-F", "text", Out()}), HasSubstr(text));
 }
 
-TEST_F(Ocr, MissingLanguageNamesThePackageAndWritesNothing) {
+TEST_F(Ocr, MissingLanguageIsNamedAndNothingWritten) {
   WritePix("page.png", Blank());
   ProgramResult const result = Make({Out(), Path("page.png"), "--ocr", "eng+chi_xxx"});
   EXPECT_EQ(result.exit_code, 1);
-  EXPECT_THAT(result.err, HasSubstr("\"chi_xxx\" are not installed (apt install "
-                                    "tesseract-ocr-chi-xxx)"));
+  EXPECT_THAT(result.err, HasSubstr("\"chi_xxx\" are not installed ("));
   EXPECT_FALSE(std::filesystem::exists(Out()));
 }
 
@@ -205,7 +204,7 @@ TEST_F(Ocr, LocaleChoosesTheLanguage) {
   ProgramResult const result =
       Make({Out(), Path("page.png"), "--ocr", "auto"}, {}, {"LANGUAGE=", "LC_ALL=yo_NG.UTF-8"});
   EXPECT_EQ(result.exit_code, 1);
-  EXPECT_THAT(result.err, HasSubstr("apt install tesseract-ocr-yor"));
+  EXPECT_THAT(result.err, HasSubstr("\"yor\" are not installed ("));
 }
 
 TEST_F(Ocr, DamagedLanguageDataAreNamed) {
@@ -358,9 +357,9 @@ TEST_F(Ocr, DocumentIsAsItWasWhereLanguageDataAreDamagedOrMissing) {
   auto const names = Names();
   ProgramResult const missing = Run({"ocr", Out(), "--language", "chi_xxx", "--jobs", "2"});
   EXPECT_EQ(missing.exit_code, 1);
-  EXPECT_EQ(missing.err, "sorrelin: " + Out() +
-                             ": Tesseract's data for \"chi_xxx\" are not installed (apt install "
-                             "tesseract-ocr-chi-xxx)\n");
+  EXPECT_THAT(missing.err, StartsWith("sorrelin: " + Out() +
+                                      ": Tesseract's data for \"chi_xxx\" are not installed ("));
+  EXPECT_EQ(std::count(missing.err.begin(), missing.err.end(), '\n'), 1);
   EXPECT_EQ(Document(), before);
   EXPECT_EQ(Names(), names);
 }

@@ -54,6 +54,8 @@ wine linked.exe "\\\\?\\Z:${PWD//\//\\}\\${deep//\//\\}\\long.pdf"
 if [ -f sorrelin.exe ]; then
   echo "-- the program"
   "$here/use_program.sh" "$PWD/sorrelin.exe" "$root"
+  echo "-- text recognition, HEIC and AVIF"
+  "$here/use_parts.sh" "$PWD" "$root"
 fi
 
 if command -v clang >/dev/null && command -v lld-link >/dev/null; then
