@@ -2,7 +2,8 @@
 #ifndef TOOLS_FORMATS_JPEG_JPEG_START_H_
 #define TOOLS_FORMATS_JPEG_JPEG_START_H_
 
-#include <cstdio>  // jpeglib.h uses FILE
+#include <cstdio>
+// The library's header uses FILE.
 #include <jpeglib.h>
 
 namespace sorrelin::tool {
