@@ -11,6 +11,11 @@ BOOL ReadFileAt(HANDLE file, uint64_t offset, void* buffer, DWORD bytes, DWORD* 
     SetLastError(ERROR_INVALID_PARAMETER);
     return FALSE;
   }
+  // A pipe that has no data yet would end here, or be waited for.
+  if (GetFileType(file) == FILE_TYPE_PIPE) {
+    SetLastError(ERROR_SEEK_ON_DEVICE);
+    return FALSE;
+  }
   LARGE_INTEGER position{};
   if (SetFilePointerEx(file, position, &position, FILE_CURRENT) == FALSE) return FALSE;
   OVERLAPPED place{};
