@@ -4,11 +4,11 @@
 #include <sorrelin/platform/error.h>
 #include <sorrelin/platform/file.h>
 #include <sorrelin/platform/wide_string.h>
-#include <unistd.h>
 
 #include <cstdlib>
 #include <string>
 
+#include "tests/support/environment.h"
 #include "tests/support/temp_dir.h"
 
 namespace sorrelin {
@@ -16,13 +16,13 @@ namespace {
 
 constexpr DWORD kUntouched = 4711;
 
-FileChannel* OpenForReading(std::string const& name) {
-  return ChannelOpenFile(ToWide(name.c_str()).c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr,
+FileChannel* OpenForReading(std::filesystem::path const& path) {
+  return ChannelOpenFile(path.string<WCHAR>().c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr,
                          OPEN_EXISTING, 0, nullptr);
 }
 
-FileChannel* OpenForWriting(std::string const& name) {
-  return ChannelOpenFile(ToWide(name.c_str()).c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr,
+FileChannel* OpenForWriting(std::filesystem::path const& path) {
+  return ChannelOpenFile(path.string<WCHAR>().c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr,
                          CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL | FILE_FLAG_SEQUENTIAL_SCAN, nullptr);
 }
 
@@ -330,14 +330,12 @@ TEST(FileChannel, ReadAtTwoGigabytesIsOutOfReach) {
 
 // Somebody's pipe under a document's name.
 TEST(FileChannel, ReadAtAnOffsetOfAPipeIsOutOfReach) {
-  int ends[2];
-  ASSERT_EQ(pipe(ends), 0);
-  FileChannel* const channel = OpenForReading("/proc/self/fd/" + std::to_string(ends[0]));
+  test::Pipe const pipe;
+  FileChannel* const channel = OpenForReading(pipe.path());
+  ASSERT_NE(channel, InvalidChannel());
   char byte = 0;
   EXPECT_EQ(ChannelReadFileAt(channel, 0, &byte, 1), std::nullopt);
   ChannelClose(channel);
-  close(ends[0]);
-  close(ends[1]);
 }
 
 }  // namespace

@@ -1,26 +1,16 @@
-// How many bytes of a file the reader reads, as the system counts them for the process.
+// How many bytes of a file the reader reads, as they are counted for the process.
 #include <gtest/gtest.h>
 #include <sorrelin/frame/session.h>
 #include <tests/support/dib.h>
+#include <tests/support/environment.h>
 #include <tests/support/temp_dir.h>
 
-#include <fstream>
 #include <memory>
-#include <stdexcept>
 #include <string>
 
 namespace {
 
 constexpr DWORD kPages = 3;
-
-uint64_t BytesRead() {
-  std::ifstream counters("/proc/self/io");
-  std::string key;
-  uint64_t value = 0;
-  counters >> key >> value;
-  if (key != "rchar:") throw std::runtime_error("no counter of the bytes read");
-  return value;
-}
 
 // Three pages of one picture each; the size of a page's image data.
 uint64_t WriteDocument(std::filesystem::path const& path, DWORD compression) {
@@ -48,9 +38,10 @@ TEST_P(FileReads, APageReadsEachByteOfItsImageAtMostTwice) {
   uint64_t const image = WriteDocument(dir / "document.pdf", GetParam());
   auto const session = std::make_unique<CCreatePDF>();
   ASSERT_NE(session->OpenPDFFile((dir / "document.pdf").string().c_str()), 0);
-  uint64_t const before = BytesRead();
+  uint64_t const before = test::BytesRead();
   ASSERT_NE(test::Block(session->LoadImageFromPDF(1)).get(), nullptr);
-  uint64_t const read = BytesRead() - before;
+  uint64_t const read = test::BytesRead() - before;
+  session->ClosePDFFile();
   EXPECT_GE(read, image);
   EXPECT_LE(read, 2 * image + image / 10);
 }

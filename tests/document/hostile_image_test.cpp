@@ -2,24 +2,16 @@
 // touched outside a block, which the sanitizers watch.
 #include <gtest/gtest.h>
 #include <sorrelin/platform/block.h>
-#include <sys/resource.h>
+#include <tests/support/environment.h>
 #include <tests/support/page_document.h>
 #include <tests/support/temp_dir.h>
 
 #include <algorithm>
 #include <chrono>
-#include <fstream>
 #include <string>
 
 namespace test {
 namespace {
-
-// The largest part of the process that was ever in memory.
-size_t PeakBytes() {
-  rusage usage{};
-  getrusage(RUSAGE_SELF, &usage);
-  return static_cast<size_t>(usage.ru_maxrss) * 1024;
-}
 
 // The sanitizers keep a shadow of every block, which is no part of the matter.
 #if defined(SORRELIN_SANITIZED)
@@ -118,19 +110,7 @@ TEST(HostileContent, BombIsNotUnpackedInMemory) {
   ExpectSmall(before, packed.size());
 }
 
-// Bytes that this process has read from files, as the system counts them.
-uint64_t BytesRead() {
-  std::ifstream file("/proc/self/io");
-  std::string key;
-  uint64_t value = 0;
-  while (file >> key >> value) {
-    if (key == "rchar:") return value;
-  }
-  return 0;
-}
-
 TEST(HostileContent, EachByteOfAnImageIsReadFromTheFileAtMostTwice) {
-  if (BytesRead() == 0) GTEST_SKIP() << "the system does not count";
   size_t const bytes = 4000000;
   PdfBuilder pdf =
       OnePage{.image = Shape("4000", "1000", 8), .data = std::string(bytes, 'x')}.Build();

@@ -15,7 +15,7 @@ std::string const kBilevel = "/Subtype/Image /Width 8 /Height 2 /BitsPerComponen
 std::string const kFlip = "q 100 0 0 -100 0 100 cm /Im0 Do Q ";
 
 std::string MockPath(std::string const& sibling) {
-  return std::string(MOCKS_DIR) + "/full/lib" + sibling + ".so";
+  return std::string(MOCKS_DIR) + "/full/" + sibling + ".dll";
 }
 
 struct Loaded {
@@ -85,7 +85,7 @@ TEST(ImageFilter, RunLengthImageIsNeverFlipped) {
 }
 
 TEST(ImageFilter, CcittImageIsNeverFlipped) {
-  PreloadedSibling<MockCadwick> const mock(MockPath("cadwick"));
+  PreloadedSibling<MockCadwick> const mock(MockPath("Cadwick"));
   Loaded const loaded = Load({.image = kBilevel + "/Filter/CCITTFaxDecode", .content = kFlip});
   EXPECT_EQ(loaded.compression, 2048u);
   EXPECT_EQ(ReadDib(loaded.bitmap).rows[0][0], 'A');
@@ -94,7 +94,7 @@ TEST(ImageFilter, CcittImageIsNeverFlipped) {
 }
 
 TEST(ImageFilter, JpegImageTakesTheResolutionOfThePage) {
-  PreloadedSibling<MockRennick> const mock(MockPath("rennick"));
+  PreloadedSibling<MockRennick> const mock(MockPath("Rennick"));
   Loaded const loaded = Load({.image = kBilevel + "/Filter/DCTDecode", .content = kFlip});
   EXPECT_EQ(loaded.compression, 4096u);
   DibContent const dib = ReadDib(loaded.bitmap);
@@ -105,7 +105,7 @@ TEST(ImageFilter, JpegImageTakesTheResolutionOfThePage) {
 }
 
 TEST(ImageFilter, BitmapOfTheJpegSiblingWithoutAHeaderIsLeftAlone) {
-  PreloadedSibling<MockRennick> const mock(MockPath("rennick"));
+  PreloadedSibling<MockRennick> const mock(MockPath("Rennick"));
   mock->fails = 1;
   Loaded const loaded = Load({.image = kBilevel + "/Filter/DCTDecode"});
   EXPECT_EQ(loaded.bitmap.get(), nullptr);
@@ -123,7 +123,7 @@ struct BlackIs1 {
 class ImageBlackIs1 : public testing::TestWithParam<BlackIs1> {};
 
 TEST_P(ImageBlackIs1, OfACcittImageSetsItsColours) {
-  PreloadedSibling<MockCadwick> const mock(MockPath("cadwick"));
+  PreloadedSibling<MockCadwick> const mock(MockPath("Cadwick"));
   Loaded const loaded = Load(
       {.image = kBilevel + "/Filter/CCITTFaxDecode /DecodeParms <<" + GetParam().parms + " >>"});
   EXPECT_EQ(ReadDib(loaded.bitmap).table[0], GetParam().first);
@@ -144,7 +144,7 @@ TEST(ImageFilter, BlackIs1OfOtherImagesIsNotRead) {
 
 // "false" sets the state back that the palette has set.
 TEST(ImageFilter, BlackIs1StandsOverThePalette) {
-  PreloadedSibling<MockCadwick> const mock(MockPath("cadwick"));
+  PreloadedSibling<MockCadwick> const mock(MockPath("Cadwick"));
   for (char const* const parms : {"", "/BlackIs1 false "}) {
     PdfBuilder pdf = OnePage{.image = kBilevel + "/Filter/CCITTFaxDecode " + parms +
                                       "/ColorSpace [/Indexed /DeviceRGB 1 6 0 R]"}
@@ -176,14 +176,14 @@ TEST(ImageFilter, OfFlateAndJpegFlateIsUndone) {
 }
 
 TEST(ImageFilter, OfRunLengthAndCcittCcittIsUndone) {
-  PreloadedSibling<MockCadwick> const mock(MockPath("cadwick"));
+  PreloadedSibling<MockCadwick> const mock(MockPath("Cadwick"));
   Loaded const loaded = Load({.image = kBilevel + "/Filter [/RunLengthDecode /CCITTFaxDecode]"});
   EXPECT_EQ(loaded.compression, 1024u + 2048u);
   EXPECT_EQ(mock->decodes, 1);
 }
 
 TEST(ImageFilter, OfJpegAndCcittJpegIsUndone) {
-  PreloadedSibling<MockRennick> const mock(MockPath("rennick"));
+  PreloadedSibling<MockRennick> const mock(MockPath("Rennick"));
   Load({.image = kBilevel + "/Filter [/CCITTFaxDecode /DCTDecode]"});
   EXPECT_EQ(mock->loads, 1);
 }

@@ -216,7 +216,7 @@ TEST_F(Open, LoadIntoDibFailsWithTheCodeOfItsStep) {
   EXPECT_EQ(Error(), 2u);
   EXPECT_EQ(session_->LoadPDFIntoDIB((temp_ / "missing.pdf").string().c_str(), 0), nullptr);
   EXPECT_EQ(Error(), 23u);
-  EXPECT_EQ(session_->LoadPDFIntoDIB(Write(OnePageDocument()).c_str(), 1), nullptr);
+  EXPECT_EQ(session_->LoadPDFIntoDIB(Write(OnePageDocument()).string().c_str(), 1), nullptr);
   EXPECT_EQ(Error(), 31u);
 }
 

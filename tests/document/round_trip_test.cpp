@@ -66,7 +66,7 @@ class RoundTrip {
   DibContent Load(DWORD page = 0) { return ReadDib(Block(reader_->LoadImageFromPDF(page))); }
 
  private:
-  WideString Path() const { return ToWide((*file_ / "document.pdf").c_str()); }
+  WideString Path() const { return (*file_ / "document.pdf").string<WCHAR>(); }
 
   Target target_;
   std::optional<TempDir> file_;

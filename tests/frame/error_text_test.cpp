@@ -9,6 +9,7 @@
 #include <memory>
 #include <string>
 
+#include "tests/support/system_text.h"
 #include "tests/support/temp_dir.h"
 
 namespace sorrelin {
@@ -85,9 +86,10 @@ TEST(ErrorText, CodesWithoutATextReadAsTheFallback) {
 
 TEST(ErrorText, Code1IsTheSystemsTextAtTheTimeOfAsking) {
   SetLastError(ERROR_FILE_NOT_FOUND);
-  EXPECT_EQ(TextOf(1), "No such file or directory");
+  EXPECT_EQ(TextOf(1), test::SystemText(ERROR_FILE_NOT_FOUND));
   SetLastError(ERROR_ACCESS_DENIED);
-  EXPECT_EQ(TextOf(1), "Permission denied");
+  EXPECT_EQ(TextOf(1), test::SystemText(ERROR_ACCESS_DENIED));
+  EXPECT_NE(test::SystemText(ERROR_ACCESS_DENIED), test::SystemText(ERROR_FILE_NOT_FOUND));
 }
 
 TEST(ErrorText, NullBufferGives0) {

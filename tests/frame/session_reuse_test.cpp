@@ -122,6 +122,7 @@ TEST_F(SessionReuse, FurtherUpdatesOfAFileLoseTheirFirstPageToTheRowOfTheLastTab
   ASSERT_EQ(session_->OpenPDFFileW(name.c_str()), 1);
   ASSERT_EQ(session_->GetNumberOfPages(), 4u);
   for (DWORD page = 0; page < 4; ++page) EXPECT_EQ(TopLeft(page), 10 * (page + 1));
+  session_->ClosePDFFile();
 }
 
 TEST_F(SessionReuse, StringsOfTheFirstDocumentStayWhereTheSecondHasNone) {

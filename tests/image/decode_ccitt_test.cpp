@@ -1,5 +1,4 @@
-// CCITT image data become a bitmap, through mock siblings whose coded data are the rows themselves,
-// and through the real one.
+// CCITT image data become a bitmap, through mock siblings whose coded data are the rows themselves.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sorrelin/frame/session.h>
@@ -11,7 +10,6 @@
 #include <tests/support/session_probe.h>
 #include <tests/support/temp_dir.h>
 
-#include <chrono>
 #include <memory>
 #include <numeric>
 
@@ -23,7 +21,7 @@ using testing::IsEmpty;
 using testing::StartsWith;
 
 std::string MockPath(std::string const& variant) {
-  return std::string(MOCKS_DIR) + "/" + variant + "/libcadwick.so";
+  return std::string(MOCKS_DIR) + "/" + variant + "/Cadwick.dll";
 }
 
 Bytes Counting(size_t size) {
@@ -46,7 +44,7 @@ class DecodeCcitt : public testing::Test {
   }
 
   TempDir temp_;
-  EnvironmentValue temp_variable_{"TMPDIR", temp_.path().string()};
+  EnvironmentValue temp_variable_{kTempFolderVariable, temp_.path().string()};
   std::unique_ptr<CCreatePDF> session_ = std::make_unique<CCreatePDF>();
   Block data_;
 };
@@ -201,7 +199,7 @@ TEST_F(DecodeCcitt, BitmapPast4GiBIsCode10BeforeTheSiblingIsLookedFor) {
     for (auto const create :
          {&CCreatePDF::CreateDIBFromCCITTData, &CCreatePDF::CreateDIBFromCCITTDataFile}) {
       session.PDF_SetLastError(0);
-      EXPECT_EQ(WithoutFiles([&] { return (session.*create)(block, size.width, size.height); }),
+      EXPECT_EQ(WithoutLibraries([&] { return (session.*create)(block, size.width, size.height); }),
                 nullptr);
       EXPECT_EQ(session.PDF_GetLastError(), 10u);
     }
@@ -212,10 +210,11 @@ TEST_F(DecodeCcitt, SiblingThatCannotBeLoadedIsCode19) {
   CCreatePDF& session = *session_;
   Block const data = MakeBlock({1});
   HGLOBAL const block = data.get();
-  EXPECT_EQ(WithoutFiles([&] { return session.CreateDIBFromCCITTData(block, 8, 1); }), nullptr);
+  EXPECT_EQ(WithoutLibraries([&] { return session.CreateDIBFromCCITTData(block, 8, 1); }), nullptr);
   EXPECT_EQ(session.PDF_GetLastError(), 19u);
   session.PDF_SetLastError(0);
-  EXPECT_EQ(WithoutFiles([&] { return session.CreateDIBFromCCITTDataFile(block, 8, 1); }), nullptr);
+  EXPECT_EQ(WithoutLibraries([&] { return session.CreateDIBFromCCITTDataFile(block, 8, 1); }),
+            nullptr);
   EXPECT_EQ(session.PDF_GetLastError(), 19u);
 }
 
@@ -260,13 +259,13 @@ TEST_F(DecodeCcitt, FileRouteThatFailsLeavesItsTemporaryFile) {
 
 TEST_F(DecodeCcitt, TempDirectoryWhosePathIsTooLongIsCode17) {
   PreloadedSibling<MockCadwick> const mock(MockPath("no_mopen"));
-  EnvironmentValue const too_long("TMPDIR", "/" + std::string(300, 'x'));
+  EnvironmentValue const too_long(kTempFolderVariable, "/" + std::string(300, 'x'));
   ExpectFailure({1}, 8, 1, 17);
 }
 
 TEST_F(DecodeCcitt, TempDirectoryThatDoesNotExistIsCode18) {
   PreloadedSibling<MockCadwick> const mock(MockPath("no_mopen"));
-  EnvironmentValue const missing("TMPDIR", (temp_ / "missing").string());
+  EnvironmentValue const missing(kTempFolderVariable, (temp_ / "missing").string());
   ExpectFailure({1}, 8, 1, 18);
 }
 
@@ -274,50 +273,6 @@ TEST_F(DecodeCcitt, DataThatCannotBeLockedAreCode18OnTheFileRoute) {
   PreloadedSibling<MockCadwick> const mock(MockPath("no_mopen"));
   EXPECT_EQ(session_->CreateDIBFromCCITTDataFile(INVALID_HANDLE_VALUE, 8, 1), nullptr);
   EXPECT_EQ(session_->PDF_GetLastError(), 18u);
-}
-
-class DecodeGroup4 : public DecodeCcitt {
- protected:
-  // A pattern with different rows, coded by the sibling.
-  Block Encode(Block const& dib) {
-    DWORD size = 0;
-    return Block(session_->ConvertDIB2CcittPDFImageW(dib, size, SORRELIN_TEXT("Cadwick.dll")));
-  }
-  static Block Pattern(LONG width, LONG height) {
-    return MakeDib({.width = width, .height = height, .bits = 1},
-                   [](LONG x, LONG y) { return static_cast<DWORD>((x * 7 + y * 3) % 5 < 2); });
-  }
-};
-
-TEST_F(DecodeGroup4, ImageOfThisLibraryHasThePixelsItStartedWith) {
-  Block const original = Pattern(37, 21);
-  Block const coded = Encode(original);
-  DibContent const dib = ReadDib(Block(session_->CreateDIBFromCCITTData(coded, 37, 21)));
-  DibContent const expected = ReadDib(original);
-  // The coder's set bit is black, which was bit 0; the table is reversed with it.
-  EXPECT_EQ(dib.table, (Bytes{255, 255, 255, 255, 0, 0, 0, 0}));
-  for (size_t y = 0; y < 21; ++y) {
-    for (size_t x = 0; x < 37; ++x) EXPECT_EQ(dib.Pixel(x, y), 1 - expected.Pixel(x, y));
-  }
-}
-
-TEST_F(DecodeGroup4, ShortImageFillsTheTopOfThePicture) {
-  Block const original = Pattern(37, 90);
-  Block const coded = Encode(original);
-  DibContent const dib = ReadDib(Block(session_->CreateDIBFromCCITTData(coded, 37, 100)));
-  DibContent const expected = ReadDib(original);
-  ASSERT_EQ(dib.header.biHeight, 100);
-  for (size_t y = 0; y < 100; ++y) {
-    for (size_t x = 0; x < 37; ++x) {
-      EXPECT_EQ(dib.Pixel(x, y), y < 90 ? 1 - expected.Pixel(x, y) : 0) << x << ' ' << y;
-    }
-  }
-}
-
-TEST_F(DecodeGroup4, DataWithoutARowUnderAHugeHeightEndQuickly) {
-  auto const start = std::chrono::steady_clock::now();
-  ExpectFailure({0x00, 0x10, 0x01}, 8, 0x08000000, 30);  // only the end of the block
-  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-// JPEG image data become a bitmap, through mock siblings and through the real one.
+// JPEG image data become a bitmap, through mock siblings.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sorrelin/frame/session.h>
@@ -8,7 +8,6 @@
 #include <tests/support/preloaded_sibling.h>
 #include <tests/support/temp_dir.h>
 
-#include <cstdlib>
 #include <memory>
 
 namespace test {
@@ -19,7 +18,7 @@ using testing::IsEmpty;
 using testing::StartsWith;
 
 std::string MockPath(std::string const& variant) {
-  return std::string(MOCKS_DIR) + "/" + variant + "/librennick.so";
+  return std::string(MOCKS_DIR) + "/" + variant + "/Rennick.dll";
 }
 
 std::string Narrow(WCHAR const* text) {
@@ -31,7 +30,7 @@ std::string Narrow(WCHAR const* text) {
 class DecodeJpeg : public testing::Test {
  protected:
   TempDir temp_;
-  EnvironmentValue temp_variable_{"TMPDIR", temp_.path().string()};
+  EnvironmentValue temp_variable_{kTempFolderVariable, temp_.path().string()};
   std::unique_ptr<CCreatePDF> session_ = std::make_unique<CCreatePDF>();
   Block const data_ = MakeBlock({42, 2, 3});
 };
@@ -91,46 +90,25 @@ TEST_F(DecodeJpeg, SiblingWithoutEntriesIsCode21) {
 TEST_F(DecodeJpeg, SiblingThatCannotBeLoadedIsCode21) {
   CCreatePDF& session = *session_;
   HGLOBAL const block = data_.get();
-  EXPECT_EQ(WithoutFiles([&] { return session.CreateDIBFromJPEGData(block); }), nullptr);
+  EXPECT_EQ(WithoutLibraries([&] { return session.CreateDIBFromJPEGData(block); }), nullptr);
   EXPECT_EQ(session.PDF_GetLastError(), 21u);
   session.PDF_SetLastError(0);
-  EXPECT_EQ(WithoutFiles([&] { return session.CreateDIBFromJPEGDataFile(block); }), nullptr);
+  EXPECT_EQ(WithoutLibraries([&] { return session.CreateDIBFromJPEGDataFile(block); }), nullptr);
   EXPECT_EQ(session.PDF_GetLastError(), 21u);
 }
 
 TEST_F(DecodeJpeg, TempDirectoryWhosePathIsTooLongIsCode17) {
   PreloadedSibling<MockRennick> const mock(MockPath("no_memory"));
-  EnvironmentValue const too_long("TMPDIR", "/" + std::string(300, 'x'));
+  EnvironmentValue const too_long(kTempFolderVariable, "/" + std::string(300, 'x'));
   EXPECT_EQ(session_->CreateDIBFromJPEGData(data_), nullptr);
   EXPECT_EQ(session_->PDF_GetLastError(), 17u);
 }
 
 TEST_F(DecodeJpeg, TempDirectoryThatDoesNotExistIsCode18) {
   PreloadedSibling<MockRennick> const mock(MockPath("no_memory"));
-  EnvironmentValue const missing("TMPDIR", (temp_ / "missing").string());
+  EnvironmentValue const missing(kTempFolderVariable, (temp_ / "missing").string());
   EXPECT_EQ(session_->CreateDIBFromJPEGData(data_), nullptr);
   EXPECT_EQ(session_->PDF_GetLastError(), 18u);
-}
-
-TEST_F(DecodeJpeg, RealSiblingGivesBackWhatItCodedWithinItsLoss) {
-  Block const original = MakeDib({.width = 40, .height = 30, .bits = 24}, [](LONG x, LONG y) {
-    return static_cast<DWORD>(x * 6 << 16 | y * 8 << 8 | 100);
-  });
-  DWORD size = 0;
-  Block const coded(
-      session_->ConvertDIB2DctJpegPDFImageW(original, size, SORRELIN_TEXT("Rennick.dll"), 95, 0));
-  DibContent const dib = ReadDib(Block(session_->CreateDIBFromJPEGData(coded)));
-  ASSERT_EQ(dib.header.biBitCount, 24);
-  for (size_t y = 0; y < 30; ++y) {
-    for (size_t x = 0; x < 40 * 3; ++x) {
-      EXPECT_LE(std::abs(dib.rows[y][x] - ReadDib(original).rows[y][x]), 12) << x << ' ' << y;
-    }
-  }
-}
-
-TEST_F(DecodeJpeg, DamagedFileOnTheRealSiblingIsCode27) {
-  EXPECT_EQ(session_->CreateDIBFromJPEGData(data_), nullptr);
-  EXPECT_EQ(session_->PDF_GetLastError(), 27u);
 }
 
 }  // namespace

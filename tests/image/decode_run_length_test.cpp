@@ -138,6 +138,10 @@ TEST_F(DecodeRunLength, IndexedBitmapTakesItsPalette) {
 TEST_F(DecodeRunLength, FailuresBeforeTheHeaderLeaveTheDataLocked) {
   EXPECT_EQ(Decode({0, 1}, 1, 1, 2).get(), nullptr);
   EXPECT_EQ(TakeLocks(data_), 1);
+  EXPECT_EQ(session_->PDF_GetLastError(), 32u);
+}
+
+TEST_F(DecodeRunLength, EmptyFixedBlockGivesNullAndStaysLocked) {
   Block const empty(GlobalAlloc(GPTR, 0));
   EXPECT_EQ(session_->CreateDIBFromRLEData(empty, 1, 1, 1, nullptr), nullptr);
   EXPECT_EQ(TakeLocks(empty), 1);

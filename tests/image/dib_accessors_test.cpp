@@ -37,17 +37,23 @@ TEST_F(DibAccessors, SizeAndDepthComeFromTheHeader) {
   EXPECT_EQ(session_->GetDIBImageSize(dib).y, 9);
 }
 
-TEST_F(DibAccessors, BadHandlesReadAsZeroAndSetNoCode) {
-  for (HDIB const bad : {HDIB{nullptr}, HDIB{INVALID_HANDLE_VALUE}, HDIB{session_.get()}}) {
-    EXPECT_EQ(session_->GetDIBBitsPerPixel(bad), 0);
-    EXPECT_EQ(session_->GetDIBImageSize(bad).x, 0);
-    EXPECT_EQ(session_->GetDIBDPI(bad).x, 0);
-    EXPECT_EQ(session_->GetDIBDPI(bad).y, 0);
-    DWORD size = 0;
-    EXPECT_EQ(session_->ExtractPaletteFromDIB(bad, &size), INVALID_HANDLE_VALUE);
-  }
-  EXPECT_EQ(session_->PDF_GetLastError(), 32u);
+void ExpectZerosOf(HDIB bad) {
+  auto const session = std::make_unique<CCreatePDF>();
+  EXPECT_EQ(session->GetDIBBitsPerPixel(bad), 0);
+  EXPECT_EQ(session->GetDIBImageSize(bad).x, 0);
+  EXPECT_EQ(session->GetDIBDPI(bad).x, 0);
+  EXPECT_EQ(session->GetDIBDPI(bad).y, 0);
+  DWORD size = 0;
+  EXPECT_EQ(session->ExtractPaletteFromDIB(bad, &size), INVALID_HANDLE_VALUE);
+  EXPECT_EQ(session->PDF_GetLastError(), 32u);
 }
+
+TEST_F(DibAccessors, BadHandlesReadAsZeroAndSetNoCode) {
+  ExpectZerosOf(nullptr);
+  ExpectZerosOf(INVALID_HANDLE_VALUE);
+}
+
+TEST_F(DibAccessors, AddressReadsAsZeroAndSetsNoCode) { ExpectZerosOf(session_.get()); }
 
 TEST_F(DibAccessors, ResolutionIsRoundedToDotsPerInch) {
   struct Row {
@@ -75,6 +81,11 @@ TEST_F(DibAccessors, OrderOfABadHandleIs2AndLeavesTheResult) {
   EXPECT_EQ(session_->PDF_GetLastError(), 2u);
   EXPECT_EQ(session_->CheckDIBPaletteOrder(INVALID_HANDLE_VALUE, order), 0);
   EXPECT_EQ(session_->PDF_GetLastError(), 2u);
+  EXPECT_EQ(order, 99);
+}
+
+TEST_F(DibAccessors, OrderOfAnAddressIs10AndLeavesTheResult) {
+  int order = 99;
   EXPECT_EQ(session_->CheckDIBPaletteOrder(session_.get(), order), 0);
   EXPECT_EQ(session_->PDF_GetLastError(), 10u);
   EXPECT_EQ(order, 99);

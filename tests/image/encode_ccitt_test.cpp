@@ -21,7 +21,7 @@ using test::Bytes;
 using test::MakeDib;
 
 std::string PathOf(std::string const& variant) {
-  return std::string(MOCKS_DIR) + "/" + variant + "/libcadwick.so";
+  return std::string(MOCKS_DIR) + "/" + variant + "/Cadwick.dll";
 }
 
 Block Stairs(std::vector<RGBQUAD> const& palette = {}, bool inverse = false) {
@@ -34,7 +34,8 @@ class EncodeCcitt : public testing::Test {
   std::unique_ptr<CCreatePDF> session_ = std::make_unique<CCreatePDF>();
   DWORD size_ = 0;
   test::TempDir temp_;
-  test::EnvironmentValue temp_value_{"TMPDIR", temp_.path().string()};
+  test::LeftOpen left_open_{temp_.path()};
+  test::EnvironmentValue temp_value_{test::kTempFolderVariable, temp_.path().string()};
 
   Block Encode(HDIB dib, std::string const& variant) {
     return Block(session_->ConvertDIB2CcittPDFImage(dib, size_, PathOf(variant).c_str()));
@@ -109,10 +110,11 @@ TEST_F(EncodeCcitt, LibraryThatCannotBeUsedIs19) {
   Block const dib = Stairs();
   EXPECT_EQ(session_->ConvertDIB2CcittPDFImageW(dib, size_, nullptr), INVALID_HANDLE_VALUE);
   EXPECT_EQ(Code(), 19u);
-  test::WriteAll(temp_ / "libtext.so", {'t', 'e', 'x', 't'});
+  std::filesystem::path const text = temp_ / test::LibraryFile("text");
+  test::WriteAll(text, {'t', 'e', 'x', 't'});
   for (std::string const& name :
-       {std::string(), std::string("nowhere.dll"), (temp_ / "libtext.so").string(),
-        PathOf("no_mclose"), PathOf("no_encode"), PathOf("no_mopen_no_encode"), PathOf("none")}) {
+       {std::string(), std::string("nowhere.dll"), text.string(), PathOf("no_mclose"),
+        PathOf("no_encode"), PathOf("no_mopen_no_encode"), PathOf("none")}) {
     session_->PDF_SetLastError(0);
     EXPECT_EQ(session_->ConvertDIB2CcittPDFImage(dib, size_, name.c_str()), INVALID_HANDLE_VALUE);
     EXPECT_EQ(Code(), 19u) << name;
@@ -176,12 +178,12 @@ TEST_F(EncodeCcitt, FailedFileRouteLeavesItsFile) {
 // Kept: the handle of the file stays open with it.
 TEST_F(EncodeCcitt, FailedFileRouteLeavesItsHandleOpen) {
   test::PreloadedSibling<MockCadwick> const mock(PathOf("no_mopen"));
-  size_t const open = test::NamesIn("/proc/self/fd").size();
+  size_t const open = test::OpenHandles();
   EXPECT_EQ(EncodeInFile(Stairs(), "no_mopen").Content(), kInvertedStairs);
-  EXPECT_EQ(test::NamesIn("/proc/self/fd").size(), open);
+  EXPECT_EQ(test::OpenHandles(), open);
   mock->encode_fails = 1;
   EXPECT_EQ(EncodeInFile(Stairs(), "no_mopen").get(), INVALID_HANDLE_VALUE);
-  EXPECT_EQ(test::NamesIn("/proc/self/fd").size(), open + 1);
+  EXPECT_EQ(test::OpenHandles(), open + 1);
 }
 
 TEST_F(EncodeCcitt, EmptyFileIs10) {
@@ -193,14 +195,14 @@ TEST_F(EncodeCcitt, EmptyFileIs10) {
 }
 
 TEST_F(EncodeCcitt, MissingTempDirectoryIs18) {
-  test::EnvironmentValue const missing("TMPDIR", (temp_ / "none").string());
+  test::EnvironmentValue const missing(test::kTempFolderVariable, (temp_ / "none").string());
   EXPECT_EQ(session_->ConvertDIB2CcittPDFImage(Stairs(), size_, PathOf("no_mopen").c_str()),
             INVALID_HANDLE_VALUE);
   EXPECT_EQ(Code(), 18u);
 }
 
 TEST_F(EncodeCcitt, TempDirectoryWithoutRoomForItsNameIs17) {
-  test::EnvironmentValue const endless("TMPDIR", "/" + std::string(300, 'x'));
+  test::EnvironmentValue const endless(test::kTempFolderVariable, "/" + std::string(300, 'x'));
   EXPECT_EQ(session_->ConvertDIB2CcittPDFImage(Stairs(), size_, PathOf("no_mopen").c_str()),
             INVALID_HANDLE_VALUE);
   EXPECT_EQ(Code(), 17u);

@@ -25,7 +25,7 @@ using test::Bytes;
 using test::MakeDib;
 
 std::string PathOf(std::string const& variant) {
-  return std::string(MOCKS_DIR) + "/" + variant + "/librennick.so";
+  return std::string(MOCKS_DIR) + "/" + variant + "/Rennick.dll";
 }
 
 Block Picture(WORD bits = 24) {
@@ -39,7 +39,7 @@ class EncodeJpeg : public testing::Test {
   std::unique_ptr<CCreatePDF> session_ = std::make_unique<CCreatePDF>();
   DWORD size_ = 0;
   test::TempDir temp_;
-  test::EnvironmentValue temp_value_{"TMPDIR", temp_.path().string()};
+  test::EnvironmentValue temp_value_{test::kTempFolderVariable, temp_.path().string()};
 
   void* Encode(HDIB dib, std::string const& path, int quality = 0) {
     return session_->ConvertDIB2DctJpegPDFImage(dib, size_, path.c_str(), quality, 7);
@@ -152,10 +152,10 @@ TEST_F(EncodeJpeg, FailedSaveIs18AndLeavesItsFile) {
 TEST_F(EncodeJpeg, EmptyFileIs10AndStaysButClosed) {
   test::PreloadedSibling<MockRennick> const mock(PathOf("full"));
   mock->encode_empty = 1;
-  size_t const open = test::NamesIn("/proc/self/fd").size();
+  size_t const open = test::OpenHandles();
   EXPECT_EQ(EncodeInFile(Picture(), PathOf("full")), INVALID_HANDLE_VALUE);
   EXPECT_EQ(Code(), 10u);
-  EXPECT_EQ(test::NamesIn("/proc/self/fd").size(), open);
+  EXPECT_EQ(test::OpenHandles(), open);
   EXPECT_EQ(test::NamesIn(temp_.path()).size(), 1u);
 }
 
@@ -187,19 +187,27 @@ TEST_F(EncodeJpeg, BitmapIsUnlockedAfterEveryFailure) {
 }
 
 TEST_F(EncodeJpeg, MissingTempDirectoryIs18) {
-  test::EnvironmentValue const missing("TMPDIR", (temp_ / "none").string());
+  test::EnvironmentValue const missing(test::kTempFolderVariable, (temp_ / "none").string());
   EXPECT_EQ(EncodeInFile(Picture(), PathOf("full")), INVALID_HANDLE_VALUE);
   EXPECT_EQ(Code(), 18u);
 }
 
 // The call begins again while the entry point is missing, and comes back once it is there.
 TEST_F(EncodeJpeg, WithoutTheMemoryEntryPointTheCallWaitsForIt) {
-  std::filesystem::path const path = temp_ / "librennick.so";
-  std::filesystem::copy_file(PathOf("no_memory_save"), path);
+  std::filesystem::path const path = temp_ / test::LibraryFile("rennick");
+  auto const copy = [](std::string const& variant, std::filesystem::path const& to) {
+    std::filesystem::copy_file(
+        std::filesystem::path(MOCKS_DIR) / variant / test::LibraryFile("rennick"), to);
+  };
+  copy("no_memory_save", path);
   std::thread replace([&] {
     std::this_thread::sleep_for(std::chrono::milliseconds(50));
-    std::filesystem::copy_file(PathOf("full"), temp_ / "new");
-    std::filesystem::rename(temp_ / "new", path);
+    copy("full", temp_ / "new");
+    // Windows may keep a library's file while it is loaded.
+    std::error_code failed;
+    do {
+      std::filesystem::rename(temp_ / "new", path, failed);
+    } while (failed);
   });
   Block const dib = Picture();
   Block const jpeg(Encode(dib, path.string()));

@@ -1,15 +1,12 @@
 // Run-length image data (ISO 32000-1, 7.4.5): control 1 - n modulo 256 repeats a byte n times.
 #include <gtest/gtest.h>
-#include <sys/resource.h>
-#include <unistd.h>
 
-#include <fstream>
 #include <memory>
 #include <utility>
 
-#include "tests/platform/file_support.h"
 #include "tests/support/dib.h"
 #include "tests/support/dib_content.h"
+#include "tests/support/environment.h"
 #include "tests/support/session_probe.h"
 
 namespace {
@@ -151,25 +148,15 @@ TEST_F(EncodeRunLength, FailureLeavesTheSize) {
   }
 }
 
-// The address space that the process uses now and `more` bytes are all that it gets.
-void LimitMemory(rlim_t more) {
-  rlim_t pages = 0;
-  std::ifstream("/proc/self/statm") >> pages;
-  rlim_t const limit = pages * static_cast<rlim_t>(sysconf(_SC_PAGESIZE)) + more;
-  rlimit const both{limit, limit};
-  setrlimit(RLIMIT_AS, &both);
-}
-
 TEST_F(EncodeRunLength, RowLongerThanTheMemoryIs10) {
   Block const dib = MakeDib({.width = 2, .height = 1, .bits = 8}, [](LONG, LONG) { return 7u; });
   static_cast<BITMAPINFOHEADER*>(GlobalLock(dib))->biWidth = 0x7FFFFFFF;
   GlobalUnlock(dib);
-  int const code = test::InChild([&] {
-    LimitMemory(rlim_t{256} << 20);
-    bool const failed = session_->ConvertDIB2RLEPDFImage(dib, size_, 5) == INVALID_HANDLE_VALUE;
-    return failed ? static_cast<int>(session_->PDF_GetLastError()) : 100;
-  });
-  EXPECT_EQ(code, 10);
+  {
+    test::MemoryLimit const limit(size_t{256} << 20);
+    EXPECT_EQ(session_->ConvertDIB2RLEPDFImage(dib, size_, 5), INVALID_HANDLE_VALUE);
+  }
+  EXPECT_EQ(session_->PDF_GetLastError(), 10u);
 }
 
 }  // namespace

@@ -6,29 +6,26 @@
 #include <filesystem>
 #include <string>
 
-#include "tests/support/temp_dir.h"
+#include "tests/support/environment.h"
 
 namespace sorrelin {
 namespace {
 
-std::filesystem::path BesideTheProgram() {
-  return std::filesystem::read_symlink("/proc/self/exe").parent_path();
-}
+std::filesystem::path BesideTheProgram() { return test::ProgramPath().parent_path(); }
 
-std::string ModulePath(HMODULE module) {
+std::filesystem::path ModulePath(HMODULE module) {
   WCHAR path[MAX_PATH] = {};
   GetModuleFileNameW(module, path, MAX_PATH);
-  std::string narrow;
-  for (WCHAR const* unit = path; *unit != 0; ++unit) narrow += static_cast<char>(*unit);
-  return narrow;
+  return path;
 }
 
 // A copy of a mock beside the host program, removed afterwards.
 class CopyBesideTheProgram {
  public:
   explicit CopyBesideTheProgram(std::string const& name) : path_(BesideTheProgram() / name) {
-    std::filesystem::copy_file(std::string(MOCKS_DIR) + "/full/libcadwick.so", path_,
-                               std::filesystem::copy_options::overwrite_existing);
+    std::filesystem::copy_file(
+        std::filesystem::path(MOCKS_DIR) / "full" / test::LibraryFile("cadwick"), path_,
+        std::filesystem::copy_options::overwrite_existing);
   }
   ~CopyBesideTheProgram() { std::filesystem::remove(path_); }
 
@@ -37,17 +34,18 @@ class CopyBesideTheProgram {
 };
 
 TEST(SiblingLibrary, IsFoundBesideTheHostProgramByItsWindowsName) {
-  CopyBesideTheProgram const copy("libsibling-beside.so");
+  std::string const file = test::LibraryFile("sibling-beside");
+  CopyBesideTheProgram const copy(file);
   HMODULE const module = LoadSibling(SORRELIN_TEXT("Sibling-Beside.dll"));
   ASSERT_NE(module, nullptr);
-  EXPECT_EQ(ModulePath(module), (BesideTheProgram() / "libsibling-beside.so").string());
+  EXPECT_TRUE(std::filesystem::equivalent(ModulePath(module), BesideTheProgram() / file));
   FreeLibrary(module);
 }
 
 TEST(SiblingLibrary, IsElseFoundOnTheSystemsSearchPath) {
-  HMODULE const module = LoadSibling(SORRELIN_TEXT("libz.so.1"));
+  HMODULE const module = LoadSibling(ToWide(test::kSystemLibrary).c_str());
   ASSERT_NE(module, nullptr);
-  EXPECT_NE(GetProcAddress(module, "zlibVersion"), nullptr);
+  EXPECT_NE(GetProcAddress(module, test::kSystemEntryPoint), nullptr);
   FreeLibrary(module);
 }
 
@@ -78,7 +76,7 @@ TEST(SiblingLibrary, EndlessNameFailsWithoutHarm) {
 }
 
 TEST(SiblingLibrary, MissingEntryPointIsNull) {
-  SiblingLibrary const library(SORRELIN_TEXT("libz.so.1"));
+  SiblingLibrary const library(ToWide(test::kSystemLibrary).c_str());
   EXPECT_EQ(library.Entry<mOpenFunction>("mOpen"), nullptr);
 }
 

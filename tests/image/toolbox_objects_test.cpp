@@ -1,7 +1,6 @@
 // Colour tables, wrappers of blocks, and text conversion.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <malloc.h>
 #include <sorrelin/image/toolbox/color_table.h>
 #include <sorrelin/image/toolbox/dib_image.h>
 #include <sorrelin/image/toolbox/dib_toolbox.h>
@@ -10,6 +9,7 @@
 #include <sorrelin/platform/error.h>
 #include <sorrelin/platform/wide_string.h>
 #include <tests/image/toolbox_pictures.h>
+#include <tests/support/environment.h>
 #include <tests/support/temp_dir.h>
 
 #include <cstdlib>
@@ -406,7 +406,7 @@ TEST(WideToUtf8, ConvertsWithAByteToSpare) {
   ASSERT_NE(text, nullptr);
   EXPECT_EQ(std::string(text.get()), "a\xC3\xA9\xD0\xBC\xF0\x9F\x98\x80");
   EXPECT_EQ(text.get()[std::strlen(text.get()) + 1], 0);
-  EXPECT_GE(malloc_usable_size(text.get()), std::strlen(text.get()) + 2);
+  EXPECT_GE(test::RoomOf(text.get()), std::strlen(text.get()) + 2);
 }
 
 TEST(WideToUtf8, EmptyText) {

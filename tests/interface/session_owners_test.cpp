@@ -1,5 +1,6 @@
 // The C++ owners over the flat interface, as programs outside use them; built as C++17 and C++20.
 #include <gtest/gtest.h>
+#include <tests/support/system_text.h>
 #include <tests/support/temp_dir.h>
 #include <sorrelin/session.hpp>
 
@@ -179,7 +180,7 @@ TEST(SessionOwner, FailureOfTheSystemHasItsText) {
     FAIL();
   } catch (Error const& error) {
     EXPECT_EQ(error.code(), DWORD{PDF_ERROR_SYSTEM});
-    EXPECT_STREQ(error.what(), "No such file or directory");
+    EXPECT_EQ(error.what(), test::SystemText(ERROR_PATH_NOT_FOUND));
   }
 }
 

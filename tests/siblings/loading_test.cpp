@@ -6,6 +6,7 @@
 #include <sorrelin/platform/module.h>
 #include <sorrelin/platform/wide_string.h>
 #include <tests/support/dib.h>
+#include <tests/support/environment.h>
 #include <tests/support/temp_dir.h>
 
 #include <cstring>
@@ -68,8 +69,9 @@ TEST(SiblingLoading, SiblingsAreFoundByTheirNamesInAnyLetterCase) {
 }
 
 TEST(SiblingLoading, SiblingsAreFoundByTheNamesOfTheirFiles) {
-  EXPECT_TRUE(Sibling(SORRELIN_TEXT("libcadwick.so")).loaded());
-  EXPECT_TRUE(Sibling(SORRELIN_TEXT("librennick.so")).loaded());
+  for (char const* const name : {"cadwick", "rennick"}) {
+    EXPECT_TRUE(Sibling(sorrelin::ToWide(LibraryFile(name).c_str())).loaded()) << name;
+  }
 }
 
 TEST(SiblingLoading, CadwickHasItsEntryPoints) {

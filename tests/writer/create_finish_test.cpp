@@ -8,6 +8,7 @@
 #include "tests/support/dib.h"
 #include "tests/support/document.h"
 #include "tests/support/short_file.h"
+#include "tests/support/system_text.h"
 #include "tests/support/temp_dir.h"
 
 namespace {
@@ -150,7 +151,7 @@ TEST(CreateFinish, MissingDirectoryIsError1WithTheSystemsText) {
   EXPECT_EQ(session->PDF_GetLastError(), 1u);
   char text[512] = {};
   EXPECT_EQ(session->GetLastPDFErrorText(text), 1);
-  EXPECT_STREQ(text, "No such file or directory");
+  EXPECT_EQ(text, test::SystemText(ERROR_PATH_NOT_FOUND));
 }
 
 TEST(CreateFinish, FailedOpenLeavesNoChannelInTheSideRecordEither) {

@@ -1,15 +1,13 @@
 // The pipeline from a bitmap to a page: checks, codes, and what a failure leaves.
 #include <gtest/gtest.h>
 #include <sorrelin/platform/error.h>
-#include <sys/resource.h>
 
-#include <csignal>
 #include <cstring>
 #include <string>
 
-#include "tests/platform/file_support.h"
 #include "tests/support/dib.h"
 #include "tests/support/document.h"
+#include "tests/support/environment.h"
 #include "tests/support/temp_dir.h"
 
 namespace {
@@ -271,32 +269,23 @@ TEST(PageAssembly, WithoutATargetTheFirstWriteIs2) {
   EXPECT_EQ(session->PDF_GetLastError(), 2u);
 }
 
-// The limit on the size of files is gone once a write has met it, so that one write alone fails.
-void LiftSizeLimit(int) {
-  rlimit limit;
-  getrlimit(RLIMIT_FSIZE, &limit);
-  limit.rlim_cur = limit.rlim_max;
-  setrlimit(RLIMIT_FSIZE, &limit);
-}
-
 // The code of a page whose ProcSet object is not written whole; 100 if the page succeeds.
 int SaveWithAFailedProcSet(std::string const& name, WORD bits) {
   auto const session = std::make_unique<CCreatePDF>();
   if (session->CreatePDF(name.c_str()) == 0) return 101;
-  rlimit limit;
-  getrlimit(RLIMIT_FSIZE, &limit);
-  limit.rlim_cur = SessionProbe::FilePos(*session) + std::strlen("4 0 obj\n");
-  std::signal(SIGXFSZ, LiftSizeLimit);
-  setrlimit(RLIMIT_FSIZE, &limit);
+  test::FileSizeLimit const limit(SessionProbe::FilePos(*session) + std::strlen("4 0 obj\n"),
+                                  test::FileSizeLimit::Failures::kFirst);
   int const saved = session->SaveDIBAsColorPDFPageW(Dib(bits), test::kNoLibrary, 0, 0);
-  return saved != 0 ? 100 : static_cast<int>(session->PDF_GetLastError());
+  int const code = saved != 0 ? 100 : static_cast<int>(session->PDF_GetLastError());
+  session->ClosePDFFile();
+  return code;
 }
 
 TEST(PageAssembly, FailedWriteOfTheProcSetFailsThePage) {
   test::TempDir const dir;
   for (WORD const bits : std::initializer_list<WORD>{1, 24}) {
-    std::string const name = dir / (std::to_string(bits) + ".pdf");
-    EXPECT_EQ(test::InChild([&] { return SaveWithAFailedProcSet(name, bits); }), 1) << bits;
+    std::string const name = (dir / (std::to_string(bits) + ".pdf")).string();
+    EXPECT_EQ(SaveWithAFailedProcSet(name, bits), 1) << bits;
     std::vector<BYTE> const bytes = test::ReadAll(name);
     std::string const text(bytes.begin(), bytes.end());
     // "[/PDF " is what is missing.
@@ -308,7 +297,7 @@ TEST(PageAssembly, FailedWriteOfTheProcSetFailsThePage) {
 TEST(PageAssembly, FailedWriteOfTheProcSetIsForgottenAtThePalette) {
   test::TempDir const dir;
   std::string const name = (dir / "8.pdf").string();
-  EXPECT_EQ(test::InChild([&] { return SaveWithAFailedProcSet(name, 8); }), 100);
+  EXPECT_EQ(SaveWithAFailedProcSet(name, 8), 100);
 }
 
 TEST(PageAssembly, BitmapIsUnlockedAndUnchanged) {

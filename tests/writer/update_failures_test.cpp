@@ -3,14 +3,13 @@
 #include <gtest/gtest.h>
 #include <sorrelin/platform/error.h>
 #include <sorrelin/platform/file.h>
-#include <unistd.h>
 
 #include <filesystem>
 #include <memory>
 #include <string>
 
-#include "tests/platform/file_support.h"
 #include "tests/support/document.h"
+#include "tests/support/environment.h"
 #include "tests/support/pdf_builder.h"
 #include "tests/support/temp_dir.h"
 #include "tests/writer/update_golden.h"
@@ -23,6 +22,7 @@ using test::SmallPage;
 class UpdateFailure : public testing::Test {
  protected:
   test::TempDir dir_;
+  test::LeftOpen left_open_{dir_.path()};
   std::string const name_ = (dir_ / "a.pdf").string();
   std::unique_ptr<CCreatePDF> const session_ = std::make_unique<CCreatePDF>();
 
@@ -217,12 +217,10 @@ TEST_F(UpdateFailure, ReadOnlyTargetIs1AndStays) {
   test::WriteAll(name_, pdf.Document());
   std::filesystem::permissions(name_, std::filesystem::perms(0444));
   std::filesystem::permissions(dir_.path(), std::filesystem::perms::all);
-  // Root may write everything, so the child is nobody in particular.
-  int const code = test::InChild([&] {
-    if (geteuid() == 0 && seteuid(65'534) != 0) return 255;
-    return static_cast<int>(pdf_SaveDIBToPDF(name_.c_str(), SmallPage(), "", 0, 0));
-  });
-  EXPECT_EQ(code, 1);
+  {
+    test::OrdinaryUser const user;
+    EXPECT_EQ(pdf_SaveDIBToPDF(name_.c_str(), SmallPage(), "", 0, 0), 1u);
+  }
   EXPECT_EQ(Text(), pdf.Content());
 }
 

@@ -8,8 +8,6 @@
 
 #include <thread>
 
-#define ENTRY extern "C" SORRELIN_PLATFORM_EXPORT
-
 static MockCadwick mock;
 
 // The one memory file that may be open.

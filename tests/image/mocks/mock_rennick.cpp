@@ -6,8 +6,6 @@
 #include <string.h>
 #include <tests/image/mocks/mock_siblings.h>
 
-#define ENTRY extern "C" SORRELIN_PLATFORM_EXPORT
-
 static MockRennick mock;
 
 ENTRY MockRennick* Mock() { return &mock; }

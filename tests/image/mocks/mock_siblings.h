@@ -6,6 +6,9 @@
 #include <sorrelin/platform/types.h>
 #include <stdint.h>
 
+// Without a list of its own, a library for Windows exports all that is not hidden.
+#define ENTRY extern "C" __attribute__((visibility("default")))
+
 struct MockCadwick {
   // Set by the test.
   int32_t open_fails;      // mOpen gives -1
