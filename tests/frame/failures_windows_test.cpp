@@ -1,6 +1,7 @@
 // What goes wrong on Windows: codecs that cannot be used, folders, long paths and lost handles.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sorrelin/frame/pdf.h>
 #include <sorrelin/frame/session.h>
 
 #include <cstring>
@@ -9,6 +10,7 @@
 #include <string>
 
 #include "tests/support/dib.h"
+#include "tests/support/environment.h"
 #include "tests/support/temp_dir.h"
 
 namespace test {
@@ -102,6 +104,35 @@ TEST_F(WindowsFailures, HandleClosedUnderTheSessionFailsTheFinishWithCode1) {
   EXPECT_EQ(session_->FinishPDF(), 0);
   EXPECT_EQ(session_->PDF_GetLastError(), 1u);
   session_->ClosePDFFile();
+}
+
+TEST_F(WindowsFailures, FullDriveFailsThePageAndTheFinish) {
+  std::filesystem::path const path = temp_ / "full.pdf";
+  ASSERT_EQ(session_->CreatePDFW(path.c_str()), 1);
+  {
+    FileSizeLimit const full(std::filesystem::file_size(path) + 100);
+    EXPECT_FALSE(AddPage());
+    EXPECT_EQ(session_->PDF_GetLastError(), 1u);
+    EXPECT_EQ(session_->FinishPDF(), 0);
+  }
+  session_->ClosePDFFile();
+}
+
+TEST_F(WindowsFailures, UpdateOnAFullDriveLeavesTheOldBytes) {
+  std::filesystem::path const path = temp_ / "full.pdf";
+  ASSERT_EQ(pdf_SaveDIBToPDFW(path.c_str(), Stairs(), L"", PDF_COMPRESSION_FLATE, 0), 0u);
+  std::vector<BYTE> const before = ReadAll(path);
+  {
+    FileSizeLimit const full(before.size() + 100);
+    ASSERT_EQ(session_->CreatePDFW(path.c_str()), 1);
+    EXPECT_FALSE(AddPage());
+    EXPECT_EQ(session_->FinishPDF(), 0);
+    session_->ClosePDFFile();
+  }
+  std::vector<BYTE> after = ReadAll(path);
+  ASSERT_GE(after.size(), before.size());
+  after.resize(before.size());
+  EXPECT_EQ(after, before);
 }
 
 }  // namespace

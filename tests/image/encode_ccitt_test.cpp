@@ -201,6 +201,14 @@ TEST_F(EncodeCcitt, MissingTempDirectoryIs18) {
   EXPECT_EQ(Code(), 18u);
 }
 
+TEST_F(EncodeCcitt, TempDirectoryThatIsAFileIs18) {
+  test::WriteAll(temp_ / "file", {'x'});
+  test::EnvironmentValue const file(test::kTempFolderVariable, (temp_ / "file").string());
+  EXPECT_EQ(session_->ConvertDIB2CcittPDFImage(Stairs(), size_, PathOf("no_mopen").c_str()),
+            INVALID_HANDLE_VALUE);
+  EXPECT_EQ(Code(), 18u);
+}
+
 TEST_F(EncodeCcitt, TempDirectoryWithoutRoomForItsNameIs17) {
   test::EnvironmentValue const endless(test::kTempFolderVariable, "/" + std::string(300, 'x'));
   EXPECT_EQ(session_->ConvertDIB2CcittPDFImage(Stairs(), size_, PathOf("no_mopen").c_str()),
