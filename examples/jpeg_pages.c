@@ -5,7 +5,7 @@
 #include <stdlib.h>
 
 /* The file in a block of its own, to be freed with free(); null if it cannot be read. */
-static BYTE* ReadFile(char const* name, DWORD* size) {
+static BYTE* ReadWholeFile(char const* name, DWORD* size) {
   FILE* const file = fopen(name, "rb");
   if (file == NULL) return NULL;
   BYTE* bytes = NULL;
@@ -31,7 +31,7 @@ static int Complain(hPDF pdf, char const* name) {
 
 static int AddPicture(hPDF pdf, char const* name) {
   DWORD size = 0;
-  BYTE* const bytes = ReadFile(name, &size);
+  BYTE* const bytes = ReadWholeFile(name, &size);
   if (bytes == NULL) {
     fprintf(stderr, "%s: cannot be read\n", name);
     return 1;

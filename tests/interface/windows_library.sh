@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # A library for Windows: it exports the listed names, C++ apart, depends on libraries of the system
-# alone, and has a version.
+# and on Sorrelin.dll alone, and has a version.
 # usage: windows_library.sh OBJDUMP LIBRARY NAME...
 set -euo pipefail
 objdump=$1 library=$2
@@ -12,7 +12,7 @@ listed=$(printf '%s\n' "$@" | sort)
 diff <(echo "$listed") <(echo "$exported") || { echo "exports differ: < listed, > exported"; exit 1; }
 
 foreign=$(sed -n 's/^\tDLL Name: //p' <<<"$headers" |
-  grep -vixE '(advapi32|gdi32|kernel32|msvcrt|shell32|user32)\.dll' || true)
+  grep -vixE '(advapi32|gdi32|kernel32|msvcrt|shell32|sorrelin|user32)\.dll' || true)
 if [ -n "$foreign" ]; then echo "depends on $foreign"; exit 1; fi
 
 # Strings of resources are UTF-16.

@@ -39,6 +39,13 @@ wine memory_document.exe cpp.pdf
   -o class_caller.exe "${flags[@]}"
 wine class_caller.exe | grep -q passed
 
+echo "-- pages of coded pictures"
+"$triplet-gcc-posix" -std=c11 -Wall -Wextra -Werror "$examples/jpeg_pages.c" \
+  -o jpeg_pages.exe "$package/lib/libSorrelin-coded.dll.a" "${flags[@]}"
+gs -q -dNOPAUSE -dBATCH -sDEVICE=jpeg -g100x80 -sOutputFile=page.jpg -c showpage
+wine jpeg_pages.exe jpeg.pdf page.jpg
+[ "$(pdfimages -list jpeg.pdf | awk 'NR > 2 { print $4 "x" $5, $9 }')" = "100x80 jpeg" ]
+
 echo "-- a program that loads the library"
 "$triplet-gcc-posix" -std=c11 -Wall -Wextra -Werror "$here/loading_caller.c" -o loading_caller.exe \
   -static
