@@ -26,7 +26,7 @@ tests=.
 program_tests='^tool_(make|read|append|batch|ocr|words)_test\.'
 if [ "$quick" = yes ]; then
   documents=50
-  targets=(--target sorrelin cadwick rennick sorrelin-tool compare_systems system_test
+  targets=(--target sorrelin sorrelin-coded cadwick rennick sorrelin-tool compare_systems system_test
     sibling_loading_test tool_files_test)
   tests='^(system_test|sibling_loading_test|tool_files_test|windows_library_test)'
   program_tests='^tool_read_test\.CountAndInfo\.'

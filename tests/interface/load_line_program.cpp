@@ -1,5 +1,6 @@
 // Loads and unloads the shared library and compares what it prints with what it should.
-#include <dlfcn.h>
+#include <sorrelin/platform/module.h>
+#include <sorrelin/platform/wide_string.h>
 #include <unistd.h>
 
 #include <cstdio>
@@ -13,9 +14,9 @@ int main(int count, char** arguments) {
   std::FILE* const captured = std::tmpfile();
   int const old_stdout = ::dup(1);
   ::dup2(::fileno(captured), 1);
-  void* const library = ::dlopen(arguments[1], RTLD_NOW);
+  HMODULE const library = LoadLibraryW(sorrelin::ToWide(arguments[1]).c_str());
   if (library == nullptr) return 3;
-  ::dlclose(library);
+  FreeLibrary(library);
   std::fflush(stdout);
   ::dup2(old_stdout, 1);
   std::rewind(captured);
