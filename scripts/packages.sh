@@ -22,7 +22,8 @@ witnesses=(ninja-build ccache libgtest-dev libgmock-dev libbenchmark-dev qpdf
   tesseract-ocr-jpn-vert tesseract-ocr-osd tesseract-ocr-rus
   doxygen python3 python3-numpy python3-pil mypy man-db mandoc zsh fish tmux clang-format abigail-tools)
 windows=(ninja-build ccache g++-mingw-w64-x86-64 g++-mingw-w64-i686 libz-mingw-w64-dev googletest
-  wine64 wine nasm autoconf automake libtool meson dpkg-dev clang lld llvm zip unzip poppler-utils bc)
+  wine64 wine nasm autoconf automake libtool meson dpkg-dev clang lld llvm zip unzip poppler-utils bc
+  mmdebstrap arch-test util-linux)
 
 case "${1:-}" in
   minimal) optional=() ;;

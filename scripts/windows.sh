@@ -32,18 +32,23 @@ if [ "$quick" = yes ]; then
   program_tests='^tool_read_test\.CountAndInfo\.'
 fi
 
+# Wine for 32-bit programs comes before the system's, which runs those of 64 bits alone.
+with_wine=yes
+use_wine32() {
+  local commands
+  commands=$(scripts/wine32.sh) && PATH=$commands:$PATH || with_wine=no
+}
+
 build_for_windows() {
-  local tool=ON
-  if [ "$processor" = i686 ]; then tool=OFF; fi
   cmake --preset windows -B "$build" -DSORRELIN_WINDOWS_PROCESSOR="$processor" \
-    -DSORRELIN_WINDOWS_PARTS="$parts" -DSORRELIN_BUILD_TOOL=$tool
+    -DSORRELIN_WINDOWS_PARTS="$parts" -DSORRELIN_WINE="$(command -v wine)" -DSORRELIN_BUILD_TOOL=ON
   cmake --build "$build" "${targets[@]}"
 }
 
 # A desktop without a screen, whose server stays until the script ends: one that goes with its last
 # client may go while the next one connects. Nothing of it holds the script's streams.
 start_wine() {
-  command -v wine >/dev/null || return 1
+  [ "$with_wine" = yes ] && command -v wine >/dev/null || return 1
   export WINEPREFIX=$PWD/$build/wine WINEDEBUG=-all
   mkdir -p "$WINEPREFIX"
   stop_wine
@@ -148,11 +153,12 @@ elif [ ! -f "$parts/built/tiff" ] || [ ! -f "$parts/built/leptonlib" ]; then
   echo "the parts for Windows are not built; scripts/windows.sh builds them" >&2
   exit 1
 fi
+if [ "$processor" = i686 ]; then use_wine32; fi
 build_for_windows
 start_wine || { echo "built; without Wine nothing ran" >&2; exit 1; }
 ctest --test-dir "$build" --output-on-failure -R "$tests" --no-tests=error
 build_here
-if [ "$processor" = x86_64 ]; then test_program; fi
+test_program
 compare_systems
 if [ "$quick" = no ]; then
   tests/build/msvc_syntax.sh "$build"

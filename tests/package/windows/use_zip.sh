@@ -67,9 +67,10 @@ fi
 
 if command -v clang >/dev/null && command -v lld-link >/dev/null; then
   echo "-- the import library for other linkers"
+  # Objects of mingw-w64 have no list of handlers for exceptions, which 32 bits ask for.
   clang --target="$processor-pc-windows-msvc" -c -O1 -ffreestanding -fno-stack-protector \
     "$here/bare_caller.c" -o bare_caller.obj
-  lld-link /nologo /entry:Start /subsystem:console /nodefaultlib /out:bare_caller.exe \
+  lld-link /nologo /safeseh:no /entry:Start /subsystem:console /nodefaultlib /out:bare_caller.exe \
     bare_caller.obj "$package/lib/Sorrelin.lib" "/usr/$triplet/lib/libkernel32.a"
   wine bare_caller.exe
 fi
