@@ -14,12 +14,25 @@
 
 namespace sorrelin {
 
-// Bits 63..52 of a handle. All values leave the highest bits mixed, which no address does.
+// What a handle begins with. All values leave the highest bits mixed, which no 64-bit address does.
 enum class HandleKind : uint64_t { kBlock = 0xB5A, kFile = 0xD25, kMemoryFile = 0xCA9 };
 
-// Below the kind: 28 bits generation, 23 bits slot, and a 1, which no aligned address has. A slot
-// counts a generation per record and is retired after the last, so a handle is never given twice.
-template <typename Record, HandleKind kKind, uint64_t kLastGeneration = (1 << 28) - 1>
+// The bits of a handle from the highest down: the kind or, in 32 bits, its first digit; the
+// generation; the slot; and a 1, which no aligned address has. In 32 bits there is room for a
+// thousand records at a time, as memory files have no more.
+struct HandleBits {
+  int kind;
+  int generation;
+  int slot;
+};
+inline constexpr int kWholeKindBits = 12;
+inline constexpr HandleBits kHandleBits =
+    sizeof(HANDLE) == 8 ? HandleBits{kWholeKindBits, 28, 23} : HandleBits{4, 17, 10};
+
+// A slot counts a generation per record and is retired after the last, so a handle is never given
+// twice.
+template <typename Record, HandleKind kKind,
+          uint64_t kLastGeneration = (uint64_t{1} << kHandleBits.generation) - 1>
 class HandleTable {
  public:
   // Throws std::bad_alloc when the table cannot grow.
@@ -63,11 +76,10 @@ class HandleTable {
   }
 
  private:
-  static_assert(sizeof(HANDLE) == 8, "handles need 64 bits");
-  static constexpr int kSlotBits = 23;
-  static constexpr int kGenerationBits = 28;
-  static_assert(kLastGeneration < uint64_t{1} << kGenerationBits);
-  static constexpr uint64_t kLastSlot = (uint64_t{1} << kSlotBits) - 1;
+  static_assert(kHandleBits.kind + kHandleBits.generation + kHandleBits.slot + 1 ==
+                8 * sizeof(HANDLE));
+  static_assert(kLastGeneration < uint64_t{1} << kHandleBits.generation);
+  static constexpr uint64_t kLastSlot = (uint64_t{1} << kHandleBits.slot) - 1;
 
   struct Slot {
     uint64_t generation = 1;
@@ -75,13 +87,14 @@ class HandleTable {
   };
 
   static HANDLE HandleOf(uint64_t index, uint64_t generation) {
-    uint64_t const kind = static_cast<uint64_t>(kKind) << (kGenerationBits + kSlotBits + 1);
-    uint64_t const value = kind | generation << (kSlotBits + 1) | index << 1 | 1;
-    return reinterpret_cast<HANDLE>(value);
+    uint64_t const kind = static_cast<uint64_t>(kKind) >> (kWholeKindBits - kHandleBits.kind);
+    uint64_t const place = generation << kHandleBits.slot | index;
+    uint64_t const value = kind << (8 * sizeof(HANDLE) - kHandleBits.kind) | place << 1 | 1;
+    return reinterpret_cast<HANDLE>(static_cast<uintptr_t>(value));
   }
 
   Slot* Find(HANDLE handle) {
-    uint64_t const index = reinterpret_cast<uint64_t>(handle) >> 1 & kLastSlot;
+    size_t const index = reinterpret_cast<uintptr_t>(handle) >> 1 & kLastSlot;
     if (index >= slots_.size()) return nullptr;
     Slot& slot = slots_[index];
     bool const live = slot.record.has_value() && HandleOf(index, slot.generation) == handle;
