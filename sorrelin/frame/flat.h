@@ -8,13 +8,24 @@
 #include <sorrelin/frame/string_error.h>
 #include <sorrelin/platform/wide_string.h>
 
+#include <cstdint>
 #include <new>
+#include <stdexcept>
 
 namespace sorrelin {
 
-// Null for the invalid handles 0 and -1.
+// A handle has 64 bits on every system. An address of fewer is widened with zeros.
+inline hPDF HandleOf(CCreatePDF* session) {
+  return static_cast<hPDF>(reinterpret_cast<uintptr_t>(session));
+}
+
+// Null for the invalid handles 0 and -1, and for what is wider than an address. Callers may have
+// widened an address with its sign.
 inline CCreatePDF* SessionOf(hPDF handle) {
-  return handle == 0 || handle == -1 ? nullptr : reinterpret_cast<CCreatePDF*>(handle);
+  uintptr_t const address = static_cast<uintptr_t>(handle);
+  bool const fits = static_cast<hPDF>(address) == handle ||
+                    static_cast<hPDF>(static_cast<intptr_t>(address)) == handle;
+  return fits && address != UINTPTR_MAX ? reinterpret_cast<CCreatePDF*>(address) : nullptr;
 }
 
 // 0 for a class method's success, else the session's last error.
@@ -29,6 +40,7 @@ Result Guarded(hPDF handle, Result failure, Work work) {
   try {
     return work();
   } catch (std::bad_alloc const&) {
+  } catch (std::length_error const&) {
   } catch (SorrelinStringError const& error) {
     if (error.code() != SorrelinStringError::kFailed) throw;
   }

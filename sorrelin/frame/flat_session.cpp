@@ -15,7 +15,7 @@ DWORD pdf_Init_PDF(hPDF* pPDF) {
     delete session;
     return PDF_ERROR_MEMORY;
   }
-  *pPDF = reinterpret_cast<hPDF>(session);
+  *pPDF = sorrelin::HandleOf(session);
   return PDF_ERROR_NONE;
 }
 
