@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <cstddef>
 #include <cstdint>
 #include <numbers>
 
@@ -103,8 +104,9 @@ bool Calculator::RunStackWord(std::string const& word, Stack& stack) {
     return true;
   }
   if (word == "copy" || word == "index") {
-    size_t const count = static_cast<size_t>(std::max<int64_t>(Whole(top), 0));
-    if (count + 1 > stack.size() - (word == "index" ? 1 : 0)) return false;
+    uint64_t const wanted = static_cast<uint64_t>(std::max<int64_t>(Whole(top), 0));
+    if (wanted + 1 > stack.size() - (word == "index" ? 1 : 0)) return false;
+    size_t const count = static_cast<size_t>(wanted);
     stack.pop_back();
     if (word == "index") return stack.push_back(stack[stack.size() - 1 - count]), true;
     if (count > stack.size()) return false;
@@ -112,9 +114,11 @@ bool Calculator::RunStackWord(std::string const& word, Stack& stack) {
     return true;
   }
   if (word != "roll" || stack.size() < 2) return false;
-  int64_t const count = Whole(stack[stack.size() - 2]);
-  if (count < 0 || static_cast<size_t>(count) + 2 > stack.size()) return false;
-  int64_t const by = count == 0 ? 0 : ((Whole(top) % count) + count) % count;
+  int64_t const wanted = Whole(stack[stack.size() - 2]);
+  if (wanted < 0 || static_cast<uint64_t>(wanted) + 2 > stack.size()) return false;
+  std::ptrdiff_t const count = static_cast<std::ptrdiff_t>(wanted);
+  std::ptrdiff_t const turn = static_cast<std::ptrdiff_t>(count == 0 ? 0 : Whole(top) % wanted);
+  std::ptrdiff_t const by = turn < 0 ? turn + count : turn;
   stack.resize(stack.size() - 2);
   std::rotate(stack.end() - count, stack.end() - by, stack.end());
   return true;
