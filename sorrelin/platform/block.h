@@ -5,6 +5,8 @@
 #include <sorrelin/platform/memory.h>
 #include <sorrelin/platform/types.h>
 
+#include <cstdint>
+#include <limits>
 #include <span>
 #include <utility>
 
@@ -60,6 +62,12 @@ class OwnedBlock {
  private:
   HGLOBAL block_ = nullptr;
 };
+
+// A new block; not a valid one where memory is short, or the size more than addresses count.
+inline OwnedBlock NewOwnedBlock(UINT flags, uint64_t bytes) {
+  if (bytes > std::numeric_limits<SIZE_T>::max()) return OwnedBlock();
+  return OwnedBlock(GlobalAlloc(flags, static_cast<SIZE_T>(bytes)));
+}
 
 }  // namespace sorrelin
 

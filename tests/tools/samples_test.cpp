@@ -3,6 +3,9 @@
 
 #include <gtest/gtest.h>
 
+#include <new>
+
+#include "tools/extract/page/picture_form.h"
 #include "tools/formats/picture/blend.h"
 #include "tools/formats/picture/picture.h"
 
@@ -15,6 +18,32 @@ PixPtr Made(int width, int depth, std::vector<l_uint32> const& values) {
     pixSetPixel(pix.get(), i % width, i / width, values[static_cast<size_t>(i)]);
   }
   return pix;
+}
+
+// 65,500 rows of 262,000 bytes; 2^31 - 1 pixels of 64 bits, which are 2^37 - 64.
+TEST(Samples, SizesBeyondAddressesAreShortMemory) {
+  Samples inks;
+  inks.width = inks.height = 65500;
+  inks.colours = ImageColours::kCmyk;
+  PictureForm wide;
+  wide.width = 0x7FFFFFFF;
+  wide.depth = 64;
+  EXPECT_EQ(inks.RowBytes(), 262000u);
+  if constexpr (sizeof(size_t) == 4) {
+    EXPECT_THROW(inks.Bytes(), std::bad_alloc);
+    EXPECT_THROW(wide.RowBytes(), std::bad_alloc);
+  } else {
+    EXPECT_EQ(inks.Bytes(), uint64_t{17161000000});
+    EXPECT_EQ(wide.RowBytes(), uint64_t{17179869176});
+  }
+}
+
+// 2^29 + 1 pixels of 8 bits have 2^32 + 8.
+TEST(Samples, RowOfMoreBitsThan32CountHasItsBytes) {
+  PictureForm form;
+  form.width = 0x20000001;
+  form.depth = 8;
+  EXPECT_EQ(form.RowBytes(), 0x20000001u);
 }
 
 TEST(Samples, InkOfBilevelPicturesIsZero) {

@@ -2,6 +2,7 @@
 #ifndef TOOLS_EXTRACT_CODINGS_PICTURE_SHAPE_H_
 #define TOOLS_EXTRACT_CODINGS_PICTURE_SHAPE_H_
 
+#include <sorrelin/platform/memory_size.h>
 #include <sorrelin/platform/types.h>
 
 #include <memory>
@@ -56,7 +57,7 @@ struct PictureShape {
 
   size_t Components() const { return space->components(); }
   size_t BitsPerPixel() const { return static_cast<size_t>(bits) * Components(); }
-  size_t RowBytes() const { return (width * BitsPerPixel() + 7) / 8; }
+  size_t RowBytes() const { return MemorySize((uint64_t{width} * BitsPerPixel() + 7) / 8); }
 };
 
 // What is known of a picture, also where it cannot be read.

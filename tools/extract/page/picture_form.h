@@ -2,6 +2,7 @@
 #ifndef TOOLS_EXTRACT_PAGE_PICTURE_FORM_H_
 #define TOOLS_EXTRACT_PAGE_PICTURE_FORM_H_
 
+#include <sorrelin/platform/memory_size.h>
 #include <sorrelin/platform/types.h>
 
 #include <span>
@@ -25,7 +26,7 @@ struct PictureForm {
 
   bool HasOpacity() const { return depth == 32 || depth == 64; }
   size_t RowBytes() const {
-    return (static_cast<size_t>(width) * static_cast<size_t>(depth) + 7) / 8;
+    return MemorySize((uint64_t{width} * static_cast<unsigned>(depth) + 7) / 8);
   }
 };
 

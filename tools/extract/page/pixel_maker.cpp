@@ -2,6 +2,8 @@
 // and blue. Samples of 16 bits keep their depth where they are of the device's grey or colours.
 #include "tools/extract/page/pixel_maker.h"
 
+#include <sorrelin/platform/memory_size.h>
+
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -137,7 +139,8 @@ class PixelMaker : public SampleSink {
 
   void MakeBase(std::span<BYTE const> row) {
     if (IsPassedOn()) return;
-    pixels_.assign((form_.width * static_cast<size_t>(base_depth_) + 7) / 8, 0);
+    pixels_.assign(MemorySize((uint64_t{form_.width} * static_cast<unsigned>(base_depth_) + 7) / 8),
+                   0);
     if (base_depth_ == 1) {
       MakeBits(row);
     } else if (base_depth_ == 8) {
@@ -190,7 +193,7 @@ class PixelMaker : public SampleSink {
     size_t const components = shape_.Components();
     SampleReader const samples(row, shape_.bits);
     double const top = (1 << shape_.bits) - 1;
-    values_.resize(form_.width * components);
+    values_.resize(MemorySize(uint64_t{form_.width} * components));
     for (size_t i = 0; i < values_.size(); ++i) {
       size_t const c = i % components;
       values_[i] = shape_.decode[c].low + samples[i] / top * Span(c);

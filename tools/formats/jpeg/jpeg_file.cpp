@@ -286,7 +286,7 @@ std::optional<Samples> DecodeJpegInks(std::span<BYTE const> file) {
   samples.width = static_cast<int>(info.image_width);
   samples.height = static_cast<int>(info.image_height);
   samples.colours = ImageColours::kCmyk;
-  samples.bytes.resize(samples.RowBytes() * static_cast<size_t>(samples.height));
+  samples.bytes.resize(samples.Bytes());
   decompressor.Try([&] {
     jpeg_start_decompress(&info);
     while (info.output_scanline < info.output_height) {

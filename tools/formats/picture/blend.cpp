@@ -57,7 +57,7 @@ Samples SamplesOf(DeepPixels const& form, int width, int height, std::span<BYTE 
   uint32_t const top = TopOf(form);
   size_t const step = static_cast<size_t>(form.sample_bytes);
   size_t const pixel_bytes = PixelBytes(form);
-  samples.bytes.resize(samples.RowBytes() * static_cast<size_t>(height));
+  samples.bytes.resize(samples.Bytes());
   BYTE* out = samples.bytes.data();
   for (size_t at = 0; at + pixel_bytes <= pixels.size(); at += pixel_bytes) {
     BYTE const* const pixel = pixels.data() + at;

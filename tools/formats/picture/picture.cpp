@@ -218,17 +218,17 @@ PixPtr WithoutPalette(Pix* pix) {
 
 OwnedBlock PackedDib(Pix* pix, Resolution dpi) {
   int const depth = PackedDepth(pix);
-  size_t const width = static_cast<size_t>(pixGetWidth(pix));
-  size_t const height = static_cast<size_t>(pixGetHeight(pix));
-  size_t const stride = RowStride(width, static_cast<size_t>(depth));
+  uint64_t const width = static_cast<uint64_t>(pixGetWidth(pix));
+  uint64_t const height = static_cast<uint64_t>(pixGetHeight(pix));
+  uint64_t const stride = RowStride(width, static_cast<uint64_t>(depth));
   size_t const rows_at = sizeof(BITMAPINFOHEADER) + TableBytes(depth);
-  OwnedBlock block(GlobalAlloc(GHND, rows_at + stride * height));
+  OwnedBlock block = NewOwnedBlock(GHND, rows_at + stride * height);
   if (!block.IsValid()) return block;
   BYTE* const bytes = static_cast<BYTE*>(GlobalLock(block.get()));
   BITMAPINFOHEADER const header = HeaderOf(pix, depth, dpi);
   std::memcpy(bytes, &header, sizeof header);
   WriteTable(pix, depth, bytes + sizeof header);
-  for (size_t y = 0; y < height; ++y) {
+  for (uint64_t y = 0; y < height; ++y) {
     PackRow(pix, static_cast<int>(y), depth, bytes + rows_at + stride * (height - 1 - y));
   }
   GlobalUnlock(block.get());

@@ -57,7 +57,7 @@ Samples SamplesOf(Pix* pix) {
   if (depth == 32 || indexed) samples.colours = ImageColours::kRgb;
   if (indexed) samples.palette = PaletteOf(map, depth);
   size_t const row_bytes = samples.RowBytes(), rows = static_cast<size_t>(samples.height);
-  samples.bytes.resize(row_bytes * rows);
+  samples.bytes.resize(samples.Bytes());
   size_t const row_bits = static_cast<size_t>(samples.width) * static_cast<size_t>(depth);
   BYTE const flip = bilevel && BlackBit(pix) == 1 ? 0xFF : 0x00;
   for (size_t y = 0; y < rows; ++y) {

@@ -4,10 +4,12 @@
 #define TOOLS_FORMATS_PICTURE_SAMPLES_H_
 
 #include <leptonica/allheaders.h>
+#include <sorrelin/platform/memory_size.h>
 #include <sorrelin/platform/types.h>
 #include <sorrelin/writer/image_form.h>
 
 #include <cstddef>
+#include <cstdint>
 #include <vector>
 
 namespace sorrelin::tool {
@@ -23,9 +25,11 @@ struct Samples {
   std::vector<BYTE> bytes;
 
   int Components() const { return palette.empty() ? ComponentsOf(colours) : 1; }
+  // Of all rows.
+  size_t Bytes() const { return MemorySize(uint64_t{RowBytes()} * static_cast<uint64_t>(height)); }
   size_t RowBytes() const {
-    size_t const bits_per_pixel = static_cast<size_t>(Components() * bits);
-    return (static_cast<size_t>(width) * bits_per_pixel + 7) / 8;
+    uint64_t const bits_per_pixel = static_cast<uint64_t>(Components() * bits);
+    return MemorySize((static_cast<uint64_t>(width) * bits_per_pixel + 7) / 8);
   }
 };
 

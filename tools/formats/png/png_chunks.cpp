@@ -8,6 +8,7 @@
 #include <libdeflate.h>
 #include <png.h>
 #include <sorrelin/image/inflate_stream.h>
+#include <sorrelin/platform/memory_size.h>
 
 #include <algorithm>
 #include <array>
@@ -144,18 +145,19 @@ struct DecompressorFree {
 // Whether the stream holds exactly the rows, each of a known filter type.
 bool HoldsRows(std::span<BYTE const> stream, PngChunks const& chunks) {
   uint64_t const row_bytes = chunks.RowBytes() + 1;
-  uint64_t const bytes = row_bytes * static_cast<uint64_t>(chunks.height);
-  if (bytes / kMostExpansion > stream.size()) return false;
+  uint64_t const wanted = row_bytes * static_cast<uint64_t>(chunks.height);
+  if (wanted / kMostExpansion > stream.size()) return false;
+  size_t const bytes = MemorySize(wanted);
   std::unique_ptr<libdeflate_decompressor, DecompressorFree> const decompressor(
       libdeflate_alloc_decompressor());
   if (decompressor == nullptr) return false;
-  auto const rows = std::make_unique_for_overwrite<BYTE[]>(static_cast<size_t>(bytes));
+  auto const rows = std::make_unique_for_overwrite<BYTE[]>(bytes);
   if (libdeflate_zlib_decompress(decompressor.get(), stream.data(), stream.size(), rows.get(),
-                                 static_cast<size_t>(bytes), nullptr) != LIBDEFLATE_SUCCESS) {
+                                 bytes, nullptr) != LIBDEFLATE_SUCCESS) {
     return false;
   }
   for (uint64_t at = 0; at < bytes; at += row_bytes) {
-    if (rows[at] > kLastFilterType) return false;
+    if (rows[static_cast<size_t>(at)] > kLastFilterType) return false;
   }
   return true;
 }
