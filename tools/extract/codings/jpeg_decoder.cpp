@@ -7,6 +7,9 @@
 // The header uses what is above without including it.
 #include <jpeglib.h>
 
+#include <algorithm>
+#include <cstdint>
+#include <limits>
 #include <vector>
 
 #include "tools/formats/jpeg/jpeg_file.h"
@@ -16,8 +19,14 @@ namespace {
 
 constexpr char kDamaged[] = "its JPEG data are damaged, or of a kind that is not read";
 // Pictures coded in passes are held whole, which takes up to so much for a byte of data.
-constexpr long kMemory = 64 << 20;
-constexpr long kMemoryPerByte = 256;
+constexpr uint64_t kMemory = 64 << 20;
+constexpr uint64_t kMemoryPerByte = 256;
+
+// 2 GiB at most where a long has 32 bits.
+long MemoryFor(size_t data_bytes) {
+  constexpr uint64_t kMost = std::numeric_limits<long>::max();
+  return static_cast<long>(std::min(kMemory + kMemoryPerByte * data_bytes, kMost));
+}
 
 struct Errors {
   jpeg_error_mgr manager;
@@ -37,7 +46,7 @@ class JpegRows {
     errors_.manager.output_message = [](j_common_ptr) {};
     is_read_ = Try([&] {
       jpeg_create_decompress(&info_);
-      info_.mem->max_memory_to_use = kMemory + kMemoryPerByte * static_cast<long>(data.size());
+      info_.mem->max_memory_to_use = MemoryFor(data.size());
       jpeg_mem_src(&info_, data.data(), static_cast<unsigned long>(data.size()));
       jpeg_read_header(&info_, TRUE);
     });
