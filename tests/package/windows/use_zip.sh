@@ -60,6 +60,9 @@ wine linked.exe "\\\\?\\Z:${PWD//\//\\}\\${deep//\//\\}\\long.pdf"
 
 if [ -f sorrelin.exe ]; then
   echo "-- the program"
+  if [ "$processor" = i686 ]; then
+    "$triplet-objdump" -p sorrelin.exe | grep "large address aware" >/dev/null
+  fi
   "$here/use_program.sh" "$PWD/sorrelin.exe" "$root"
   echo "-- text recognition, HEIC and AVIF"
   "$here/use_parts.sh" "$PWD" "$root"
