@@ -101,10 +101,11 @@ void ChangingElements::Clear() {
 }
 
 // A row without empty runs has at most one element per pixel.
-ptrdiff_t ChangingElements::MaxElements() const { return (ptrdiff_t{width_} + 31) / 32 * 32 * 2; }
+int64_t ChangingElements::MaxElements() const { return (int64_t{width_} + 31) / 32 * 32 * 2; }
 
 uint32_t const* ChangingElements::WriteLimit() {
-  return Begin() + std::min<ptrdiff_t>(kCapacity - 2, MaxElements() - dropped_);
+  return Begin() +
+         static_cast<ptrdiff_t>(std::min<int64_t>(kCapacity - 2, MaxElements() - dropped_));
 }
 
 uint32_t* ChangingElements::MakeRoom(uint32_t* end) {

@@ -80,14 +80,14 @@ class ChangingElements {
   void StartList();
   void FillWindow();
   ptrdiff_t DropBefore(uint32_t const* place);
-  ptrdiff_t MaxElements() const;
+  int64_t MaxElements() const;
 
   uint32_t const width_;
   std::vector<uint8_t> row_;
   std::array<uint32_t, kFront + kCapacity + kBehind> list_;
   uint32_t* end_;  // after the last element of the window
   uint32_t const* limit_;
-  ptrdiff_t dropped_;    // elements of the row before the window
+  int64_t dropped_;      // elements of the row before the window
   size_t next_byte_;     // of the row, the elements from there on not being in the list yet
   uint64_t left_pixel_;  // the pixel before it: 1 for black
 };

@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <new>
+#include <stdexcept>
 #include <type_traits>
 #include <vector>
 
@@ -28,8 +29,9 @@ int Guarded(Work work) {
   try {
     return work();
   } catch (std::bad_alloc const&) {
-    return Fail(CADWICK_NO_MEMORY);
+  } catch (std::length_error const&) {
   }
+  return Fail(CADWICK_NO_MEMORY);
 }
 
 int Result(Outcome outcome) {

@@ -48,7 +48,7 @@ boolean GrowOutput(j_compress_ptr coder) {
   BlockDestination& out = DestinationOf(coder);
   size_t const used = out.capacity;
   GlobalUnlock(out.block);
-  if (used >= kMaxFileBytes || !Resize(out, used, std::min(2 * used, kMaxFileBytes))) {
+  if (used >= kMaxFileBytes || !Resize(out, used, std::min(used, kMaxFileBytes / 2) * 2)) {
     ERREXIT1(coder, JERR_OUT_OF_MEMORY, 0);
   }
   return TRUE;

@@ -81,6 +81,13 @@ TEST(ChangingElements, AdvanceStepsOnRightOfTheColumn) {
   EXPECT_LE(place[-2], 20000U);
 }
 
+// Twice its pixels are more than 31 bits count.
+TEST(ChangingElements, WidestRowTakesElements) {
+  ChangingElements row(0x40000001);
+  row.Clear();
+  EXPECT_GT(row.WriteLimit() - row.Begin(), 4000);
+}
+
 TEST(ChangingElements, RewindShowsTheFirstElementAgain) {
   ChangingElements row(10000);
   FillRow(row, 0x55);
