@@ -149,29 +149,28 @@ class Bitmap {
   View<BYTE> Row(LONG y) const noexcept {
     LONG const height = Height();
     if (y < 0 || y >= height || Width() <= 0) return {};
-    size_t const bits = static_cast<size_t>(Width()) * Bits();
-    size_t const at = sizeof(BITMAPINFOHEADER) + ColourCount() * sizeof(RGBQUAD) +
-                      Stride(bits) * static_cast<size_t>(height - 1 - y);
-    size_t const row_bytes = (bits + 7) / 8;
+    Size const bits = static_cast<Size>(Width()) * Bits();
+    Size const at = sizeof(BITMAPINFOHEADER) + ColourCount() * Size{sizeof(RGBQUAD)} +
+                    Stride(bits) * static_cast<Size>(height - 1 - y);
+    Size const row_bytes = (bits + 7) / 8;
     if (at > size_ || row_bytes > size_ - at) return {};
-    return {bytes_ + at, row_bytes};
+    return {bytes_ + at, static_cast<size_t>(row_bytes)};
   }
 
  private:
   static constexpr double kMetresPerInch = 0.0254;
-  static constexpr unsigned long long kLargestBlock = 0xFFFFFFFF;
+  using Size = unsigned long long;  // products of 32-bit numbers fit in
+  static constexpr Size kLargestBlock = 0xFFFFFFFF;
 
-  static size_t Stride(size_t bits) noexcept { return (bits + 31) / 32 * 4; }
+  static Size Stride(Size bits) noexcept { return (bits + 31) / 32 * 4; }
 
   static HDIB Allocate(LONG width, LONG height, WORD bits) {
     if (width < 1 || height < 1) throw Error(PDF_ERROR_INVALID_IMAGE_SIZE, "a bitmap of no pixels");
     if (bits != 1 && bits != 8 && bits != 24) {
       throw Error(PDF_ERROR_INVALID_BITS_PER_PIXEL, "a bitmap has 1, 8 or 24 bits a pixel");
     }
-    unsigned long long const row_bits = static_cast<unsigned long long>(width) * bits;
-    unsigned long long const bytes =
-        (row_bits + 31) / 32 * 4 * static_cast<unsigned long long>(height) +
-        sizeof(BITMAPINFOHEADER) + TableSize(bits) * sizeof(RGBQUAD);
+    Size const bytes = Stride(static_cast<Size>(width) * bits) * static_cast<Size>(height) +
+                       sizeof(BITMAPINFOHEADER) + TableSize(bits) * sizeof(RGBQUAD);
     if (bytes > kLargestBlock) throw Error(PDF_ERROR_MEMORY, "a bitmap of 4 GiB or more");
     return GlobalAlloc(GHND, static_cast<SIZE_T>(bytes));
   }

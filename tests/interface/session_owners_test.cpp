@@ -5,6 +5,7 @@
 #include <sorrelin/session.hpp>
 
 #include <algorithm>
+#include <cstring>
 #include <string>
 #include <type_traits>
 #include <utility>
@@ -92,6 +93,17 @@ TEST(BitmapOwner, RowsOutsideTheBlockAreEmpty) {
   EXPECT_EQ(header_alone.Width(), 3);
   EXPECT_TRUE(header_alone.Row(0).empty());
   EXPECT_TRUE(header_alone.Colours().empty());
+}
+
+// 178,956,971 pixels have 2^32 + 8 bits.
+TEST(BitmapOwner, RowOfMoreBitsThan32CountIsOutsideASmallBlock) {
+  Bitmap picture(3, 2, 24);
+  auto* const bytes = static_cast<BYTE*>(GlobalLock(picture.Handle()));
+  LONG const width = 178956971;
+  std::memcpy(bytes + 4, &width, sizeof width);
+  GlobalUnlock(picture.Handle());
+  EXPECT_EQ(picture.Width(), width);
+  EXPECT_TRUE(picture.Row(1).empty());
 }
 
 TEST(BitmapOwner, ShapesThatCannotBeAreRefused) {
