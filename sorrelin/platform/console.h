@@ -13,8 +13,11 @@
 #define CTRL_CLOSE_EVENT 2u
 #define CTRL_SHUTDOWN_EVENT 6u
 
+/* The calling convention of handlers, which has a name where there are several. */
+#define WINAPI
+
 /* Called with the event; not 0 lets the process live on. */
-typedef BOOL (*PHANDLER_ROUTINE)(DWORD event);
+typedef BOOL(WINAPI* PHANDLER_ROUTINE)(DWORD event);
 
 /* Has `handler` called when the user or the system asks the process to end: CTRL_C_EVENT for
  * SIGINT, CTRL_CLOSE_EVENT for SIGHUP, CTRL_SHUTDOWN_EVENT for SIGTERM. It runs on a thread of its

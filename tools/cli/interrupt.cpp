@@ -11,7 +11,7 @@ namespace sorrelin::tool {
 namespace {
 
 // Files first: a terminal that is held may keep the bar.
-BOOL OnInterrupt(DWORD) {
+BOOL WINAPI OnInterrupt(DWORD) {
   RemoveOutputForGood();
   RemoveBarForGood();
   EndInterrupted();
