@@ -7,6 +7,7 @@
 #include <zlib.h>
 
 #include <algorithm>
+#include <limits>
 
 namespace sorrelin {
 
@@ -25,6 +26,12 @@ uint64_t DoubledCapacity(uint64_t raw_bytes, uint64_t compressed_bytes) {
   return capacity;
 }
 
+// Room for any result, or as much as the compressor counts where that is less.
+uLongf RoomFor(size_t raw_bytes) {
+  uLongf const bound = compressBound(static_cast<uLong>(raw_bytes));
+  return bound < raw_bytes ? std::numeric_limits<uLongf>::max() : bound;
+}
+
 }  // namespace
 
 int FlateLevel(int quality) {
@@ -34,16 +41,13 @@ int FlateLevel(int quality) {
 // Compresses once into a block that holds any result, then gives it the size that doubling would
 // have reached; untouched pages of the first block cost nothing.
 OwnedBlock CompressFlate(std::span<BYTE const> raw, int level, DWORD& size) {
-  uLongf compressed = compressBound(static_cast<uLong>(raw.size()));
+  uLongf compressed = RoomFor(raw.size());
   OwnedBlock block(GlobalAlloc(GPTR, compressed));
   BYTE* const out = static_cast<BYTE*>(GlobalLock(block.get()));
   if (out == nullptr) return OwnedBlock();
   int const result = compress2(out, &compressed, raw.data(), static_cast<uLong>(raw.size()), level);
-  if (result == Z_MEM_ERROR) {
-    GlobalUnlock(block.get());
-    return OwnedBlock();
-  }
   GlobalUnlock(block.get());
+  if (result == Z_MEM_ERROR || result == Z_BUF_ERROR) return OwnedBlock();
   // Kept: a level that zlib refuses leaves the first block as it is, all of it zeros and all of it
   // counted; callers write size bytes.
   if (result == Z_STREAM_ERROR) compressed = static_cast<uLongf>(FirstCapacity(raw.size()));
