@@ -20,7 +20,8 @@ std::span<BYTE const> InMemory(FileChannel const& channel, DWORD offset, DWORD b
   MemoryBuffer const& buffer = channel.buffer;
   if (offset > buffer.nSize) SetLastError(ERROR_HANDLE_EOF);
   if (offset >= buffer.nSize) return {};
-  return {buffer.pData + offset, std::min<size_t>(bytes, buffer.nSize - offset)};
+  return {buffer.pData + offset,
+          static_cast<size_t>(std::min<uint64_t>(bytes, buffer.nSize - offset))};
 }
 
 }  // namespace

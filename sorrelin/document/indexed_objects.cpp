@@ -88,7 +88,7 @@ bool IndexedObjects::FetchPlain(ObjectId id, ObjectBytes& out) {
   if (extent.nStart >= file_.Size()) return false;
   // What the file lacks of the extent stays 0.
   if (!file_.work().Spend(bytes)) return true;
-  OwnedBlock block(GlobalAlloc(GHND, SIZE_T{bytes} + 2));
+  OwnedBlock block = NewOwnedBlock(GHND, uint64_t{bytes} + 2);
   LockedBlock lock(block.get());
   if (!lock) throw std::bad_alloc();
   std::span<BYTE> const text = lock.bytes().first(bytes);

@@ -26,13 +26,13 @@ WCHAR Unit(BYTE high, BYTE low) { return static_cast<WCHAR>(high << 8 | low); }
 InfoValue FromBigEndian(ByteView bytes) {
   InfoValue units = NewUnits(static_cast<size_t>(bytes.size));
   uint64_t const pairs = (bytes.size - 3) / 2 + 1;
-  for (uint64_t k = 0; k < pairs; ++k) units[k] = Unit(bytes[2 + 2 * k], bytes[3 + 2 * k]);
+  for (size_t k = 0; k < pairs; ++k) units[k] = Unit(bytes[2 + 2 * k], bytes[3 + 2 * k]);
   return units;
 }
 
 InfoValue FromLittleEndian(ByteView bytes) {
   InfoValue units = NewUnits(static_cast<size_t>(bytes.size));
-  for (uint64_t k = 0; k < bytes.size; ++k) {
+  for (size_t k = 0; k < bytes.size; ++k) {
     units[k] = Unit(bytes[3 + 2 * k], bytes[2 + 2 * k]);
     if (units[k] == 0) break;
   }

@@ -147,15 +147,14 @@ ObjectBytes ObjectStreamReader::Serve(DWORD number) const {
   auto const extent = ExtentOf(number);
   if (!extent) return {};
   std::string_view const held = HeldOf(*extent);
-  size_t const body_bytes = static_cast<size_t>(extent->bytes);
   std::string const head = std::to_string(static_cast<int>(number)) + " 0 obj\n";
-  OwnedBlock block(GlobalAlloc(GHND, head.size() + body_bytes + kObjectEnd.size() + 1));
+  OwnedBlock block = NewOwnedBlock(GHND, head.size() + extent->bytes + kObjectEnd.size() + 1);
   LockedBlock const lock(block.get());
   if (!lock) throw SorrelinStringError(SorrelinStringError::kFailed);
   BYTE* const body = std::copy(head.begin(), head.end(), lock.bytes().data());
   BYTE* const lacking = std::replace_copy(held.begin(), held.end(), body, '\0', ' ');
-  std::fill(lacking, body + body_bytes, BYTE{' '});
-  std::copy(kObjectEnd.begin(), kObjectEnd.end(), body + body_bytes);
+  std::fill(lacking, body + extent->bytes, BYTE{' '});
+  std::copy(kObjectEnd.begin(), kObjectEnd.end(), body + extent->bytes);
   return {std::move(block), true};
 }
 

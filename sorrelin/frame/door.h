@@ -7,21 +7,27 @@
 #include <sorrelin/writer/draft.h>
 #include <sorrelin/writer/object_writer.h>
 
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
 #include <new>
+#include <span>
+#include <stdexcept>
 
 namespace sorrelin {
 
-// Runs a method's work on the state. Where memory is short the result is the method's failure, a
-// value of 0, with code 10.
+// Runs a method's work on the state. Where memory is short, or a size passes what addresses count,
+// the result is the method's failure, a value of 0, with code 10.
 template <typename Work>
 auto Door(SessionState* state, Work work) -> decltype(work(*state)) {
   if (state != nullptr) {
     try {
       return work(*state);
     } catch (std::bad_alloc const&) {
-      state->DropNote();
-      state->m_nLastError = PDF_ERROR_MEMORY;
+    } catch (std::length_error const&) {
     }
+    state->DropNote();
+    state->m_nLastError = PDF_ERROR_MEMORY;
   }
   return decltype(work(*state))();
 }
@@ -35,6 +41,11 @@ DWORD WriterDoor(SessionState* state, Work work) {
     DWORD const result = work(out);
     return open.Take(out.Outcome(result));
   });
+}
+
+// The bytes that a caller passes. None has more than there are addresses.
+inline std::span<BYTE> CallersBytes(BYTE* data, uint64_t size) {
+  return {data, static_cast<size_t>(std::min<uint64_t>(size, SIZE_MAX))};
 }
 
 }  // namespace sorrelin

@@ -36,7 +36,7 @@ int CCreatePDF::DecriptRLEData(BYTE* pData, uint64_t nSize, void* hDIB) {
     if (pData == nullptr || nSize == 0 || hDIB == nullptr) return false;
     sorrelin::LockedBlock const dib(hDIB);
     if (!dib) return state.Report(Status::Failed(PDF_ERROR_INVALID_HANDLE));
-    sorrelin::DecodeRunLengthRows({pData, nSize}, dib.bytes());
+    sorrelin::DecodeRunLengthRows(sorrelin::CallersBytes(pData, nSize), dib.bytes());
     return true;
   });
 }

@@ -121,7 +121,8 @@ int CCreatePDF::GetStringValue2W(BYTE* pData, uint64_t nSize, char const* szKey,
         ppValue == nullptr || pnLength == nullptr) {
       return 0;
     }
-    auto value = sorrelin::ReadInfoValue(&state.m_pReader->objects, {pData, nSize}, szKey);
+    auto value = sorrelin::ReadInfoValue(&state.m_pReader->objects,
+                                         sorrelin::CallersBytes(pData, nSize), szKey);
     if (value == nullptr) return 0;
     *ppValue = value.release();
     return 1;

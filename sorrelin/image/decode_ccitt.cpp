@@ -83,7 +83,7 @@ class RowTarget {
     uint64_t const width = static_cast<uint64_t>(std::max(header_.biWidth, LONG{0}));
     uint64_t const from_bottom = static_cast<uint64_t>(header_.biHeight - index - 1);
     uint64_t const at = header_.biSize + kTableBytes + from_bottom * RowStride(width, 1);
-    uint64_t const payload = (width + 7) / 8;
+    size_t const payload = static_cast<size_t>((width + 7) / 8);
     if (at + payload <= bytes_.size()) std::memcpy(bytes_.data() + at, row, payload);
   }
 

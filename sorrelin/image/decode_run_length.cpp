@@ -27,7 +27,7 @@ class Target {
 
   void Put(uint64_t offset, BYTE value) {
     if (offset >= block_.size()) return;
-    block_[offset] = value;
+    block_[static_cast<size_t>(offset)] = value;
     clean_below_ = std::min(clean_below_, offset);
   }
 
@@ -35,7 +35,7 @@ class Target {
     uint64_t const begin = value == 0 ? std::max(offset, clean_below_) : offset;
     uint64_t const end = std::min<uint64_t>(offset + count, block_.size());
     if (begin >= end) return;
-    std::memset(block_.data() + begin, value, end - begin);
+    std::memset(block_.data() + begin, value, static_cast<size_t>(end - begin));
     clean_below_ = std::min(clean_below_, begin);
   }
 

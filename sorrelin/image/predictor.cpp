@@ -26,7 +26,7 @@ uint64_t RowBytes(PngRowShape const& shape) {
 size_t BytesPerPixel(PngRowShape const& shape) {
   float const bytes =
       std::ceil(static_cast<float>(shape.bits) * static_cast<float>(shape.colours) * 0.125F);
-  constexpr float kMost = 1099511627776.0F;
+  constexpr float kMost = 4294967040.0F;  // below 2^32, and more than any data
   return static_cast<size_t>(std::min(bytes, kMost));
 }
 

@@ -68,13 +68,15 @@ void PageFlipTest::EndToken() {
   if (token == "cm") Concatenate();
   if (token == "q") Save();
   if (token == "Q") Restore();
-  operands_[tokens_++ % kOperands] = ParseNumber(token);
+  operands_[next_] = ParseNumber(token);
+  next_ = (next_ + 1) % kOperands;
+  full_ = full_ || next_ == 0;
   token_bytes_ = 0;
 }
 
 void PageFlipTest::Concatenate() {
-  if (tokens_ < kOperands) return;
-  auto const operand = [this](size_t i) { return operands_[(tokens_ + i) % kOperands]; };
+  if (!full_) return;
+  auto const operand = [this](size_t i) { return operands_[(next_ + i) % kOperands]; };
   Matrix const by{operand(0), operand(1), operand(2), operand(3)};
   matrix_ = {by.a * matrix_.a + by.b * matrix_.c, by.a * matrix_.b + by.b * matrix_.d,
              by.c * matrix_.a + by.d * matrix_.c, by.c * matrix_.b + by.d * matrix_.d};

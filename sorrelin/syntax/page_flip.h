@@ -46,7 +46,8 @@ class PageFlipTest {
   Matrix matrix_;
   std::vector<Matrix> saved_;
   std::array<double, kOperands> operands_{};  // values of the last tokens, a ring
-  uint64_t tokens_ = 0;                       // read so far
+  size_t next_ = 0;                           // place of the next one
+  bool full_ = false;                         // as many have been read
   std::array<char, kTokenBytes> token_;
   size_t token_bytes_ = 0;
   bool ended_ = false;

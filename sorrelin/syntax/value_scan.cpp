@@ -43,7 +43,8 @@ std::string_view TokenAfter(ByteView bytes, uint64_t match) {
       armed = false;
       continue;
     }
-    if (start) return bytes.Chars().substr(*start, at - *start);
+    if (start)
+      return bytes.Chars().substr(static_cast<size_t>(*start), static_cast<size_t>(at - *start));
     armed = IsSeparator(bytes[at]);
     if (!armed) ++passed;
   }

@@ -9,6 +9,7 @@
 #include <sorrelin/writer/draft.h>
 
 #include <new>
+#include <stdexcept>
 
 namespace sorrelin {
 
@@ -45,6 +46,9 @@ Status WithCheckpoint(Draft const& draft, Work work) {
     if (before.IsShortOfMemory()) before.Restore();
     return before.IsShortOfMemory() ? Status::Failed(PDF_ERROR_SYSTEM) : status;
   } catch (std::bad_alloc const&) {
+    before.Restore();
+    throw;
+  } catch (std::length_error const&) {
     before.Restore();
     throw;
   }

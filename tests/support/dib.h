@@ -33,7 +33,7 @@ class Block {
   operator HGLOBAL() const { return handle_; }
   // A copy of the first `size` bytes (all by default).
   Bytes Content(size_t size = SIZE_MAX) const {
-    size = std::min(size, GlobalSize(handle_));
+    size = std::min<size_t>(size, GlobalSize(handle_));
     Bytes bytes(size);
     if (size == 0) return bytes;
     std::memcpy(bytes.data(), GlobalLock(handle_), size);

@@ -115,7 +115,7 @@ std::optional<std::string> OcrEngine::Result(int format, int number, std::string
   int const code = entries_.get_result(engine_, format, number, &data, &size);
   if (code != AVERNA_OK) return problem = ProblemOf(code), std::nullopt;
   std::unique_ptr<char, decltype(entries_.free_data)> const owner(data, entries_.free_data);
-  return std::string(data, size);
+  return std::string(data, static_cast<size_t>(size));
 }
 
 int OcrEngine::QuarterTurns(Picture const& picture) {

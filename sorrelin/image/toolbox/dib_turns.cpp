@@ -25,8 +25,8 @@ void ReverseRows(DibLayout const& layout, Source in, std::span<BYTE> out) {
     uint64_t const to = layout.RowsOffset() + y * stride;
     if (to >= out.size()) return;
     uint64_t const from = layout.RowsOffset() + (layout.Rows() - 1 - y) * stride;
-    size_t const room = out.size() - static_cast<size_t>(to);
-    ReadOrZero(in, from, out.subspan(static_cast<size_t>(to), std::min<uint64_t>(stride, room)));
+    std::span<BYTE> const room = out.subspan(static_cast<size_t>(to));
+    ReadOrZero(in, from, room.first(static_cast<size_t>(std::min<uint64_t>(stride, room.size()))));
   }
 }
 
@@ -64,7 +64,7 @@ class QuarterTurn {
     for (size_t i = 0; i < row.size(); ++i) {
       if (row[i] == 0) continue;
       uint64_t const end = std::min<uint64_t>(8, width_ - 8 * i);
-      for (uint64_t bit = 0; bit < end; ++bit) {
+      for (size_t bit = 0; bit < end; ++bit) {
         if ((row[i] & kMasks[bit]) == 0) continue;
         BYTE& target = TargetRow(8 * i + bit)[y / 8];
         target = static_cast<BYTE>(target | mask);

@@ -89,7 +89,7 @@ class Sampled : public PdfFunction {
     uint64_t value = 0;
     uint64_t const first = uint64_t{index} * static_cast<unsigned>(bits_);
     for (uint64_t bit = first; bit < first + static_cast<unsigned>(bits_); ++bit) {
-      unsigned const byte = static_cast<unsigned char>(samples_[bit / 8]);
+      unsigned const byte = static_cast<unsigned char>(samples_[static_cast<size_t>(bit / 8)]);
       value = value << 1 | (byte >> (7 - bit % 8) & 1);
     }
     return static_cast<double>(value);
