@@ -56,10 +56,10 @@ TEST(NarrowAddresses, BitmapOf3GBIs10) {
   GlobalFree(data);
 }
 
-TEST(NarrowAddresses, DocumentInMemoryOf3GBIs10) {
+TEST(NarrowAddresses, DocumentInMemoryOf3GBIs1) {
   hPDF pdf = 0;
   ASSERT_EQ(pdf_Init_PDF(&pdf), 0u);
-  EXPECT_EQ(pdf_CreatePDFInMemory(pdf, nullptr, 3'000'000'000), 10u);
+  EXPECT_EQ(pdf_CreatePDFInMemory(pdf, nullptr, 3'000'000'000), 1u);
   EXPECT_EQ(pdf_CreatePDFInMemory(pdf, nullptr, 1000), 0u);
   EXPECT_EQ(pdf_Release_PDF(pdf), 0u);
 }

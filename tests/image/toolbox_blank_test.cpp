@@ -134,9 +134,10 @@ TEST(CreateBlankDIB, SizePast32BitsIsRefused) {
   EXPECT_EQ(Blank(32, (1 << 30) - 1, 1, false).get(), nullptr);  // fits but for table and header
 }
 
+// Addresses of 32 bits have no room for it.
 TEST(CreateBlankDIB, LargestPictureIsMade) {
   Block const dib = Blank(32, (1 << 30) - 14, 1, false);
-  EXPECT_EQ(GlobalSize(dib), 0xFFFFFFC8u + 52);
+  EXPECT_EQ(GlobalSize(dib), sizeof(void*) == 4 ? 0 : 0xFFFFFFC8u + 52);
 }
 
 TEST(DuplicateBlock, CopiesEveryByte) {

@@ -36,7 +36,7 @@ class DiskFile {
 TEST(MemoryFile, BlockEndsBehindWhatWasWritten) {
   for (Picture const& picture : {kPicture, kNoise}) {
     Bytes const expected = TiffOnDisk().Encode(picture);
-    for (SIZE_T const size : {SIZE_T{1}, expected.size(), expected.size() + 5000}) {
+    for (size_t const size : {size_t{1}, expected.size(), expected.size() + 5000}) {
       Block const block(GlobalAlloc(GHND, size));
       void* const file = mOpen(block, static_cast<DWORD>(size));
       EXPECT_EQ(EncodeInto(file, picture), 1);

@@ -79,7 +79,7 @@ TEST(ValueText, InFrontOfAnUnclosedDictionaryStaysWithinItsBlock) {
   ASSERT_EQ(
       sorrelin::GetTypedValue(nullptr, buffer.data(), buffer.size(), "/Title", &out, &size, 1), 1);
   // A string lacks the first and the last of the 21 places that count.
-  EXPECT_EQ(std::string(static_cast<char const*>(out), size),
+  EXPECT_EQ(std::string(static_cast<char const*>(out), static_cast<size_t>(size)),
             std::string(10, '\0') + "abcd" + std::string(5, '\0'));
   std::free(out);
 }
