@@ -6,6 +6,8 @@
 #include <cstdio>
 #include <system_error>
 
+#include "tools/system/program.h"
+
 namespace sorrelin::tool {
 namespace {
 
@@ -13,19 +15,19 @@ int output_error = 0;  // of the system, the first
 
 }  // namespace
 
+// A stream without a buffer has failed before it is flushed.
 void FlushOutput() {
-  errno = 0;
-  if (std::fflush(stdout) != 0 && output_error == 0) output_error = errno;
+  int error = WriteErrorOfStream();
+  if (std::fflush(stdout) != 0) error = WriteErrorOfStream();
+  if (std::ferror(stdout) != 0 && output_error == 0) output_error = error;
 }
 
 bool IsOutputWhole() {
-  int const before = errno;
   FlushOutput();
   if (std::ferror(stdout) == 0) return true;
-  int const error = output_error != 0 ? output_error : before;
-  if (error == EPIPE) return false;
+  if (output_error == EPIPE) return false;
   PrintProblem("standard output",
-               "cannot be written: " + std::generic_category().message(error) + kRoomRemedy);
+               "cannot be written: " + std::generic_category().message(output_error) + kRoomRemedy);
   return false;
 }
 

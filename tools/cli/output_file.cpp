@@ -18,6 +18,7 @@
 
 #include "tools/cli/messages.h"
 #include "tools/cli/text.h"
+#include "tools/system/entries.h"
 #include "tools/system/names.h"
 #include "tools/system/program.h"
 
@@ -113,14 +114,6 @@ bool MayWrite(fs::path const& target, fs::file_status const& status, bool replac
   return !IsWriteProtected(target) || (problem = kProtected, false);
 }
 
-// A replaced link stays a link: what it names is replaced.
-fs::path Resolved(fs::path const& target) {
-  std::error_code error;
-  if (!fs::is_symlink(target, error)) return target;
-  fs::path const resolved = fs::canonical(target, error);
-  return error ? target : resolved;
-}
-
 // Why a file did not get its name, by the system's error.
 std::string MoveProblem() {
   DWORD const error = GetLastError();
@@ -142,8 +135,9 @@ void KeepPermissions(fs::path const& target, fs::path const& path) {
 
 std::unique_ptr<OutputFile> OutputFile::Open(std::string const& target, bool replace,
                                              std::string& problem) {
-  fs::path const resolved = Resolved(PathOf(target));
-  if (IsDeviceName(resolved)) return problem = kDevice, nullptr;
+  if (IsDeviceName(PathOf(target))) return problem = kDevice, nullptr;
+  // A replaced link stays a link: what it names is replaced.
+  fs::path const resolved = LinkTarget(PathOf(target));
   std::error_code error;
   fs::file_status status = fs::symlink_status(resolved, error);
   if (status.type() == fs::file_type::none) {
@@ -204,8 +198,9 @@ bool OutputFile::Copy(std::string& problem) const {
     copied = std::ferror(file.get()) == 0 && std::fwrite(buffer.data(), 1, bytes, stdout) == bytes;
   }
   copied = copied && std::fflush(stdout) == 0;
-  if (!copied && errno != EPIPE) {
-    problem = "cannot be written: " + std::generic_category().message(errno) + kRoomRemedy;
+  int const error = copied ? 0 : WriteErrorOfStream();
+  if (!copied && error != EPIPE) {
+    problem = "cannot be written: " + std::generic_category().message(error) + kRoomRemedy;
   }
   // The caller knows by now, and nothing else is said of it.
   if (!copied) std::clearerr(stdout);

@@ -13,6 +13,9 @@ bool IsHidden(std::filesystem::path const& path);
 // Whether an entry leads to another place, as symbolic links do and junctions on Windows.
 bool IsLink(std::filesystem::directory_entry const& entry);
 
+// The file that a path leads to by links. The path itself if it does not exist or is no link.
+std::filesystem::path LinkTarget(std::filesystem::path const& path);
+
 }  // namespace sorrelin::tool
 
 #endif  // TOOLS_SYSTEM_ENTRIES_H_

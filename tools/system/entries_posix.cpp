@@ -14,4 +14,11 @@ bool IsLink(std::filesystem::directory_entry const& entry) {
   return entry.is_symlink(error);
 }
 
+std::filesystem::path LinkTarget(std::filesystem::path const& path) {
+  std::error_code error;
+  if (!std::filesystem::is_symlink(path, error)) return path;
+  std::filesystem::path const target = std::filesystem::canonical(path, error);
+  return error ? path : target;
+}
+
 }  // namespace sorrelin::tool

@@ -21,6 +21,10 @@ void TidyUpOnCrash(void (*tidy_up)(), int exit_code);
 // the handler of the interrupt.
 void EndInterrupted();
 
+// The error of a standard stream that has just failed to write, as errno has it; EPIPE if nobody
+// reads from it any more.
+int WriteErrorOfStream();
+
 // Whether work that RunInChildProcess runs has its own process and memory.
 bool HasChildProcesses();
 

@@ -3,6 +3,7 @@
 
 #include <sorrelin/platform/file.h>
 
+#include <cerrno>
 #include <system_error>
 
 namespace sorrelin::tool {
@@ -14,6 +15,8 @@ void TrustOwnLibraries() {}
 void TidyUpOnCrash(void (*)(), int) {}
 
 void EndInterrupted() {}
+
+int WriteErrorOfStream() { return errno; }
 
 bool HasChildProcesses() { return true; }
 

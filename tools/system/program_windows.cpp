@@ -4,12 +4,14 @@
 #include <io.h>
 #include <windows.h>
 
+#include <cerrno>
 #include <csignal>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
 
+#include "tools/system/file_name_windows.h"
 #include "tools/system/names.h"
 #include "tools/system/program.h"
 
@@ -39,15 +41,6 @@ int crash_exit_code = 0;
 LONG WINAPI OnException(EXCEPTION_POINTERS*) { EndAfterCrash(); }
 
 void OnAbort(int) { EndAfterCrash(); }
-
-// Empty if the handle is not that of a file.
-std::wstring NameOfFile(HANDLE file) {
-  if (GetFileType(file) != FILE_TYPE_DISK) return {};
-  std::wstring name(GetFinalPathNameByHandleW(file, nullptr, 0, FILE_NAME_NORMALIZED), L'\0');
-  DWORD const size = static_cast<DWORD>(name.size());
-  name.resize(GetFinalPathNameByHandleW(file, name.data(), size, FILE_NAME_NORMALIZED));
-  return name;
-}
 
 // Rights that come from the folder stay those of the folder.
 bool CopyAccess(std::wstring const& from, std::wstring to) {
@@ -112,6 +105,14 @@ void TidyUpOnCrash(void (*tidy_up)(), int exit_code) {
 
 // Other threads must not go on to say that their files are closed.
 void EndInterrupted() { TerminateProcess(GetCurrentProcess(), kControlCExit); }
+
+// The run-time library knows some of these errors as invalid arguments only.
+int WriteErrorOfStream() {
+  unsigned long const error = _doserrno;
+  bool const is_gone =
+      error == ERROR_NO_DATA || error == ERROR_BROKEN_PIPE || error == ERROR_PIPE_NOT_CONNECTED;
+  return is_gone ? EPIPE : errno;
+}
 
 bool HasChildProcesses() { return false; }
 
