@@ -27,14 +27,24 @@ struct ProgramResult {
   std::string err;
 };
 
-// The program under test is another build of it where the environment names one, such as that for
+// The program under test: another build of it where the environment names one, such as that for
 // another system.
-inline void ReplaceProgram(std::vector<std::string>& arguments) {
+inline std::string ProgramUnderTest(std::string const& program) {
   char const* const other = std::getenv("SORRELIN_TEST_PROGRAM");
+  return other != nullptr ? other : program;
+}
+
+// What the system says where the program under test runs: this one or, under another program of
+// that variable, Wine.
+inline std::string SystemText(std::string const& here, std::string const& wine) {
+  return std::getenv("SORRELIN_TEST_PROGRAM") != nullptr ? wine : here;
+}
+
+inline void ReplaceProgram(std::vector<std::string>& arguments) {
   for (std::string& argument : arguments) {
     std::filesystem::path const path = argument;
     bool const is_program = path.is_absolute() && path.filename() == "sorrelin";
-    if (other != nullptr && is_program) argument = other;
+    if (is_program) argument = ProgramUnderTest(argument);
   }
 }
 

@@ -132,7 +132,8 @@ TEST_F(AppendSafety, FileSizeLimitLeavesTheOldDocument) {
         RunProgram({"sh", "-c", "ulimit -f 64; exec \"$0\" \"$@\"", SORRELIN_TOOL, "append", Out(),
                     Path("new.png"), "--compression", "none", option});
     EXPECT_EQ(result.exit_code, 1);
-    EXPECT_THAT(result.err, HasSubstr(Out() + ": cannot be written: File too large"));
+    EXPECT_THAT(result.err, HasSubstr(Out() + ": cannot be written: " +
+                                      SystemText("File too large", "General failure")));
     EXPECT_EQ(Document(), old);
     EXPECT_THAT(Names(), ElementsAre("new.png", "out.pdf"));
   }

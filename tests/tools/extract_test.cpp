@@ -313,7 +313,8 @@ TEST_F(Extract, WrongOptionsAreUsageErrors) {
 
 TEST_F(Extract, UsualNamesAreTheDocumentsInTheCurrentDirectory) {
   MakeThree();
-  std::string const go = "cd '" + directory_.path().string() + "' && '" SORRELIN_TOOL "' extract ";
+  std::string const go = "cd '" + directory_.path().string() + "' && '" +
+                         ProgramUnderTest(SORRELIN_TOOL) + "' extract ";
   EXPECT_EQ(RunProgram({"sh", "-c", go + "out.pdf --pages 1"}).exit_code, 0);
   EXPECT_EQ(RunProgram({"sh", "-c", go + "out.pdf --format tiff"}).exit_code, 0);
   EXPECT_THAT(Names(), ElementsAre("1.png", "2.png", "3.png", "out-1.png", "out.pdf", "out.tif"));

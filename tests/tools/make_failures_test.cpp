@@ -324,7 +324,8 @@ TEST_F(MakeFailures, FullDiskLeavesNothing) {
       RunProgram({"sh", "-c", "ulimit -f 16; exec \"$0\" \"$@\"", SORRELIN_TOOL, "make", Out(),
                   Path("a.png"), "--compression", "none"});
   EXPECT_EQ(result.exit_code, 1);
-  EXPECT_THAT(result.err, HasSubstr(Line(Out()) + "cannot be written: File too large"));
+  EXPECT_THAT(result.err, HasSubstr(Line(Out()) + "cannot be written: " +
+                                    SystemText("File too large", "General failure")));
   EXPECT_THAT(Names(), ElementsAre("a.png"));
 }
 

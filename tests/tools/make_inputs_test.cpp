@@ -241,8 +241,9 @@ TEST_F(MakeInputs, ReaderThatGoesEndsTheRunWithoutAMessage) {
 
 TEST_F(MakeInputs, DocumentIsNotSentToATerminal) {
   WritePicture("a.png", 100);
-  ProgramResult const result = RunProgram(
-      {"script", "-qec", std::string(SORRELIN_TOOL) + " make - " + Path("a.png"), "/dev/null"});
+  ProgramResult const result =
+      RunProgram({"script", "-qec", ProgramUnderTest(SORRELIN_TOOL) + " make - " + Path("a.png"),
+                  "/dev/null"});
   EXPECT_EQ(result.exit_code, 2);
   EXPECT_THAT(result.out,
               AllOf(HasSubstr("standard output is a terminal"), ::testing::Not(HasSubstr("%PDF"))));

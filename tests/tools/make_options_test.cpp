@@ -203,7 +203,12 @@ TEST_F(MakeOptions, LongerInformationStringsAreUsageErrors) {
   }
   ExpectUsage({Out(), Path("a.png"), "--keywords", std::string(252, 'x')},
               "--keywords: has 252 characters");
+}
+
+TEST_F(MakeOptions, ArgumentsThatAreNotUtf8AreUsageErrors) {
+  WriteGrey();
   ExpectUsage({Out(), Path("a.png"), "--title", "\xFF\xFE"}, "--title: is not valid UTF-8");
+  ExpectUsage({Path("\xFF.pdf"), Path("a.png")}, "not valid UTF-8");
 }
 
 TEST_F(MakeOptions, WrongCommandLinesAreUsageErrors) {
@@ -215,9 +220,7 @@ TEST_F(MakeOptions, WrongCommandLinesAreUsageErrors) {
   ExpectUsage({Out(), Path("a.png"), "--quality", "0"}, "--quality");
   ExpectUsage({Out(), Path("a.png"), "--quality", "101"}, "--quality");
   ExpectUsage({Out(), "-", "-"}, "is named more than once");
-
   ExpectUsage({"", Path("a.png")}, "the name is empty");
-  ExpectUsage({Path("\xFF.pdf"), Path("a.png")}, "not valid UTF-8");
 }
 
 TEST_F(MakeOptions, DocumentThatIsAnImageOfItsOwnIsAUsageError) {
