@@ -183,7 +183,9 @@ TEST_F(AppendSafety, ReadOnlyDocumentIsLeftAlone) {
   for (std::string const option : {"--quiet", "--in-place"}) {
     ProgramResult const result = AppendAsUser({Out(), Path("new.png"), option});
     EXPECT_EQ(result.exit_code, 1);
-    EXPECT_THAT(result.err, HasSubstr("cannot be changed: Permission denied (make it writable)"));
+    EXPECT_THAT(result.err,
+                HasSubstr("cannot be changed: " + SystemText("Permission denied", "Access denied") +
+                          " (make it writable)"));
     EXPECT_EQ(Document(), old);
   }
 }
