@@ -3,7 +3,6 @@
 #include <sorrelin/platform/error.h>
 #include <sorrelin/platform/file.h>
 #include <sorrelin/platform/memory.h>
-#include <sys/resource.h>
 
 #include <algorithm>
 #include <cstdint>
@@ -11,6 +10,7 @@
 #include <vector>
 
 #include "tests/support/dib.h"
+#include "tests/support/environment.h"
 #include "tests/support/temp_dir.h"
 
 namespace {
@@ -48,7 +48,7 @@ void ExpectRefused(HGLOBAL handle) {
 }
 
 TEST(GlobalMemory, HandleIsNotTheAddress) {
-  for (UINT const flags : {GMEM_MOVEABLE, GHND, GMEM_FIXED, GPTR}) {
+  for (UINT const flags : std::initializer_list<UINT>{GMEM_MOVEABLE, GHND, GMEM_FIXED, GPTR}) {
     Block const block = Make(flags, 100);
     ASSERT_NE(block.get(), nullptr);
     EXPECT_NE(block.get(), INVALID_HANDLE_VALUE);
@@ -85,7 +85,7 @@ TEST(GlobalMemory, FreedHandleIsRefusedWhileNewBlocksLive) {
 
 TEST(GlobalMemory, FileHandleIsRefused) {
   test::TempDir const dir;
-  HANDLE const file = CreateFileW((dir / "file").u16string().c_str(), GENERIC_WRITE, 0, nullptr,
+  HANDLE const file = CreateFileW((dir / "file").string<WCHAR>().c_str(), GENERIC_WRITE, 0, nullptr,
                                   CREATE_NEW, 0, nullptr);
   ASSERT_NE(file, INVALID_HANDLE_VALUE);
   ExpectRefused(file);
@@ -156,31 +156,25 @@ TEST(GlobalMemory, ZeroedBlockIsZeroWhereDirtyMemoryWasFreed) {
   }
 }
 
-long PeakKilobytes() {
-  rusage usage{};
-  getrusage(RUSAGE_SELF, &usage);
-  return usage.ru_maxrss;
-}
-
 // A quarter of the size is the bound: a sanitizer keeps an eighth beside each block.
 TEST(GlobalMemory, UntouchedZeroPagesCostNothing) {
-  long const before = PeakKilobytes();
+  size_t const before = test::PeakBytes();
   Block const block = Make(GHND, size_t{1} << 30);
   ASSERT_NE(block.get(), nullptr);
   static_cast<char*>(GlobalLock(block))[size_t{1} << 29] = 1;
-  EXPECT_LT(PeakKilobytes() - before, (1L << 20) / 4);
+  EXPECT_LT(test::PeakBytes() - before, (size_t{1} << 30) / 4);
 }
 
 TEST(GlobalMemory, UntouchedZeroGrowthCostsNothing) {
   Block const block = Make(GHND, 10);
-  long const before = PeakKilobytes();
+  size_t const before = test::PeakBytes();
   ASSERT_EQ(GlobalReAlloc(block, size_t{1} << 30, GHND), block.get());
-  EXPECT_LT(PeakKilobytes() - before, (1L << 20) / 4);
+  EXPECT_LT(test::PeakBytes() - before, (size_t{1} << 30) / 4);
 }
 
 TEST(GlobalMemory, SizesBeyondMemoryAreError8) {
   for (size_t const size : {SIZE_MAX, SIZE_MAX / 2 + 1, SIZE_MAX / 2, SIZE_MAX / 4}) {
-    for (UINT const flags : {GMEM_MOVEABLE, GHND, GPTR}) {
+    for (UINT const flags : std::initializer_list<UINT>{GMEM_MOVEABLE, GHND, GPTR}) {
       SetLastError(0);
       EXPECT_EQ(GlobalAlloc(flags, size), nullptr);
       EXPECT_EQ(GetLastError(), 8u);
@@ -212,7 +206,7 @@ TEST(GlobalReAlloc, GrowthIsZeroedOnRequest) {
 }
 
 TEST(GlobalReAlloc, GrowthBehindAShrinkIsZeroedOnRequest) {
-  for (UINT const flags : {GMEM_MOVEABLE, GMEM_FIXED}) {
+  for (UINT const flags : std::initializer_list<UINT>{GMEM_MOVEABLE, GMEM_FIXED}) {
     Block const block = Make(flags, 100);
     Fill(block, 0x5A);
     ASSERT_EQ(GlobalReAlloc(block, 10, 0), block.get());
@@ -231,7 +225,7 @@ TEST(GlobalReAlloc, ShrinkKeepsTheStart) {
 }
 
 TEST(GlobalReAlloc, LockedBlockStaysInPlaceWhenItShrinks) {
-  for (UINT const flags : {0u, GMEM_MOVEABLE}) {
+  for (UINT const flags : std::initializer_list<UINT>{0, GMEM_MOVEABLE}) {
     Block const block = Make(GHND, 100'000);
     void* const address = GlobalLock(block);
     EXPECT_EQ(GlobalReAlloc(block, 10, flags), block.get());
@@ -242,7 +236,7 @@ TEST(GlobalReAlloc, LockedBlockStaysInPlaceWhenItShrinks) {
 
 // Without GMEM_MOVEABLE a block that somebody may look at must not move.
 TEST(GlobalReAlloc, HeldBlockGrowsOnlyWithLeaveToMove) {
-  for (UINT const flags : {GHND, GPTR}) {
+  for (UINT const flags : std::initializer_list<UINT>{GHND, GPTR}) {
     Block const block = Make(flags, 10);
     auto* const address = static_cast<char*>(GlobalLock(block));
     *address = 7;
@@ -280,7 +274,7 @@ TEST(GlobalReAlloc, SizesBeyondMemoryLeaveTheBlock) {
   for (size_t const size : {SIZE_MAX, SIZE_MAX / 2 + 1, SIZE_MAX / 2, SIZE_MAX / 4}) {
     Block const block = Make(GMEM_MOVEABLE, 10);
     Fill(block, 0x5A);
-    for (UINT const flags : {GMEM_MOVEABLE, GHND}) {
+    for (UINT const flags : std::initializer_list<UINT>{GMEM_MOVEABLE, GHND}) {
       EXPECT_EQ(GlobalReAlloc(block, size, flags), nullptr);
       EXPECT_EQ(GetLastError(), 8u);
       EXPECT_EQ(block.Content(), test::Bytes(10, 0x5A));
