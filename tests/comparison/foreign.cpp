@@ -80,7 +80,8 @@ void Damage(Dice& dice, Bytes& document) {
     document[static_cast<size_t>(place())] = static_cast<BYTE>(dice.Below(256));
   }
   ptrdiff_t const first = place();
-  ptrdiff_t const last = std::min(first + dice.Below(50), static_cast<ptrdiff_t>(document.size()));
+  ptrdiff_t const last = std::min(first + static_cast<ptrdiff_t>(dice.Below(50)),
+                                  static_cast<ptrdiff_t>(document.size()));
   switch (dice.Below(5)) {
     case 0:
       document.erase(document.begin() + first, document.begin() + last);
