@@ -83,7 +83,7 @@ test_program() {
 #!/bin/sh
 trap '' XFSZ
 export WINEPATH='$PWD/$build/lib'
-export TESSDATA_PREFIX="\${TESSDATA_PREFIX-Z:/usr/share/tesseract-ocr/5/tessdata}"
+export TESSDATA_PREFIX="\${TESSDATA_PREFIX-Z:$PWD/$build/tessdata}"
 exec wine '$PWD/$build/bin/sorrelin.exe' "\$@"
 END
   chmod +x "$program"

@@ -35,9 +35,12 @@ function(sorrelin_leave_out variable)
   set(${variable} ${kept} PARENT_SCOPE)
 endfunction()
 
-# Tesseract's data are those of this system's packages.
+# Tesseract's data are those of this system's packages, which Wine may see in the build folder alone.
 find_path(SORRELIN_TESSDATA eng.traineddata
   PATHS /usr/share/tesseract-ocr/5/tessdata NO_DEFAULT_PATH NO_CMAKE_FIND_ROOT_PATH)
+if(SORRELIN_TESSDATA)
+  file(COPY ${SORRELIN_TESSDATA} DESTINATION ${PROJECT_BINARY_DIR})
+endif()
 
 # sorrelin_run_under_wine(<target>): one test, since a start takes longer than most tests. Libraries
 # that are named without a folder are found as on other systems, in the folder of libraries.
@@ -50,5 +53,5 @@ function(sorrelin_run_under_wine target)
   set_tests_properties(${target} PROPERTIES
     TIMEOUT 600
     ENVIRONMENT
-      "WINEPATH=${CMAKE_LIBRARY_OUTPUT_DIRECTORY};TESSDATA_PREFIX=Z:${SORRELIN_TESSDATA}")
+      "WINEPATH=${CMAKE_LIBRARY_OUTPUT_DIRECTORY};TESSDATA_PREFIX=Z:${PROJECT_BINARY_DIR}/tessdata")
 endfunction()
