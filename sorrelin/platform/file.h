@@ -71,6 +71,10 @@ SORRELIN_PLATFORM_API BOOL WriteFile(HANDLE file, void const* buffer, DWORD byte
  * it to 0). */
 SORRELIN_PLATFORM_API DWORD SetFilePointer(HANDLE file, LONG offset, LONG* high, DWORD origin);
 
+/* Ends the file at its position: what is after it is cut off, what is missing before it is filled
+ * with 0. 0 with error 5 (not open for writing) or the system's. */
+SORRELIN_PLATFORM_API BOOL SetEndOfFile(HANDLE file);
+
 /* Low 32 bits of the size in bytes, the high 32 bits in `*high` if given. */
 SORRELIN_PLATFORM_API DWORD GetFileSize(HANDLE file, DWORD* high);
 

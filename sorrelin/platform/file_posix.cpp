@@ -282,6 +282,16 @@ DWORD SetFilePointer(HANDLE handle, LONG offset, LONG* high, DWORD origin) {
   return sorrelin::LowWord(position);
 }
 
+BOOL SetEndOfFile(HANDLE handle) {
+  auto const file = sorrelin::FileOf(handle);
+  if (!file) return FALSE;
+  if (!file->writable) return sorrelin::Fail(ERROR_ACCESS_DENIED, FALSE);
+  off_t const end = lseek(file->descriptor, 0, SEEK_CUR);
+  bool const done =
+      end != -1 && sorrelin::Retry([&] { return ftruncate(file->descriptor, end); }) == 0;
+  return done ? TRUE : sorrelin::Fail(sorrelin::ErrorOfErrno(errno), FALSE);
+}
+
 DWORD GetFileSize(HANDLE handle, DWORD* high) {
   auto const file = sorrelin::FileOf(handle);
   if (!file) return INVALID_FILE_SIZE;

@@ -445,6 +445,26 @@ TEST(FileHandle, ClosedHandleIsRefusedWhileNewFilesAreOpen) {
   EXPECT_EQ(GetFileSize(other, nullptr), 0u);
 }
 
+TEST(SetEndOfFile, FileEndsAtItsPosition) {
+  TempDir const dir;
+  Store(dir / "file", "0123456789");
+  File const file(dir / "file", kReadWrite, OPEN_EXISTING);
+  SetFilePointer(file, 4, nullptr, FILE_BEGIN);
+  EXPECT_NE(SetEndOfFile(file), 0);
+  EXPECT_EQ(ContentOf(dir / "file"), "0123");
+  SetFilePointer(file, 6, nullptr, FILE_BEGIN);
+  EXPECT_NE(SetEndOfFile(file), 0);
+  EXPECT_EQ(ContentOf(dir / "file"), std::string("0123\0\0", 6));
+}
+
+TEST(SetEndOfFile, NeedsWriteAccess) {
+  TempDir const dir;
+  Store(dir / "file", "0123456789");
+  EXPECT_EQ(SetEndOfFile(File(dir / "file", GENERIC_READ, OPEN_EXISTING)), 0);
+  EXPECT_EQ(GetLastError(), 5u);
+  EXPECT_EQ(ContentOf(dir / "file"), "0123456789");
+}
+
 TEST(FlushFileBuffers, NeedsWriteAccess) {
   TempDir const dir;
   EXPECT_NE(FlushFileBuffers(File(dir / "file", GENERIC_WRITE, CREATE_ALWAYS)), 0);

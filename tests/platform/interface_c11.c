@@ -56,6 +56,7 @@ static Operation const kOperations[] = {
     (Operation)RunInChildProcess,
     (Operation)SendToParent,
     (Operation)SetConsoleCtrlHandler,
+    (Operation)SetEndOfFile,
     (Operation)SetFilePointer,
     (Operation)SetLastError,
     (Operation)StandardErrorColumns,

@@ -7,11 +7,9 @@
 #include <charconv>
 #include <chrono>
 #include <cstdio>
-#include <filesystem>
 #include <fstream>
 #include <qpdf/JSON.hh>
 #include <stdexcept>
-#include <system_error>
 #include <thread>
 
 #include "tools/cli/json.h"
@@ -20,8 +18,6 @@
 
 namespace sorrelin::tool {
 namespace {
-
-namespace fs = std::filesystem;
 
 using namespace std::chrono_literals;
 
@@ -87,20 +83,29 @@ Recorded RecordedIn(std::string const& line) {
   return result;
 }
 
+// Moves the file's position there, and cuts off what is after it. False with the system's error.
+bool EndAt(HANDLE file, uint64_t place) {
+  LONG high = static_cast<LONG>(place >> 32);
+  SetLastError(ERROR_SUCCESS);
+  DWORD const low = SetFilePointer(file, static_cast<LONG>(place), &high, FILE_BEGIN);
+  if (low == INVALID_SET_FILE_POINTER && GetLastError() != ERROR_SUCCESS) return false;
+  DWORD size_high = 0;
+  uint64_t const size = GetFileSize(file, &size_high);
+  return (uint64_t{size_high} << 32 | size) == place || SetEndOfFile(file) != FALSE;
+}
+
 }  // namespace
 
 std::unique_ptr<ResultsFile> ResultsFile::Open(std::string const& name, std::string& problem) {
   HANDLE const file = OpenForOne(name);
   if (file == INVALID_HANDLE_VALUE) return problem = ProblemOfOpen(), nullptr;
   std::unique_ptr<ResultsFile> results(new ResultsFile(file));
-  if (!results->Read(name, problem)) return nullptr;
-  SetFilePointer(file, 0, nullptr, FILE_END);
-  return results;
+  return results->Read(name, problem) ? std::move(results) : nullptr;
 }
 
 ResultsFile::~ResultsFile() { CloseHandle(file_); }
 
-// Leaves a file alone that holds anything but results.
+// Leaves a file alone that holds anything but results. The position is at the end then.
 bool ResultsFile::Read(std::string const& name, std::string& problem) {
   std::ifstream file(name, std::ios::binary);
   uint64_t whole_bytes = 0;
@@ -114,11 +119,8 @@ bool ResultsFile::Read(std::string const& name, std::string& problem) {
     if (whole) whole_bytes += line.size() + 1;
   }
   file.close();
-  fs::path const path = PathOf(name);
-  std::error_code error;
-  if (fs::file_size(path, error) != whole_bytes) fs::resize_file(path, whole_bytes, error);
-  if (!error) return true;
-  return problem = "cannot be written: " + error.message() + kRoomRemedy, false;
+  if (EndAt(file_, whole_bytes)) return true;
+  return problem = "cannot be written: " + LastSystemError() + kRoomRemedy, false;
 }
 
 bool ResultsFile::TakeLine(std::string const& line) {
