@@ -11,6 +11,7 @@
 #include "tools/cli/interrupt.h"
 #include "tools/cli/messages.h"
 #include "tools/cli/output_file.h"
+#include "tools/documents/child_function.h"
 #include "tools/system/program.h"
 #include "tools/verbs/verbs.h"
 
@@ -88,6 +89,10 @@ Examples:
 int main(int argc, char** argv) {
   try {
     sorrelin::tool::Prepare();
+    auto const child = sorrelin::tool::RunAsChild(std::span(argv, static_cast<size_t>(argc)),
+                                                  sorrelin::tool::NamedFunction::CallByName,
+                                                  sorrelin::tool::RemoveOutputForGood);
+    if (child) return *child;
     int const code = sorrelin::tool::ParseAndRun(argc, argv);
     return sorrelin::tool::IsOutputWhole() ? code : sorrelin::tool::kExitFailure;
   } catch (std::bad_alloc const&) {

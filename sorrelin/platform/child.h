@@ -1,17 +1,11 @@
-/* Work in a process of its own, which may be ended or crash there without harm to the caller. Valid
- * C11 and C++. */
+/* Work in a process of its own, which may be ended or crash there without harm to the caller.
+ * Declares nothing on Windows, which cannot copy processes. Valid C11 and C++. */
 #ifndef SORRELIN_PLATFORM_CHILD_H_
 #define SORRELIN_PLATFORM_CHILD_H_
 
 #include <sorrelin/platform/types.h>
 
-#if defined(_WIN32) && !defined(SORRELIN_PLATFORM_API)
-#ifdef __cplusplus
-#define SORRELIN_PLATFORM_API extern "C"
-#else
-#define SORRELIN_PLATFORM_API
-#endif
-#endif
+#if !defined(_WIN32)
 
 /* The way from the work to the process that waits for it. */
 typedef struct tagCHILD_LINK CHILD_LINK;
@@ -28,11 +22,12 @@ SORRELIN_PLATFORM_API BOOL SendToParent(CHILD_LINK* link, void const* data, DWOR
 
 /* Runs `routine` in a copy of this process with this thread alone, and passes what it sends to
  * `receiver`, here. Requests to end take their usual effect on the copy, unless it calls
- * SetConsoleCtrlHandler; the end of this process is such a request. Where the system cannot copy
- * processes (Windows), the routine runs in this one. Not 0 if the routine has returned and
- * everything was received. Otherwise 0 with error 1067 (the child was ended before), 8 (it ended
- * because memory was short), 1223 (the receiver gave 0), or what the system says. */
+ * SetConsoleCtrlHandler; the end of this process is such a request. Not 0 if the routine has
+ * returned and everything was received. Otherwise 0 with error 1067 (the child was ended before), 8
+ * (it ended because memory was short), 1223 (the receiver gave 0), or what the system says. */
 SORRELIN_PLATFORM_API BOOL RunInChildProcess(PCHILD_ROUTINE routine, PCHILD_RECEIVER receiver,
                                              void* context);
+
+#endif /* !_WIN32 */
 
 #endif /* SORRELIN_PLATFORM_CHILD_H_ */

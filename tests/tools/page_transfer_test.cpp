@@ -54,9 +54,7 @@ class HostileSource : public PageSource {
   }
 };
 
-std::unique_ptr<PageSource> OpenHostile(void const*, std::string&) {
-  return std::make_unique<HostileSource>();
-}
+std::unique_ptr<PageSource> OpenHostile(std::string&) { return std::make_unique<HostileSource>(); }
 
 class Target : public PageTarget {
  public:
@@ -94,22 +92,36 @@ class Target : public PageTarget {
   bool wanted = true;
 };
 
-// A source of one page, which is read by the function that `context` points to.
+// A source of one page, which is read by `read`.
 using ReadOne = void (*)(PictureSender& sender);
-std::unique_ptr<PageSource> OpenOne(void const* context, std::string&) {
+OpenSource One(ReadOne read) {
   struct Source : PageSource {
     explicit Source(ReadOne given) : read(given) {}
     DWORD PageCount() override { return 1; }
     void Read(DWORD, PictureSender& sender) override { read(sender); }
     ReadOne read;
   };
-  return std::make_unique<Source>(*static_cast<ReadOne const*>(context));
+  return [read](std::string&) { return std::make_unique<Source>(read); };
+}
+
+bool TransferFrom(OpenSource const& open, Target& target, std::string& problem) {
+  auto const reader = [&](ReadOrder const& order) {
+    return ChildWork{[&](ParentLink& link) {
+      SendPages(
+          link, open, [&](DWORD count) { return target.Choose(count); }, order);
+    }};
+  };
+  return TransferPages(reader, target, problem);
+}
+
+ChildWork Answering(ChildAnswer const& answer) {
+  return {[answer](ParentLink& link) { SendAnswer(link, answer); }};
 }
 
 TEST(PageTransfer, PagesThatEndTheirReaderFailAndTheOthersCome) {
   Target target;
   std::string problem;
-  EXPECT_TRUE(TransferPages(OpenHostile, nullptr, target, problem)) << problem;
+  EXPECT_TRUE(TransferFrom(OpenHostile, target, problem)) << problem;
   std::string const ended = kEndedReader;
   EXPECT_THAT(target.log, ElementsAre("start 6", "0 whole", "1 is damaged", "2 " + ended, "3 whole",
                                       "4 " + ended, "5 whole"));
@@ -122,7 +134,7 @@ TEST(PageTransfer, HeadArrives) {
   };
   Target target;
   std::string problem;
-  EXPECT_TRUE(TransferPages(OpenOne, &read, target, problem));
+  EXPECT_TRUE(TransferFrom(One(read), target, problem));
   EXPECT_EQ(target.head.picture, 7u);
   EXPECT_EQ(target.head.width, 20u);
   EXPECT_EQ(target.head.height, 30u);
@@ -142,7 +154,7 @@ TEST(PageTransfer, BytesOutOfOrderFindTheirPlaces) {
   };
   Target target;
   std::string problem;
-  EXPECT_TRUE(TransferPages(OpenOne, &read, target, problem));
+  EXPECT_TRUE(TransferFrom(One(read), target, problem));
   EXPECT_THAT(target.log, ElementsAre("start 1", "0 whole"));
 }
 
@@ -154,7 +166,7 @@ TEST(PageTransfer, ChildWithoutItsFinalMessageHasFailed) {
   };
   Target target;
   std::string problem;
-  EXPECT_TRUE(TransferPages(OpenOne, &leave, target, problem));
+  EXPECT_TRUE(TransferFrom(One(leave), target, problem));
   EXPECT_THAT(target.log, ElementsAre("start 1", std::string("0 ") + kSilentReader));
 }
 
@@ -204,7 +216,7 @@ TEST_P(ChildThatEnds, FailsItsPageInTheMidstOfAPicture) {
   };
   Target target;
   std::string problem;
-  TransferPages(OpenOne, &read, target, problem);
+  TransferFrom(One(read), target, problem);
   EXPECT_THAT(target.log, ElementsAre("start 1", std::string("0 ") + GetParam().problem));
 }
 
@@ -214,7 +226,7 @@ TEST_P(ChildThatEnds, AnswersNothing) {
     return std::optional<std::string>("yes");
   };
   std::string problem;
-  EXPECT_EQ(AskChild(answer, problem), std::nullopt);
+  EXPECT_EQ(AskChild(Answering(answer), problem), std::nullopt);
   EXPECT_EQ(problem, GetParam().problem);
 }
 
@@ -222,43 +234,41 @@ INSTANTIATE_TEST_SUITE_P(Ends, ChildThatEnds, ::testing::ValuesIn(kEnds),
                          [](auto const& end) { return end.param.name; });
 
 TEST(PageTransfer, ChildThatSaysNothingHasFailed) {
-  auto const open = [](void const*, std::string&) -> std::unique_ptr<PageSource> {
-    _exit(EXIT_SUCCESS);
-  };
+  auto const open = [](std::string&) -> std::unique_ptr<PageSource> { _exit(EXIT_SUCCESS); };
   Target target;
   std::string problem;
-  EXPECT_FALSE(TransferPages(open, nullptr, target, problem));
+  EXPECT_FALSE(TransferFrom(open, target, problem));
   EXPECT_EQ(problem, kSilentReader);
 }
 
 TEST(PageTransfer, AnswerWithoutItsEndIsNone) {
   auto const leave = [](std::string&) -> std::optional<std::string> { _exit(EXIT_SUCCESS); };
   std::string problem;
-  EXPECT_FALSE(AskChild(leave, problem).has_value());
+  EXPECT_FALSE(AskChild(Answering(leave), problem).has_value());
   EXPECT_EQ(problem, kSilentReader);
   auto const answer = [](std::string&) { return std::optional<std::string>("yes"); };
-  EXPECT_EQ(AskChild(answer, problem), "yes");
+  EXPECT_EQ(AskChild(Answering(answer), problem), "yes");
 }
 
 TEST(PageTransfer, DocumentThatDoesNotOpenIsTheProblem) {
-  auto const open = [](void const* name, std::string& problem) {
-    problem = static_cast<char const*>(name) + std::string(" is no document");
+  auto const open = [](std::string& problem) {
+    problem = "it is no document";
     return std::unique_ptr<PageSource>();
   };
   Target target;
   std::string problem;
-  EXPECT_FALSE(TransferPages(open, "it", target, problem));
+  EXPECT_FALSE(TransferFrom(open, target, problem));
   EXPECT_EQ(problem, "it is no document");
   EXPECT_TRUE(target.log.empty());
 }
 
 TEST(PageTransfer, DocumentThatEndsTheReaderWhileItOpensIsTheProblem) {
-  auto const open = [](void const*, std::string&) -> std::unique_ptr<PageSource> {
+  auto const open = [](std::string&) -> std::unique_ptr<PageSource> {
     EndProcess("a line that the child drops");
   };
   Target target;
   std::string problem;
-  EXPECT_FALSE(TransferPages(open, nullptr, target, problem));
+  EXPECT_FALSE(TransferFrom(open, target, problem));
   EXPECT_EQ(problem, kEndedReader);
 }
 
@@ -266,12 +276,12 @@ TEST(PageTransfer, NothingIsReadIfTheTargetWantsNothing) {
   Target target;
   target.wanted = false;
   std::string problem;
-  EXPECT_TRUE(TransferPages(OpenHostile, nullptr, target, problem));
+  EXPECT_TRUE(TransferFrom(OpenHostile, target, problem));
   EXPECT_THAT(target.log, ElementsAre("start 6"));
 }
 
 TEST(PageTransfer, DocumentOfPagesThatAllEndTheirReaderIsGivenUp) {
-  auto const open = [](void const*, std::string&) -> std::unique_ptr<PageSource> {
+  auto const open = [](std::string&) -> std::unique_ptr<PageSource> {
     struct Source : PageSource {
       DWORD PageCount() override { return 1000; }
       void Read(DWORD, PictureSender&) override { EndProcess("dropped"); }
@@ -280,7 +290,7 @@ TEST(PageTransfer, DocumentOfPagesThatAllEndTheirReaderIsGivenUp) {
   };
   Target target;
   std::string problem;
-  EXPECT_FALSE(TransferPages(open, nullptr, target, problem));
+  EXPECT_FALSE(TransferFrom(open, target, problem));
   EXPECT_EQ(target.log.size(), 101u);
   EXPECT_EQ(problem,
             "too many pages end their reader; further ones are left out (qpdf in.pdf out.pdf may "
@@ -295,10 +305,10 @@ TEST(SideBySide, ChildIsStartedWhileNoThreadWorks) {
     std::this_thread::sleep_for(std::chrono::milliseconds(1));
     --at_work;
   };
-  auto const report = [&](CHILD_LINK* link) {
+  auto const report = [&](ParentLink& link) {
     for (int i = 0; i < 3; ++i) {
-      char const number = static_cast<char>(at_work);
-      SendToParent(link, &number, 1);
+      BYTE const number = static_cast<BYTE>(at_work);
+      link.Send({&number, 1});
     }
   };
   auto const take = [&](std::span<BYTE const> numbers) {
@@ -310,7 +320,7 @@ TEST(SideBySide, ChildIsStartedWhileNoThreadWorks) {
     for (int i = 0; i < 20; ++i) {
       work_a_while();
       std::string problem;
-      children += RunChild(report, take, problem) ? 1 : 0;
+      children += RunChild({report}, take, problem) ? 1 : 0;
     }
   });
   EXPECT_EQ(children, 80);
@@ -323,10 +333,10 @@ TEST(SideBySide, ChildThatIsEndedLetsTheOthersStart) {
     for (int i = 0; i < 3; ++i) {
       std::string problem;
       auto const take = [](std::span<BYTE const>) { return true; };
-      auto const work = [&](CHILD_LINK*) {
+      auto const work = [&](ParentLink&) {
         if (index == 1) EndProcess("dropped");
       };
-      if (!RunChild(work, take, problem)) ++ended;
+      if (!RunChild({work}, take, problem)) ++ended;
     }
   });
   EXPECT_EQ(ended, 3);

@@ -21,7 +21,7 @@
 #include "tools/cli/messages.h"
 #include "tools/cli/progress.h"
 #include "tools/cli/text.h"
-#include "tools/documents/child.h"
+#include "tools/documents/child_function.h"
 #include "tools/make/make_document.h"
 #include "tools/system/names.h"
 
@@ -58,15 +58,30 @@ void Unpack(std::string const& text, Result& result) {
   result.state = result.pages == 0 ? kFailed : result.problems.empty() ? kMade : kIncomplete;
 }
 
-void MakeInChild(MakeOptions const& options, Result& result) {
-  auto const make = [&](std::string&) {
-    TidyUpOnInterrupt();
-    RunReport report;
-    MakeDocument(options, &report);
-    return std::optional(Packed(report));
+std::optional<std::string> MakeHere(MakeOptions const& options) {
+  TidyUpOnInterrupt();
+  RunReport report;
+  MakeDocument(options, &report);
+  return Packed(report);
+}
+
+std::optional<std::string> MakeLine(std::string const& line, bool const& force, std::string&) {
+  MakeOptions options = LineParser().Parse(line).options;
+  options.force = force;
+  return MakeHere(options);
+}
+
+ChildFunction<std::string, bool> const kMakeLine("make the document of a line", MakeLine);
+
+// Makes the document of this line.
+void MakeInChild(std::string const& line, MakeOptions const& options, Result& result) {
+  ChildWork work = kMakeLine.With(line, options.force);
+  // A copy of this process knows the options already.
+  work.run = [&](ParentLink& link) {
+    SendAnswer(link, [&](std::string&) { return MakeHere(options); });
   };
   std::string problem;
-  auto const answer = AskChild(make, problem);
+  auto const answer = AskChild(work, problem);
   if (answer) return Unpack(*answer, result);
   bool const ended = problem == kEndedReader || problem == kSilentReader;
   result.problems.push_back(options.pages.output + ": " +
@@ -119,7 +134,7 @@ class Batch {
       result.output = document.options.pages.output;
       result.signature = document.signature;
       ClaimName(result);
-      Make(document.options, result);
+      Make(line.text, document.options, result);
     } catch (UsageError const& error) {
       result.state = kBroken;
       result.output.clear();
@@ -138,7 +153,7 @@ class Batch {
     throw UsageError(result.output, "is the output of line " + std::to_string(place->second));
   }
 
-  void Make(MakeOptions& options, Result& result) {
+  void Make(std::string const& line, MakeOptions& options, Result& result) {
     OutputLock lock(result.output);
     auto const before = results_.Find(result.output);
     auto const size = SizeOf(result.output);
@@ -153,7 +168,7 @@ class Batch {
                        : "exists already, and no result names it (--force replaces it)";
     } else if (auto const taken = lock.Take(problem); taken == OutputLock::Taken::kYes) {
       options.force = size.has_value();
-      MakeInChild(options, result);
+      MakeInChild(line, options, result);
     } else if (taken == OutputLock::Taken::kBusy) {
       result.state = kBusy;
     }

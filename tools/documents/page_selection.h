@@ -7,6 +7,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <tuple>
 #include <vector>
 
 namespace sorrelin::tool {
@@ -21,6 +22,11 @@ class PageSelection {
   std::vector<DWORD> Of(DWORD count) const;
   // Whether a page after the first `count` is named.
   bool GoesBeyond(DWORD count) const;
+
+  template <typename Self>
+  static auto Fields(Self& self) {
+    return std::tie(self.ranges_);
+  }
 
  private:
   struct Range {

@@ -10,13 +10,14 @@
 #include <optional>
 #include <set>
 #include <system_error>
+#include <tuple>
 
 #include "tools/cli/command_line.h"
 #include "tools/cli/messages.h"
 #include "tools/cli/output_file.h"
 #include "tools/cli/progress.h"
 #include "tools/cli/text.h"
-#include "tools/documents/child.h"
+#include "tools/documents/child_function.h"
 #include "tools/extract/extract_report.h"
 #include "tools/formats/tiff/tiff_file.h"
 
@@ -39,8 +40,6 @@ class ExtractRun {
     return options_.files.format == FileFormat::kTiff && !options_.pattern.HasPage() &&
            !options_.pattern.HasPicture();
   }
-
-  std::vector<DWORD> Wanted(DWORD count) const { return options_.pages.Of(count); }
 
   // False if nothing is to be read. The first reader that asks settles it.
   bool Start(DWORD count) {
@@ -94,7 +93,7 @@ class ExtractRun {
           document, 0,
           "has no more than " + std::to_string(count) + " pages to read (choose among them)");
     }
-    wanted_ = Wanted(count).size();
+    wanted_ = options_.pages.Of(count).size();
     if (wanted_ == 0 && count == 0) {
       ReportHere(document, 0, std::string("has no pages to read") + kMendRemedy);
     }
@@ -197,23 +196,50 @@ class PlacedFile {
   int error_ = 0;
 };
 
+// The pages of one reader.
+struct Share {
+  PageSelection pages;
+  size_t job = 0;
+  size_t jobs = 1;
+
+  std::vector<DWORD> Of(DWORD count) const {
+    std::vector<DWORD> const all = pages.Of(count);
+    std::vector<DWORD> own;
+    for (size_t i = job; i < all.size(); i += jobs) own.push_back(all[i]);
+    return own;
+  }
+
+  template <typename Self>
+  static auto Fields(Self& self) {
+    return std::tie(self.pages, self.job, self.jobs);
+  }
+};
+
+void ReadPages(ParentLink& link, FileOptions const& files, Share const& share,
+               ReadOrder const& order) {
+  auto const open = [&](std::string& problem) { return PageFiles::Open(files, problem); };
+  SendPages(
+      link, open, [&](DWORD count) { return share.Of(count); }, order);
+}
+
+ChildFunction<FileOptions, Share, ReadOrder> const kReadPages("read pages", ReadPages);
+
 // One reader's share of the pages: pictures come in, and files go out.
 class ExtractJob : public PageTarget {
  public:
-  ExtractJob(ExtractRun& run, size_t job, size_t jobs) : run_(run), job_(job), jobs_(jobs) {}
+  ExtractJob(ExtractRun& run, size_t job, size_t jobs)
+      : run_(run), share_{run.options().pages, job, jobs} {}
 
   void Run() {
+    auto const reader = [this](ReadOrder const& order) {
+      return kReadPages.With(run_.options().files, share_, order);
+    };
     std::string problem;
-    if (!TransferPages(PageFiles::Open, &run_.options().files, *this, problem)) problem_ = problem;
+    if (!TransferPages(reader, *this, problem)) problem_ = problem;
   }
   std::string const& problem() const { return problem_; }
 
-  std::vector<DWORD> Choose(DWORD count) const override {
-    std::vector<DWORD> const all = run_.Wanted(count);
-    std::vector<DWORD> own;
-    for (size_t i = job_; i < all.size(); i += jobs_) own.push_back(all[i]);
-    return own;
-  }
+  std::vector<DWORD> Choose(DWORD count) const override { return share_.Of(count); }
 
   bool Start(DWORD count) override { return run_.Start(count); }
 
@@ -271,7 +297,7 @@ class ExtractJob : public PageTarget {
   }
 
   ExtractRun& run_;
-  size_t job_, jobs_;
+  Share share_;
   WrittenFile written_;
   std::unique_ptr<OutputFile> output_;
   std::optional<PlacedFile> file_;

@@ -39,8 +39,7 @@ bool IsKeptBy(FileFormat format, KeptAs kept, PagePicture const& picture, Orient
 
 }  // namespace
 
-std::unique_ptr<PageSource> PageFiles::Open(void const* context, std::string& problem) {
-  auto const& options = *static_cast<FileOptions const*>(context);
+std::unique_ptr<PageSource> PageFiles::Open(FileOptions const& options, std::string& problem) {
   auto document = QpdfDocument::Open(options.document, options.password, problem);
   if (document == nullptr) return nullptr;
   return std::unique_ptr<PageSource>(new PageFiles(options, std::move(document)));

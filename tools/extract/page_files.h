@@ -4,6 +4,7 @@
 
 #include <memory>
 #include <string>
+#include <tuple>
 
 #include "tools/documents/qpdf_document.h"
 #include "tools/extract/output/picture_writer.h"
@@ -18,12 +19,17 @@ struct FileOptions {
   FileFormat format = FileFormat::kKeep;
   bool all = false;        // every picture of a page, and not only pages that are one picture
   bool as_stored = false;  // not turned as viewers show it
+
+  template <typename Self>
+  static auto Fields(Self& self) {
+    return std::tie(self.document, self.password, self.format, self.all, self.as_stored);
+  }
 };
 
 class PageFiles : public PageSource {
  public:
-  // `context` is the FileOptions, which outlive the source.
-  static std::unique_ptr<PageSource> Open(void const* context, std::string& problem);
+  // `options` outlive the source.
+  static std::unique_ptr<PageSource> Open(FileOptions const& options, std::string& problem);
 
   DWORD PageCount() override { return document_->ListedPages(); }
   void Read(DWORD page, PictureSender& sender) override;

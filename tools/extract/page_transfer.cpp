@@ -47,7 +47,7 @@ std::string_view Behind(std::string_view payload, size_t bytes) {
 // In the child. Messages wait for one another, so that a page takes few calls of the system.
 class Sender : public PictureSender, private ByteOutput {
  public:
-  explicit Sender(CHILD_LINK* link) : link_(link) {}
+  explicit Sender(ParentLink& link) : link_(link) {}
 
   ByteOutput& Begin(PictureHead const& head) override {
     Flush();
@@ -101,8 +101,7 @@ class Sender : public PictureSender, private ByteOutput {
   }
 
   bool Pass() {
-    is_heard_ = is_heard_ &&
-                SendToParent(link_, waiting_.data(), static_cast<DWORD>(waiting_.size())) != FALSE;
+    is_heard_ = is_heard_ && link_.SendText(waiting_);
     waiting_.clear();
     return is_heard_;
   }
@@ -116,25 +115,35 @@ class Sender : public PictureSender, private ByteOutput {
     return waiting_.size() < kPieceBytes ? is_heard_ : Pass();
   }
 
-  CHILD_LINK* link_;
+  ParentLink& link_;
   std::string waiting_;
   std::vector<BYTE> piece_;
   uint64_t piece_place_ = 0;
   bool is_heard_ = true;
 };
 
-// One run of a child, both ends of it.
+void SendChosen(PageSource& source, std::vector<DWORD> const& pages, size_t first, Sender& sender) {
+  for (size_t i = first; i < pages.size(); ++i) {
+    sender.SendNumber('B', i);
+    try {
+      source.Read(pages[i], sender);
+    } catch (std::bad_alloc const&) {
+      sender.Fail(0, kMemoryProblem);
+    }
+    sender.Send('F', {});
+  }
+}
+
+// Takes what readers send, one after the other.
 class Transfer {
  public:
-  Transfer(OpenSource open, void const* context, PageTarget& target)
-      : open_(open), context_(context), target_(target) {}
+  Transfer(ReaderWork const& reader, PageTarget& target) : reader_(reader), target_(target) {}
 
   bool Run(std::string& problem) {
     for (int i = 0; i < kMaxReaders; ++i) {
       rest_.clear();
-      auto const work = [this](CHILD_LINK* link) { Work(link); };
       auto const take = [this](std::span<BYTE const> bytes) { return Take(bytes); };
-      bool const ended = RunChild(work, take, problem);
+      bool const ended = RunChild(reader_(order_), take, problem);
       if (stopped_) return true;
       if (document_problem_) problem = *document_problem_;
       if (document_problem_) return false;
@@ -150,39 +159,7 @@ class Transfer {
   }
 
  private:
-  // In the child. What the target chooses there, it will choose here.
-  void Work(CHILD_LINK* link) {
-    Sender sender(link);
-    std::string problem;
-    std::string_view reason = kMemoryProblem;
-    try {
-      auto const source = open_(context_, problem);
-      if (source != nullptr) {
-        sender.SendNumber('O', source->PageCount());
-        SendPages(*source, sender);
-        sender.SendNow('Z', {});
-        return;
-      }
-      reason = problem;
-    } catch (std::bad_alloc const&) {
-    }
-    sender.SendNow('X', reason);
-  }
-
-  void SendPages(PageSource& source, Sender& sender) {
-    auto const pages = pages_ ? *pages_ : target_.Choose(source.PageCount());
-    for (size_t i = next_; i < pages.size(); ++i) {
-      sender.SendNumber('B', i);
-      try {
-        source.Read(pages[i], sender);
-      } catch (std::bad_alloc const&) {
-        sender.Fail(0, kMemoryProblem);
-      }
-      sender.Send('F', {});
-    }
-  }
-
-  // Here. False stops the child.
+  // False stops the child.
   bool Take(std::span<BYTE const> bytes) {
     rest_.append(reinterpret_cast<char const*>(bytes.data()), bytes.size());
     size_t at = 0;
@@ -232,6 +209,7 @@ class Transfer {
 
   bool TakeOpened(DWORD count) {
     if (pages_) return true;
+    order_.count = count;
     pages_ = target_.Choose(count);
     stopped_ = !target_.Start(count);
     return !stopped_;
@@ -240,7 +218,7 @@ class Transfer {
   // A next reader goes on after the page.
   void EndPage() {
     reading_ = false;
-    next_ = current_ + 1;
+    order_.first = current_ + 1;
     target_.EndPage((*pages_)[current_]);
   }
 
@@ -265,23 +243,42 @@ class Transfer {
     target_.Write(place, {reinterpret_cast<BYTE const*>(bytes.data()), bytes.size()});
   }
 
-  OpenSource open_;
-  void const* context_;
+  ReaderWork const& reader_;
   PageTarget& target_;
+  ReadOrder order_;  // of the next reader
   std::optional<std::vector<DWORD>> pages_;
   size_t current_ = 0;     // the place of the last page that has begun
   bool reading_ = false;   // it has not ended
   bool stopped_ = false;   // the target wants nothing
   bool complete_ = false;  // the child's final message has come
   std::optional<std::string> document_problem_;
-  size_t next_ = 0;
   std::string rest_;
 };
 
 }  // namespace
 
-bool TransferPages(OpenSource open, void const* context, PageTarget& target, std::string& problem) {
-  return Transfer(open, context, target).Run(problem);
+void SendPages(ParentLink& link, OpenSource const& open, PageChoice const& choose,
+               ReadOrder const& order) {
+  Sender sender(link);
+  std::string problem;
+  std::string_view reason = kMemoryProblem;
+  try {
+    auto const source = open(problem);
+    if (source != nullptr) {
+      DWORD const count = source->PageCount();
+      sender.SendNumber('O', count);
+      SendChosen(*source, choose(order.count.value_or(count)), order.first, sender);
+      sender.SendNow('Z', {});
+      return;
+    }
+    reason = problem;
+  } catch (std::bad_alloc const&) {
+  }
+  sender.SendNow('X', reason);
+}
+
+bool TransferPages(ReaderWork const& reader, PageTarget& target, std::string& problem) {
+  return Transfer(reader, target).Run(problem);
 }
 
 }  // namespace sorrelin::tool

@@ -2,12 +2,15 @@
 #ifndef TOOLS_EXTRACT_PAGE_TRANSFER_H_
 #define TOOLS_EXTRACT_PAGE_TRANSFER_H_
 
+#include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "tools/extract/output/byte_output.h"
 #include "tools/formats/picture/resolution.h"
+#include "tools/system/child_process.h"
 
 namespace sorrelin::tool {
 
@@ -44,13 +47,29 @@ class PageSource {
 };
 
 // Null, with the reason in `problem`, if there is nothing to read.
-using OpenSource = std::unique_ptr<PageSource> (*)(void const* context, std::string& problem);
+using OpenSource = std::function<std::unique_ptr<PageSource>(std::string& problem)>;
+
+// The pages that are wanted of a document that has `count`, in their order.
+using PageChoice = std::function<std::vector<DWORD>(DWORD count)>;
+
+// What a reader is asked for.
+struct ReadOrder {
+  std::optional<DWORD> count;  // the document's pages, where an earlier reader has counted them
+  size_t first = 0;            // the place of the first page to read among those that are wanted
+};
+
+// In the child: reads pages.
+void SendPages(ParentLink& link, OpenSource const& open, PageChoice const& choose,
+               ReadOrder const& order);
+
+// The work of a reader, which calls SendPages. `order` outlives the work.
+using ReaderWork = std::function<ChildWork(ReadOrder const& order)>;
 
 // Takes what was read, here.
 class PageTarget {
  public:
   virtual ~PageTarget() = default;
-  // The pages that are wanted of `count`, in their order. Called on both sides.
+  // The pages that the readers choose.
   virtual std::vector<DWORD> Choose(DWORD count) const = 0;
   // The document is open. False if nothing is to be read after all. Called once.
   virtual bool Start(DWORD count) = 0;
@@ -65,7 +84,7 @@ class PageTarget {
 
 // Reads the chosen pages. A page that ends its reader fails, and the next ones are read by another.
 // False with the reason in `problem` if the document cannot be read.
-bool TransferPages(OpenSource open, void const* context, PageTarget& target, std::string& problem);
+bool TransferPages(ReaderWork const& reader, PageTarget& target, std::string& problem);
 
 }  // namespace sorrelin::tool
 

@@ -7,7 +7,6 @@
 
 #include <cstdio>
 #include <filesystem>
-#include <functional>
 #include <optional>
 #include <string>
 #include <system_error>
@@ -15,7 +14,7 @@
 #include "tools/cli/messages.h"
 #include "tools/cli/output_file.h"
 #include "tools/cli/text.h"
-#include "tools/documents/child.h"
+#include "tools/documents/child_function.h"
 #include "tools/documents/document_form.h"
 #include "tools/documents/file_hold.h"
 #include "tools/documents/open_document.h"
@@ -33,6 +32,8 @@ struct Judgement {
   unsigned listed = 0;  // that can be reached
 };
 
+// What children do.
+
 std::optional<std::string> JudgeHere(std::string const& name, std::string& problem) {
   auto const document = OpenDocument::Open(name, problem);
   if (document == nullptr) {
@@ -42,10 +43,41 @@ std::optional<std::string> JudgeHere(std::string const& name, std::string& probl
   return std::to_string(document->PageCount()) + " " + std::to_string(document->ListedPages());
 }
 
+std::optional<std::string> FormHere(std::string const& name, std::string& problem) {
+  auto const form = ReadForm(name, problem);
+  if (!form) return std::nullopt;
+  return std::string(form->encrypted ? "e" : "-") + (form->has_signatures ? "s" : "-") +
+         form->obstacle + "\n" + form->catalog_keys;
+}
+
+std::optional<std::string> DoneIf(bool done) {
+  return done ? std::optional<std::string>("") : std::nullopt;
+}
+
+std::optional<std::string> CheckHere(std::string const& name, unsigned const& pages, std::string&) {
+  return DoneIf(IsSound(name, pages));
+}
+
+std::optional<std::string> RewriteHere(std::string const& from, std::string const& to,
+                                       std::string& problem) {
+  return DoneIf(RewriteDocument(from, to, problem));
+}
+
+std::optional<std::string> RestoreHere(std::string const& from, std::string const& catalog_keys,
+                                       std::string const& to, std::string& problem) {
+  return DoneIf(RestoreCatalog(from, catalog_keys, to, problem));
+}
+
+using Text = std::string;
+ChildFunction<Text> const kJudge("judge", JudgeHere);
+ChildFunction<Text> const kReadForm("read form", FormHere);
+ChildFunction<Text, unsigned> const kCheck("check", CheckHere);
+ChildFunction<Text, Text> const kRewrite("rewrite", RewriteHere);
+ChildFunction<Text, Text, Text> const kRestore("restore catalog", RestoreHere);
+
 // nullopt with the reason in `problem` if the library cannot read the document.
 std::optional<Judgement> Judge(fs::path const& path, std::string& problem) {
-  auto const answer =
-      AskChild([&](std::string& reason) { return JudgeHere(path.string(), reason); }, problem);
+  auto const answer = AskChild(kJudge.With(path.string()), problem);
   Judgement found;
   if (!answer || std::sscanf(answer->c_str(), "%u %u", &found.pages, &found.listed) != 2) {
     return std::nullopt;
@@ -53,25 +85,10 @@ std::optional<Judgement> Judge(fs::path const& path, std::string& problem) {
   return found;
 }
 
-// Has a child do `work`, whose result is whether it succeeded.
-bool DoInChild(std::function<bool(std::string& problem)> const& work, std::string& problem) {
-  auto const answer = [&](std::string& reason) {
-    return work(reason) ? std::optional<std::string>("") : std::nullopt;
-  };
-  return AskChild(answer, problem).has_value();
-}
-
 // What libqpdf says of a document; nothing is known against one that it cannot read.
 DocumentForm FormOf(fs::path const& path) {
   std::string ignored;
-  auto const answer = AskChild(
-      [&](std::string& reason) -> std::optional<std::string> {
-        auto const form = ReadForm(path.string(), reason);
-        if (!form) return std::nullopt;
-        return std::string(form->encrypted ? "e" : "-") + (form->has_signatures ? "s" : "-") +
-               form->obstacle + "\n" + form->catalog_keys;
-      },
-      ignored);
+  auto const answer = AskChild(kReadForm.With(path.string()), ignored);
   DocumentForm form;
   if (!answer || answer->size() < 3) return form;
   size_t const line_end = answer->find('\n');
@@ -174,8 +191,7 @@ class Update {
     bool const listed =
         after->pages == before->pages + added_ && after->listed == before->listed + added_;
     std::string ignored;
-    auto const is_sound = [&](std::string&) { return IsSound(path.string(), pages_); };
-    if (listed && DoInChild(is_sound, ignored)) return true;
+    if (listed && AskChild(kCheck.With(path.string(), pages_), ignored)) return true;
     problem = std::string(listed ? "has a trailer that a change would damage"
                                  : "has a page tree that takes no pages") +
               kRewriteHint;
@@ -200,22 +216,19 @@ class Update {
 
   bool AddToRewritten(fs::path const& path, std::string& problem) {
     fs::path const other = path.parent_path() / kSecondCopy;
-    auto const exchange = [&](std::function<bool(std::string const&, std::string const&,
-                                                 std::string&)> const& write) {
-      bool const written = DoInChild(
-          [&](std::string& reason) { return write(path.string(), other.string(), reason); },
-          problem);
+    auto const exchange = [&](ChildWork const& write) {
+      bool const written = AskChild(write, problem).has_value();
       std::error_code error;
       if (written) fs::rename(other, path, error);
       if (!written || error) fs::remove(other, error);
       return written && !error;
     };
-    if (!exchange(RewriteDocument)) return false;
+    std::string const from = path.string();
+    std::string const to = other.string();
+    if (!exchange(kRewrite.With(from, to))) return false;
     DocumentForm const form = FormOf(path);
     if (!AddByLibrary(path, problem)) return false;
-    return exchange([&](std::string const& from, std::string const& to, std::string& reason) {
-      return RestoreCatalog(from, form.catalog_keys, to, reason);
-    });
+    return exchange(kRestore.With(from, form.catalog_keys, to));
   }
 
   // The run says why the document is not its old bytes with others after them.

@@ -3,6 +3,7 @@
 #define TOOLS_OCR_OCR_OPTIONS_H_
 
 #include <string>
+#include <tuple>
 
 #include "tools/cli/command_line.h"
 #include "tools/ocr/ocr_engine.h"
@@ -22,6 +23,12 @@ struct OcrOptions {
   int timeout = kUsualTimeout;  // seconds a page; 0: none
 
   bool IsWanted() const { return !languages.empty() || turn; }
+
+  template <typename Self>
+  static auto Fields(Self& self) {
+    return std::tie(self.languages, self.turn, self.must_turn, self.segmentation, self.form,
+                    self.straighten, self.first_number, self.timeout);
+  }
 };
 
 // Adds --ocr, for verbs that do more than recognise.

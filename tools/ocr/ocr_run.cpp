@@ -23,7 +23,7 @@ std::vector<PageText> Recognize(std::filesystem::path const& document,
   auto const show = [&](PageText const&) {
     progress.Update(static_cast<double>(++done) / static_cast<double>(pages.size()));
   };
-  return RecognizePages(ScannerOfDocument(document.string()), pages, run.options, run.jobs, show);
+  return RecognizePages({.document = document.string()}, pages, run.options, run.jobs, show);
 }
 
 }  // namespace

@@ -127,16 +127,10 @@ class FileScanner : public PageScanner {
 
 }  // namespace
 
-ScannerMaker ScannerOfDocument(std::string const& name) {
-  return [name](std::string& problem) { return OpenDocument(name, problem); };
-}
-
-ScannerMaker ScannerOfFiles(std::vector<FilePage> const& pages) {
-  return [&pages](std::string&) { return std::make_unique<FileScanner>(pages); };
-}
-
-ScannerMaker ScannerOfSource(ImageSource& source) {
-  return [&source](std::string&) { return std::make_unique<SourceScanner>(source); };
+std::unique_ptr<PageScanner> OpenScanner(ScannedPages const& pages, std::string& problem) {
+  if (!pages.document.empty()) return OpenDocument(pages.document, problem);
+  if (pages.source != nullptr) return std::make_unique<SourceScanner>(*pages.source);
+  return std::make_unique<FileScanner>(pages.files);
 }
 
 SheetSize SizeOf(Pix* pix) {

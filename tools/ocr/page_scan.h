@@ -5,6 +5,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "tools/formats/image_source.h"
@@ -29,26 +30,36 @@ class PageScanner {
   virtual std::vector<ScannedPicture> Scan(unsigned page, std::string& problem) = 0;
 };
 
-// Opens a scanner. Null with the reason in `problem`. Each process that recognises pages calls it
-// for itself, because processes that share an open file disturb each other's position in it.
-using ScannerMaker = std::function<std::unique_ptr<PageScanner>(std::string& problem)>;
-
-// The pages of the document `name`.
-ScannerMaker ScannerOfDocument(std::string const& name);
-
 // A page of a picture file on disk.
 struct FilePage {
   std::string file;
   int source = 0;  // of the file, from 0
   int page = 0;    // of the source, from 0
+
+  template <typename Self>
+  static auto Fields(Self& self) {
+    return std::tie(self.file, self.source, self.page);
+  }
 };
 
-// Pages of files, in the order of `pages`; those of a file come in their order.
-ScannerMaker ScannerOfFiles(std::vector<FilePage> const& pages);
+// Where pages come from: one of three.
+struct ScannedPages {
+  std::string document = {};
+  std::vector<FilePage> files = {};  // those of a file come in their order
+  // One that cannot be opened again, and that only copies of this process can read: for one process
+  // at a time.
+  ImageSource* source = nullptr;
 
-// The pages of a source that cannot be opened again, which outlives the scanner: for one process at
-// a time.
-ScannerMaker ScannerOfSource(ImageSource& source);
+  template <typename Self>
+  static auto Fields(Self& self) {
+    return std::tie(self.document, self.files);
+  }
+};
+
+// Null with the reason in `problem`. `pages` outlive the scanner. Each process that recognises
+// pages opens its own, because processes that share an open file disturb each other's position in
+// it.
+std::unique_ptr<PageScanner> OpenScanner(ScannedPages const& pages, std::string& problem);
 
 // The picture turned clockwise by so many quarters, in the same place. False when memory is short.
 bool TurnQuarters(ScannedPicture& scanned, int quarters);

@@ -24,7 +24,7 @@
 
 #include "tools/cli/messages.h"
 #include "tools/cli/watchdog.h"
-#include "tools/documents/child.h"
+#include "tools/documents/child_function.h"
 #include "tools/formats/image_source.h"
 #include "tools/ocr/languages.h"
 #include "tools/ocr/straightening.h"
@@ -45,12 +45,11 @@ constexpr char kEndedRecognition[] =
     "picture)";
 constexpr char kBlank[] = " \t\r\n\f";
 
-bool Send(CHILD_LINK* link, char type, std::string_view payload) {
+bool Send(ParentLink& link, char type, std::string_view payload) {
   DWORD const size = static_cast<DWORD>(payload.size());
   char head[kHeadBytes] = {type};
   std::memcpy(head + 1, &size, sizeof size);
-  return SendToParent(link, head, sizeof head) != FALSE &&
-         SendToParent(link, payload.data(), size) != FALSE;
+  return link.SendText({head, sizeof head}) && link.SendText(payload);
 }
 
 template <typename Value>
@@ -91,10 +90,10 @@ bool MakeSquare(ScannedPicture& scanned) {
 // The work of one process.
 class Recognizer {
  public:
-  Recognizer(OcrOptions const& options, CHILD_LINK* link) : options_(options), link_(link) {}
+  Recognizer(OcrOptions const& options, ParentLink& link) : options_(options), link_(link) {}
 
-  bool Open(ScannerMaker const& open, std::string& problem) {
-    scanner_ = open(problem);
+  bool Open(ScannedPages const& pages, std::string& problem) {
+    scanner_ = OpenScanner(pages, problem);
     if (scanner_ == nullptr) return false;
     if (options_.turn) turn_engine_ = OcrEngine::Open(kOrientationData, problem);
     if (options_.must_turn && options_.turn && turn_engine_ == nullptr) return false;
@@ -166,11 +165,53 @@ class Recognizer {
   }
 
   OcrOptions const& options_;
-  CHILD_LINK* link_;
+  ParentLink& link_;
   std::unique_ptr<PageScanner> scanner_;
   std::unique_ptr<OcrEngine> text_engine_;
   std::unique_ptr<OcrEngine> turn_engine_;
 };
+
+std::chrono::seconds TimeLimit(OcrOptions const& options) {
+  std::chrono::seconds const timeout(options.timeout);
+  return timeout.count() > 0 ? timeout + kGrace : timeout;
+}
+
+void ReadAll(Recognizer& recognizer, std::vector<unsigned> const& pages, OcrOptions const& options,
+             ParentLink& link) {
+  Watchdog watchdog(TimeLimit(options), [] { std::_Exit(EXIT_FAILURE); });
+  for (unsigned const page : pages) {
+    Send(link, 'B', {});
+    watchdog.Begin();
+    recognizer.Read(page);
+  }
+}
+
+// The work of a child.
+void RecognizeHere(ParentLink& link, ScannedPages const& scanned, OcrOptions const& options,
+                   std::vector<unsigned> const& pages) {
+  std::string problem;
+  std::string_view reason = kMemoryProblem;
+  try {
+    Recognizer recognizer(options, link);
+    if (recognizer.Open(scanned, problem)) return ReadAll(recognizer, pages, options, link);
+    reason = problem;
+  } catch (std::bad_alloc const&) {
+  }
+  Send(link, 'X', reason);
+}
+
+ChildFunction<ScannedPages, OcrOptions, std::vector<unsigned>> const kRecognize("recognise",
+                                                                                RecognizeHere);
+
+std::optional<std::string> CheckHere(OcrOptions const& options, std::string& problem) {
+  for (std::string const& data :
+       {options.languages, std::string(options.turn ? kOrientationData : "")}) {
+    if (!data.empty() && OcrEngine::Open(data, problem) == nullptr) return std::nullopt;
+  }
+  return "";
+}
+
+ChildFunction<OcrOptions> const kCheck("check recognition", CheckHere);
 
 // Why a process came to no page, by how it ended: damaged data end it as they are loaded.
 std::string EngineProblem(std::string const& problem, OcrOptions const& options) {
@@ -179,7 +220,7 @@ std::string EngineProblem(std::string const& problem, OcrOptions const& options)
 
 // What the jobs have in common.
 struct Run {
-  ScannerMaker const& open;
+  ScannedPages const& scanned;
   OcrOptions const& options;
   PageTextSink const& done;
   std::mutex mutex;  // of `done`
@@ -209,40 +250,21 @@ class Job {
  private:
   void RunProcess(std::string& problem) {
     try {
-      RunChild([this](CHILD_LINK* link) { Work(link); },
-               [this](std::span<BYTE const> bytes) { return Take(bytes); }, problem);
+      std::vector<unsigned> rest;
+      for (size_t i = next_; i < pages_.size(); ++i) rest.push_back(pages_[i]->page);
+      RunChild(
+          RecognizeWork(rest), [this](std::span<BYTE const> bytes) { return Take(bytes); },
+          problem);
     } catch (std::bad_alloc const&) {
     }
   }
 
-  // In the child.
-  void Work(CHILD_LINK* link) {
-    std::string problem;
-    std::string_view reason = kMemoryProblem;
-    try {
-      Recognizer recognizer(run_.options, link);
-      if (recognizer.Open(run_.open, problem)) return ReadAll(recognizer, link);
-      reason = problem;
-    } catch (std::bad_alloc const&) {
-    }
-    Send(link, 'X', reason);
+  ChildWork RecognizeWork(std::vector<unsigned> const& pages) const {
+    ChildWork work = kRecognize.With(run_.scanned, run_.options, pages);
+    if (run_.scanned.source != nullptr) work.name = {};
+    return work;
   }
 
-  std::chrono::seconds TimeLimit() const {
-    std::chrono::seconds const timeout(run_.options.timeout);
-    return timeout.count() > 0 ? timeout + kGrace : timeout;
-  }
-
-  void ReadAll(Recognizer& recognizer, CHILD_LINK* link) {
-    Watchdog watchdog(TimeLimit(), [] { std::_Exit(EXIT_FAILURE); });
-    for (size_t i = next_; i < pages_.size(); ++i) {
-      Send(link, 'B', {});
-      watchdog.Begin();
-      recognizer.Read(pages_[i]->page);
-    }
-  }
-
-  // Here.
   bool Take(std::span<BYTE const> bytes) {
     rest_.append(reinterpret_cast<char const*>(bytes.data()), bytes.size());
     size_t at = 0;
@@ -317,9 +339,9 @@ class Job {
 
 }  // namespace
 
-std::vector<PageText> RecognizePages(ScannerMaker const& open, std::vector<unsigned> const& pages,
-                                     OcrOptions const& options, int jobs,
-                                     PageTextSink const& done) {
+std::vector<PageText> RecognizePages(ScannedPages const& scanned,
+                                     std::vector<unsigned> const& pages, OcrOptions const& options,
+                                     int jobs, PageTextSink const& done) {
   std::vector<PageText> texts(pages.size());
   size_t const count = std::min(static_cast<size_t>(std::max(jobs, 1)), pages.size());
   std::vector<std::vector<PageText*>> shares(count);
@@ -327,20 +349,13 @@ std::vector<PageText> RecognizePages(ScannerMaker const& open, std::vector<unsig
     texts[i].page = pages[i];
     shares[i % count].push_back(&texts[i]);
   }
-  Run run = {open, options, done, {}};
+  Run run = {scanned, options, done, {}};
   RunSideBySide(count, [&](size_t i) { Job(run, std::move(shares[i]))(); });
   return texts;
 }
 
 bool CheckOcr(OcrOptions const& options, std::string& problem) {
-  auto const open = [&](std::string& reason) -> std::optional<std::string> {
-    for (std::string const& data :
-         {options.languages, std::string(options.turn ? kOrientationData : "")}) {
-      if (!data.empty() && OcrEngine::Open(data, reason) == nullptr) return std::nullopt;
-    }
-    return "";
-  };
-  if (AskChild(open, problem)) return true;
+  if (AskChild(kCheck.With(options), problem)) return true;
   problem = EngineProblem(problem, options);
   return false;
 }

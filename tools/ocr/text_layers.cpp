@@ -14,7 +14,7 @@
 #include <sstream>
 
 #include "tools/cli/messages.h"
-#include "tools/documents/child.h"
+#include "tools/documents/child_function.h"
 #include "tools/ocr/changeable_document.h"
 #include "tools/ocr/layer_content.h"
 #include "tools/ocr/layer_font.h"
@@ -172,26 +172,25 @@ class Layering {
   LayerFont font_;
 };
 
-void Write(QPDF& document, std::filesystem::path const& to) {
+void Write(QPDF& document, std::string const& to) {
   bool const linearized = document.isLinearized();
-  QPDFWriter writer(document, to.string().c_str());
+  QPDFWriter writer(document, to.c_str());
   writer.setStreamDataMode(qpdf_s_preserve);
   writer.setLinearization(linearized);
   writer.setDeterministicID(true);
   writer.write();
 }
 
-bool HasPages(std::filesystem::path const& name, size_t pages, std::string& problem) {
-  auto const document = ChangeableDocument::Open(name.string(), problem);
+bool HasPages(std::string const& name, size_t pages, std::string& problem) {
+  auto const document = ChangeableDocument::Open(name, problem);
   if (document == nullptr) return false;
   problem = "has lost pages";
   return document->PageCount() == pages && !document->qpdf().anyWarnings();
 }
 
-std::optional<std::string> LayHere(std::filesystem::path const& from,
-                                   std::filesystem::path const& to,
+std::optional<std::string> LayHere(std::string const& from, std::string const& to,
                                    std::vector<PageText> const& texts, std::string& problem) {
-  auto const document = ChangeableDocument::Open(from.string(), problem);
+  auto const document = ChangeableDocument::Open(from, problem);
   if (document == nullptr) return std::nullopt;
   auto const lay = [&] {
     Layering layering(document->qpdf());
@@ -208,11 +207,13 @@ std::optional<std::string> LayHere(std::filesystem::path const& from,
   return std::nullopt;
 }
 
+ChildFunction<std::string> const kSurvey("survey text", SurveyHere);
+ChildFunction<std::string, std::string, std::vector<PageText>> const kLay("lay text", LayHere);
+
 }  // namespace
 
 std::optional<TextSurvey> SurveyText(std::string const& name, std::string& problem) {
-  auto const answer =
-      AskChild([&](std::string& reason) { return SurveyHere(name, reason); }, problem);
+  auto const answer = AskChild(kSurvey.With(name), problem);
   if (!answer) return std::nullopt;
   std::istringstream stream(*answer);
   TextSurvey survey;
@@ -224,8 +225,7 @@ std::optional<TextSurvey> SurveyText(std::string const& name, std::string& probl
 
 bool LayTexts(std::filesystem::path const& from, std::filesystem::path const& to,
               std::vector<PageText> const& texts, std::string& problem) {
-  return AskChild([&](std::string& reason) { return LayHere(from, to, texts, reason); }, problem)
-      .has_value();
+  return AskChild(kLay.With(from.string(), to.string(), texts), problem).has_value();
 }
 
 }  // namespace sorrelin::tool

@@ -13,8 +13,8 @@ void PrepareStreams();
 // Has libraries not be loaded from the current directory, where pictures of others may be.
 void TrustOwnLibraries();
 
-// Has `tidy_up` called when the process crashes, where a damaged file can do that: on systems that
-// give the readers of files no process of their own. The process then ends with `exit_code`.
+// Has `tidy_up` called when the process crashes, on systems that would leave its open files or show
+// the user a dialog. The process then ends with `exit_code`.
 void TidyUpOnCrash(void (*tidy_up)(), int exit_code);
 
 // Ends the process with the status of an interrupted one, where the system would not do so after
@@ -24,9 +24,6 @@ void EndInterrupted();
 // The error of a standard stream that has just failed to write, as errno has it; EPIPE if nobody
 // reads from it any more.
 int WriteErrorOfStream();
-
-// Whether work that RunInChildProcess runs has its own process and memory.
-bool HasChildProcesses();
 
 // Gives the file `from` the name of the file `to`, with who owns that and who may do what with it.
 // At every moment the name is that of one of them, whole. False with the system error.

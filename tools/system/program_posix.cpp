@@ -1,4 +1,4 @@
-// The program on POSIX, where streams are bytes and a crash ends a child alone.
+// The program on POSIX, where streams are bytes and files have any name.
 #include "tools/system/program.h"
 
 #include <sorrelin/platform/file.h>
@@ -17,8 +17,6 @@ void TidyUpOnCrash(void (*)(), int) {}
 void EndInterrupted() {}
 
 int WriteErrorOfStream() { return errno; }
-
-bool HasChildProcesses() { return true; }
 
 bool ReplaceKeepingAccess(std::filesystem::path const& to, std::filesystem::path const& from) {
   return ReplaceFileW(to.string<WCHAR>().c_str(), from.string<WCHAR>().c_str(), nullptr, 0, nullptr,

@@ -114,8 +114,6 @@ int WriteErrorOfStream() {
   return is_gone ? EPIPE : errno;
 }
 
-bool HasChildProcesses() { return false; }
-
 // The system's ReplaceFileW has moments without a file of that name.
 bool ReplaceKeepingAccess(std::filesystem::path const& to, std::filesystem::path const& from) {
   std::wstring const target = FullName(to).native(), file = FullName(from).native();

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "tools/cli/messages.h"
-#include "tools/documents/child.h"
+#include "tools/documents/child_function.h"
 #include "tools/documents/open_document.h"
 #include "tools/documents/password_file.h"
 #include "tools/documents/qpdf_document.h"
@@ -34,13 +34,14 @@ std::optional<std::string> CountRepaired(std::string const& name, std::string co
   return std::to_string(document->ListedPages());
 }
 
+ChildFunction<std::string> const kCountPages("count pages", CountPages);
+ChildFunction<std::string, std::string> const kCountRepaired("count repaired pages", CountRepaired);
+
 // The library's answer, or libqpdf's where the library does not open the document, or is ended.
 std::optional<std::string> CountHere(std::string const& name, std::string const& password,
                                      std::string& problem) {
-  auto const count = [&](std::string& reason) { return CountPages(name, reason); };
-  if (auto pages = AskChild(count, problem)) return pages;
-  auto const repair = [&](std::string& reason) { return CountRepaired(name, password, reason); };
-  return AskChild(repair, problem);
+  if (auto pages = AskChild(kCountPages.With(name), problem)) return pages;
+  return AskChild(kCountRepaired.With(name, password), problem);
 }
 
 int Count(CountOptions const& options) {

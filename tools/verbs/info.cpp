@@ -2,10 +2,11 @@
 #include <cstdio>
 #include <memory>
 #include <string>
+#include <tuple>
 
 #include "tools/cli/json.h"
 #include "tools/cli/messages.h"
-#include "tools/documents/child.h"
+#include "tools/documents/child_function.h"
 #include "tools/documents/password_file.h"
 #include "tools/documents/qpdf_document.h"
 #include "tools/extract/page/page_judge.h"
@@ -18,6 +19,11 @@ struct InfoOptions {
   std::string name;
   std::string password;
   bool json = false;
+
+  template <typename Self>
+  static auto Fields(Self& self) {
+    return std::tie(self.name, self.password, self.json);
+  }
 };
 
 std::string Pair(std::string const& a, std::string const& b) { return a + "x" + b; }
@@ -133,11 +139,11 @@ std::optional<std::string> Describe(InfoOptions const& options, std::string& pro
   return text;
 }
 
+ChildFunction<InfoOptions> const kDescribe("describe", Describe);
+
 int Info(InfoOptions const& options) {
   std::string problem;
-  auto const text =
-      AskChild([&](std::string& reason) { return Describe(options, reason); }, problem);
-  if (text) {
+  if (auto const text = AskChild(kDescribe.With(options), problem)) {
     std::fputs(text->c_str(), stdout);
     return kExitSuccess;
   }

@@ -99,7 +99,7 @@ class Words {
     std::string problem;
     auto const survey = SurveyText(name, problem);
     if (!survey) return Report(name, problem);
-    for (PageText const& text : Recognize(ScannerOfDocument(name), survey->pages, options_.jobs)) {
+    for (PageText const& text : Recognize({.document = name}, survey->pages, options_.jobs)) {
       int const page = static_cast<int>(text.page) + 1;
       if (!text.problem.empty()) Report(name, PlaceOf(page) + text.problem);
       for (PictureText const& picture : text.pictures) {
@@ -108,13 +108,13 @@ class Words {
     }
   }
 
-  std::vector<PageText> Recognize(ScannerMaker const& scanner, size_t count, int jobs) {
+  std::vector<PageText> Recognize(ScannedPages const& scanned, size_t count, int jobs) {
     std::vector<unsigned> pages(count);
     std::iota(pages.begin(), pages.end(), 0U);
     OcrOptions options = options_.ocr;
     options.first_number = number_;
     number_ += static_cast<int>(count);
-    return RecognizePages(scanner, pages, options, jobs, [](PageText const&) {});
+    return RecognizePages(scanned, pages, options, jobs, [](PageText const&) {});
   }
 
   void ReadImage(std::string const& name) {
@@ -153,13 +153,13 @@ class Words {
   // Recognises and prints the pages of files that have been collected.
   void Flush() {
     if (entries_.empty()) return;
-    PrintEntries(Recognize(ScannerOfFiles(pages_), pages_.size(), options_.jobs));
+    PrintEntries(Recognize({.files = pages_}, pages_.size(), options_.jobs));
     pages_.clear();
   }
 
   // The same for pages of a source that only this process can read.
   void FlushSource(ImageSource& source) {
-    PrintEntries(Recognize(ScannerOfSource(source), static_cast<size_t>(source.PageCount()), 1));
+    PrintEntries(Recognize({.source = &source}, static_cast<size_t>(source.PageCount()), 1));
   }
 
   void PrintEntries(std::vector<PageText> const& texts) {

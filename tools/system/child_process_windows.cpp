@@ -1,0 +1,353 @@
+// Children that are this program started again, as
+//
+//   sorrelin.exe --child ORDER ANSWER PARENT
+//
+// with three handles that it inherits: the pipe that its order comes from, the pipe that its bytes
+// go to, and its parent. The order is the length of the work's name (32 bits), that name, and the
+// work's packed values. A child has no console: the requests that users make there go to its parent
+// alone.
+#include <windows.h>
+
+#include <atomic>
+#include <charconv>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <new>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include "tools/system/child_process.h"
+
+namespace sorrelin::tool {
+namespace {
+
+constexpr std::string_view kChildArgument = "--child";
+constexpr size_t kChildArguments = 5;
+constexpr DWORD kPieceBytes = DWORD{256} << 10;
+constexpr UINT kExitShortOfMemory = 8;  // the exit code of a child that memory was short for
+constexpr DWORD kLongestPath = 32'768;  // units
+
+class Handle {
+ public:
+  explicit Handle(HANDLE handle = nullptr) : handle_(handle) {}
+  ~Handle() { Close(); }
+  Handle(Handle const&) = delete;
+  Handle& operator=(Handle const&) = delete;
+
+  HANDLE get() const { return handle_; }
+  HANDLE* Place() { return &handle_; }
+  bool IsOpen() const { return handle_ != nullptr && handle_ != INVALID_HANDLE_VALUE; }
+  void Close() {
+    if (IsOpen()) CloseHandle(handle_);
+    handle_ = nullptr;
+  }
+
+ private:
+  HANDLE handle_;
+};
+
+SECURITY_ATTRIBUTES Inherited() { return {sizeof(SECURITY_ATTRIBUTES), nullptr, TRUE}; }
+
+// A name that no other pipe of this machine has.
+std::wstring PipeName() {
+  static std::atomic<unsigned> number = 0;
+  LARGE_INTEGER time{};
+  QueryPerformanceCounter(&time);
+  return L"\\\\.\\pipe\\sorrelin-" + std::to_wstring(GetCurrentProcessId()) + L"-" +
+         std::to_wstring(++number) + L"-" + std::to_wstring(time.QuadPart);
+}
+
+// What one child inherits, and this process's ends of it.
+struct Streams {
+  Handle order, child_order;
+  Handle answer, child_answer;
+  Handle parent;   // for the child
+  Handle nowhere;  // for the child
+};
+
+// False with the system's error. The answer is read in such a way that other threads may ask what
+// kind of handle it is while this one waits.
+bool OpenStreams(Streams& streams) {
+  SECURITY_ATTRIBUTES inherited = Inherited();
+  std::wstring const name = PipeName();
+  if (CreatePipe(streams.child_order.Place(), streams.order.Place(), nullptr, 0) == FALSE ||
+      SetHandleInformation(streams.child_order.get(), HANDLE_FLAG_INHERIT, HANDLE_FLAG_INHERIT) ==
+          FALSE) {
+    return false;
+  }
+  *streams.answer.Place() = CreateNamedPipeW(
+      name.c_str(), PIPE_ACCESS_INBOUND | FILE_FLAG_OVERLAPPED | FILE_FLAG_FIRST_PIPE_INSTANCE,
+      PIPE_TYPE_BYTE | PIPE_REJECT_REMOTE_CLIENTS, 1, 0, kPieceBytes, 0, nullptr);
+  if (!streams.answer.IsOpen()) return false;
+  *streams.child_answer.Place() =
+      CreateFileW(name.c_str(), GENERIC_WRITE, 0, &inherited, OPEN_EXISTING, 0, nullptr);
+  *streams.nowhere.Place() =
+      CreateFileW(L"NUL", GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE,
+                  &inherited, OPEN_EXISTING, 0, nullptr);
+  return streams.child_answer.IsOpen() && streams.nowhere.IsOpen() &&
+         DuplicateHandle(GetCurrentProcess(), GetCurrentProcess(), GetCurrentProcess(),
+                         streams.parent.Place(), SYNCHRONIZE, TRUE, 0) != FALSE;
+}
+
+std::wstring ProgramPath() {
+  std::wstring path(kLongestPath, L'\0');
+  path.resize(GetModuleFileNameW(nullptr, path.data(), kLongestPath));
+  return path;
+}
+
+std::wstring TextOf(HANDLE handle) { return std::to_wstring(reinterpret_cast<uintptr_t>(handle)); }
+
+// The list of what a child inherits: these handles, and nothing else that is open.
+class InheritedHandles {
+ public:
+  explicit InheritedHandles(std::vector<HANDLE> handles) : handles_(std::move(handles)) {
+    SIZE_T bytes = 0;
+    InitializeProcThreadAttributeList(nullptr, 1, 0, &bytes);
+    room_ = std::make_unique<BYTE[]>(bytes);
+    is_made_ = InitializeProcThreadAttributeList(get(), 1, 0, &bytes) != FALSE;
+    is_set_ = is_made_ && UpdateProcThreadAttribute(
+                              get(), 0, PROC_THREAD_ATTRIBUTE_HANDLE_LIST, handles_.data(),
+                              handles_.size() * sizeof(HANDLE), nullptr, nullptr) != FALSE;
+  }
+  ~InheritedHandles() {
+    if (is_made_) DeleteProcThreadAttributeList(get());
+  }
+  InheritedHandles(InheritedHandles const&) = delete;
+  InheritedHandles& operator=(InheritedHandles const&) = delete;
+
+  bool IsSet() const { return is_set_; }
+  LPPROC_THREAD_ATTRIBUTE_LIST get() const {
+    return reinterpret_cast<LPPROC_THREAD_ATTRIBUTE_LIST>(room_.get());
+  }
+
+ private:
+  std::vector<HANDLE> handles_;
+  std::unique_ptr<BYTE[]> room_;
+  bool is_made_ = false;
+  bool is_set_ = false;
+};
+
+// False with the system's error.
+bool StartProgram(Streams const& streams, Handle& process) {
+  HANDLE const order = streams.child_order.get();
+  HANDLE const answer = streams.child_answer.get();
+  HANDLE const parent = streams.parent.get();
+  HANDLE const nowhere = streams.nowhere.get();
+  InheritedHandles const inherited({order, answer, parent, nowhere});
+  if (!inherited.IsSet()) return false;
+  std::wstring const path = ProgramPath();
+  std::wstring line =
+      L"sorrelin --child " + TextOf(order) + L" " + TextOf(answer) + L" " + TextOf(parent);
+  STARTUPINFOEXW start{};
+  start.StartupInfo.cb = sizeof start;
+  start.StartupInfo.dwFlags = STARTF_USESTDHANDLES;
+  start.StartupInfo.hStdInput = nowhere;
+  start.StartupInfo.hStdOutput = nowhere;
+  start.StartupInfo.hStdError = nowhere;
+  start.lpAttributeList = inherited.get();
+  PROCESS_INFORMATION started{};
+  if (CreateProcessW(path.c_str(), line.data(), nullptr, nullptr, TRUE,
+                     DETACHED_PROCESS | EXTENDED_STARTUPINFO_PRESENT, nullptr, nullptr,
+                     &start.StartupInfo, &started) == FALSE) {
+    return false;
+  }
+  CloseHandle(started.hThread);
+  *process.Place() = started.hProcess;
+  return true;
+}
+
+bool WriteAll(HANDLE pipe, std::span<BYTE const> bytes) {
+  while (!bytes.empty()) {
+    DWORD count = 0;
+    DWORD const size = static_cast<DWORD>(std::min<size_t>(bytes.size(), kPieceBytes));
+    if (WriteFile(pipe, bytes.data(), size, &count, nullptr) == FALSE) return false;
+    bytes = bytes.subspan(count);
+  }
+  return true;
+}
+
+// A child that has been started, which is ended unless it was waited for.
+class Child {
+ public:
+  ~Child() {
+    if (!process_.IsOpen()) return;
+    TerminateProcess(process_.get(), EXIT_FAILURE);
+    WaitForSingleObject(process_.get(), INFINITE);
+  }
+
+  bool Start(ChildWork const& work) {
+    if (!OpenStreams(streams_) || !StartProgram(streams_, process_)) return false;
+    // An end that stayed open here would hide that the child has closed its own.
+    for (Handle* const end : {&streams_.child_order, &streams_.child_answer}) end->Close();
+    DWORD const name_bytes = static_cast<DWORD>(work.name.size());
+    std::string order(reinterpret_cast<char const*>(&name_bytes), sizeof name_bytes);
+    order.append(work.name).append(work.pack());
+    // A child that does not take it says more by its end.
+    WriteAll(streams_.order.get(), {reinterpret_cast<BYTE const*>(order.data()), order.size()});
+    streams_.order.Close();
+    return true;
+  }
+
+  // Whether everything was received; false with the error.
+  bool Receive(ChildReceiver const& receiver) {
+    auto const piece = std::make_unique_for_overwrite<BYTE[]>(kPieceBytes);
+    for (;;) {
+      DWORD count = 0;
+      if (!Read(piece.get(), count)) return GetLastError() == ERROR_BROKEN_PIPE;
+      if (receiver({piece.get(), count})) continue;
+      SetLastError(ERROR_CANCELLED);
+      return false;
+    }
+  }
+
+  // Whether the child came to its end by itself; false with the error.
+  bool Wait() {
+    WaitForSingleObject(process_.get(), INFINITE);
+    DWORD code = EXIT_FAILURE;
+    GetExitCodeProcess(process_.get(), &code);
+    process_.Close();
+    if (code == EXIT_SUCCESS) return true;
+    SetLastError(code == kExitShortOfMemory ? ERROR_NOT_ENOUGH_MEMORY : ERROR_PROCESS_ABORTED);
+    return false;
+  }
+
+ private:
+  bool Read(BYTE* piece, DWORD& count) {
+    OVERLAPPED place{};
+    Handle const event(CreateEventW(nullptr, TRUE, FALSE, nullptr));
+    if (!event.IsOpen()) return false;
+    place.hEvent = event.get();
+    HANDLE const answer = streams_.answer.get();
+    if (ReadFile(answer, piece, kPieceBytes, nullptr, &place) == FALSE &&
+        GetLastError() != ERROR_IO_PENDING) {
+      return false;
+    }
+    return GetOverlappedResult(answer, &place, &count, TRUE) != FALSE;
+  }
+
+  Streams streams_;
+  Handle process_;
+};
+
+class PipeToParent : public ParentLink {
+ public:
+  explicit PipeToParent(HANDLE pipe) : pipe_(pipe) {}
+  bool Send(std::span<BYTE const> bytes) override { return WriteAll(pipe_, bytes); }
+
+ private:
+  HANDLE pipe_;
+};
+
+// The way of work that is done in this process; what it sends goes to the receiver at once.
+class LinkHere : public ParentLink {
+ public:
+  explicit LinkHere(ChildReceiver const& receiver) : receiver_(receiver) {}
+  bool Send(std::span<BYTE const> bytes) override {
+    is_heard_ = is_heard_ && receiver_(bytes);
+    return is_heard_;
+  }
+  bool is_heard() const { return is_heard_; }
+
+ private:
+  ChildReceiver const& receiver_;
+  bool is_heard_ = true;
+};
+
+bool RunHere(ChildWork const& work, ChildReceiver const& receiver) {
+  LinkHere link(receiver);
+  try {
+    work.run(link);
+  } catch (std::bad_alloc const&) {
+    return SetLastError(ERROR_NOT_ENOUGH_MEMORY), false;
+  }
+  if (!link.is_heard()) SetLastError(ERROR_CANCELLED);
+  return link.is_heard();
+}
+
+// Null for a text that is no number.
+HANDLE HandleOf(std::string_view text) {
+  uintptr_t value = 0;
+  std::from_chars(text.data(), text.data() + text.size(), value);
+  return reinterpret_cast<HANDLE>(value);
+}
+
+// Everything that the pipe holds, up to its end.
+std::string ReadOrder(HANDLE pipe) {
+  std::string order;
+  auto const piece = std::make_unique_for_overwrite<char[]>(kPieceBytes);
+  DWORD count = 0;
+  while (ReadFile(pipe, piece.get(), kPieceBytes, &count, nullptr) != FALSE) {
+    order.append(piece.get(), count);
+  }
+  return order;
+}
+
+void EndWithParent(HANDLE parent, void (*tidy_up)()) {
+  std::thread([parent, tidy_up] {
+    WaitForSingleObject(parent, INFINITE);
+    tidy_up();
+    TerminateProcess(GetCurrentProcess(), EXIT_FAILURE);
+  }).detach();
+}
+
+// A failed allocation where nothing may be thrown ends the child. Its exit code names the cause.
+[[noreturn]] void EndChild() {
+  if (std::current_exception()) {
+    try {
+      throw;
+    } catch (std::bad_alloc const&) {
+      std::_Exit(kExitShortOfMemory);
+    } catch (...) {
+    }
+  }
+  std::abort();
+}
+
+int Work(std::string_view order, HANDLE answer, NamedWork work) {
+  DWORD name_bytes = 0;
+  if (order.size() < sizeof name_bytes) return EXIT_FAILURE;
+  std::memcpy(&name_bytes, order.data(), sizeof name_bytes);
+  order.remove_prefix(sizeof name_bytes);
+  std::string_view const name = order.substr(0, name_bytes);
+  PipeToParent link(answer);
+  try {
+    work(link, name, order.substr(name.size()));
+  } catch (std::bad_alloc const&) {
+    return kExitShortOfMemory;
+  } catch (...) {
+    return EXIT_FAILURE;
+  }
+  return EXIT_SUCCESS;
+}
+
+}  // namespace
+
+bool RunInChild(ChildWork const& work, ChildReceiver const& receiver) {
+  if (work.name.empty()) return RunHere(work, receiver);
+  Child child;
+  return child.Start(work) && child.Receive(receiver) && child.Wait();
+}
+
+void RunSideBySide(size_t count, std::function<void(size_t index)> const& work) {
+  if (count == 1) return work(0);
+  std::vector<std::jthread> threads;
+  for (size_t i = 0; i < count; ++i) threads.emplace_back(work, i);
+}
+
+std::optional<int> RunAsChild(std::span<char* const> arguments, NamedWork work, void (*tidy_up)()) {
+  if (arguments.size() != kChildArguments || arguments[1] != kChildArgument) return std::nullopt;
+  HANDLE const order = HandleOf(arguments[2]);
+  HANDLE const answer = HandleOf(arguments[3]);
+  if (GetFileType(order) != FILE_TYPE_PIPE || GetFileType(answer) != FILE_TYPE_PIPE) {
+    return std::nullopt;
+  }
+  EndWithParent(HandleOf(arguments[4]), tidy_up);
+  std::set_terminate(EndChild);
+  // Nothing that the work holds is destroyed; the system takes it back faster.
+  std::_Exit(Work(ReadOrder(order), answer, work));
+}
+
+}  // namespace sorrelin::tool
