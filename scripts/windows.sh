@@ -23,7 +23,7 @@ documents=500
 targets=()
 tests=.
 # Tests that start the program; those of the program for Windows are the same.
-program_tests='^tool_(make|read|append|batch|ocr|words)_test\.'
+program_tests='^tool_(make|read|append|batch|ocr|words)_test\.|^tool_hostile_test\.HostileDocuments\.'
 if [ "$quick" = yes ]; then
   documents=50
   targets=(--target sorrelin sorrelin-coded cadwick rennick sorrelin-tool compare_systems system_test
@@ -71,7 +71,7 @@ build_here() {
       -DSORRELIN_BUILD_EXAMPLES=OFF -DSORRELIN_INSTALL=OFF >/dev/null
   fi
   cmake --build "$here" --target compare_systems cadwick rennick tool_make_test tool_read_test \
-    tool_append_test tool_batch_test tool_ocr_test tool_words_test
+    tool_append_test tool_batch_test tool_ocr_test tool_words_test tool_hostile_test
 }
 
 # The tests that start the program, with the program for Windows in its place. Leptonica has paths
@@ -121,7 +121,7 @@ check_left_out() {
   local source unnamed=0
   {
     grep -oE 'tests/[^ ]*/CMakeFiles/[^ ]*\.cpp\.obj' "$build/build.ninja"
-    grep -oE 'tests/tools/CMakeFiles/tool_(make|read|append|batch|ocr|words)_test.dir/[^ ]*\.cpp\.o' "$here/build.ninja"
+    grep -oE 'tests/tools/CMakeFiles/tool_(make|read|append|batch|ocr|words|hostile)_test.dir/[^ ]*\.cpp\.o' "$here/build.ninja"
   } | sed -E 's#CMakeFiles/[^/]*\.dir/##; s#\.o(bj)?$##' | sort -u >"$build/tests_that_run.txt"
   while read -r source; do
     grep -qxF "$source" "$build/tests_that_run.txt" && continue

@@ -249,12 +249,12 @@ TEST_F(CountAndInfo, DeadlyDocumentIsNamedByInfo) {
 // The library is led astray by an identifier with a NUL, and by offsets that are wrong.
 TEST_F(CountAndInfo, DocumentsThatTheLibraryDoesNotOpenAreCounted) {
   PdfBuilder pdf = OnePage{}.Build();
-  WriteDocument("nul.pdf", pdf, {.keys = std::string("/ID [(a\0b) (ab)] /Root 1 0 R", 28)});
+  WriteDocument("zero.pdf", pdf, {.keys = std::string("/ID [(a\0b) (ab)] /Root 1 0 R", 28)});
   WriteDocument("off.pdf", OnePage{}.Build());
   auto bytes = ReadAll(Path("off.pdf"));
   bytes.insert(bytes.begin() + 9, 20, ' ');
   WriteAll(Path("off.pdf"), bytes);
-  for (char const* const name : {"nul.pdf", "off.pdf"}) {
+  for (char const* const name : {"zero.pdf", "off.pdf"}) {
     EXPECT_EQ(Run({"count", Path(name)}).out, "1\n") << name;
   }
 }

@@ -25,7 +25,8 @@ using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 
 constexpr DWORD kExitInterrupted = 0xC000013A;  // STATUS_CONTROL_C_EXIT
-constexpr int kManyPages = 3000;
+constexpr int kManyPages = 3000;                // seconds of work for a batch
+constexpr int kPagesToExtract = 600;
 
 // The program beside this one.
 std::wstring Program() {
@@ -140,7 +141,7 @@ class EndedRun : public ::testing::Test {
   }
   // An extraction by two readers, when some files are there.
   std::unique_ptr<RunningProgram> StartExtraction() const {
-    WriteText("list", Line("many.pdf", kManyPages));
+    WriteText("list", Line("many.pdf", kPagesToExtract));
     EXPECT_EQ(Start(L"batch list")->Wait(), 0u);
     auto run = Start(L"extract many.pdf --output x%d.png --jobs 2");
     EXPECT_TRUE(WaitUntil([&] { return fs::exists(directory_ / "x9.png"); })) << run->Messages();
@@ -215,7 +216,7 @@ TEST_F(EndedRun, InterruptedExtractionLeavesWholeFilesAndNoReader) {
   EXPECT_EQ(run->Wait(), kExitInterrupted);
   EXPECT_TRUE(WaitUntil([&] { return run->Children().empty(); }));
   EXPECT_THAT(Hidden(), IsEmpty());
-  EXPECT_FALSE(fs::exists(directory_ / ("x" + std::to_string(kManyPages) + ".png")));
+  EXPECT_FALSE(fs::exists(directory_ / ("x" + std::to_string(kPagesToExtract) + ".png")));
   EXPECT_EQ(run->Messages(), "");
   for (int page : {1, 2, 9}) {
     EXPECT_THAT(Text("x" + std::to_string(page) + ".png"), HasSubstr("IEND")) << page;
