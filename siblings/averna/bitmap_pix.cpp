@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstdint>
 #include <cstring>
 #include <span>
 
@@ -71,12 +72,13 @@ bool Describe(BITMAPINFOHEADER const& header, std::span<BYTE const> block, Bitma
   bitmap.height = std::abs(header.biHeight);
   bitmap.bits = header.biBitCount;
   bitmap.top_down = header.biHeight < 0;
-  bitmap.stride = RowStride(static_cast<size_t>(bitmap.width), header.biBitCount);
+  uint64_t const stride = RowStride(static_cast<uint64_t>(bitmap.width), header.biBitCount);
   size_t const entries = TableEntries(header);
-  size_t const rows_at = header.biSize + entries * sizeof(RGBQUAD);
-  size_t const rows_bytes = bitmap.stride * static_cast<size_t>(bitmap.height);
+  uint64_t const rows_at = header.biSize + uint64_t{entries} * sizeof(RGBQUAD);
+  uint64_t const rows_bytes = stride * static_cast<uint64_t>(bitmap.height);
   if (rows_at > block.size() || rows_bytes > block.size() - rows_at) return false;
-  bitmap.rows = block.subspan(rows_at, rows_bytes);
+  bitmap.stride = static_cast<size_t>(stride);
+  bitmap.rows = block.subspan(static_cast<size_t>(rows_at), static_cast<size_t>(rows_bytes));
   std::memcpy(bitmap.table.data(), block.data() + header.biSize,
               std::min(entries, kTableEntries) * sizeof(RGBQUAD));
   return true;

@@ -148,6 +148,8 @@ TEST(PixFromDib, BlocksThatAreTooShortAreRefused) {
     EXPECT_EQ(PixFromDib(Spoiled(bits, [](Header& h) { h.biSize = 41; })), nullptr);
     EXPECT_EQ(PixFromDib(Spoiled(bits, [](Header& h) { h.biSize = 0xFFFFFFFF; })), nullptr);
     EXPECT_EQ(PixFromDib(Spoiled(bits, [](Header& h) { h.biClrUsed = 257; })), nullptr);
+    // Times 4 is 0 in 32 bits.
+    EXPECT_EQ(PixFromDib(Spoiled(bits, [](Header& h) { h.biClrUsed = 0x40000000; })), nullptr);
     EXPECT_EQ(PixFromDib(Spoiled(bits, [](Header& h) { h.biClrUsed = 0xFFFFFFFF; })), nullptr);
   }
 }
