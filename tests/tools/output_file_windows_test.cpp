@@ -9,6 +9,7 @@
 #include <memory>
 #include <string>
 
+#include "tests/support/environment.h"
 #include "tests/support/temp_dir.h"
 #include "tools/cli/output_file.h"
 #include "tools/cli/text.h"
@@ -96,6 +97,14 @@ TEST(WindowsFiles, NameOf300CharactersInEveryScriptIsWritten) {
   // Nothing but that file is in the directory.
   EXPECT_TRUE(fs::remove(folder / L"\u00E4\u0416\u6F22.pdf"));
   EXPECT_TRUE(fs::remove(folder));
+}
+
+TEST(WindowsFiles, MissingDirectoryForTemporaryFilesIsNamedByItsVariable) {
+  test::TempDir directory;
+  test::EnvironmentValue const variable("TMP", (directory / "none").string());
+  std::string problem;
+  EXPECT_EQ(OutputFile::Temporary(problem), nullptr);
+  EXPECT_THAT(problem, HasSubstr("(TMP names the directory for temporary files)"));
 }
 
 // A process that is interrupted has its output open, and has to remove it.
