@@ -53,7 +53,7 @@ std::string Result(int format, int number = 0) {
   char* data = nullptr;
   uint64_t size = 0;
   EXPECT_EQ(AvernaGetResult(Recognized(), format, number, &data, &size), AVERNA_OK);
-  std::string const result(data, size);
+  std::string const result(data, static_cast<size_t>(size));
   EXPECT_EQ(data[size], '\0');
   AvernaFreeData(data);
   return result;
