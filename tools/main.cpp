@@ -20,6 +20,7 @@ namespace {
 
 int FailForMemory() {
   std::fprintf(stderr, "sorrelin: %s\n", kMemoryProblem);
+  std::fflush(stderr);
   return kExitFailure;
 }
 
@@ -98,7 +99,7 @@ int main(int argc, char** argv) {
   } catch (std::bad_alloc const&) {
     return sorrelin::tool::FailForMemory();
   } catch (std::exception const& error) {
-    std::fprintf(stderr, "sorrelin: %s\n", error.what());
+    sorrelin::tool::PrintNote(error.what());
   }
   return sorrelin::tool::kExitFailure;
 }

@@ -39,7 +39,7 @@ class AppendTest : public ReadTest {
     for (std::string const& name : names) arguments.push_back(Path(name));
     arguments.insert(arguments.end(), options.begin(), options.end());
     ProgramResult const result = Append(arguments);
-    EXPECT_EQ(result.exit_code, 0);
+    EXPECT_EQ(result.exit_code, 0) << result.err;
     return result.out + result.err;
   }
 

@@ -41,6 +41,7 @@ void PrintNote(std::string const& text) {
       line.begin(), line.end(),
       [](char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7F; }, '?');
   std::fprintf(stderr, "%s\n", line.c_str());
+  std::fflush(stderr);
 }
 
 }  // namespace sorrelin::tool

@@ -11,6 +11,8 @@
 #include <new>
 #include <string_view>
 
+#include "tools/system/program.h"
+
 namespace sorrelin::tool {
 namespace {
 
@@ -21,10 +23,6 @@ constexpr auto kBetweenUpdates = 100ms;
 constexpr int kUsualColumns = 80;
 constexpr int kMaxColumns = 100;
 constexpr int kFrameColumns = 7;  // "[", "] " and "100%"
-
-// The cursor waits at the start of the bar. A terminal that becomes narrower may break the bar into
-// lines, and the cursor stays where they begin: erasing from there on takes all of them away.
-constexpr char kErase[] = "\r\x1B[J";
 
 // How long the end of the process waits for a terminal that takes no output.
 constexpr auto kLongestWait = 200ms;
@@ -48,9 +46,10 @@ void Print(std::string const& text) {
   std::fflush(stderr);
 }
 
-// With the mutex held.
+// With the mutex held. The cursor waits at the start of the bar. A terminal that becomes narrower
+// may break the bar into lines, and the cursor stays where they begin.
 void EraseBar(Screen& screen) {
-  if (screen.bar) Print(kErase);
+  if (screen.bar) Print(EraseFromLine());
   screen.bar = false;
 }
 
@@ -102,7 +101,7 @@ void Progress::Update(double share) {
   std::string const bar = ProgressBar(share, (columns > 0 ? columns : kUsualColumns) - 1, left);
   Screen& screen = TheScreen();
   std::lock_guard const lock(screen.mutex);
-  Print(kErase + bar + "\r");
+  Print(EraseFromLine() + bar + "\r");
   screen.bar = true;
   next_ = Clock::now() + kBetweenUpdates;
 }

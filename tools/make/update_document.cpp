@@ -236,8 +236,7 @@ class Update {
     if (options_.pages.quiet) return;
     std::string const reason =
         obstacle.substr(0, obstacle.find(" (")).substr(0, obstacle.find(','));
-    std::fprintf(stderr, "sorrelin: %s: was rewritten for the new pages: it %s\n",
-                 options_.pages.output.c_str(), reason.c_str());
+    PrintProblem(options_.pages.output, "was rewritten for the new pages: it " + reason);
   }
 
   void NoteWritten() {

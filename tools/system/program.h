@@ -3,15 +3,20 @@
 #define TOOLS_SYSTEM_PROGRAM_H_
 
 #include <filesystem>
+#include <string>
 
 namespace sorrelin::tool {
 
-// Has standard streams carry bytes unchanged, and the console show UTF-8 and know escape sequences.
-// Call it before anything is read or written.
+// Has standard streams carry bytes unchanged, and the console show UTF-8. Call it
+// before anything is read or written.
 void PrepareStreams();
 
 // Has libraries not be loaded from the current directory, where pictures of others may be.
 void TrustOwnLibraries();
+
+// Erases what the terminal on standard error shows from the line of its cursor on. To be printed:
+// the rest of that, where terminals take it as text.
+std::string EraseFromLine();
 
 // Has `tidy_up` called when the process crashes, on systems that would leave its open files or show
 // the user a dialog. The process then ends with `exit_code`.

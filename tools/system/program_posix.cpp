@@ -12,6 +12,8 @@ void PrepareStreams() {}
 
 void TrustOwnLibraries() {}
 
+std::string EraseFromLine() { return "\r\x1B[J"; }
+
 void TidyUpOnCrash(void (*)(), int) {}
 
 void EndInterrupted() {}

@@ -4,6 +4,7 @@
 #include <io.h>
 #include <windows.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <cstdint>
@@ -34,6 +35,7 @@ int crash_exit_code = 0;
 
 [[noreturn]] void EndAfterCrash() {
   crash_handler();
+  std::fflush(stderr);
   TerminateProcess(GetCurrentProcess(), static_cast<UINT>(crash_exit_code));
   std::_Exit(crash_exit_code);
 }
@@ -68,11 +70,11 @@ void RemoveFile(std::filesystem::path const& path) {
   DeleteFileW(path.c_str());
 }
 
-void ShowEscapeSequences(DWORD stream) {
-  HANDLE const console = GetStdHandle(stream);
-  DWORD mode = 0;
-  if (GetConsoleMode(console, &mode) == FALSE) return;
-  SetConsoleMode(console, mode | ENABLE_VIRTUAL_TERMINAL_PROCESSING);
+// The console stays the user's when the program has ended.
+UINT users_code_page = 0;
+
+void RestoreCodePage() {
+  if (users_code_page != 0) SetConsoleOutputCP(users_code_page);
 }
 
 }  // namespace
@@ -80,9 +82,25 @@ void ShowEscapeSequences(DWORD stream) {
 void PrepareStreams() {
   _fmode = _O_BINARY;
   for (std::FILE* const stream : {stdin, stdout, stderr}) _setmode(_fileno(stream), _O_BINARY);
+  // A console that is sent the bytes of a character one by one does not show it.
+  for (std::FILE* const stream : {stdout, stderr}) std::setvbuf(stream, nullptr, _IOFBF, BUFSIZ);
+  users_code_page = GetConsoleOutputCP();
   SetConsoleOutputCP(CP_UTF8);
-  ShowEscapeSequences(STD_OUTPUT_HANDLE);
-  ShowEscapeSequences(STD_ERROR_HANDLE);
+  std::atexit(RestoreCodePage);
+}
+
+// Not every console knows sequences for this.
+std::string EraseFromLine() {
+  HANDLE const console = GetStdHandle(STD_ERROR_HANDLE);
+  CONSOLE_SCREEN_BUFFER_INFO info{};
+  if (GetConsoleScreenBufferInfo(console, &info) == FALSE) return {};
+  COORD const start = {0, info.dwCursorPosition.Y};
+  int const lines = std::max(1, info.srWindow.Bottom - start.Y + 1);
+  DWORD filled = 0;
+  FillConsoleOutputCharacterW(console, L' ', static_cast<DWORD>(lines * info.dwSize.X), start,
+                              &filled);
+  SetConsoleCursorPosition(console, start);
+  return {};
 }
 
 // A folder that is set takes the place of the current directory.
@@ -104,7 +122,10 @@ void TidyUpOnCrash(void (*tidy_up)(), int exit_code) {
 }
 
 // Other threads must not go on to say that their files are closed.
-void EndInterrupted() { TerminateProcess(GetCurrentProcess(), kControlCExit); }
+void EndInterrupted() {
+  RestoreCodePage();
+  TerminateProcess(GetCurrentProcess(), kControlCExit);
+}
 
 // The run-time library knows some of these errors as invalid arguments only.
 int WriteErrorOfStream() {
