@@ -42,6 +42,29 @@ mkdir -p "$deep"
 sorrelin make "$deep/long.pdf" page.png
 [ "$(sorrelin count "$deep/long.pdf")" = 1 ]
 
+printf '{"output": "%s", "pictures": ["page.png", "page.jpg"]}\n' one.pdf 'zwei Жук.pdf' >list.jsonl
+sorrelin batch list.jsonl
+[ "$(sorrelin count 'zwei Жук.pdf')" = 2 ]
+sorrelin batch list.jsonl
+[ "$(cat messages)" = 'sorrelin: list.jsonl: 2 kept' ]
+sorrelin info "$name" | grep -q '^Pages: *4'
+
+# As a command line of Windows has them, whose shell expands nothing.
+sorrelin make patterns.pdf 'page.*' 'p?ge.PNG' --title '*'
+[ "$(sorrelin count patterns.pdf)" = 5 ]
+[ "$(sorrelin count '*.pdf' | wc -l)" = "$(ls *.pdf | wc -l)" ]
+
+share=$WINEPREFIX/dosdevices/unc/server/share
+mkdir -p "$share"
+for folder in 'C:' 'C:\windows/temp\' '\\?\C:\windows\temp\' '\\server\share\' '//server/share/'; do
+  sorrelin make "${folder}place.pdf" page.png --force
+  sorrelin append "${folder}place.pdf" page.png
+  sorrelin append "${folder}place.pdf" page.png --in-place
+  [ "$(sorrelin count "${folder}place.pdf")" = 3 ]
+  sorrelin extract "${folder}place.pdf" --pages 3 --output "${folder}place.png" --force --quiet
+done
+[ "$(ls -A "$share" | paste -sd' ')" = 'place.pdf place.png' ]
+
 cp piped.pdf kept.pdf
 refuses 'exists already' make piped.pdf page.png
 cmp piped.pdf kept.pdf
@@ -49,4 +72,9 @@ refuses 'is the name of a device' make con.pdf page.png
 refuses 'No such file' make other.pdf none.png
 refuses 'Path not found\|No such file' make none/other.pdf page.png
 refuses 'scanner' scan other.pdf
+cp piped.pdf protected.pdf
+chmod a-w protected.pdf
+refuses 'is read-only' make protected.pdf page.png --force
+refuses 'make it writable' append protected.pdf page.png
+cmp piped.pdf protected.pdf
 [ -z "$(find . -name '*.tmp' -o -name 'other.pdf')" ]

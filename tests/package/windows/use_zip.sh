@@ -11,7 +11,10 @@ triplet=$processor-w64-mingw32
 root=$(mktemp -d)
 trap 'WINEPREFIX=$root/wine wineserver -k 2>/dev/null || true; rm -rf "$root"' EXIT
 export WINEPREFIX=$root/wine WINEDEBUG=-all
-wine reg add 'HKCU\Software\Wine\Drivers' /v Graphics /d null /f >/dev/null 2>&1
+# A server that goes with its last client may go while the next one connects.
+mkdir "$WINEPREFIX"
+setsid wineserver -p </dev/null >/dev/null 2>&1
+setsid -w wine reg add 'HKCU\Software\Wine\Drivers' /v Graphics /d null /f </dev/null >/dev/null 2>&1
 
 mkdir "$root/unpacked"
 (cd "$root/unpacked" && unzip -q "$zip")
@@ -64,6 +67,8 @@ if [ -f sorrelin.exe ]; then
     "$triplet-objdump" -p sorrelin.exe | grep "large address aware" >/dev/null
   fi
   "$here/use_program.sh" "$PWD/sorrelin.exe" "$root"
+  echo "-- the program on a console"
+  "$here/use_console.sh" "$PWD/sorrelin.exe" "$root"
   echo "-- text recognition, HEIC and AVIF"
   "$here/use_parts.sh" "$PWD" "$root"
 fi
