@@ -31,7 +31,7 @@ MAY_INCLUDE = {
     "tools/documents": {"tools/formats", "tools/cli", "tools/system", "sorrelin"},
     "tools/ocr": {"tools/extract", "tools/documents", "tools/formats", "tools/cli",
                   "tools/system", "sorrelin", "siblings"},
-    "tools/extract": {"tools/documents", "tools/formats", "tools/cli", "sorrelin",
+    "tools/extract": {"tools/documents", "tools/formats", "tools/cli", "tools/system", "sorrelin",
                       "siblings/cadwick"},
     "tools/extract/colour": {"tools/documents", "sorrelin"},
     "tools/extract/codings": {"tools/extract/colour", "tools/documents", "tools/formats", "sorrelin",

@@ -7,8 +7,8 @@
 
 namespace sorrelin::tool {
 
-// Has standard streams carry bytes unchanged, and the console show UTF-8. Call it
-// before anything is read or written.
+// Has standard streams carry bytes unchanged, and the console show UTF-8. Call it before
+// anything is read or written.
 void PrepareStreams();
 
 // Has libraries not be loaded from the current directory, where pictures of others may be.
