@@ -26,7 +26,7 @@ using ::testing::IsEmpty;
 
 constexpr DWORD kExitInterrupted = 0xC000013A;  // STATUS_CONTROL_C_EXIT
 constexpr int kManyPages = 3000;                // seconds of work for a batch
-constexpr int kPagesToExtract = 600;
+constexpr int kPagesToExtract = 1500;
 
 // The program beside this one.
 std::wstring Program() {
@@ -139,12 +139,15 @@ class EndedRun : public ::testing::Test {
         << run->Messages();
     return run;
   }
-  // An extraction by two readers, when some files are there.
+  // An extraction by two readers, when both have written files.
   std::unique_ptr<RunningProgram> StartExtraction() const {
     WriteText("list", Line("many.pdf", kPagesToExtract));
     EXPECT_EQ(Start(L"batch list")->Wait(), 0u);
     auto run = Start(L"extract many.pdf --output x%d.png --jobs 2");
-    EXPECT_TRUE(WaitUntil([&] { return fs::exists(directory_ / "x9.png"); })) << run->Messages();
+    auto const are_at_work = [&] {
+      return fs::exists(directory_ / "x9.png") && fs::exists(directory_ / "x10.png");
+    };
+    EXPECT_TRUE(WaitUntil(are_at_work)) << run->Messages();
     return run;
   }
   std::vector<std::string> Hidden() const {
@@ -211,14 +214,12 @@ TEST_F(EndedRun, ResultsOfAnotherBatchAreLeftToIt) {
 
 TEST_F(EndedRun, InterruptedExtractionLeavesWholeFilesAndNoReader) {
   auto const run = StartExtraction();
-  EXPECT_EQ(run->Children().size(), 2u);
   Interrupt();
   EXPECT_EQ(run->Wait(), kExitInterrupted);
   EXPECT_TRUE(WaitUntil([&] { return run->Children().empty(); }));
   EXPECT_THAT(Hidden(), IsEmpty());
-  EXPECT_FALSE(fs::exists(directory_ / ("x" + std::to_string(kPagesToExtract) + ".png")));
   EXPECT_EQ(run->Messages(), "");
-  for (int page : {1, 2, 9}) {
+  for (int page : {1, 2, 9, 10}) {
     EXPECT_THAT(Text("x" + std::to_string(page) + ".png"), HasSubstr("IEND")) << page;
   }
 }
