@@ -285,13 +285,31 @@ std::string ReadOrder(HANDLE pipe) {
   return order;
 }
 
-void EndWithParent(HANDLE parent, void (*tidy_up)()) {
-  std::thread([parent, tidy_up] {
-    WaitForSingleObject(parent, INFINITE);
+// Ends this process with its parent, as long as it lives. Its thread is gone when it is: Wine
+// prints errors of a process that ends while one of its threads begins.
+class ParentWatch {
+ public:
+  ParentWatch(HANDLE parent, void (*tidy_up)())
+      : done_(CreateEventW(nullptr, TRUE, FALSE, nullptr)),
+        thread_([this, parent, tidy_up] { Watch(parent, tidy_up); }) {}
+  ~ParentWatch() {
+    SetEvent(done_.get());
+    thread_.join();
+  }
+  ParentWatch(ParentWatch const&) = delete;
+  ParentWatch& operator=(ParentWatch const&) = delete;
+
+ private:
+  void Watch(HANDLE parent, void (*tidy_up)()) const {
+    HANDLE const ends[] = {parent, done_.get()};
+    if (WaitForMultipleObjects(2, ends, FALSE, INFINITE) != WAIT_OBJECT_0) return;
     tidy_up();
     TerminateProcess(GetCurrentProcess(), EXIT_FAILURE);
-  }).detach();
-}
+  }
+
+  Handle done_;
+  std::thread thread_;
+};
 
 // A failed allocation where nothing may be thrown ends the child. Its exit code names the cause.
 [[noreturn]] void EndChild() {
@@ -344,10 +362,14 @@ std::optional<int> RunAsChild(std::span<char* const> arguments, NamedWork work, 
   if (GetFileType(order) != FILE_TYPE_PIPE || GetFileType(answer) != FILE_TYPE_PIPE) {
     return std::nullopt;
   }
-  EndWithParent(HandleOf(arguments[4]), tidy_up);
   std::set_terminate(EndChild);
-  // Nothing that the work holds is destroyed; the system takes it back faster.
-  std::_Exit(Work(ReadOrder(order), answer, work));
+  int code = EXIT_FAILURE;
+  {
+    ParentWatch const watch(HandleOf(arguments[4]), tidy_up);
+    code = Work(ReadOrder(order), answer, work);
+  }
+  // What is static is not destroyed; the system takes it back faster.
+  std::_Exit(code);
 }
 
 }  // namespace sorrelin::tool
