@@ -100,23 +100,47 @@ std::wstring ProgramPath() {
 
 std::wstring TextOf(HANDLE handle) { return std::to_wstring(reinterpret_cast<uintptr_t>(handle)); }
 
-// The list of what a child inherits: these handles, and nothing else that is open.
-class InheritedHandles {
+// Ends a child with this process while that starts it, when the child itself does not know yet that
+// it has a parent.
+class StartingJob {
  public:
-  explicit InheritedHandles(std::vector<HANDLE> handles) : handles_(std::move(handles)) {
-    SIZE_T bytes = 0;
-    InitializeProcThreadAttributeList(nullptr, 1, 0, &bytes);
-    room_ = std::make_unique<BYTE[]>(bytes);
-    is_made_ = InitializeProcThreadAttributeList(get(), 1, 0, &bytes) != FALSE;
-    is_set_ = is_made_ && UpdateProcThreadAttribute(
-                              get(), 0, PROC_THREAD_ATTRIBUTE_HANDLE_LIST, handles_.data(),
-                              handles_.size() * sizeof(HANDLE), nullptr, nullptr) != FALSE;
+  StartingJob() : job_(CreateJobObjectW(nullptr, nullptr)) {
+    Limit(JOB_OBJECT_LIMIT_KILL_ON_JOB_CLOSE);
   }
-  ~InheritedHandles() {
+  ~StartingJob() { Limit(0); }
+  StartingJob(StartingJob const&) = delete;
+  StartingJob& operator=(StartingJob const&) = delete;
+
+  HANDLE get() const { return job_.get(); }
+
+ private:
+  void Limit(DWORD flags) {
+    JOBOBJECT_EXTENDED_LIMIT_INFORMATION limits{};
+    limits.BasicLimitInformation.LimitFlags = flags;
+    SetInformationJobObject(job_.get(), JobObjectExtendedLimitInformation, &limits, sizeof limits);
+  }
+
+  Handle job_;
+};
+
+// What a child begins with: these handles, nothing else that is open, and a job.
+class ChildAttributes {
+ public:
+  ChildAttributes(std::vector<HANDLE> handles, HANDLE job)
+      : handles_(std::move(handles)), job_(job) {
+    SIZE_T bytes = 0;
+    InitializeProcThreadAttributeList(nullptr, 2, 0, &bytes);
+    room_ = std::make_unique<BYTE[]>(bytes);
+    is_made_ = InitializeProcThreadAttributeList(get(), 2, 0, &bytes) != FALSE;
+    is_set_ = is_made_ &&
+              Set(PROC_THREAD_ATTRIBUTE_HANDLE_LIST, handles_.data(), handles_.size()) &&
+              Set(PROC_THREAD_ATTRIBUTE_JOB_LIST, &job_, 1);
+  }
+  ~ChildAttributes() {
     if (is_made_) DeleteProcThreadAttributeList(get());
   }
-  InheritedHandles(InheritedHandles const&) = delete;
-  InheritedHandles& operator=(InheritedHandles const&) = delete;
+  ChildAttributes(ChildAttributes const&) = delete;
+  ChildAttributes& operator=(ChildAttributes const&) = delete;
 
   bool IsSet() const { return is_set_; }
   LPPROC_THREAD_ATTRIBUTE_LIST get() const {
@@ -124,7 +148,13 @@ class InheritedHandles {
   }
 
  private:
+  bool Set(DWORD_PTR attribute, HANDLE* handles, size_t count) {
+    return UpdateProcThreadAttribute(get(), 0, attribute, handles, count * sizeof(HANDLE), nullptr,
+                                     nullptr) != FALSE;
+  }
+
   std::vector<HANDLE> handles_;
+  HANDLE job_;
   std::unique_ptr<BYTE[]> room_;
   bool is_made_ = false;
   bool is_set_ = false;
@@ -136,8 +166,9 @@ bool StartProgram(Streams const& streams, Handle& process) {
   HANDLE const answer = streams.child_answer.get();
   HANDLE const parent = streams.parent.get();
   HANDLE const nowhere = streams.nowhere.get();
-  InheritedHandles const inherited({order, answer, parent, nowhere});
-  if (!inherited.IsSet()) return false;
+  StartingJob const job;
+  ChildAttributes const attributes({order, answer, parent, nowhere}, job.get());
+  if (!attributes.IsSet()) return false;
   std::wstring const path = ProgramPath();
   std::wstring line =
       L"sorrelin --child " + TextOf(order) + L" " + TextOf(answer) + L" " + TextOf(parent);
@@ -147,7 +178,7 @@ bool StartProgram(Streams const& streams, Handle& process) {
   start.StartupInfo.hStdInput = nowhere;
   start.StartupInfo.hStdOutput = nowhere;
   start.StartupInfo.hStdError = nowhere;
-  start.lpAttributeList = inherited.get();
+  start.lpAttributeList = attributes.get();
   PROCESS_INFORMATION started{};
   if (CreateProcessW(path.c_str(), line.data(), nullptr, nullptr, TRUE,
                      DETACHED_PROCESS | EXTENDED_STARTUPINFO_PRESENT, nullptr, nullptr,
