@@ -22,6 +22,9 @@ using ::testing::HasSubstr;
 
 constexpr DWORD kEndedByInterrupt = 0xC000013A;
 
+// Has an event of the console pass this process by.
+BOOL WINAPI LetPass(DWORD) { return TRUE; }
+
 class ProgramOnWindows : public ::testing::Test {
  protected:
   ProgramOnWindows() {
@@ -124,6 +127,14 @@ TEST_F(ProgramOnWindows, HalfASurrogatePairInANameIsAMissingFile) {
   ExpectRefused({L"append", Target(), Name(L"\xD83D.png")}, ReadAll(Target()), "(check the name)");
 }
 
+TEST_F(ProgramOnWindows, DevicesAreNeitherPicturesNorDocuments) {
+  MakeTarget();
+  auto const old = ReadAll(Target());
+  ExpectRefused({L"append", Target(), L"CON"}, old, "CON: is the name of a device");
+  ExpectRefused({L"count", L"con"}, old, "con: is the name of a device");
+  ExpectRefused({L"info", L"NUL"}, old, "NUL: is the name of a device");
+}
+
 TEST_F(ProgramOnWindows, PatternsAreExpandedInNamesAndNotInOptions) {
   CopyFileW(Picture().c_str(), Name(L"page2.ppm").c_str(), TRUE);
   WindowsProgram make({L"make", Target(), Name(L"*.PPM"), L"--quiet", L"--title", L"*"});
@@ -141,7 +152,7 @@ class InterruptedProgram : public ProgramOnWindows {
   static void SetUpTestSuite() {
     FreeConsole();
     ASSERT_TRUE(AllocConsole()) << GetLastError();
-    SetConsoleCtrlHandler([](DWORD) -> BOOL { return TRUE; }, TRUE);
+    SetConsoleCtrlHandler(LetPass, TRUE);
   }
 
   // A run that has read `arguments`, waits for a picture on standard input and has a file of its

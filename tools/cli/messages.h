@@ -13,6 +13,7 @@ inline constexpr char kRewriteHint[] =
     " (rewrite it first: qpdf --object-streams=disable in.pdf out.pdf)";
 inline constexpr char kDrawRemedy[] = " (pdftoppm -png draws such pages)";
 
+inline constexpr char kDeviceProblem[] = "is the name of a device (choose another name)";
 inline constexpr char kMemoryProblem[] = "there is not enough memory (close other programs)";
 
 // Prints "sorrelin: NAME: problem" as one line; control characters in it become question marks, so

@@ -30,7 +30,6 @@ namespace fs = std::filesystem;
 constexpr char kDocumentName[] = "document.pdf";
 constexpr int kNameTries = 16;
 constexpr char kPlaceRemedy[] = " (choose a directory that exists and may be written to)";
-constexpr char kDevice[] = "is the name of a device (choose another name)";
 constexpr char kProtected[] = "is read-only (make it writable, or choose another name)";
 constexpr char kHeld[] = "is held by another program (close it there, and run this again)";
 constexpr DWORD kShareReaders = FILE_SHARE_READ | FILE_SHARE_DELETE;
@@ -135,7 +134,7 @@ void KeepPermissions(fs::path const& target, fs::path const& path) {
 
 std::unique_ptr<OutputFile> OutputFile::Open(std::string const& target, bool replace,
                                              std::string& problem) {
-  if (IsDeviceName(PathOf(target))) return problem = kDevice, nullptr;
+  if (IsDeviceName(PathOf(target))) return problem = kDeviceProblem, nullptr;
   // A replaced link stays a link: what it names is replaced.
   fs::path const resolved = LinkTarget(PathOf(target));
   std::error_code error;

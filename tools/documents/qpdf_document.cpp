@@ -15,6 +15,7 @@
 #include "tools/cli/text.h"
 #include "tools/documents/document_source.h"
 #include "tools/documents/stream_reader.h"
+#include "tools/system/names.h"
 
 namespace sorrelin::tool {
 namespace {
@@ -83,6 +84,7 @@ bool CatchDamage(std::function<void()> const& work, std::string& problem) {
 
 std::string NameProblem(std::string const& name) {
   if (!Utf16(name)) return "the name is not valid UTF-8 (rename it)";
+  if (IsDeviceName(PathOf(name))) return kDeviceProblem;
   std::string const cannot = "cannot be opened: ";
   std::error_code ignored;
   auto const status = std::filesystem::status(PathOf(name), ignored);

@@ -7,6 +7,10 @@
 #include <system_error>
 #include <utility>
 
+#include "tools/cli/messages.h"
+#include "tools/cli/text.h"
+#include "tools/system/names.h"
+
 namespace sorrelin::tool {
 namespace {
 
@@ -24,6 +28,7 @@ std::string SystemText(int error) {
 }  // namespace
 
 std::unique_ptr<ByteStream> ByteStream::Open(std::string const& name, std::string& problem) {
+  if (IsDeviceName(PathOf(name))) return problem = kDeviceProblem, nullptr;
   std::FILE* const file = name == kStandardInput ? stdin : std::fopen(name.c_str(), "rb");
   if (file != nullptr) return std::unique_ptr<ByteStream>(new ByteStream(file));
   int const error = errno;
