@@ -125,7 +125,8 @@ TEST_F(DecodeCcitt, DataWithoutAWholeRowEndAtHeight1WithCode30) {
 
 TEST_F(DecodeCcitt, DataWithoutAWholeRowUnderAHugeHeightEndQuickly) {
   PreloadedSibling<MockCadwick> const mock(MockPath("rows"));
-  ExpectFailure({1}, 16, 0x10000000, 30);
+  // The bitmap has room in 32 bits too.
+  ExpectFailure({1}, 16, sizeof(void*) == 8 ? 0x10000000 : 0x1000000, 30);
   EXPECT_EQ(mock->decodes, 2);
 }
 

@@ -25,7 +25,7 @@ using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 
 constexpr DWORD kExitInterrupted = 0xC000013A;  // STATUS_CONTROL_C_EXIT
-constexpr int kManyPages = 3000;                // seconds of work for a batch
+constexpr int kManyPages = 20000;               // long work for a batch
 constexpr int kPagesToExtract = 1500;
 
 // The program beside this one.
@@ -102,13 +102,16 @@ class RunningProgram {
   PROCESS_INFORMATION run_{};
 };
 
+// Has an event of the console pass this process by.
+BOOL WINAPI LetPass(DWORD) { return TRUE; }
+
 class EndedRun : public ::testing::Test {
  protected:
   // A console, which interrupts reach processes by.
   static void SetUpTestSuite() {
     FreeConsole();
     ASSERT_TRUE(AllocConsole()) << GetLastError();
-    SetConsoleCtrlHandler([](DWORD) -> BOOL { return TRUE; }, TRUE);
+    SetConsoleCtrlHandler(LetPass, TRUE);
   }
   static void Interrupt() {
     EXPECT_TRUE(GenerateConsoleCtrlEvent(CTRL_C_EVENT, 0)) << GetLastError();
