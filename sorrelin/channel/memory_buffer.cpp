@@ -74,7 +74,7 @@ DWORD MemoryBuffer::Write(void const* buffer, DWORD bytes) {
 // The capacity becomes exactly what the write needs; the underlying allocation grows by halves
 // where there is memory, so that many small writes stay cheap. A gap before the position is zeroed.
 bool MemoryBuffer::Grow(DWORD bytes) {
-  if (bytes > kLargestAllocation || nPos > kLargestAllocation - bytes) return false;
+  if (nPos > kLargestAllocation || bytes > kLargestAllocation - nPos) return false;
   uint64_t const needed = nPos + bytes;
   if (needed > nAllocated && !Reallocate(std::min(needed + needed / 2, kLargestAllocation)) &&
       !Reallocate(needed)) {
