@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
-# The sources of library, codecs and program that are built for Windows, read by clang as its MSVC mode
-# sees them, with the headers of mingw-w64: types of MSVC's sizes and calling conventions, and no
-# extension of GCC's.
+# The sources of the library, the codecs and of what the program asks of the system, as they are built
+# for Windows, read by clang as its MSVC mode sees them, with the headers of mingw-w64: types of MSVC's
+# sizes and calling conventions, and no extension of GCC's. Clang does not take libqpdf's headers there,
+# which the program's other sources use.
 # usage: msvc_syntax.sh BUILD    (a cross build, for its commands and the headers that it generates)
 set -euo pipefail
 build=$(realpath "$1")
@@ -14,10 +15,11 @@ list_sources() {
 import json, os, shlex, sys
 
 root = sys.argv[2]
+folders = ("sorrelin/", "siblings/", "tools/cli/", "tools/formats/", "tools/system/")
 sources = {}
 for entry in json.load(open(sys.argv[1])):
     name = os.path.relpath(entry["file"], root)
-    if not name.endswith(".cpp") or name.split(os.sep)[0] not in ("sorrelin", "siblings", "tools"):
+    if not name.endswith(".cpp") or not name.startswith(folders):
         continue
     words = iter(shlex.split(entry["command"]))
     flags = []
