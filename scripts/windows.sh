@@ -48,11 +48,12 @@ build_for_windows() {
 # A desktop without a screen, whose server stays until the script ends: one that goes with its last
 # client may go while the next one connects. A desktop reads its settings when it starts, so the
 # first one of a new prefix is stopped once it has them. The server's first client starts what stays
-# with it, so that one has none of the script's streams.
+# with it, so that one has none of the script's streams. A server is found by the prefix and the
+# folder for temporary files, and Leptonica has paths under /tmp mean the user's own.
 start_wine() {
   [ "$with_wine" = yes ] && command -v wine >/dev/null || return 1
-  export WINEPREFIX=$PWD/$build/wine WINEDEBUG=-all
-  mkdir -p "$WINEPREFIX"
+  export WINEPREFIX=$PWD/$build/wine WINEDEBUG=-all TMPDIR=$PWD/$build/tmp
+  mkdir -p "$WINEPREFIX" "$TMPDIR"
   stop_wine
   trap stop_wine EXIT
   if ! grep -qs '"Graphics"="null"' "$WINEPREFIX/user.reg"; then
@@ -82,9 +83,9 @@ build_here() {
     tool_append_test tool_batch_test tool_ocr_test tool_words_test tool_hostile_test
 }
 
-# The tests that start the program, with the program for Windows in its place. Leptonica has paths
-# under /tmp mean the user's folder for temporary files there. Tests left out are known to CTest, or
-# to programs with several. A limit on the size of files must not end Wine, whose writes then fail.
+# The tests that start the program, with the program for Windows in its place. Tests left out are
+# known to CTest, or to programs with several. A limit on the size of files must not end Wine, whose
+# writes then fail.
 test_program() {
   local program=$PWD/$build/run-program left_out
   cat >"$program" <<END
@@ -95,9 +96,9 @@ export TESSDATA_PREFIX="\${TESSDATA_PREFIX-Z:$PWD/$build/tessdata}"
 exec wine '$PWD/$build/bin/sorrelin.exe' "\$@"
 END
   chmod +x "$program"
-  mkdir -p "$build/tmp"
-  left_out=$(sed -nE 's/^([A-Za-z/]+\.[A-Z][A-Za-z0-9/]*): .*/\1/p' tests/windows_left_out.txt | paste -sd'|')
-  TMPDIR=$PWD/$build/tmp SORRELIN_TEST_PROGRAM=$program GTEST_FILTER="-${left_out//|/:}" \
+  left_out=$(sed -nE "s/^([A-Za-z/]+\.[A-Z][A-Za-z0-9/]*)( \($processor\))?: .*/\1/p" \
+    tests/windows_left_out.txt | paste -sd'|')
+  SORRELIN_TEST_PROGRAM=$program GTEST_FILTER="-${left_out//|/:}" \
     ctest --test-dir "$here" --output-on-failure -j "$(nproc)" --timeout 600 --no-tests=error \
     -R "$program_tests" -E "\.($left_out)\$"
   if [ "$quick" = yes ]; then return; fi

@@ -10,7 +10,8 @@ else()
   find_package(GTest REQUIRED)
 endif()
 
-# Lines are "<file or folder under tests/, or Suite.Test>: <reason>".
+# Lines are "<file or folder under tests/, or Suite.Test>: <reason>". Tests that start the program
+# may have "(<processor>)" after their names; they are chosen where they run.
 set(left_out_list ${CMAKE_CURRENT_SOURCE_DIR}/windows_left_out.txt)
 set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${left_out_list})
 file(STRINGS ${left_out_list} SORRELIN_LEFT_OUT REGEX "^[^#].*: ")
