@@ -193,7 +193,7 @@ endian = 'little'
 EOF
   PKG_CONFIG_LIBDIR=$prefix/lib/pkgconfig meson setup --cross-file "$source/windows.cross" \
     --prefix "$prefix" --libdir lib --buildtype release --default-library static \
-    -Denable_tools=false -Denable_tests=false "$source/windows" "$source"
+    -Denable_tools=false -Denable_tests=false -Dlogging=false "$source/windows" "$source"
   ninja -C "$source/windows" install
 }
 
