@@ -182,7 +182,7 @@ constexpr Row kMutool[] = {
      kIsRight},
 };
 
-#define SEPARATE UNTIL_WITHOUT_NUL("pdfseparate a.pdf")
+#define SEPARATE UNTIL_IDENTIFIER_IS_PLAIN("pdfseparate a.pdf")
 
 constexpr Row kPoppler[] = {
     {"CairoGroup4", "g4.tif", IMG2PDF " && pdftocairo -pdf a.pdf out.pdf", Right(1), kIsRight},

@@ -39,7 +39,7 @@ class ForeignPages : public ForeignTest {
 
 TEST_F(ForeignPages, JoinedByPopplerKeepTheirOrder) {
   Shell(std::string(kThreeDocuments) +
-        " && " UNTIL_WITHOUT_NUL("pdfunite 1.pdf 2.pdf 1.pdf 3.pdf"));
+        " && " UNTIL_IDENTIFIER_IS_PLAIN("pdfunite 1.pdf 2.pdf 1.pdf 3.pdf"));
   ExpectAllPages(4);
 }
 

@@ -11,11 +11,11 @@
 #include "tests/support/run_program.h"
 
 // A line for the shell: runs a command of poppler's that takes the document's name as its last
-// word, until out.pdf is a document without a NUL after its table.
-#define UNTIL_WITHOUT_NUL(command)                                               \
-  "for n in 1 2 3 4 5 6 7 8 9; do " command                                      \
-  " try$n.pdf && "                                                               \
-  "[ $(tail -c 400 try$n.pdf | tr -dc '\\000' | wc -c) = 0 ] && break; done && " \
+// word, until out.pdf is a document with no NUL and one closing bracket after its table.
+#define UNTIL_IDENTIFIER_IS_PLAIN(command)                                        \
+  "for n in 1 2 3 4 5 6 7 8 9; do " command                                       \
+  " try$n.pdf && "                                                                \
+  "[ $(tail -c 160 try$n.pdf | tr -dc '\\000]' | wc -c) = 1 ] && break; done && " \
   "mv try$n.pdf out.pdf"
 
 namespace test {

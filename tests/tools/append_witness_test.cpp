@@ -167,8 +167,9 @@ INSTANTIATE_TEST_SUITE_P(
 
 // Its trailer has a blank between the two halves of /ID, which an update cuts there.
 TEST_F(AppendToOthers, PopplersDocumentIsRefusedUntilItIsRewritten) {
-  WriteBy({"sh", "-c",
-           "cd " + directory_.path().string() + " && " UNTIL_WITHOUT_NUL("pdfunite in.pdf")});
+  WriteBy(
+      {"sh", "-c",
+       "cd " + directory_.path().string() + " && " UNTIL_IDENTIFIER_IS_PLAIN("pdfunite in.pdf")});
   ExpectRefusedBothWays("out.pdf",
                         "has a trailer that a change would damage (rewrite it first: qpdf "
                         "--object-streams=disable in.pdf out.pdf)");
