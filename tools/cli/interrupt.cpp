@@ -3,6 +3,7 @@
 
 #include <sorrelin/platform/console.h>
 
+#include "tools/cli/messages.h"
 #include "tools/cli/output_file.h"
 #include "tools/cli/progress.h"
 #include "tools/system/program.h"
@@ -10,8 +11,10 @@
 namespace sorrelin::tool {
 namespace {
 
-// Files first: a terminal that is held may keep the bar.
+// Files first: a terminal that is held may keep the bar. Threads that go on writing would blame the
+// disk for files that have been closed.
 BOOL WINAPI OnInterrupt(DWORD) {
+  SilenceMessages();
   RemoveOutputForGood();
   RemoveBarForGood();
   EndInterrupted();

@@ -2,6 +2,7 @@
 #include "tools/cli/messages.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cerrno>
 #include <cstdio>
 #include <system_error>
@@ -12,6 +13,7 @@ namespace sorrelin::tool {
 namespace {
 
 int output_error = 0;  // of the system, the first
+std::atomic<bool> are_silent = false;
 
 }  // namespace
 
@@ -35,7 +37,10 @@ void PrintProblem(std::string const& name, std::string const& problem) {
   PrintNote(name + ": " + problem);
 }
 
+void SilenceMessages() { are_silent = true; }
+
 void PrintNote(std::string const& text) {
+  if (are_silent) return;
   std::string line = "sorrelin: " + text;
   std::replace_if(
       line.begin(), line.end(),

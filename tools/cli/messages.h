@@ -23,6 +23,9 @@ void PrintProblem(std::string const& name, std::string const& problem);
 // Prints "sorrelin: TEXT" in the same way.
 void PrintNote(std::string const& text);
 
+// Neither prints anything from then on. For a process that is about to end.
+void SilenceMessages();
+
 // Sends on what was printed to standard output.
 void FlushOutput();
 

@@ -2,7 +2,6 @@
 #include <aclapi.h>
 #include <fcntl.h>
 #include <io.h>
-#include <sorrelin/platform/console.h>
 #include <windows.h>
 
 #include <algorithm>
@@ -176,8 +175,6 @@ bool RemoveFolder(std::filesystem::path const& directory) {
 }
 
 void CloseFilesIn(std::filesystem::path const& directory) {
-  // Threads that go on writing would blame the disk.
-  MuteStandardError();
   std::wstring const part = L"\\" + directory.filename().wstring() + L"\\";
   for (uintptr_t value = kHandleStep; value < kEndOfHandles; value += kHandleStep) {
     HANDLE const file = reinterpret_cast<HANDLE>(value);
