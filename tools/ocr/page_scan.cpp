@@ -1,6 +1,8 @@
 // Decodes the pictures of pages and finds where documents draw them.
 #include "tools/ocr/page_scan.h"
 
+#include <algorithm>
+#include <cstdlib>
 #include <optional>
 #include <utility>
 
@@ -90,6 +92,50 @@ class SourceScanner : public PageScanner {
   ImageSource& source_;
 };
 
+// Empty when memory is short.
+std::vector<l_uint32> Serialised(Pix* pix) {
+  l_uint32* words = nullptr;
+  size_t bytes = 0;
+  pixSerializeToMemory(pix, &words, &bytes);
+  std::unique_ptr<l_uint32, decltype(&std::free)> const owner(words, std::free);
+  return words == nullptr ? std::vector<l_uint32>()
+                          : std::vector<l_uint32>(words, words + bytes / sizeof(l_uint32));
+}
+
+DecodedPage DecodeFrom(ImageSource& source, unsigned page) {
+  DecodedPage decoded{page, {}, {}, {}};
+  auto const scanned = ScanSource(source, static_cast<int>(page), decoded.problem);
+  if (scanned.empty()) return decoded;
+  decoded.picture = Serialised(scanned.front().picture.pix.get());
+  decoded.dpi = scanned.front().picture.dpi;
+  decoded.problem = decoded.picture.empty() ? kMemoryText : "";
+  return decoded;
+}
+
+class DecodedScanner : public PageScanner {
+ public:
+  explicit DecodedScanner(std::vector<DecodedPage> const& pages) : pages_(pages) {}
+
+  std::vector<ScannedPicture> Scan(unsigned page, std::string& problem) override {
+    auto const decoded =
+        std::find_if(pages_.begin(), pages_.end(),
+                     [page](DecodedPage const& each) { return each.page == page; });
+    if (decoded == pages_.end()) return problem = kCannotDecode, std::vector<ScannedPicture>();
+    problem = decoded->problem;
+    if (!problem.empty()) return {};
+    std::vector<l_uint32> const& words = decoded->picture;
+    PixPtr pix(pixDeserializeFromMemory(words.data(), words.size() * sizeof(l_uint32)));
+    if (pix == nullptr) return problem = kMemoryText, std::vector<ScannedPicture>();
+    SheetSize const size = SizeOf(pix.get());
+    std::vector<ScannedPicture> scanned;
+    scanned.push_back({{std::move(pix), decoded->dpi}, PixelPlace(size), size});
+    return scanned;
+  }
+
+ private:
+  std::vector<DecodedPage> const& pages_;
+};
+
 // Keeps the source of the last page open, and reads on from there.
 class FileScanner : public PageScanner {
  public:
@@ -130,7 +176,14 @@ class FileScanner : public PageScanner {
 std::unique_ptr<PageScanner> OpenScanner(ScannedPages const& pages, std::string& problem) {
   if (!pages.document.empty()) return OpenDocument(pages.document, problem);
   if (pages.source != nullptr) return std::make_unique<SourceScanner>(*pages.source);
+  if (!pages.decoded.empty()) return std::make_unique<DecodedScanner>(pages.decoded);
   return std::make_unique<FileScanner>(pages.files);
+}
+
+ScannedPages Decoded(ImageSource& source, std::vector<unsigned> const& pages) {
+  ScannedPages scanned;
+  for (unsigned const page : pages) scanned.decoded.push_back(DecodeFrom(source, page));
+  return scanned;
 }
 
 SheetSize SizeOf(Pix* pix) {

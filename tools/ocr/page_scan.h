@@ -42,19 +42,36 @@ struct FilePage {
   }
 };
 
-// Where pages come from: one of three.
+// A page of a source as another process takes it.
+struct DecodedPage {
+  unsigned page = 0;              // from 0
+  std::vector<l_uint32> picture;  // as Leptonica serialises it
+  Resolution dpi;
+  std::string problem;  // why there is none
+
+  template <typename Self>
+  static auto Fields(Self& self) {
+    return std::tie(self.page, self.picture, self.dpi, self.problem);
+  }
+};
+
+// Where pages come from: one of four.
 struct ScannedPages {
   std::string document = {};
   std::vector<FilePage> files = {};  // those of a file come in their order
+  std::vector<DecodedPage> decoded = {};
   // One that cannot be opened again, and that only copies of this process can read: for one process
   // at a time.
   ImageSource* source = nullptr;
 
   template <typename Self>
   static auto Fields(Self& self) {
-    return std::tie(self.document, self.files);
+    return std::tie(self.document, self.files, self.decoded);
   }
 };
+
+// Pages of a source for a process that is no copy of this one.
+ScannedPages Decoded(ImageSource& source, std::vector<unsigned> const& pages);
 
 // Null with the reason in `problem`. `pages` outlive the scanner. Each process that recognises
 // pages opens its own, because processes that share an open file disturb each other's position in

@@ -39,7 +39,8 @@ constexpr size_t kHeadBytes = 5;
 // much longer on a noisy page, so its process is ended this long after the time was up.
 constexpr std::chrono::seconds kGrace(2);
 constexpr double kPointsPerInch = 72;
-constexpr double kMaxStretch = 1.2;  // of pixels that are taken for square
+constexpr size_t kPagesOfSource = 4;  // that a process takes, which may have to be sent to it
+constexpr double kMaxStretch = 1.2;   // of pixels that are taken for square
 constexpr char kEndedRecognition[] =
     "cannot be recognised: it ends the process that reads it (see that Tesseract works on this "
     "picture)";
@@ -236,10 +237,12 @@ class Job {
       rest_.clear();
       reading_ = false;
       stop_problem_.reset();
+      end_ = run_.scanned.source == nullptr ? pages_.size()
+                                            : std::min(pages_.size(), next_ + kPagesOfSource);
       std::string problem = kMemoryProblem;
       RunProcess(problem);
       if (stop_problem_) return FailRest(*stop_problem_);
-      if (next_ == pages_.size()) return;
+      if (next_ == end_) continue;
       if (!reading_) return FailRest(EngineProblem(problem, run_.options));
       pages_[next_]->pictures.clear();
       if (problem == kEndedReader) problem = kEndedRecognition;
@@ -251,7 +254,7 @@ class Job {
   void RunProcess(std::string& problem) {
     try {
       std::vector<unsigned> rest;
-      for (size_t i = next_; i < pages_.size(); ++i) rest.push_back(pages_[i]->page);
+      for (size_t i = next_; i < end_; ++i) rest.push_back(pages_[i]->page);
       RunChild(
           RecognizeWork(rest), [this](std::span<BYTE const> bytes) { return Take(bytes); },
           problem);
@@ -261,7 +264,11 @@ class Job {
 
   ChildWork RecognizeWork(std::vector<unsigned> const& pages) const {
     ChildWork work = kRecognize.With(run_.scanned, run_.options, pages);
-    if (run_.scanned.source != nullptr) work.name = {};
+    if (run_.scanned.source == nullptr) return work;
+    work.pack = [this, &pages] {
+      ScannedPages const decoded = Decoded(*run_.scanned.source, pages);
+      return kRecognize.With(decoded, run_.options, pages).pack();
+    };
     return work;
   }
 
@@ -331,6 +338,7 @@ class Job {
   Run& run_;
   std::vector<PageText*> pages_;
   size_t next_ = 0;       // the page that is read, or will be
+  size_t end_ = 0;        // of the pages of the process
   bool reading_ = false;  // it has begun
   Clock::time_point begun_;
   std::optional<std::string> stop_problem_;

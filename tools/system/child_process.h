@@ -25,8 +25,7 @@ class ParentLink {
 };
 
 // Work for a child. A copy of this process calls `run`. Where processes cannot be copied, the
-// program is started again, and gets the name of the work and what `pack` returns. Work without a
-// name is done by this process there.
+// program is started again, and gets the name of the work and what `pack` returns.
 struct ChildWork {
   std::function<void(ParentLink& link)> run;
   std::string_view name = {};

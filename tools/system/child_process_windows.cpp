@@ -272,32 +272,6 @@ class PipeToParent : public ParentLink {
   HANDLE pipe_;
 };
 
-// The way of work that is done in this process; what it sends goes to the receiver at once.
-class LinkHere : public ParentLink {
- public:
-  explicit LinkHere(ChildReceiver const& receiver) : receiver_(receiver) {}
-  bool Send(std::span<BYTE const> bytes) override {
-    is_heard_ = is_heard_ && receiver_(bytes);
-    return is_heard_;
-  }
-  bool is_heard() const { return is_heard_; }
-
- private:
-  ChildReceiver const& receiver_;
-  bool is_heard_ = true;
-};
-
-bool RunHere(ChildWork const& work, ChildReceiver const& receiver) {
-  LinkHere link(receiver);
-  try {
-    work.run(link);
-  } catch (std::bad_alloc const&) {
-    return SetLastError(ERROR_NOT_ENOUGH_MEMORY), false;
-  }
-  if (!link.is_heard()) SetLastError(ERROR_CANCELLED);
-  return link.is_heard();
-}
-
 // Null for a text that is no number.
 HANDLE HandleOf(std::string_view text) {
   uintptr_t value = 0;
@@ -375,7 +349,6 @@ int Work(std::string_view order, HANDLE answer, NamedWork work) {
 }  // namespace
 
 bool RunInChild(ChildWork const& work, ChildReceiver const& receiver) {
-  if (work.name.empty()) return RunHere(work, receiver);
   Child child;
   return child.Start(work) && child.Receive(receiver) && child.Wait();
 }
