@@ -205,8 +205,10 @@ class Child {
  public:
   ~Child() {
     if (!process_.IsOpen()) return;
+    DWORD const error = GetLastError();
     TerminateProcess(process_.get(), EXIT_FAILURE);
     WaitForSingleObject(process_.get(), INFINITE);
+    SetLastError(error);
   }
 
   bool Start(ChildWork const& work) {
@@ -329,21 +331,27 @@ class ParentWatch {
   std::abort();
 }
 
-int Work(std::string_view order, HANDLE answer, NamedWork work) {
+// Whether the order is whole.
+bool FollowOrder(std::string_view order, HANDLE answer, NamedWork work) {
   DWORD name_bytes = 0;
-  if (order.size() < sizeof name_bytes) return EXIT_FAILURE;
+  if (order.size() < sizeof name_bytes) return false;
   std::memcpy(&name_bytes, order.data(), sizeof name_bytes);
   order.remove_prefix(sizeof name_bytes);
   std::string_view const name = order.substr(0, name_bytes);
   PipeToParent link(answer);
+  work(link, name, order.substr(name.size()));
+  return true;
+}
+
+// The exit code of the child.
+int Work(HANDLE order, HANDLE answer, NamedWork work) {
   try {
-    work(link, name, order.substr(name.size()));
+    return FollowOrder(ReadOrder(order), answer, work) ? EXIT_SUCCESS : EXIT_FAILURE;
   } catch (std::bad_alloc const&) {
     return kExitShortOfMemory;
   } catch (...) {
     return EXIT_FAILURE;
   }
-  return EXIT_SUCCESS;
 }
 
 }  // namespace
@@ -370,7 +378,7 @@ std::optional<int> RunAsChild(std::span<char* const> arguments, NamedWork work, 
   int code = EXIT_FAILURE;
   {
     ParentWatch const watch(HandleOf(arguments[4]), tidy_up);
-    code = Work(ReadOrder(order), answer, work);
+    code = Work(order, answer, work);
   }
   // What is static is not destroyed; the system takes it back faster.
   std::_Exit(code);
