@@ -35,7 +35,9 @@ struct EnglishPage {
   std::vector<PlacedWord> words;
   Bytes grey;  // kPageWidth * kPageHeight bytes, the top row first; 0 is black
 
-  BYTE At(LONG x, LONG y) const { return grey[static_cast<size_t>(y * kPageWidth + x)]; }
+  BYTE At(LONG x, LONG y) const {
+    return grey[static_cast<size_t>(y) * kPageWidth + static_cast<size_t>(x)];
+  }
 };
 
 inline LONG Pixels(double points) { return static_cast<LONG>(std::lround(points * kPageDpi / 72)); }

@@ -28,8 +28,9 @@ struct Samples {
   // Of all rows.
   size_t Bytes() const { return MemorySize(uint64_t{RowBytes()} * static_cast<uint64_t>(height)); }
   size_t RowBytes() const {
-    uint64_t const bits_per_pixel = static_cast<uint64_t>(Components() * bits);
-    return MemorySize((static_cast<uint64_t>(width) * bits_per_pixel + 7) / 8);
+    int const bits_per_pixel = Components() * bits;
+    return MemorySize((static_cast<uint64_t>(width) * static_cast<uint64_t>(bits_per_pixel) + 7) /
+                      8);
   }
 };
 
