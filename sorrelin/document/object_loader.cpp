@@ -107,7 +107,8 @@ HGLOBAL ObjectLoader::LoadFromTable(DWORD number) {
     if (offset != 0) file_.Note(PDF_ERROR_SYSTEM);
     return nullptr;
   }
-  // Only to an offset that reads as a negative number a seek can fail; the others save a call.
+  // Only to an offset that reads as a negative number, or in a file that was closed under the
+  // session, a seek can fail; the others save a call.
   if (static_cast<LONG>(offset) < 0 && !file_.SeekTo(offset)) {
     file_.Note(PDF_ERROR_SYSTEM);
     return nullptr;
@@ -119,6 +120,7 @@ HGLOBAL ObjectLoader::LoadFromTable(DWORD number) {
   // A size that the document does not hold costs an opening nothing: nothing is read.
   bool const allowed = size <= held && (!work.IsOpening() || work.Spend(size));
   HGLOBAL const block = allowed ? ReadBlock(file_, offset, size) : nullptr;
+  if (block == nullptr && !file_.SeekTo(offset)) file_.Note(PDF_ERROR_SYSTEM);
   file_.SeekTo(offset + std::min(size, held));
   return block;
 }

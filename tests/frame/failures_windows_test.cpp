@@ -106,6 +106,22 @@ TEST_F(WindowsFailures, HandleClosedUnderTheSessionFailsTheFinishWithCode1) {
   session_->ClosePDFFile();
 }
 
+// The picture is longer than what reading takes ahead.
+TEST_F(WindowsFailures, HandleClosedUnderAReadingSessionFailsThePictureWithCode1) {
+  std::filesystem::path const path = temp_ / "lost.pdf";
+  Block const picture =
+      MakeDib({.width = 2000, .height = 2000}, [](LONG, LONG) -> DWORD { return 1; });
+  ASSERT_EQ(pdf_SaveDIBToPDFW(path.c_str(), picture, L"", PDF_COMPRESSION_NONE, 0), 0u);
+  ASSERT_NE(session_->OpenPDFFileW(path.c_str()), 0);
+  HANDLE const file = HandleOf(L"lost.pdf");
+  ASSERT_NE(file, INVALID_HANDLE_VALUE);
+  CloseHandle(file);
+  session_->PDF_SetLastError(PDF_ERROR_NONE);
+  EXPECT_EQ(session_->LoadImageFromPDF(0), nullptr);
+  EXPECT_EQ(session_->PDF_GetLastError(), 1u);
+  session_->ClosePDFFile();
+}
+
 TEST_F(WindowsFailures, FullDriveFailsThePageAndTheFinish) {
   std::filesystem::path const path = temp_ / "full.pdf";
   ASSERT_EQ(session_->CreatePDFW(path.c_str()), 1);
