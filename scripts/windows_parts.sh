@@ -229,7 +229,7 @@ check_format() {
   done
 }
 
-# build PART: unless this recipe has built it before.
+# build PART: unless this recipe has built it before. Tesseract is what Averna.dll alone needs.
 build() {
   local part=$1 stamp
   stamp=$(declare -f "build_$part" by_cmake by_autotools write_pkgconfig | sha256sum)
@@ -241,6 +241,7 @@ build() {
   wait $! || {
     tail -n 40 "$cache/build/$triplet-$part.log" >&2
     echo "$part could not be built; the whole log is $cache/build/$triplet-$part.log" >&2
+    if [ "$part" = tesseract ]; then return; fi
     exit 1
   }
   check_format
