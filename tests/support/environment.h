@@ -16,6 +16,9 @@ namespace test {
 // The environment variable that names the folder of temporary files.
 extern char const* const kTempFolderVariable;
 
+// A folder that is there and in which nobody may create files.
+extern char const* const kFolderWithoutRoom;
+
 class EnvironmentValue {
  public:
   EnvironmentValue(char const* name, std::string const& value) : name_(name) {

@@ -107,6 +107,13 @@ TEST(WindowsFiles, MissingDirectoryForTemporaryFilesIsNamedByItsVariable) {
   EXPECT_THAT(problem, HasSubstr("(TMP names the directory for temporary files)"));
 }
 
+TEST(WindowsFiles, DirectoryThatTakesNoTemporaryFilesIsNamedByItsVariable) {
+  test::EnvironmentValue const variable("TMP", test::kFolderWithoutRoom);
+  std::string problem;
+  EXPECT_EQ(OutputFile::Temporary(problem), nullptr);
+  EXPECT_THAT(problem, HasSubstr("(TMP names the directory for temporary files)"));
+}
+
 // A process that is interrupted has its output open, and has to remove it.
 TEST(WindowsFiles, OpenFilesAreClosedSoThatTheirDirectoryCanBeRemoved) {
   test::TempDir directory;

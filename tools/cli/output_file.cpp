@@ -84,8 +84,8 @@ fs::path TemporaryName(fs::path const& target) {
 }
 
 // Makes a directory that was not there, readable by its owner only. It is noted before it is made,
-// so that it is removed on every way out. Empty with the reason in `problem` if it cannot be made.
-fs::path MakeDirectory(fs::path const& target, std::string& problem) {
+// so that it is removed on every way out. Empty with the reason if it cannot be made.
+fs::path MakeDirectory(fs::path const& target, std::string& reason) {
   ActiveOutput& active = Active();
   std::lock_guard const lock(active.mutex);
   for (int i = 0; i < kNameTries; ++i) {
@@ -98,10 +98,9 @@ fs::path MakeDirectory(fs::path const& target, std::string& problem) {
       return directory;
     }
     active.directories.erase(noted);
-    if (error) return problem = "cannot be created: " + error.message() + kPlaceRemedy, fs::path{};
+    if (error) return reason = error.message(), fs::path{};
   }
-  return problem = std::string("cannot be created: no temporary name is free") + kPlaceRemedy,
-         fs::path{};
+  return reason = "no temporary name is free", fs::path{};
 }
 
 bool MayWrite(fs::path const& target, fs::file_status const& status, bool replace,
@@ -144,13 +143,16 @@ std::unique_ptr<OutputFile> OutputFile::Open(std::string const& target, bool rep
     return nullptr;
   }
   if (!MayWrite(resolved, status, replace, problem)) return nullptr;
-  return Made(resolved, replace, resolved, problem);
+  std::string reason;
+  auto output = Made(resolved, replace, resolved, reason);
+  if (output == nullptr) problem = "cannot be created: " + reason + kPlaceRemedy;
+  return output;
 }
 
 std::unique_ptr<OutputFile> OutputFile::Made(fs::path const& target, bool replace,
-                                             fs::path const& beside, std::string& problem) {
+                                             fs::path const& beside, std::string& reason) {
   std::unique_ptr<OutputFile> output(new OutputFile(target, replace));
-  output->directory_ = MakeDirectory(beside, problem);
+  output->directory_ = MakeDirectory(beside, reason);
   if (output->directory_.empty()) return nullptr;
   output->path_ = output->directory_ / kDocumentName;
   return output;
@@ -169,9 +171,11 @@ std::unique_ptr<OutputFile> OutputFile::OpenCopy(std::string const& target, std:
 std::unique_ptr<OutputFile> OutputFile::Temporary(std::string& problem) {
   std::error_code error;
   fs::path const temporary = fs::temp_directory_path(error);
-  if (!error) return Made({}, false, temporary / kDocumentName, problem);
-  problem =
-      error.message() + " (" + TemporaryVariable() + " names the directory for temporary files)";
+  std::string reason = error.message();
+  if (!error) {
+    if (auto output = Made({}, false, temporary / kDocumentName, reason)) return output;
+  }
+  problem = reason + " (" + TemporaryVariable() + " names the directory for temporary files)";
   return nullptr;
 }
 

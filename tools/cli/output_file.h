@@ -46,10 +46,9 @@ class OutputFile {
 
  private:
   OutputFile(std::filesystem::path target, bool replace);
-  // With its directory in that of `beside`.
+  // With its directory in that of `beside`; nullptr with the reason if that cannot be made.
   static std::unique_ptr<OutputFile> Made(std::filesystem::path const& target, bool replace,
-                                          std::filesystem::path const& beside,
-                                          std::string& problem);
+                                          std::filesystem::path const& beside, std::string& reason);
 
   bool Rename(std::string& problem, Durability durability);
   // With the mutex held.
