@@ -209,6 +209,14 @@ TEST_F(EncodeCcitt, TempDirectoryThatIsAFileIs18) {
   EXPECT_EQ(Code(), 18u);
 }
 
+TEST_F(EncodeCcitt, TempDirectoryThatTakesNoFilesIs18) {
+  if (!std::filesystem::is_directory(test::kFolderWithoutRoom)) GTEST_SKIP();
+  test::EnvironmentValue const folder(test::kTempFolderVariable, test::kFolderWithoutRoom);
+  EXPECT_EQ(session_->ConvertDIB2CcittPDFImage(Stairs(), size_, PathOf("no_mopen").c_str()),
+            INVALID_HANDLE_VALUE);
+  EXPECT_EQ(Code(), 18u);
+}
+
 TEST_F(EncodeCcitt, TempDirectoryWithoutRoomForItsNameIs17) {
   test::EnvironmentValue const endless(test::kTempFolderVariable, "/" + std::string(300, 'x'));
   EXPECT_EQ(session_->ConvertDIB2CcittPDFImage(Stairs(), size_, PathOf("no_mopen").c_str()),
