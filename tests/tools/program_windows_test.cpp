@@ -146,6 +146,22 @@ TEST_F(ProgramOnWindows, PatternsAreExpandedInNamesAndNotInOptions) {
   EXPECT_THAT(std::string(bytes.begin(), bytes.end()), HasSubstr("/Title"));
 }
 
+TEST_F(ProgramOnWindows, PatternsInListsOfBatchAreExpandedAnewByEachRun) {
+  std::string const folder = directory_.path().generic_string();
+  std::string const line =
+      R"({"output": ")" + folder + R"(/a.pdf", "pictures": [")" + folder + R"(/*.ppm"]})" + "\n";
+  WriteAll(directory_ / "list.jsonl", {line.begin(), line.end()});
+  for (int const pictures : {2, 3}) {
+    std::wstring const last = L"page" + std::to_wstring(pictures) + L".ppm";
+    CopyFileW(Picture().c_str(), Name(last).c_str(), TRUE);
+    WindowsProgram batch({L"batch", Name(L"list.jsonl"), L"--quiet"});
+    EXPECT_EQ(batch.Wait(), 0u) << batch.Messages();
+    WindowsProgram count({L"count", Target()});
+    EXPECT_EQ(count.Wait(), 0u);
+    EXPECT_EQ(count.Output(), std::to_string(pictures) + "\n");
+  }
+}
+
 // A console, which interrupts reach a process by.
 class InterruptedProgram : public ProgramOnWindows {
  protected:

@@ -58,7 +58,7 @@ Parts PartsOf(std::string const& text) {
     if (key == kOutput) {
       parts.output = TextOf(key, value);
     } else if (key == kPictures) {
-      parts.pictures = TextsOf(key, value);
+      parts.pictures = ExpandedNames(TextsOf(key, value));
     } else if (key == kOptions) {
       parts.options = TextsOf(key, value);
     } else {

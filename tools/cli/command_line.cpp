@@ -72,6 +72,14 @@ void CheckLastOption(CLI::App const& verb, std::vector<std::string> const& optio
 
 }  // namespace
 
+std::vector<std::string> ExpandedNames(std::vector<std::string> const& arguments) {
+  std::vector<std::string> names;
+  for (std::string const& argument : arguments) {
+    std::ranges::move(NamesOf(argument), std::back_inserter(names));
+  }
+  return names;
+}
+
 void Verb::Argument(std::string const& name, std::string& target, std::string const& help) {
   parser_.add_option(name, target, help)->required()->type_name("");
 }
@@ -79,9 +87,7 @@ void Verb::Argument(std::string const& name, std::string& target, std::string co
 void Verb::Argument(std::string const& name, std::vector<std::string>& target,
                     std::string const& help) {
   auto const take = [&target](std::vector<std::string> const& texts) {
-    target.clear();
-    for (std::string const& text : texts)
-      std::ranges::move(NamesOf(text), std::back_inserter(target));
+    target = ExpandedNames(texts);
   };
   parser_.add_option_function<std::vector<std::string>>(name, take, help)
       ->required()

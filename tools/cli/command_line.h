@@ -26,6 +26,10 @@ class UsageError : public std::runtime_error {
   explicit UsageError(std::string const& text) : std::runtime_error(text) {}
 };
 
+// The names that arguments stand for, in their order: patterns are expanded where shells leave that
+// to programs.
+std::vector<std::string> ExpandedNames(std::vector<std::string> const& arguments);
+
 // What a verb takes, in the order of its help. The targets are filled before the verb runs and must
 // live as long as the program. Parsers and the run may leave with UsageError.
 class Verb {
@@ -34,8 +38,8 @@ class Verb {
 
   Verb(CLI::App& parser, int& exit_code) : parser_(parser), exit_code_(exit_code) {}
 
-  // An argument without a dash, which must be there; a list takes one or more, and patterns of
-  // names where shells do not expand them.
+  // An argument without a dash, which must be there; a list takes one or more, as ExpandedNames
+  // gives them.
   void Argument(std::string const& name, std::string& target, std::string const& help);
   void Argument(std::string const& name, std::vector<std::string>& target, std::string const& help);
 
