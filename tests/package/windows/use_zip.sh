@@ -4,12 +4,25 @@
 # usage: use_zip.sh ZIP EXAMPLES
 set -euo pipefail
 here=$(cd "$(dirname "$0")" && pwd)
+# Mounts of its own, where that is allowed: one is a disk that is soon full.
+if [ "${own_mounts-}" != yes ]; then
+  for user in '' --map-root-user; do
+    if unshare $user --mount true 2>/dev/null; then
+      own_mounts=yes exec unshare $user --mount "$0" "$@"
+    fi
+  done
+fi
 zip=$(realpath "$1")
 examples=$(realpath "$2")
 case $zip in *i686*) processor=i686 ;; *) processor=x86_64 ;; esac
 triplet=$processor-w64-mingw32
 root=$(mktemp -d)
-trap 'WINEPREFIX=$root/wine wineserver -k 2>/dev/null || true; rm -rf "$root"' EXIT
+tidy_up() {
+  wineserver -k 2>/dev/null || true
+  umount -l "$root/disk" 2>/dev/null || true
+  rm -rf "$root"
+}
+trap tidy_up EXIT
 export WINEPREFIX=$root/wine WINEDEBUG=-all
 # A server that goes with its last client may go while the next one connects.
 mkdir "$WINEPREFIX"
@@ -67,6 +80,13 @@ if [ -f sorrelin.exe ]; then
     "$triplet-objdump" -p sorrelin.exe | grep "large address aware" >/dev/null
   fi
   "$here/use_program.sh" "$PWD/sorrelin.exe" "$root"
+  echo "-- the program on a full drive"
+  mkdir "$root/disk"
+  if mount -t tmpfs -o size=1m none "$root/disk" 2>/dev/null; then
+    "$here/use_full_drive.sh" "$PWD/sorrelin.exe" "$root/disk"
+  else
+    echo "no disk may be mounted here, so no drive is full"
+  fi
   echo "-- the program on a console"
   "$here/use_console.sh" "$PWD/sorrelin.exe" "$root"
   echo "-- text recognition, HEIC and AVIF"
