@@ -41,8 +41,10 @@ void EndForMemory() {
 }
 
 void TidyUpAfterCrash() {
-  std::fprintf(stderr, "sorrelin: a document: is damaged in a way that ends its reader%s\n",
-               kMendRemedy);
+  std::fputs(
+      "sorrelin: a fault ended this run, most likely damaged data (run it with fewer files to find "
+      "the one)\n",
+      stderr);
   RemoveOutputForGood();
 }
 
