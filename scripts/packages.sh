@@ -21,9 +21,11 @@ witnesses=(ninja-build ccache libgtest-dev libgmock-dev libbenchmark-dev qpdf
   tesseract-ocr tesseract-ocr-deu tesseract-ocr-eng tesseract-ocr-fra tesseract-ocr-heb
   tesseract-ocr-jpn-vert tesseract-ocr-osd tesseract-ocr-rus
   doxygen python3 python3-numpy python3-pil mypy man-db mandoc zsh fish tmux clang-format abigail-tools)
+# Wine needs its preloader: without it, Linux puts the heap where a page of Wine's own must be in one
+# start of thousands, which then ends with code 1 and says nothing.
 windows=(ninja-build ccache g++-mingw-w64-x86-64 g++-mingw-w64-i686 libz-mingw-w64-dev googletest
-  wine64 wine nasm autoconf automake libtool meson dpkg-dev clang lld llvm zip unzip poppler-utils bc
-  mmdebstrap arch-test util-linux)
+  wine64 wine64-preloader wine nasm autoconf automake libtool meson dpkg-dev clang lld llvm zip unzip
+  poppler-utils bc mmdebstrap arch-test util-linux)
 
 case "${1:-}" in
   minimal) optional=() ;;
