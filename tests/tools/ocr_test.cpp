@@ -12,6 +12,7 @@
 namespace test {
 namespace {
 
+using ::testing::AnyOf;
 using ::testing::HasSubstr;
 using ::testing::Not;
 using ::testing::StartsWith;
@@ -453,16 +454,19 @@ TEST_F(Ocr, PictureThatTakesTooLongIsNamedAndTheNextOneRead) {
   EXPECT_THAT(result.out, StartsWith("The old harbour"));
 }
 
-TEST_F(Ocr, PictureOnStandardInputThatTakesTooLongIsNamedAndTheNextOneRead) {
-  pixWrite(Path("noise.pnm").c_str(), Noise(7200, 9600, 1).get(), IFF_PNM);  // minutes of work
-  pixWrite(Path("page.pnm").c_str(), Lines().get(), IFF_PNM);
-  ProgramResult const result =
-      RunProgram({"sh", "-c", "cat \"$1\" \"$2\" | \"$0\" words --timeout 6 --format text -",
-                  SORRELIN_TOOL, Path("noise.pnm"), Path("page.pnm")});
+TEST_F(Ocr, PageOnStandardInputThatTakesTooLongIsNamedAndTheNextOneRead) {
+  std::string const name = Path("in.tif");
+  pixWriteTiff(name.c_str(), Lines().get(), IFF_TIFF_LZW, "w");
+  pixWriteTiff(name.c_str(), Noise(7200, 9600, 1).get(), IFF_TIFF_G4, "a");  // minutes of work
+  pixWriteTiff(name.c_str(), Lines().get(), IFF_TIFF_LZW, "a");
+  ProgramResult const result = RunProgram(
+      {"sh", "-c", "\"$0\" words --timeout 6 --format text - < \"$1\"", SORRELIN_TOOL, name});
   EXPECT_EQ(result.exit_code, 1);
-  EXPECT_THAT(result.err, HasSubstr("standard input: page 1: is not recognised within the time"));
-  EXPECT_THAT(result.err, Not(HasSubstr("page 2")));
-  EXPECT_THAT(result.out, StartsWith("The old harbour"));
+  EXPECT_THAT(result.err, HasSubstr("standard input: page 2: is not recognised within the time"));
+  EXPECT_THAT(result.err, Not(AnyOf(HasSubstr("page 1"), HasSubstr("page 3"))));
+  size_t const first = result.out.find("The old harbour");
+  ASSERT_NE(first, std::string::npos);
+  EXPECT_NE(result.out.find("The old harbour", first + 1), std::string::npos);
 }
 
 TEST_F(Ocr, PagesOfATiffOnStandardInputKeepTheirOrder) {

@@ -61,11 +61,7 @@ class ChildFunction final : public NamedFunction {
   // The call with these values, which outlive it.
   ChildWork With(Values const&... values) const {
     return {[this, &values...](ParentLink& link) { call_(link, values...); }, name(),
-            [&values...] {
-              std::string bytes;
-              (Pack(bytes, values), ...);
-              return bytes;
-            }};
+            [&values...](std::string& bytes) { (Pack(bytes, values), ...); }};
   }
 
  private:

@@ -3,6 +3,8 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <cstring>
+#include <new>
 #include <optional>
 #include <utility>
 
@@ -92,24 +94,33 @@ class SourceScanner : public PageScanner {
   ImageSource& source_;
 };
 
-// Empty when memory is short.
-std::vector<l_uint32> Serialised(Pix* pix) {
+// Empty when it fails.
+std::string Serialised(Pix* pix) {
   l_uint32* words = nullptr;
   size_t bytes = 0;
   pixSerializeToMemory(pix, &words, &bytes);
   std::unique_ptr<l_uint32, decltype(&std::free)> const owner(words, std::free);
-  return words == nullptr ? std::vector<l_uint32>()
-                          : std::vector<l_uint32>(words, words + bytes / sizeof(l_uint32));
+  return words == nullptr ? std::string() : std::string(reinterpret_cast<char*>(words), bytes);
 }
 
 DecodedPage DecodeFrom(ImageSource& source, unsigned page) {
   DecodedPage decoded{page, {}, {}, {}};
-  auto const scanned = ScanSource(source, static_cast<int>(page), decoded.problem);
-  if (scanned.empty()) return decoded;
-  decoded.picture = Serialised(scanned.front().picture.pix.get());
-  decoded.dpi = scanned.front().picture.dpi;
-  decoded.problem = decoded.picture.empty() ? kMemoryText : "";
+  try {
+    auto const scanned = ScanSource(source, static_cast<int>(page), decoded.problem);
+    if (scanned.empty()) return decoded;
+    decoded.picture = Serialised(scanned.front().picture.pix.get());
+    decoded.dpi = scanned.front().picture.dpi;
+    decoded.problem = decoded.picture.empty() ? kCannotDecode : "";
+  } catch (std::bad_alloc const&) {
+    decoded.problem = kMemoryText;
+  }
   return decoded;
+}
+
+PixPtr Deserialised(std::string const& picture) {
+  std::vector<l_uint32> words(picture.size() / sizeof(l_uint32));
+  std::memcpy(words.data(), picture.data(), picture.size());
+  return PixPtr(pixDeserializeFromMemory(words.data(), picture.size()));
 }
 
 class DecodedScanner : public PageScanner {
@@ -123,9 +134,8 @@ class DecodedScanner : public PageScanner {
     if (decoded == pages_.end()) return problem = kCannotDecode, std::vector<ScannedPicture>();
     problem = decoded->problem;
     if (!problem.empty()) return {};
-    std::vector<l_uint32> const& words = decoded->picture;
-    PixPtr pix(pixDeserializeFromMemory(words.data(), words.size() * sizeof(l_uint32)));
-    if (pix == nullptr) return problem = kMemoryText, std::vector<ScannedPicture>();
+    PixPtr pix = Deserialised(decoded->picture);
+    if (pix == nullptr) return problem = kCannotDecode, std::vector<ScannedPicture>();
     SheetSize const size = SizeOf(pix.get());
     std::vector<ScannedPicture> scanned;
     scanned.push_back({{std::move(pix), decoded->dpi}, PixelPlace(size), size});
@@ -180,9 +190,13 @@ std::unique_ptr<PageScanner> OpenScanner(ScannedPages const& pages, std::string&
   return std::make_unique<FileScanner>(pages.files);
 }
 
-ScannedPages Decoded(ImageSource& source, std::vector<unsigned> const& pages) {
+ScannedPages Decoded(ImageSource& source, std::span<unsigned const> pages, size_t enough) {
   ScannedPages scanned;
-  for (unsigned const page : pages) scanned.decoded.push_back(DecodeFrom(source, page));
+  size_t bytes = 0;
+  for (size_t i = 0; i < pages.size() && (i == 0 || bytes < enough); ++i) {
+    scanned.decoded.push_back(DecodeFrom(source, pages[i]));
+    bytes += scanned.decoded.back().picture.size();
+  }
   return scanned;
 }
 

@@ -4,6 +4,7 @@
 
 #include <functional>
 #include <memory>
+#include <span>
 #include <string>
 #include <tuple>
 #include <vector>
@@ -44,8 +45,8 @@ struct FilePage {
 
 // A page of a source as another process takes it.
 struct DecodedPage {
-  unsigned page = 0;              // from 0
-  std::vector<l_uint32> picture;  // as Leptonica serialises it
+  unsigned page = 0;    // from 0
+  std::string picture;  // as Leptonica serialises it
   Resolution dpi;
   std::string problem;  // why there is none
 
@@ -70,8 +71,9 @@ struct ScannedPages {
   }
 };
 
-// Pages of a source for a process that is no copy of this one.
-ScannedPages Decoded(ImageSource& source, std::vector<unsigned> const& pages);
+// Pages of a source for a process that is no copy of this one: the first one, and those after it
+// until `enough` bytes are decoded.
+ScannedPages Decoded(ImageSource& source, std::span<unsigned const> pages, size_t enough);
 
 // Null with the reason in `problem`. `pages` outlive the scanner. Each process that recognises
 // pages opens its own, because processes that share an open file disturb each other's position in

@@ -39,8 +39,8 @@ constexpr size_t kHeadBytes = 5;
 // much longer on a noisy page, so its process is ended this long after the time was up.
 constexpr std::chrono::seconds kGrace(2);
 constexpr double kPointsPerInch = 72;
-constexpr size_t kPagesOfSource = 4;  // that a process takes, which may have to be sent to it
-constexpr double kMaxStretch = 1.2;   // of pixels that are taken for square
+constexpr double kMaxStretch = 1.2;                // of pixels that are taken for square
+constexpr size_t kEnoughBytes = size_t{64} << 20;  // of decoded pages, for one process
 constexpr char kEndedRecognition[] =
     "cannot be recognised: it ends the process that reads it (see that Tesseract works on this "
     "picture)";
@@ -237,13 +237,15 @@ class Job {
       rest_.clear();
       reading_ = false;
       stop_problem_.reset();
-      end_ = run_.scanned.source == nullptr ? pages_.size()
-                                            : std::min(pages_.size(), next_ + kPagesOfSource);
+      end_ = pages_.size();
       std::string problem = kMemoryProblem;
       RunProcess(problem);
-      if (stop_problem_) return FailRest(*stop_problem_);
+      if (stop_problem_) return FailUntil(pages_.size(), *stop_problem_);
       if (next_ == end_) continue;
-      if (!reading_) return FailRest(EngineProblem(problem, run_.options));
+      if (!reading_) {
+        FailUntil(end_, EngineProblem(problem, run_.options));
+        continue;
+      }
       pages_[next_]->pictures.clear();
       if (problem == kEndedReader) problem = kEndedRecognition;
       Finish(HasTimedOut() ? kTimeoutText : problem);
@@ -262,12 +264,14 @@ class Job {
     }
   }
 
-  ChildWork RecognizeWork(std::vector<unsigned> const& pages) const {
+  ChildWork RecognizeWork(std::vector<unsigned>& pages) {
     ChildWork work = kRecognize.With(run_.scanned, run_.options, pages);
     if (run_.scanned.source == nullptr) return work;
-    work.pack = [this, &pages] {
-      ScannedPages const decoded = Decoded(*run_.scanned.source, pages);
-      return kRecognize.With(decoded, run_.options, pages).pack();
+    work.pack = [this, &pages](std::string& bytes) {
+      ScannedPages const decoded = Decoded(*run_.scanned.source, pages, kEnoughBytes);
+      pages.resize(decoded.decoded.size());
+      end_ = next_ + pages.size();
+      kRecognize.With(decoded, run_.options, pages).pack(bytes);
     };
     return work;
   }
@@ -323,8 +327,8 @@ class Job {
     run_.done(page);
   }
 
-  void FailRest(std::string const& problem) {
-    while (next_ < pages_.size()) {
+  void FailUntil(size_t end, std::string const& problem) {
+    while (next_ < end) {
       pages_[next_]->has_begun = false;
       Finish(problem);
     }
@@ -338,7 +342,7 @@ class Job {
   Run& run_;
   std::vector<PageText*> pages_;
   size_t next_ = 0;       // the page that is read, or will be
-  size_t end_ = 0;        // of the pages of the process
+  size_t end_ = 0;        // of the pages that the process takes
   bool reading_ = false;  // it has begun
   Clock::time_point begun_;
   std::optional<std::string> stop_problem_;

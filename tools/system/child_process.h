@@ -25,11 +25,11 @@ class ParentLink {
 };
 
 // Work for a child. A copy of this process calls `run`. Where processes cannot be copied, the
-// program is started again, and gets the name of the work and what `pack` returns.
+// program is started again, and gets the name of the work and the bytes that `pack` appends.
 struct ChildWork {
   std::function<void(ParentLink& link)> run;
   std::string_view name = {};
-  std::function<std::string()> pack = {};
+  std::function<void(std::string& bytes)> pack = {};
 };
 
 // Takes bytes that a child has sent, in their order but in pieces of any size; false ends the
@@ -46,7 +46,7 @@ bool RunInChild(ChildWork const& work, ChildReceiver const& receiver);
 // all are done.
 void RunSideBySide(size_t count, std::function<void(size_t index)> const& work);
 
-// Does the work of this name with what its pack() has returned.
+// Does the work of this name with what its pack() has appended.
 using NamedWork = void (*)(ParentLink& link, std::string_view name, std::string_view packed);
 
 // The exit code of a process that was started as a child, when its work is done; nullopt for any

@@ -217,7 +217,8 @@ class Child {
     for (Handle* const end : {&streams_.child_order, &streams_.child_answer}) end->Close();
     DWORD const name_bytes = static_cast<DWORD>(work.name.size());
     std::string order(reinterpret_cast<char const*>(&name_bytes), sizeof name_bytes);
-    order.append(work.name).append(work.pack());
+    order.append(work.name);
+    work.pack(order);
     // A child that does not take it says more by its end.
     WriteAll(streams_.order.get(), {reinterpret_cast<BYTE const*>(order.data()), order.size()});
     streams_.order.Close();
