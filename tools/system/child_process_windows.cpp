@@ -105,12 +105,15 @@ std::wstring TextOf(HANDLE handle) { return std::to_wstring(reinterpret_cast<uin
 class StartingJob {
  public:
   StartingJob() : job_(CreateJobObjectW(nullptr, nullptr)) {
-    Limit(JOB_OBJECT_LIMIT_KILL_ON_JOB_CLOSE);
+    if (IsOpen()) Limit(JOB_OBJECT_LIMIT_KILL_ON_JOB_CLOSE);
   }
-  ~StartingJob() { Limit(0); }
+  ~StartingJob() {
+    if (IsOpen()) Limit(0);
+  }
   StartingJob(StartingJob const&) = delete;
   StartingJob& operator=(StartingJob const&) = delete;
 
+  bool IsOpen() const { return job_.IsOpen(); }
   HANDLE get() const { return job_.get(); }
 
  private:
@@ -167,6 +170,7 @@ bool StartProgram(Streams const& streams, Handle& process) {
   HANDLE const parent = streams.parent.get();
   HANDLE const nowhere = streams.nowhere.get();
   StartingJob const job;
+  if (!job.IsOpen()) return false;
   ChildAttributes const attributes({order, answer, parent, nowhere}, job.get());
   if (!attributes.IsSet()) return false;
   std::wstring const path = ProgramPath();
