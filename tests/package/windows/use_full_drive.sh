@@ -31,7 +31,8 @@ fails extract large.pdf --output 'F:\large.png'
 
 code=0
 sorrelin make - large.ppm >"$disk/out.pdf" || code=$?
-[ "$code" -eq 1 ] && grep -q 'standard output: cannot be written' messages
+[ "$code" -eq 1 ]
+grep -q 'standard output: cannot be written' messages
 rm "$disk/out.pdf"
 
 {
@@ -40,6 +41,7 @@ rm "$disk/out.pdf"
 } >list.jsonl
 code=0
 sorrelin batch list.jsonl || code=$?
-[ "$code" -eq 1 ] && grep -q 'large.pdf' messages
+[ "$code" -eq 1 ]
+grep -q 'large.pdf' messages
 [ "$(ls -A "$disk" | paste -sd' ')" = 'other.pdf small.pdf' ]
 [ "$(sorrelin count 'F:\other.pdf')" = 1 ]
