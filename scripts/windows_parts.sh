@@ -229,20 +229,27 @@ check_format() {
   done
 }
 
-# build PART: unless this recipe has built it before. Tesseract is what Averna.dll alone needs.
+# give_up PART: ends the run, unless it goes on without: Averna.dll alone needs Tesseract.
+give_up() {
+  if [ "$1" != tesseract ] || [ "${#parts[@]}" -eq 1 ]; then exit 1; fi
+}
+
+# build PART: unless this recipe has built it before.
 build() {
   local part=$1 stamp
   stamp=$(declare -f "build_$part" by_cmake by_autotools write_pkgconfig | sha256sum)
   if [ "$(cat "$prefix/built/$part" 2>/dev/null)" = "$stamp" ]; then return; fi
   echo "building $part for $triplet"
-  if [ "$part" != headers ]; then unpack "$part"; fi
+  if [ "$part" != headers ]; then
+    unpack "$part" || { give_up "$part"; return; }
+  fi
   # A job of its own, since a failure within `||` would not end the function.
   "build_$part" >"$cache/build/$triplet-$part.log" 2>&1 &
   wait $! || {
     tail -n 40 "$cache/build/$triplet-$part.log" >&2
     echo "$part could not be built; the whole log is $cache/build/$triplet-$part.log" >&2
-    if [ "$part" = tesseract ]; then return; fi
-    exit 1
+    give_up "$part"
+    return
   }
   check_format
   echo "$stamp" >"$prefix/built/$part"
