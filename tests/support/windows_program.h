@@ -13,6 +13,8 @@
 
 namespace test {
 
+constexpr DWORD kExitInterrupted = 0xC000013A;  // STATUS_CONTROL_C_EXIT
+
 // As the run-time library of the program takes them apart.
 inline std::wstring CommandLine(std::vector<std::wstring> const& arguments) {
   std::wstring line;
@@ -20,6 +22,16 @@ inline std::wstring CommandLine(std::vector<std::wstring> const& arguments) {
     line += (line.empty() ? L"\"" : L" \"") + argument + L"\"";
   }
   return line;
+}
+
+inline BOOL WINAPI LetInterruptPass(DWORD) { return TRUE; }
+
+// A console, by which interrupts reach the programs that are started from then on; they pass this
+// process by.
+inline void OpenConsoleForInterrupts() {
+  FreeConsole();
+  ASSERT_TRUE(AllocConsole()) << GetLastError();
+  SetConsoleCtrlHandler(LetInterruptPass, TRUE);
 }
 
 // sorrelin.exe, which is beside the test.

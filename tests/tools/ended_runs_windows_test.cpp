@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "tests/support/temp_dir.h"
+#include "tests/support/windows_program.h"
 
 namespace test {
 namespace {
@@ -24,16 +25,8 @@ using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 
-constexpr DWORD kExitInterrupted = 0xC000013A;  // STATUS_CONTROL_C_EXIT
-constexpr int kManyPages = 20000;               // long work for a batch
+constexpr int kManyPages = 20000;  // long work for a batch
 constexpr int kPagesToExtract = 1500;
-
-// The program beside this one.
-std::wstring Program() {
-  std::wstring path(MAX_PATH, L'\0');
-  path.resize(GetModuleFileNameW(nullptr, path.data(), MAX_PATH));
-  return fs::path(path).replace_filename(L"sorrelin.exe").wstring();
-}
 
 bool WaitUntil(std::function<bool()> const& holds) {
   for (int i = 0; i < 1000 && !holds(); ++i) std::this_thread::sleep_for(20ms);
@@ -54,8 +47,8 @@ class RunningProgram {
     start.dwFlags = STARTF_USESTDHANDLES;
     start.hStdOutput = start.hStdError = file;
     std::wstring line = L"sorrelin " + arguments;
-    EXPECT_NE(CreateProcessW(Program().c_str(), line.data(), nullptr, nullptr, TRUE, 0, nullptr,
-                             directory.c_str(), &start, &run_),
+    EXPECT_NE(CreateProcessW(ProgramUnderTest().c_str(), line.data(), nullptr, nullptr, TRUE, 0,
+                             nullptr, directory.c_str(), &start, &run_),
               FALSE)
         << GetLastError();
     CloseHandle(file);
@@ -102,17 +95,9 @@ class RunningProgram {
   PROCESS_INFORMATION run_{};
 };
 
-// Has an event of the console pass this process by.
-BOOL WINAPI LetPass(DWORD) { return TRUE; }
-
 class EndedRun : public ::testing::Test {
  protected:
-  // A console, which interrupts reach processes by.
-  static void SetUpTestSuite() {
-    FreeConsole();
-    ASSERT_TRUE(AllocConsole()) << GetLastError();
-    SetConsoleCtrlHandler(LetPass, TRUE);
-  }
+  static void SetUpTestSuite() { OpenConsoleForInterrupts(); }
   static void Interrupt() {
     EXPECT_TRUE(GenerateConsoleCtrlEvent(CTRL_C_EVENT, 0)) << GetLastError();
   }

@@ -20,11 +20,6 @@ namespace fs = std::filesystem;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 
-constexpr DWORD kEndedByInterrupt = 0xC000013A;
-
-// Has an event of the console pass this process by.
-BOOL WINAPI LetPass(DWORD) { return TRUE; }
-
 class ProgramOnWindows : public ::testing::Test {
  protected:
   ProgramOnWindows() {
@@ -165,11 +160,7 @@ TEST_F(ProgramOnWindows, PatternsInListsOfBatchAreExpandedAnewByEachRun) {
 // A console, which interrupts reach a process by.
 class InterruptedProgram : public ProgramOnWindows {
  protected:
-  static void SetUpTestSuite() {
-    FreeConsole();
-    ASSERT_TRUE(AllocConsole()) << GetLastError();
-    SetConsoleCtrlHandler(LetPass, TRUE);
-  }
+  static void SetUpTestSuite() { OpenConsoleForInterrupts(); }
 
   // A run that has read `arguments`, waits for a picture on standard input and has a file of its
   // own in the directory, and the interrupt key then.
@@ -184,15 +175,15 @@ class InterruptedProgram : public ProgramOnWindows {
 };
 
 TEST_F(InterruptedProgram, LeavesNoNewDocument) {
-  EXPECT_EQ(Interrupted({L"make", Target(), L"-"}), kEndedByInterrupt);
+  EXPECT_EQ(Interrupted({L"make", Target(), L"-"}), kExitInterrupted);
   EXPECT_THAT(Names(), ElementsAre("page.ppm"));
 }
 
 TEST_F(InterruptedProgram, LeavesTheOldDocument) {
   MakeTarget();
   auto const old = ReadAll(Target());
-  EXPECT_EQ(Interrupted({L"append", Target(), L"-"}), kEndedByInterrupt);
-  EXPECT_EQ(Interrupted({L"make", Target(), L"-", L"--force"}), kEndedByInterrupt);
+  EXPECT_EQ(Interrupted({L"append", Target(), L"-"}), kExitInterrupted);
+  EXPECT_EQ(Interrupted({L"make", Target(), L"-", L"--force"}), kExitInterrupted);
   EXPECT_EQ(ReadAll(Target()), old);
   EXPECT_THAT(Names(), ElementsAre("a.pdf", "page.ppm"));
 }
