@@ -210,8 +210,8 @@ TEST_F(EncodeCcitt, TempDirectoryThatIsAFileIs18) {
 }
 
 TEST_F(EncodeCcitt, TempDirectoryThatTakesNoFilesIs18) {
-  if (!std::filesystem::is_directory(test::kFolderWithoutRoom)) GTEST_SKIP();
-  test::EnvironmentValue const folder(test::kTempFolderVariable, test::kFolderWithoutRoom);
+  if (!std::filesystem::is_directory(test::kFolderThatTakesNoFiles)) GTEST_SKIP();
+  test::EnvironmentValue const folder(test::kTempFolderVariable, test::kFolderThatTakesNoFiles);
   EXPECT_EQ(session_->ConvertDIB2CcittPDFImage(Stairs(), size_, PathOf("no_mopen").c_str()),
             INVALID_HANDLE_VALUE);
   EXPECT_EQ(Code(), 18u);

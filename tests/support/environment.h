@@ -17,7 +17,7 @@ namespace test {
 extern char const* const kTempFolderVariable;
 
 // A folder that is there and in which nobody may create files.
-extern char const* const kFolderWithoutRoom;
+extern char const* const kFolderThatTakesNoFiles;
 
 class EnvironmentValue {
  public:

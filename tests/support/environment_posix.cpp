@@ -12,7 +12,7 @@
 namespace test {
 
 char const* const kTempFolderVariable = "TMPDIR";
-char const* const kFolderWithoutRoom = "/sys";
+char const* const kFolderThatTakesNoFiles = "/sys";
 char const* const kSystemLibrary = "libz.so.1";
 char const* const kSystemEntryPoint = "zlibVersion";
 

@@ -13,7 +13,7 @@ namespace test {
 // The first that the system looks at.
 char const* const kTempFolderVariable = "TMP";
 // Wine shows the other system's folders on this drive.
-char const* const kFolderWithoutRoom = "Z:\\sys";
+char const* const kFolderThatTakesNoFiles = "Z:\\sys";
 char const* const kSystemLibrary = "version.dll";
 char const* const kSystemEntryPoint = "GetFileVersionInfoW";
 

@@ -108,7 +108,7 @@ TEST(WindowsFiles, MissingDirectoryForTemporaryFilesIsNamedByItsVariable) {
 }
 
 TEST(WindowsFiles, DirectoryThatTakesNoTemporaryFilesIsNamedByItsVariable) {
-  test::EnvironmentValue const variable("TMP", test::kFolderWithoutRoom);
+  test::EnvironmentValue const variable("TMP", test::kFolderThatTakesNoFiles);
   std::string problem;
   EXPECT_EQ(OutputFile::Temporary(problem), nullptr);
   EXPECT_THAT(problem, HasSubstr("(TMP names the directory for temporary files)"));
