@@ -42,8 +42,9 @@ void EndForMemory() {
 
 void TidyUpAfterCrash() {
   std::fputs(
-      "sorrelin: a fault ended this run, most likely damaged data (run it with fewer files to find "
-      "the one)\n",
+      "sorrelin: a fault ended this run, probably because of damaged data (run it with fewer files "
+      "to "
+      "find which)\n",
       stderr);
   RemoveOutputForGood();
 }

@@ -107,8 +107,8 @@ HGLOBAL ObjectLoader::LoadFromTable(DWORD number) {
     if (offset != 0) file_.Note(PDF_ERROR_SYSTEM);
     return nullptr;
   }
-  // Only to an offset that reads as a negative number, or in a file that was closed under the
-  // session, a seek can fail; the others save a call.
+  // A seek to an offset that reads as a negative number fails at once; the others save a call. That
+  // the file was closed under the session shows by a block that cannot be read.
   if (static_cast<LONG>(offset) < 0 && !file_.SeekTo(offset)) {
     file_.Note(PDF_ERROR_SYSTEM);
     return nullptr;

@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
-# The sources of the library, the codecs and of what the program asks of the system, as they are built
-# for Windows, read by clang as its MSVC mode sees them, with the headers of mingw-w64: types of MSVC's
-# sizes and calling conventions, and no extension of GCC's. Clang does not take libqpdf's headers there,
-# which the program's other sources use.
+# Reads the sources that are built for Windows by clang in its MSVC mode, with the headers of
+# mingw-w64: types have MSVC's sizes and functions its calling conventions, and no extension of GCC's
+# passes. Those are the sources of the library and the codecs, and the program's without libqpdf,
+# whose headers clang does not take there.
 # usage: msvc_syntax.sh BUILD    (a cross build, for its commands and the headers that it generates)
 set -euo pipefail
 build=$(realpath "$1")
