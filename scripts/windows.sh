@@ -3,7 +3,7 @@
 # the tests under Wine, compares what the library writes and reads there with this system, and packs
 # a zip that is then used as a stranger would. The last lines count what ran.
 # usage: scripts/windows.sh [x86_64|i686]
-#        scripts/windows.sh quick   a part in a few minutes, with what is installed and built already:
+#        scripts/windows.sh quick   a part in a few minutes, with the parts that are built already:
 #                                   library, codecs, program, a few tests and a short comparison
 set -euo pipefail
 cd "$(dirname "$0")/.."
@@ -171,8 +171,8 @@ count_tests() {
   left_out
 }
 
+scripts/packages.sh windows
 if [ "$quick" = no ]; then
-  scripts/packages.sh windows
   scripts/packages.sh test
   scripts/windows_parts.sh "$processor"
 elif [ ! -f "$parts/built/tiff" ] || [ ! -f "$parts/built/leptonlib" ]; then
