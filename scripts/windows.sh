@@ -40,8 +40,11 @@ use_wine32() {
   commands=$(scripts/wine32.sh) && PATH=$commands:$PATH || with_wine=no
 }
 
+# What CMake has found of the parts is found anew once they have changed.
 build_for_windows() {
-  cmake --preset windows -B "$build" -DSORRELIN_WINDOWS_PROCESSOR="$processor" \
+  local fresh=
+  if [ -n "$(find "$parts/built" -newer "$build/CMakeCache.txt" 2>/dev/null)" ]; then fresh=--fresh; fi
+  cmake $fresh --preset windows -B "$build" -DSORRELIN_WINDOWS_PROCESSOR="$processor" \
     -DSORRELIN_WINDOWS_PARTS="$parts" -DSORRELIN_WINE="$(command -v wine)" -DSORRELIN_BUILD_TOOL=ON
   cmake --build "$build" "${targets[@]}"
 }

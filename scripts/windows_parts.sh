@@ -18,8 +18,8 @@ mkdir -p "$prefix/built" "$prefix/lib/pkgconfig" "$cache/build"
 exec 9>"$cache/lock"
 flock 9
 # Each uses those before it.
-parts=(headers libjpeg-turbo libpng1.6 libdeflate giflib libwebp tiff openjpeg2 leptonlib lcms2
-  jbig2dec qpdf tesseract libde265 dav1d libheif)
+parts=(headers libjpeg-turbo libpng1.6 libdeflate giflib libwebp libzstd xz-utils lerc tiff openjpeg2
+  leptonlib lcms2 jbig2dec qpdf tesseract libde265 dav1d libheif)
 if [ $# -gt 1 ]; then parts=("${@:2}"); fi
 
 # make_source_list: the distribution's entries of the system's list, for source packages. The
@@ -116,9 +116,27 @@ build_libwebp() {
   by_cmake "${programs[@]}"
 }
 
+build_libzstd() {
+  source=$source/build/cmake
+  by_cmake -DZSTD_BUILD_PROGRAMS=OFF -DZSTD_BUILD_SHARED=OFF -DZSTD_MULTITHREAD_SUPPORT=OFF \
+    -DZSTD_LEGACY_SUPPORT=OFF
+  write_pkgconfig libzstd 1.5.4 -lzstd
+}
+
+build_xz-utils() {
+  by_autotools --disable-xz --disable-xzdec --disable-lzmadec --disable-lzmainfo \
+    --disable-lzma-links --disable-scripts --disable-doc --disable-nls --enable-threads=no
+}
+
+build_lerc() {
+  by_cmake
+}
+
+# JBIG's library is under the GNU GPL, which the zip's programs then would be too.
 build_tiff() {
   by_cmake -Dtiff-tools=OFF -Dtiff-tests=OFF -Dtiff-contrib=OFF -Dtiff-docs=OFF -Djbig=OFF \
-    -Dlerc=OFF -Dlzma=OFF -Dzstd=OFF -Dwebp=ON -Dcxx=OFF
+    -Dlerc=ON -Dlzma=ON -Dzstd=ON -Dwebp=ON -Dcxx=OFF \
+    -DCMAKE_C_FLAGS='-DLZMA_API_STATIC -DLERC_STATIC'
 }
 
 build_openjpeg2() {

@@ -334,6 +334,20 @@ TEST_F(MakeFormats, PagesOfATiffFileAreAllWrittenInOrder) {
       kWidth, kHeight, [](int x, int y) { return Grey(ToneAt(x + 80, y)); }, 0, 3);
 }
 
+// Those that lose nothing.
+TEST_F(MakeFormats, TiffInEveryCodingShowsItsColours) {
+  for (int const compression :
+       {COMPRESSION_NONE, COMPRESSION_PACKBITS, COMPRESSION_LZW, COMPRESSION_DEFLATE,
+        COMPRESSION_ADOBE_DEFLATE, COMPRESSION_LZMA, COMPRESSION_ZSTD, COMPRESSION_LERC}) {
+    if (TIFFIsCODECConfigured(static_cast<uint16_t>(compression)) == 0) continue;
+    WriteTiff(Path("a.tif"), {Tiff(8, 3, PHOTOMETRIC_RGB, compression)},
+              [](int, int x, int y, int s) { return Channel(Motley(x, y), s); });
+    SCOPED_TRACE(compression);
+    MakeFrom("a.tif", {"--force"});
+    ExpectPage(kWidth, kHeight, Motley);
+  }
+}
+
 TEST_F(MakeFormats, TiffInTilesOrPlanesShowsItsColours) {
   for (auto const& [tile, planar] :
        {std::pair(32, false), std::pair(0, true), std::pair(32, true)}) {
