@@ -120,11 +120,15 @@ compare_systems() {
 }
 
 pack_zip() {
-  local name stage
+  local name stage debian_processor=${processor/_/-}
   name=sorrelin-$(sed -n 's/^project(sorrelin VERSION \([0-9.]*\)/\1/p' CMakeLists.txt)-windows-$processor
   stage=$build/package/$name
   rm -rf "$build/package"
   cmake --install "$build" --prefix "$PWD/$stage" --strip >/dev/null
+  cp -r "$parts/licenses" "$stage"
+  cp /usr/share/doc/libz-mingw-w64/copyright "$stage/licenses/zlib.txt"
+  cp "/usr/share/doc/gcc-mingw-w64-$debian_processor-posix-runtime/copyright" "$stage/licenses/gcc.txt"
+  cp /usr/share/doc/mingw-w64-common/copyright "$stage/licenses/mingw-w64.txt"
   (cd "$build/package" && cmake -E tar cf "../$name.zip" --format=zip "$name")
   zip=$build/$name.zip
 }

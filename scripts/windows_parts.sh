@@ -273,5 +273,22 @@ build() {
   echo "$stamp" >"$prefix/built/$part"
 }
 
-for part in "${parts[@]}"; do build "$part"; done
+# keep_license PART: the terms of its sources, for those who are given what it is linked into.
+keep_license() {
+  local text=$prefix/licenses/$1.txt
+  if [ -f "$text" ] || [ ! -f "$prefix/built/$1" ]; then return; fi
+  mkdir -p "$prefix/licenses"
+  if [ "$1" = headers ]; then
+    cat /usr/share/doc/{libcli11-dev,libutfcpp-dev,librapidxml-dev}/copyright >"$text"
+    return
+  fi
+  source=$(find "$cache/build/$triplet/$1" -mindepth 1 -maxdepth 1 -type d 2>/dev/null) || true
+  [ -n "$source" ] || unpack "$1"
+  cp "$source/debian/copyright" "$text"
+}
+
+for part in "${parts[@]}"; do
+  build "$part"
+  keep_license "$part"
+done
 echo "$prefix"

@@ -35,6 +35,11 @@ package=$(echo "$root"/unpacked/*)
 cd "$package/bin"
 flags=(-I "$package/include" "$package/lib/libSorrelin.dll.a" -static)
 
+echo "-- licenses"
+for library in tiff qpdf leptonlib zlib gcc mingw-w64; do
+  grep -qi 'copyright' "../licenses/$library.txt"
+done
+
 echo "-- headers"
 (cd "$package/include" && find sorrelin -name '*.h' -o -name '*.hpp') | while read -r header; do
   echo "#include <$header>" | "$triplet-g++-posix" -std=c++20 -fsyntax-only -x c++ - "${flags[@]:0:2}"
