@@ -24,6 +24,10 @@ tidy_up() {
 }
 trap tidy_up EXIT
 export WINEPREFIX=$root/wine WINEDEBUG=-all
+# Wine's server opens the files, and sees what was mounted before it started.
+mkdir "$root/disk"
+has_disk=no
+if mount -t tmpfs -o size=1m none "$root/disk" 2>/dev/null; then has_disk=yes; fi
 # A server that goes with its last client may go while the next one connects.
 mkdir "$WINEPREFIX"
 setsid wineserver -p </dev/null >/dev/null 2>&1
@@ -86,8 +90,7 @@ if [ -f sorrelin.exe ]; then
   fi
   "$here/use_program.sh" "$PWD/sorrelin.exe" "$root"
   echo "-- the program on a full drive"
-  mkdir "$root/disk"
-  if mount -t tmpfs -o size=1m none "$root/disk" 2>/dev/null; then
+  if [ "$has_disk" = yes ]; then
     "$here/use_full_drive.sh" "$PWD/sorrelin.exe" "$root/disk"
   else
     echo "no disk may be mounted here, so no drive is full"
