@@ -8,6 +8,7 @@
 #include "tests/support/temp_dir.h"
 #include "tools/documents/packed_values.h"
 #include "tools/formats/image_file.h"
+#include "tools/ocr/ocr_engine.h"
 
 namespace sorrelin::tool {
 namespace {
@@ -120,10 +121,15 @@ TEST_F(DecodedPages, KeepWhyAPageIsNotThere) {
   Open(pages);
   std::string const name = (directory_ / "in.tif").string();
   std::filesystem::resize_file(name, 1000);
+  ScannedPages here;
+  here.source = source_.get();
+  std::string expected;
+  EXPECT_TRUE(Scan(here, 0, expected).empty());
+  EXPECT_NE(expected, "");
   ScannedPages const there = Received(Decoded(*source_, std::vector<unsigned>{0}, kMuch));
   std::string problem;
   EXPECT_TRUE(Scan(there, 0, problem).empty());
-  EXPECT_NE(problem, "");
+  EXPECT_EQ(problem, expected);
 }
 
 // Wider than the image library packs.
@@ -134,7 +140,7 @@ TEST_F(DecodedPages, PictureThatCannotBeSentIsNamed) {
   ScannedPages const there = Received(Decoded(*source_, std::vector<unsigned>{0}, kMuch));
   std::string problem;
   EXPECT_TRUE(Scan(there, 0, problem).empty());
-  EXPECT_EQ(problem, kCannotDecode);
+  EXPECT_EQ(problem, kTooLargeText);
 }
 
 }  // namespace

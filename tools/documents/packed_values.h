@@ -9,6 +9,7 @@
 
 #include <cstddef>
 #include <cstring>
+#include <ranges>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -27,15 +28,21 @@ template <typename Value>
 concept IsPlain = std::is_trivially_copyable_v<Value> && !std::is_pointer_v<Value> &&
                   !std::is_same_v<Value, std::string_view>;
 
+// As they are in memory, one after the other.
+template <typename Value>
+concept IsPlainList =
+    std::ranges::contiguous_range<Value> && IsPlain<std::ranges::range_value_t<Value>> &&
+    !HasFields<std::ranges::range_value_t<Value> const>;
+
 template <typename Value>
 void Pack(std::string& bytes, Value const& value) {
   if constexpr (HasFields<Value const>) {
     std::apply([&](auto const&... fields) { (Pack(bytes, fields), ...); }, Value::Fields(value));
   } else if constexpr (IsPlain<Value>) {
     bytes.append(reinterpret_cast<char const*>(&value), sizeof value);
-  } else if constexpr (std::is_same_v<Value, std::string>) {
+  } else if constexpr (IsPlainList<Value>) {
     Pack(bytes, value.size());
-    bytes += value;
+    bytes.append(reinterpret_cast<char const*>(value.data()), value.size() * sizeof *value.data());
   } else {
     Pack(bytes, value.size());
     for (auto const& element : value) Pack(bytes, element);
@@ -50,6 +57,15 @@ inline std::string_view TakePacked(std::string_view& bytes, size_t size) {
   return taken;
 }
 
+template <typename List>
+void TakeElements(std::string_view& bytes, size_t count, List& list) {
+  constexpr size_t kElementBytes = sizeof(std::ranges::range_value_t<List>);
+  if (count > bytes.size() / kElementBytes) throw std::length_error("values are cut short");
+  list.resize(count);
+  std::string_view const taken = TakePacked(bytes, count * kElementBytes);
+  if (count > 0) std::memcpy(list.data(), taken.data(), taken.size());
+}
+
 // Takes a value off the front of `bytes`. Throws as TakePacked does.
 template <typename Value>
 void Unpack(std::string_view& bytes, Value& value) {
@@ -60,10 +76,10 @@ void Unpack(std::string_view& bytes, Value& value) {
   } else {
     size_t count = 0;
     Unpack(bytes, count);
-    if constexpr (std::is_same_v<Value, std::string>) {
-      value = TakePacked(bytes, count);
+    value.clear();
+    if constexpr (IsPlainList<Value>) {
+      TakeElements(bytes, count, value);
     } else {
-      value.clear();
       while (value.size() < count) Unpack(bytes, value.emplace_back());
     }
   }

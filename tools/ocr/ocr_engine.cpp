@@ -57,7 +57,7 @@ OcrEntries const& Entries() {
 std::string ProblemOf(int code) {
   switch (code) {
     case AVERNA_BAD_BITMAP:
-      return "is too large to be recognised (scale it down)";
+      return kTooLargeText;
     case AVERNA_NO_MEMORY:
       return kMemoryText;
     case AVERNA_STOPPED:

@@ -19,6 +19,8 @@ inline constexpr int kUsualSegmentation = 3;
 // The "language" whose data detect orientation.
 inline constexpr char kOrientationData[] = "osd";
 
+inline constexpr char kTooLargeText[] = "is too large to be recognised (scale it down)";
+
 // Whether a picture of this size, in pixels, can be recognised. False with the reason in `problem`.
 bool FitsEngine(uint64_t width, uint64_t height, std::string& problem);
 

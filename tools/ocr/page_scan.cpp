@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <cstring>
 #include <new>
 #include <optional>
 #include <utility>
@@ -95,12 +94,13 @@ class SourceScanner : public PageScanner {
 };
 
 // Empty when it fails.
-std::string Serialised(Pix* pix) {
+std::vector<l_uint32> Serialised(Pix* pix) {
   l_uint32* words = nullptr;
   size_t bytes = 0;
   pixSerializeToMemory(pix, &words, &bytes);
   std::unique_ptr<l_uint32, decltype(&std::free)> const owner(words, std::free);
-  return words == nullptr ? std::string() : std::string(reinterpret_cast<char*>(words), bytes);
+  return words == nullptr ? std::vector<l_uint32>()
+                          : std::vector<l_uint32>(words, words + bytes / sizeof(l_uint32));
 }
 
 DecodedPage DecodeFrom(ImageSource& source, unsigned page) {
@@ -110,17 +110,11 @@ DecodedPage DecodeFrom(ImageSource& source, unsigned page) {
     if (scanned.empty()) return decoded;
     decoded.picture = Serialised(scanned.front().picture.pix.get());
     decoded.dpi = scanned.front().picture.dpi;
-    decoded.problem = decoded.picture.empty() ? kCannotDecode : "";
+    decoded.problem = decoded.picture.empty() ? kTooLargeText : "";
   } catch (std::bad_alloc const&) {
     decoded.problem = kMemoryText;
   }
   return decoded;
-}
-
-PixPtr Deserialised(std::string const& picture) {
-  std::vector<l_uint32> words(picture.size() / sizeof(l_uint32));
-  std::memcpy(words.data(), picture.data(), picture.size());
-  return PixPtr(pixDeserializeFromMemory(words.data(), picture.size()));
 }
 
 class DecodedScanner : public PageScanner {
@@ -134,8 +128,9 @@ class DecodedScanner : public PageScanner {
     if (decoded == pages_.end()) return problem = kCannotDecode, std::vector<ScannedPicture>();
     problem = decoded->problem;
     if (!problem.empty()) return {};
-    PixPtr pix = Deserialised(decoded->picture);
-    if (pix == nullptr) return problem = kCannotDecode, std::vector<ScannedPicture>();
+    std::vector<l_uint32> const& words = decoded->picture;
+    PixPtr pix(pixDeserializeFromMemory(words.data(), words.size() * sizeof(l_uint32)));
+    if (pix == nullptr) return problem = kTooLargeText, std::vector<ScannedPicture>();
     SheetSize const size = SizeOf(pix.get());
     std::vector<ScannedPicture> scanned;
     scanned.push_back({{std::move(pix), decoded->dpi}, PixelPlace(size), size});
@@ -195,7 +190,7 @@ ScannedPages Decoded(ImageSource& source, std::span<unsigned const> pages, size_
   size_t bytes = 0;
   for (size_t i = 0; i < pages.size() && (i == 0 || bytes < enough); ++i) {
     scanned.decoded.push_back(DecodeFrom(source, pages[i]));
-    bytes += scanned.decoded.back().picture.size();
+    bytes += scanned.decoded.back().picture.size() * sizeof(l_uint32);
   }
   return scanned;
 }

@@ -45,8 +45,8 @@ struct FilePage {
 
 // A page of a source as another process takes it.
 struct DecodedPage {
-  unsigned page = 0;    // from 0
-  std::string picture;  // as Leptonica serialises it
+  unsigned page = 0;              // from 0
+  std::vector<l_uint32> picture;  // as Leptonica serialises it
   Resolution dpi;
   std::string problem;  // why there is none
 
