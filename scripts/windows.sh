@@ -119,16 +119,24 @@ compare_systems() {
   cmp "$build/here.txt" "$build/there.txt"
 }
 
+# add_licenses FOLDER: the terms of what is linked in, with those that they refer to.
+add_licenses() {
+  local common=/usr/share/common-licenses
+  cp -r "$parts/licenses" "$1"
+  cp /usr/share/doc/libz-mingw-w64/copyright "$1/zlib.txt"
+  cp "/usr/share/doc/gcc-mingw-w64-${processor/_/-}-posix-runtime/copyright" "$1/gcc.txt"
+  cp /usr/share/doc/mingw-w64-common/copyright "$1/mingw-w64.txt"
+  grep -ohE "$common/[A-Za-z]+(-[0-9]+(\.[0-9]+)?)?" "$1"/*.txt | sort -u |
+    xargs cp --dereference -t "$1"
+}
+
 pack_zip() {
-  local name stage debian_processor=${processor/_/-}
+  local name stage
   name=sorrelin-$(sed -n 's/^project(sorrelin VERSION \([0-9.]*\)/\1/p' CMakeLists.txt)-windows-$processor
   stage=$build/package/$name
   rm -rf "$build/package"
   cmake --install "$build" --prefix "$PWD/$stage" --strip >/dev/null
-  cp -r "$parts/licenses" "$stage"
-  cp /usr/share/doc/libz-mingw-w64/copyright "$stage/licenses/zlib.txt"
-  cp "/usr/share/doc/gcc-mingw-w64-$debian_processor-posix-runtime/copyright" "$stage/licenses/gcc.txt"
-  cp /usr/share/doc/mingw-w64-common/copyright "$stage/licenses/mingw-w64.txt"
+  add_licenses "$stage/licenses"
   (cd "$build/package" && cmake -E tar cf "../$name.zip" --format=zip "$name")
   zip=$build/$name.zip
 }

@@ -132,7 +132,8 @@ build_lerc() {
   by_cmake
 }
 
-# JBIG's library is under the GNU GPL, which the zip's programs then would be too.
+# Without JBIG, whose library is under the GNU GPL: Averna.dll, which other programs load, has libtiff
+# in it.
 build_tiff() {
   by_cmake -Dtiff-tools=OFF -Dtiff-tests=OFF -Dtiff-contrib=OFF -Dtiff-docs=OFF -Djbig=OFF \
     -Dlerc=ON -Dlzma=ON -Dzstd=ON -Dwebp=ON -Dcxx=OFF \
@@ -270,16 +271,18 @@ build() {
     return
   }
   check_format
+  rm -f "$prefix/licenses/$part.txt"
   echo "$stamp" >"$prefix/built/$part"
 }
 
-# keep_license PART: the terms of its sources, for those who are given what it is linked into.
+# keep_license PART: the terms of its sources, to be shipped with whatever links it.
 keep_license() {
   local text=$prefix/licenses/$1.txt
   if [ -f "$text" ] || [ ! -f "$prefix/built/$1" ]; then return; fi
   mkdir -p "$prefix/licenses"
   if [ "$1" = headers ]; then
-    cat /usr/share/doc/{libcli11-dev,libutfcpp-dev,librapidxml-dev}/copyright >"$text"
+    cat /usr/share/doc/{libcli11-dev,libutfcpp-dev,librapidxml-dev}/copyright >"$text.new"
+    mv "$text.new" "$text"
     return
   fi
   source=$(find "$cache/build/$triplet/$1" -mindepth 1 -maxdepth 1 -type d 2>/dev/null) || true

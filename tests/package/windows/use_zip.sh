@@ -43,6 +43,8 @@ echo "-- licenses"
 for library in tiff qpdf leptonlib zlib gcc mingw-w64; do
   grep -qi 'copyright' "../licenses/$library.txt"
 done
+grep -ohE 'common-licenses/[A-Z][A-Za-z]*(-[0-9]+(\.[0-9]+)?)?' ../licenses/*.txt | sort -u |
+  while read -r terms; do [ -s "../licenses/${terms#*/}" ]; done
 
 echo "-- headers"
 (cd "$package/include" && find sorrelin -name '*.h' -o -name '*.hpp') | while read -r header; do
