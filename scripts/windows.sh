@@ -156,7 +156,7 @@ left_out() {
 # Every source of tests is built for Windows, or starts the program, or is among those left out.
 check_left_out() {
   local source names unnamed=0
-  names=$(left_out | sed 's#^#tests/#')
+  names=$(left_out | sed "s# ($processor): #: #; s#^#tests/#")
   {
     grep -oE 'tests/[^ ]*/CMakeFiles/[^ ]*\.cpp\.obj' "$build/build.ninja"
     grep -oE 'tests/tools/CMakeFiles/tool_(make|read|append|batch|ocr|words|hostile)_test.dir/[^ ]*\.cpp\.o' "$here/build.ninja"
@@ -196,7 +196,7 @@ elif [ ! -f "$parts/built/tiff" ] || [ ! -f "$parts/built/leptonlib" ]; then
 fi
 if [ "$processor" = i686 ]; then use_wine32; fi
 build_for_windows
-if [ "$quick" = no ] && [ ! -f "$build/lib/Averna.dll" ]; then
+if [ "$quick" = no ] && ! grep -q 'lib/Averna\.dll' "$build/build.ninja"; then
   echo "Averna.dll is left out, and text recognition with it: Tesseract was not built" >&2
   with_recognition=no
   program_tests=${program_tests/|ocr|words/}
