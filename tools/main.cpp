@@ -43,8 +43,7 @@ void EndForMemory() {
 void TidyUpAfterCrash() {
   std::fputs(
       "sorrelin: a fault ended this run, probably because of damaged data (run it with fewer files "
-      "to "
-      "find which)\n",
+      "to find which)\n",
       stderr);
   RemoveOutputForGood();
 }

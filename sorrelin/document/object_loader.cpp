@@ -107,8 +107,8 @@ HGLOBAL ObjectLoader::LoadFromTable(DWORD number) {
     if (offset != 0) file_.Note(PDF_ERROR_SYSTEM);
     return nullptr;
   }
-  // A seek to an offset that reads as a negative number fails at once; the others save a call. That
-  // the file was closed under the session shows by a block that cannot be read.
+  // A seek fails only for an offset that reads as a negative number; the others save the call. Where
+  // the file was closed under the session, ReadBlock fails.
   if (static_cast<LONG>(offset) < 0 && !file_.SeekTo(offset)) {
     file_.Note(PDF_ERROR_SYSTEM);
     return nullptr;

@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
 # Reads the sources that are built for Windows by clang in its MSVC mode, with the headers of
 # mingw-w64: types have MSVC's sizes and functions its calling conventions, and no extension of GCC's
-# passes. Those are the sources of the library and the codecs, and the program's without libqpdf,
-# whose headers clang does not take there.
+# passes. Those are the sources of the library, the codecs and three folders of the program; clang does
+# not take libqpdf's headers there, which most of the others include.
 # usage: msvc_syntax.sh BUILD    (a cross build, for its commands and the headers that it generates)
 set -euo pipefail
 build=$(realpath "$1")

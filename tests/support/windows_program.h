@@ -24,14 +24,14 @@ inline std::wstring CommandLine(std::vector<std::wstring> const& arguments) {
   return line;
 }
 
-inline BOOL WINAPI LetInterruptPass(DWORD) { return TRUE; }
+inline BOOL WINAPI IgnoreInterrupt(DWORD) { return TRUE; }
 
-// A console, by which interrupts reach the programs that are started from then on; they pass this
-// process by.
+// A console, by which interrupts reach the programs that are started from then on. This process
+// ignores them.
 inline void OpenConsoleForInterrupts() {
   FreeConsole();
   ASSERT_TRUE(AllocConsole()) << GetLastError();
-  SetConsoleCtrlHandler(LetInterruptPass, TRUE);
+  SetConsoleCtrlHandler(IgnoreInterrupt, TRUE);
 }
 
 // sorrelin.exe, which is beside the test.
