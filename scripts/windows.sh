@@ -148,7 +148,7 @@ left_out() {
   if [ "$processor" = i686 ]; then other=x86_64; fi
   grep -vE "^#|^[^:]* \($other\): " tests/windows_left_out.txt
   if [ "$with_recognition" = yes ]; then return; fi
-  for source in tests/siblings/averna_*_test.cpp tests/tools/{ocr,words}_test.cpp; do
+  for source in tests/siblings/averna_*test.cpp tests/tools/{ocr,words}_test.cpp; do
     echo "${source#tests/}: Tesseract was not built"
   done
 }
