@@ -107,8 +107,8 @@ HGLOBAL ObjectLoader::LoadFromTable(DWORD number) {
     if (offset != 0) file_.Note(PDF_ERROR_SYSTEM);
     return nullptr;
   }
-  // A seek fails only for an offset that reads as a negative number; the others save the call. Where
-  // the file was closed under the session, ReadBlock fails.
+  // A seek fails only for an offset that reads as a negative number; the others save the call.
+  // Where the file was closed under the session, ReadBlock fails.
   if (static_cast<LONG>(offset) < 0 && !file_.SeekTo(offset)) {
     file_.Note(PDF_ERROR_SYSTEM);
     return nullptr;
