@@ -339,12 +339,29 @@ TEST_F(MakeFormats, TiffInEveryCodingShowsItsColours) {
   for (int const compression :
        {COMPRESSION_NONE, COMPRESSION_PACKBITS, COMPRESSION_LZW, COMPRESSION_DEFLATE,
         COMPRESSION_ADOBE_DEFLATE, COMPRESSION_LZMA, COMPRESSION_ZSTD, COMPRESSION_LERC}) {
-    if (TIFFIsCODECConfigured(static_cast<uint16_t>(compression)) == 0) continue;
+    SCOPED_TRACE(compression);
     WriteTiff(Path("a.tif"), {Tiff(8, 3, PHOTOMETRIC_RGB, compression)},
               [](int, int x, int y, int s) { return Channel(Motley(x, y), s); });
-    SCOPED_TRACE(compression);
     MakeFrom("a.tif", {"--force"});
     ExpectPage(kWidth, kHeight, Motley);
+  }
+}
+
+// There is nothing of it to keep.
+TEST_F(MakeFormats, TiffInAnUnknownCodingIsNamed) {
+  WriteTiff(Path("a.tif"), {Tiff(8, 1, PHOTOMETRIC_MINISBLACK)},
+            [](int, int, int, int) { return 0u; });
+  std::vector<BYTE> bytes = ReadAll(Path("a.tif"));
+  std::vector<BYTE> const entry = {3, 1, 3, 0, 1, 0, 0, 0, 1, 0};  // Compression, SHORT, 1, none
+  auto const at = std::search(bytes.begin(), bytes.end(), entry.begin(), entry.end());
+  ASSERT_NE(at, bytes.end());
+  at[8] = at[9] = 0xFD;
+  WriteAll(Path("a.tif"), bytes);
+  for (std::string const option : {"--quiet", "--keep-damaged"}) {
+    ProgramResult const result = Make({Out(), Path("a.tif"), option});
+    EXPECT_EQ(result.exit_code, 1);
+    EXPECT_THAT(result.err, ::testing::HasSubstr("a.tif: cannot be decoded: it is of a kind"));
+    EXPECT_FALSE(std::filesystem::exists(Out()));
   }
 }
 

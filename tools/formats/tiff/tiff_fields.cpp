@@ -59,8 +59,7 @@ std::vector<BYTE> RawGroup4(TIFF* tiff, uint32_t index) {
 
 bool HasPlainGroup4(TIFF* tiff) {
   uint32_t const options = FieldOf<uint32_t>(tiff, TIFFTAG_GROUP4OPTIONS, 0);
-  return FieldOf<uint16_t>(tiff, TIFFTAG_COMPRESSION, 0) == COMPRESSION_CCITTFAX4 &&
-         (options & GROUP4OPT_UNCOMPRESSED) == 0;
+  return CompressionOf(tiff) == COMPRESSION_CCITTFAX4 && (options & GROUP4OPT_UNCOMPRESSED) == 0;
 }
 
 }  // namespace sorrelin::tool

@@ -19,6 +19,11 @@ Value FieldOf(TIFF* tiff, uint32_t tag, Value fallback) {
   return TIFFGetFieldDefaulted(tiff, tag, &value) == 1 ? value : fallback;
 }
 
+// One of libtiff's COMPRESSION_*.
+inline uint16_t CompressionOf(TIFF* tiff) {
+  return FieldOf<uint16_t>(tiff, TIFFTAG_COMPRESSION, COMPRESSION_NONE);
+}
+
 // The page's resolution as stored; 0 where it has none.
 Resolution ResolutionOf(TIFF* tiff);
 

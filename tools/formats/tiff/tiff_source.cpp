@@ -62,7 +62,7 @@ bool IsWhole(StoredImage const& image) {
 }
 
 bool IsStoredWithLoss(TIFF* tiff) {
-  uint16_t const compression = FieldOf<uint16_t>(tiff, TIFFTAG_COMPRESSION, COMPRESSION_NONE);
+  uint16_t const compression = CompressionOf(tiff);
   return compression == COMPRESSION_JPEG || compression == COMPRESSION_OJPEG;
 }
 
@@ -127,7 +127,7 @@ class TiffSource : public ImageSource {
   }
 
  private:
-  // What decoding takes from a page's directory.
+  // What decoding takes from a page's directory; nothing if libtiff does not know its coding.
   struct PageFacts {
     uint16_t photometric = 0;
     bool premultiplied = false;
@@ -171,7 +171,7 @@ class TiffSource : public ImageSource {
 
   std::optional<PageFacts> FactsOf(int page) {
     std::lock_guard const lock(mutex_);
-    if (!GoTo(page)) return std::nullopt;
+    if (!GoTo(page) || TIFFIsCODECConfigured(CompressionOf(tiff_.get())) == 0) return std::nullopt;
     PageFacts facts;
     facts.photometric = FieldOf<uint16_t>(tiff_.get(), TIFFTAG_PHOTOMETRIC, 0);
     facts.premultiplied = IsPremultiplied(tiff_.get());

@@ -23,7 +23,6 @@ uint16_t PhotometricOf(TIFF* tiff) {
 }
 uint16_t SampleCount(TIFF* tiff) { return FieldOf<uint16_t>(tiff, TIFFTAG_SAMPLESPERPIXEL, 1); }
 uint16_t BitsOf(TIFF* tiff) { return FieldOf<uint16_t>(tiff, TIFFTAG_BITSPERSAMPLE, 1); }
-uint16_t CompressionOf(TIFF* tiff) { return FieldOf<uint16_t>(tiff, TIFFTAG_COMPRESSION, 0); }
 
 bool HasSize(TIFF* tiff) {
   constexpr uint32_t kMost = std::numeric_limits<LONG>::max();
