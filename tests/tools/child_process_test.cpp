@@ -7,8 +7,10 @@
 #include <algorithm>
 #include <atomic>
 #include <chrono>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <new>
 #include <optional>
 #include <string>
@@ -170,6 +172,24 @@ TEST(PackedValues, ValuesThatAreCutShortAreRefused) {
     std::vector<Text> texts;
     EXPECT_THROW(Unpack(rest, texts), std::length_error) << size;
   }
+}
+
+TEST(PackedValues, NumbersThatAreCutShortOrTooManyAreRefused) {
+  Text packed;
+  Pack(packed, std::vector<unsigned>{7, 8});
+  std::string_view rest = packed;
+  std::vector<unsigned> numbers;
+  Unpack(rest, numbers);
+  EXPECT_EQ(numbers, (std::vector<unsigned>{7, 8}));
+  EXPECT_TRUE(rest.empty());
+  for (size_t size = 0; size < packed.size(); ++size) {
+    rest = std::string_view(packed).substr(0, size);
+    EXPECT_THROW(Unpack(rest, numbers), std::length_error) << size;
+  }
+  size_t const beyond_memory = SIZE_MAX / sizeof(unsigned) + 2;  // whose bytes would come round
+  std::memcpy(packed.data(), &beyond_memory, sizeof beyond_memory);
+  rest = packed;
+  EXPECT_THROW(Unpack(rest, numbers), std::length_error);
 }
 
 }  // namespace

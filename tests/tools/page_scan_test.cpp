@@ -1,7 +1,6 @@
 // Pages of pictures on their way to a process that recognises them.
 #include "tools/ocr/page_scan.h"
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "tests/support/pictures.h"
@@ -12,8 +11,6 @@
 
 namespace sorrelin::tool {
 namespace {
-
-using ::testing::HasSubstr;
 
 constexpr int kWidth = 800;
 constexpr int kHeight = 600;  // 60,000 bytes of bits
@@ -95,8 +92,7 @@ TEST_F(DecodedPages, ComeToAnotherProcessAsTheyAreInThisOne) {
     l_int32 same = 0;
     pixEqual(scanned[0].picture.pix.get(), expected[0].picture.pix.get(), &same);
     EXPECT_EQ(same, 1) << page;
-    EXPECT_EQ(scanned[0].picture.dpi.x, expected[0].picture.dpi.x);
-    EXPECT_EQ(scanned[0].picture.dpi.y, expected[0].picture.dpi.y);
+    EXPECT_EQ(scanned[0].picture.dpi, expected[0].picture.dpi);
     EXPECT_EQ(scanned[0].shown.width, expected[0].shown.width);
     EXPECT_EQ(scanned[0].place.Width(), expected[0].place.Width());
   }
